@@ -9,6 +9,7 @@ set(TESSARN_SOURCES
   matrix/complex_elimination.cpp
   matrix/determinant.cpp
   matrix/gram.cpp
+  matrix/kernels.cpp
   matrix/linear.cpp
   matrix/lu.cpp
   matrix/mat.cpp
@@ -31,7 +32,8 @@ set(TESSARN_SOURCES
   geometry/plane_fit.cpp)
 
 # Each is compiled once for each instruction set, in a namespace of that name.
-set(TESSARN_KERNELS)
+set(TESSARN_KERNELS
+  matrix/matrix_kernel.cpp)
 
 file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
 
