@@ -6,6 +6,7 @@ set(TESSARN_SOURCES
   vectors/allocate.cpp
   vectors/list.cpp
   vectors/list_analysis.cpp
+  matrix/adjugate.cpp
   matrix/complex_elimination.cpp
   matrix/determinant.cpp
   matrix/gram.cpp

@@ -22,6 +22,11 @@ struct matrix_kernels {
   // factors left in the eliminated entries. Without the NaN rule.
   void (*eliminate)(double* w, size_t n);
 
+  // dst = q times the adjugate of the n x n matrix m, without the NaN rule. workspace holds
+  // adjugate_workspace(n) doubles.
+  void (*adjugate)(const double* m, size_t n, double q, double* dst, double* workspace);
+  size_t (*adjugate_workspace)(size_t n);
+
   // a += f b, and (y, z) = (y c + z s, z c - y s), for n entries.
   void (*add_scaled)(double* a, double f, const double* b, size_t n);
   void (*rotate)(double* y, double* z, double c, double s, size_t n);

@@ -1,4 +1,5 @@
 // The kernels of the matrix family; compiled once for each instruction set.
+#include "matrix/adjugate_kernel.h"
 #include "matrix/elimination_kernel.h"
 #include "matrix/kernels.h"
 #include "matrix/product_kernel.h"
@@ -47,6 +48,6 @@ void rotate(double* y, double* z, double c, double s, size_t n) {
 
 }  // namespace
 
-const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate, add_scaled, rotate};
+const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate, adjugate, adjugate_workspace, add_scaled, rotate};
 
 }  // namespace tessarn::detail::TESSARN_ISA
