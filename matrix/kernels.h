@@ -27,6 +27,17 @@ struct matrix_kernels {
   void (*adjugate)(const double* m, size_t n, double q, double* dst, double* workspace);
   size_t (*adjugate_workspace)(size_t n);
 
+  // c = a b for n x n complex matrices with the parts apart, each entry the sum over k ascending from 0. The
+  // parts of c stand in rows of complex_stride(n); workspace holds complex_workspace(n) doubles.
+  void (*complex_multiply)(const double* a_re, const double* a_im, const double* b_re, const double* b_im, double* c_re,
+                           double* c_im, size_t n, double* workspace);
+  size_t (*complex_stride)(size_t n);
+  size_t (*complex_workspace)(size_t n);
+
+  // Forward elimination without pivoting from the pivots' columns on, rows x columns complex entries with the
+  // parts apart in rows of stride >= columns + 8; the factor of a zero pivot is 0.
+  void (*complex_eliminate)(double* re, double* im, size_t rows, size_t columns, size_t stride);
+
   // a += f b, and (y, z) = (y c + z s, z c - y s), for n entries.
   void (*add_scaled)(double* a, double f, const double* b, size_t n);
   void (*rotate)(double* y, double* z, double c, double s, size_t n);

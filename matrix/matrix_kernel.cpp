@@ -1,5 +1,6 @@
 // The kernels of the matrix family; compiled once for each instruction set.
 #include "matrix/adjugate_kernel.h"
+#include "matrix/complex_kernel.h"
 #include "matrix/elimination_kernel.h"
 #include "matrix/kernels.h"
 #include "matrix/product_kernel.h"
@@ -48,6 +49,8 @@ void rotate(double* y, double* z, double c, double s, size_t n) {
 
 }  // namespace
 
-const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate, adjugate, adjugate_workspace, add_scaled, rotate};
+const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate, adjugate, adjugate_workspace,
+                                     complex_multiply, complex_stride, complex_workspace, complex_eliminate,
+                                     add_scaled, rotate};
 
 }  // namespace tessarn::detail::TESSARN_ISA

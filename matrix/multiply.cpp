@@ -20,6 +20,23 @@ void multiply_small(const real* a, const real* b, real* c, std::size_t rows, std
     }
 }
 
+constexpr std::size_t complex_kernel_size = 8;
+
+void multiply_small(const cplx* a, const cplx* b, cplx* c, std::size_t n) {
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t x = 0; x < n; ++x) {
+      real re = 0, im = 0;
+      for (std::size_t k = 0; k < n; ++k) {
+        const cplx& u = a[r * n + k];
+        const cplx& v = b[k * n + x];
+        re += u.re * v.re - u.im * v.im;
+        im += u.re * v.im + u.im * v.re;
+      }
+      c[r * n + x].re = re;
+      c[r * n + x].im = im;
+    }
+}
+
 }  // namespace
 
 void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size_t inner, std::size_t columns) {
@@ -31,11 +48,28 @@ void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size
 }
 
 void multiply(const cplx* a, const cplx* b, cplx* c, std::size_t n) {
+  if (n < complex_kernel_size) return multiply_small(a, b, c, n);
+  const matrix_kernels& kernels = matrix();
+  const std::size_t entries = n * n;
+  const std::size_t stride = kernels.complex_stride(n);
+  const real_array parts = allocate(4 * entries + 2 * n * stride + kernels.complex_workspace(n));
+  double* a_re = as_doubles(parts.get());
+  double* a_im = a_re + entries;
+  double* b_re = a_im + entries;
+  double* b_im = b_re + entries;
+  double* c_re = b_im + entries;
+  double* c_im = c_re + n * stride;
+  for (std::size_t i = 0; i < entries; ++i) {
+    a_re[i] = static_cast<double>(a[i].re);
+    a_im[i] = static_cast<double>(a[i].im);
+    b_re[i] = static_cast<double>(b[i].re);
+    b_im[i] = static_cast<double>(b[i].im);
+  }
+  kernels.complex_multiply(a_re, a_im, b_re, b_im, c_re, c_im, n, c_im + n * stride);
   for (std::size_t r = 0; r < n; ++r)
     for (std::size_t x = 0; x < n; ++x) {
-      cplx sum;
-      for (std::size_t k = 0; k < n; ++k) sum += a[r * n + k] * b[k * n + x];
-      c[r * n + x] = sum;
+      c[r * n + x].re = c_re[r * stride + x];
+      c[r * n + x].im = c_im[r * stride + x];
     }
 }
 
