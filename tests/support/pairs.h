@@ -25,10 +25,14 @@ namespace test {
 inline double draw(random_source& r) {
   switch (r.below(8)) {
     case 0:
-    case 1: return static_cast<double>(r.below(7)) - 3.0;
-    case 2: return r.hostile();
-    case 3: return r.hostile_finite();
-    default: return r.uniform(-10.0, 10.0);
+    case 1:
+      return static_cast<double>(r.below(7)) - 3.0;
+    case 2:
+      return r.hostile();
+    case 3:
+      return r.hostile_finite();
+    default:
+      return r.uniform(-10.0, 10.0);
   }
 }
 
