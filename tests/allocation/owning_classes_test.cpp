@@ -55,7 +55,6 @@ bool throws(Arm&& arm, Call&& call) {
 struct operation {
   const char* name;
   std::function<void(binom&, binom&)> run;
-  bool sums = false;  // keeps the argument as q
 };
 
 const poly p_before{{1, 2, 3}};
@@ -86,7 +85,9 @@ TEST(BinomAllocation, EveryOperation) {
       fill(p, p_before);
       fill(q, q_before);
       threw = throws(arm, [&]() { o.run(p, q); });
-      if (threw) EXPECT_TRUE(as_before_or_empty(p, p_before));
+      if (threw) {
+        EXPECT_TRUE(as_before_or_empty(p, p_before));
+      }
       EXPECT_TRUE(same(q, q_before));
       // Whatever is left is usable.
       p.create(1);
@@ -251,10 +252,14 @@ TEST(HyperbinomAllocation, ImpossibleSizes) {
       hyperbinom p;
       fill(p, s_before);
       EXPECT_THROW(p.create(g), std::bad_alloc) << g;
-      if (p.getgrade() != 0) EXPECT_TRUE(same(p, s_before));
+      if (p.getgrade() != 0) {
+        EXPECT_TRUE(same(p, s_before));
+      }
       fill(p, s_before);
       EXPECT_THROW(p.resize(g), std::bad_alloc) << g;
-      if (p.getgrade() != 0) EXPECT_TRUE(same(p, s_before));
+      if (p.getgrade() != 0) {
+        EXPECT_TRUE(same(p, s_before));
+      }
     }
   }
   EXPECT_EQ(live_blocks(), live);
@@ -309,7 +314,9 @@ TEST(VectormatAllocation, EveryOperation) {
       EXPECT_TRUE(same(l.points[l.count - 1], vec2{5, 6}));
     });
     EXPECT_EQ(live_blocks(), live);
-    if (std::string(o.name) != "sort") EXPECT_GT(failures, 0);
+    if (std::string(o.name) != "sort") {
+      EXPECT_GT(failures, 0);
+    }
   }
 }
 
@@ -320,7 +327,9 @@ TEST(VectormatAllocation, SortWithNanNeedsNoMoreThanItCanGet) {
     vectormat l;
     fill(l, before);
     threw = throws(arm, [&]() { l.sort(); });
-    if (threw) EXPECT_TRUE(same_points(l, before));
+    if (threw) {
+      EXPECT_TRUE(same_points(l, before));
+    }
   });
   EXPECT_EQ(live_blocks(), live);
 }
@@ -332,7 +341,9 @@ TEST(VectormatAllocation, AssignmentKeepsTheTargetOrEmptiesIt) {
     fill(a, {{1, 2}, {3, 4}});
     fill(b, {{5, 6}});
     threw = throws(arm, [&]() { b = a; });
-    if (threw && b.count != 0) EXPECT_TRUE(same_points(b, {{5, 6}}));
+    if (threw && b.count != 0) {
+      EXPECT_TRUE(same_points(b, {{5, 6}}));
+    }
     EXPECT_TRUE(same_points(a, {{1, 2}, {3, 4}}));
   });
   EXPECT_EQ(live_blocks(), live);
