@@ -44,7 +44,10 @@ inline double arc_1(const poly& p, double x) {
   const double f3 = func_3(p, x);
   const double s = 1.0 + f1 * f1;
   const double numerator = f3 * (std::sqrt(s) * s) - ((3.0 * f1) * f2) * (std::sqrt(s) * f2);
-  const double denominator = (power(f1, 4) + power(f1, 2)) * 3.0 + 1.0 + power(f1, 6);
+  // The powers of f1 are products: the square, its square, and the product of the two.
+  const double square = f1 * f1;
+  const double fourth = square * square;
+  const double denominator = (fourth + square) * 3.0 + 1.0 + fourth * square;
   return numerator / denominator;
 }
 
@@ -72,6 +75,7 @@ inline double find_zero(const poly& p, double a, double b, double step, double e
       if ((y > 0 && y1 < 0) || (y < 0 && y1 > 0)) {
         a = x;
         b = x1;
+        if (!(step * 0.01 < step)) return not_found;  // an infinite step
         step = step * 0.01;
         break;
       }
@@ -93,6 +97,7 @@ inline double find_extrpoint_arc(const poly& p, double a, double b, double step,
     if ((k > 0 && k1 < 0) || (k < 0 && k1 > 0)) {
       b = x1;
       a = x;
+      if (!(step * 0.01 < step)) return not_found;
       step = step * 0.01;
       if (!(step >= eps)) return (a + b) * 0.5;
       x = a;

@@ -174,8 +174,8 @@ inline plane fit_plane(const std::vector<vec3>& points) {
 inline double normal_cost(vec3 v, const std::vector<vec3>& par, const std::vector<vec3>& perp) {
   double s = 0.0;
   for (const vec3& p : par) {
-    const double r = 1.0 - dot(v, p);
-    s += r * r;
+    const double c = dot(v, p);
+    s += 1.0 - c * c;
   }
   for (const vec3& p : perp) {
     const double r = dot(v, p);

@@ -316,6 +316,34 @@ TEST(Searches, EndWhenTheStepDoesNotAdvance) {
   EXPECT_BITS(WITHIN(20, q.find_high_hpoint_arc(1e17, 1e18, 1, 1e-6)), -1.0);
 }
 
+// An upper bound that is infinite or NaN does not hide what lies before it.
+TEST(Searches, FindWithoutAnUpperBound) {
+  for (const double b : {inf, nan}) {
+    EXPECT_BITS(WITHIN(20, of({-1, 1}).find_zero(0, b, 0.5, 1e-6)), 1.0);
+    EXPECT_BITS(WITHIN(20, of({-1.3, 1}).find_zero(0, b, 0.5, 1e-6)),
+                plain::find_zero({{-1.3, 1}}, 0, b, 0.5, 1e-6));
+    EXPECT_BITS(WITHIN(20, of({1, 0, 1}).find_zero(0, b, 0.5, 1e-6)), -1.0);
+    EXPECT_BITS(WITHIN(20, of({0, 0, 1}).find_extrpoint_arc(-1, b, 0.3, 1e-6)),
+                plain::find_extrpoint_arc({{0, 0, 1}}, -1, b, 0.3, 1e-6));
+    EXPECT_BITS(WITHIN(20, of({0, 0, 1}).find_extrpoint_arc(1, b, 0.3, 1e-6)), -1.0);
+  }
+  EXPECT_BITS(WITHIN(20, of({-1, 1}).find_zero(-inf, 3, 0.5, 1e-6)), -1.0);
+  EXPECT_BITS(WITHIN(20, of({-1, 1}).find_zero(nan, 3, 0.5, 1e-6)), -1.0);
+}
+
+TEST(Searches, InfiniteStepFindsNothing) {
+  EXPECT_BITS(WITHIN(20, of({-1.3, 1}).find_zero(0, 3, inf, 1e-6)), -1.0);
+  EXPECT_BITS(WITHIN(20, of({0, 1}).find_zero(0, 3, inf, 1e-6)), 0.0);
+  EXPECT_BITS(WITHIN(20, of({0, 0, 1}).find_extrpoint_arc(-1, 3, inf, 1e-6)), -1.0);
+}
+
+// The two schemes test the refined step the other way round, which a NaN shows.
+TEST(Searches, NanEps) {
+  EXPECT_BITS(WITHIN(20, of({-1.3, 1}).find_zero(0, 3, 0.5, nan)), -1.0);
+  EXPECT_BITS(WITHIN(20, of({0, 0, 1}).find_extrpoint_arc(-1, 1, 0.3, nan)),
+              ((-1 + 0.3 + 0.3 + 0.3) + (-1 + 0.3 + 0.3 + 0.3 + 0.3)) * 0.5);
+}
+
 TEST(Searches, EndForNanAndInfiniteArguments) {
   const double values[] = {0.0, 1.0, -1.0, 1e300, -1e300, 1e-310, inf, -inf, nan};
   const std::vector<std::vector<double>> curves{{-1.3, 1}, {2}, {0, 0, 1}, {nan, 1}, {0}};
