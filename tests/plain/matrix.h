@@ -36,7 +36,7 @@ inline cnum mul(cnum a, cnum b) { return {a.re * b.re - a.im * b.im, a.re * b.im
 inline double squared_modulus(cnum a) { return a.re * a.re + a.im * a.im; }
 
 // An index that is not below its bound wraps around; the bound must not be 0.
-inline u32 wrap(u32 i, u32 bound) { return i % bound; }
+inline u32 wrap(u32 i, u32 bound) { return i < bound ? i : i % bound; }
 
 struct matrix {
   u32 width = 0;
