@@ -1,0 +1,10 @@
+/// \file
+/// The whole library.
+#pragma once
+
+#include "tessarn/cplx.h"
+#include "tessarn/geometry.h"
+#include "tessarn/matrix.h"
+#include "tessarn/poly.h"
+#include "tessarn/scalar.h"
+#include "tessarn/vectors.h"
