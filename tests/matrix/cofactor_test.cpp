@@ -56,12 +56,15 @@ TEST(Cofactor, IndicesOfLargerMatricesWrapBeforeTheSign) {
 }
 
 TEST(Cofactor, KeepsNanOfATwoByTwoEntryButNotOfAMinor) {
-  EXPECT_BITS(square(2, {1, 2, 3, nan}).cof(0, 0), nan);
-  EXPECT_BITS(square(3, {1, 0, 0, 0, nan, 0, 0, 0, 1}).cof(0, 0), plain::cof([] {
-    plain::square p(3);
-    p.data = {1, 0, 0, 0, nan, 0, 0, 0, 1};
-    return p;
-  }(), 0, 0));
+  EXPECT_BITS(square(2, {1, 2, 3, quiet_nan}).cof(0, 0), quiet_nan);
+  EXPECT_BITS(square(3, {1, 0, 0, 0, quiet_nan, 0, 0, 0, 1}).cof(0, 0),
+              plain::cof(
+                  [] {
+                    plain::square p(3);
+                    p.data = {1, 0, 0, 0, quiet_nan, 0, 0, 0, 1};
+                    return p;
+                  }(),
+                  0, 0));
 }
 
 // Both parts are multiplied by the sign, zeros too.

@@ -19,7 +19,7 @@ TEST(Det, OfOneEntryIsTheEntry) {
   EXPECT_BITS(square(1, {-7.5}).det(), -7.5);
   EXPECT_BITS(square(1, {-0.0}).det(), -0.0);
   EXPECT_BITS(square(1, {inf}).det(), inf);
-  EXPECT_BITS(square(1, {nan}).det(), nan);
+  EXPECT_BITS(square(1, {quiet_nan}).det(), quiet_nan);
   EXPECT_TRUE(same(complex_rows(1, {{2, -3}}).det(), {2, -3}));
 }
 
@@ -29,16 +29,17 @@ TEST(Det, SingularExampleBySarrusAndByElimination) {
 }
 
 TEST(Det, ZeroPivotIsNotExchanged) {
-  EXPECT_BITS(square(2, {0, 1, 1, 0}).det(), nan);
+  EXPECT_BITS(square(2, {0, 1, 1, 0}).det(), quiet_nan);
   EXPECT_TRUE(same(complex_rows(2, {{0, 0}, {1, 0}, {1, 0}, {0, 0}}).det(), {0.0, 0.0}));
 }
 
 TEST(Det, ZeroPivotDoesNotMatterToSarrus) {
   EXPECT_BITS(square(3, {0, 1, 0, 1, 0, 0, 0, 0, 1}).det(), -1.0);
   // Complex matrices have no such path: the zero pivot leaves the rows as they are.
-  EXPECT_TRUE(same(
-      complex_rows(3, {{0, 0}, {1, 0}, {0, 0}, {1, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {1, 0}}).det(),
-      {0.0, 0.0}));
+  EXPECT_TRUE(
+      same(complex_rows(3, {{0, 0}, {1, 0}, {0, 0}, {1, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {1, 0}})
+               .det(),
+           {0.0, 0.0}));
 }
 
 // Both sums start from +0.0, so a determinant of negative zeros is +0.0 and not -0.0.
@@ -49,8 +50,8 @@ TEST(Det, SarrusStartsFromPositiveZero) {
 }
 
 TEST(Det, SarrusKeepsNan) {
-  EXPECT_BITS(square(3, {nan, 0, 0, 0, 1, 0, 0, 0, 1}).det(), nan);
-  EXPECT_BITS(square(3, {inf, 0, 0, 0, 1, 0, 0, 0, 1}).det(), nan);
+  EXPECT_BITS(square(3, {quiet_nan, 0, 0, 0, 1, 0, 0, 0, 1}).det(), quiet_nan);
+  EXPECT_BITS(square(3, {inf, 0, 0, 0, 1, 0, 0, 0, 1}).det(), quiet_nan);
 }
 
 TEST(Det, DoesNotChangeTheMatrix) {

@@ -17,9 +17,9 @@ TEST(Orthogonalize, LeavesSmallMatricesAlone) {
   real_square none;
   none.orthogonalize();
   EXPECT_EQ(none.getSize(), 0u);
-  real_square one = square(1, {nan});
+  real_square one = square(1, {quiet_nan});
   one.orthogonalize();
-  EXPECT_BITS(one.get(0, 0), nan);
+  EXPECT_BITS(one.get(0, 0), quiet_nan);
   complex_square empty;
   empty.orthogonalize();
   EXPECT_EQ(empty.getSize(), 0u);
@@ -119,12 +119,12 @@ TEST(Optimize, LeavesSmallMatricesAlone) {
   real_square none;
   none.optimize();
   EXPECT_EQ(none.getSize(), 0u);
-  real_square one = square(1, {nan});
+  real_square one = square(1, {quiet_nan});
   one.optimize();
-  EXPECT_BITS(one.get(0, 0), nan);
-  complex_square single = complex_rows(1, {{nan, 4}});
+  EXPECT_BITS(one.get(0, 0), quiet_nan);
+  complex_square single = complex_rows(1, {{quiet_nan, 4}});
   single.optimize();
-  EXPECT_TRUE(same(single.get(0, 0), {nan, 4}));
+  EXPECT_TRUE(same(single.get(0, 0), {quiet_nan, 4}));
   complex_square empty;
   empty.optimize();
   EXPECT_EQ(empty.getSize(), 0u);

@@ -141,29 +141,73 @@ void end_soon() {
 
 TEST(MatDeathTest, AccessWithAZeroExtentDoesNotReturn) {
   ::testing::FLAGS_gtest_death_test_style = "threadsafe";
-  EXPECT_EXIT({ real_matrix a; end_soon(); (void)a.get(0, 0); }, ::testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT({ real_matrix a; a.create(0, 3); end_soon(); a.set(1, 1, 2.0); },
-              ::testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT({ real_matrix a; a.create(3, 0); end_soon(); (void)a.get(1, 1); },
-              ::testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT({ complex_matrix a; end_soon(); (void)a.get(0, 0); },
-              ::testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT({ complex_matrix a; a.create(2, 0); end_soon(); a.set(0, 0, cplx(1.0, 1.0)); },
-              ::testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT({ real_square a; end_soon(); (void)a.get(0, 0); },
-              ::testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT({ real_square a; end_soon(); a.set(0, 0, 1.0); },
-              ::testing::KilledBySignal(SIGALRM), "");
-  EXPECT_EXIT({ complex_square a; end_soon(); (void)a.get(3, 0); },
-              ::testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(
+      {
+        real_matrix a;
+        end_soon();
+        (void)a.get(0, 0);
+      },
+      ::testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(
+      {
+        real_matrix a;
+        a.create(0, 3);
+        end_soon();
+        a.set(1, 1, 2.0);
+      },
+      ::testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(
+      {
+        real_matrix a;
+        a.create(3, 0);
+        end_soon();
+        (void)a.get(1, 1);
+      },
+      ::testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(
+      {
+        complex_matrix a;
+        end_soon();
+        (void)a.get(0, 0);
+      },
+      ::testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(
+      {
+        complex_matrix a;
+        a.create(2, 0);
+        end_soon();
+        a.set(0, 0, cplx(1.0, 1.0));
+      },
+      ::testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(
+      {
+        real_square a;
+        end_soon();
+        (void)a.get(0, 0);
+      },
+      ::testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(
+      {
+        real_square a;
+        end_soon();
+        a.set(0, 0, 1.0);
+      },
+      ::testing::KilledBySignal(SIGALRM), "");
+  EXPECT_EXIT(
+      {
+        complex_square a;
+        end_soon();
+        (void)a.get(3, 0);
+      },
+      ::testing::KilledBySignal(SIGALRM), "");
 }
 #endif
 
 TEST(Mat, SetStoresZeroForAQuietNan) {
   real_matrix a = rows(1, 1, {5.0});
-  a.set(0, 0, nan);
+  a.set(0, 0, quiet_nan);
   EXPECT_BITS(a.get(0, 0), 0.0);
-  a.set(0, 0, -nan);
+  a.set(0, 0, -quiet_nan);
   EXPECT_BITS(a.get(0, 0), 0.0);
   a.set(0, 0, inf);
   EXPECT_BITS(a.get(0, 0), inf);
@@ -178,12 +222,12 @@ TEST(Mat, SetStoresZeroForAQuietNan) {
 TEST(Mat, ComplexSetKeepsNan) {
   complex_matrix a;
   a.create(1, 1);
-  a.set(0, 0, cplx(nan, inf));
-  EXPECT_TRUE(same(a.get(0, 0), {nan, inf}));
+  a.set(0, 0, cplx(quiet_nan, inf));
+  EXPECT_TRUE(same(a.get(0, 0), {quiet_nan, inf}));
 }
 
 TEST(Mat, CopyOwnsItsEntries) {
-  real_matrix a = rows(2, 2, {1, nan, -0.0, inf});
+  real_matrix a = rows(2, 2, {1, quiet_nan, -0.0, inf});
   real_matrix b(a);
   EXPECT_TRUE(same(b, to_plain(a)));
   EXPECT_NE(a.getData(), b.getData());
@@ -192,9 +236,9 @@ TEST(Mat, CopyOwnsItsEntries) {
 
   complex_matrix c;
   c.create(2, 1);
-  c.set(1, 0, cplx(nan, 3.0));
+  c.set(1, 0, cplx(quiet_nan, 3.0));
   complex_matrix d(c);
-  EXPECT_TRUE(same(d.get(1, 0), {nan, 3.0}));
+  EXPECT_TRUE(same(d.get(1, 0), {quiet_nan, 3.0}));
   EXPECT_NE(c.getData(), d.getData());
 }
 
@@ -218,7 +262,7 @@ TEST(Mat, CopyOfAnEmptyMatrix) {
 }
 
 TEST(Mat, AssignmentReplacesSizesAndEntries) {
-  real_matrix a = rows(2, 3, {1, 2, 3, nan, 5, 6});
+  real_matrix a = rows(2, 3, {1, 2, 3, quiet_nan, 5, 6});
   real_matrix b = rows(1, 1, {7});
   b = a;
   EXPECT_TRUE(same(b, to_plain(a)));
@@ -228,17 +272,18 @@ TEST(Mat, AssignmentReplacesSizesAndEntries) {
   EXPECT_NE(b.getData(), nullptr);
   EXPECT_EQ(b.getWidth(), 0u);
   EXPECT_EQ(b.getHeight(), 0u);
-  EXPECT_TRUE((std::is_void_v<decltype(std::declval<real_matrix&>() = std::declval<real_matrix&>())>));
+  EXPECT_TRUE(
+      (std::is_void_v<decltype(std::declval<real_matrix&>() = std::declval<real_matrix&>())>));
 
   complex_matrix c;
   c.create(2, 1);
-  c.set(1, 0, cplx(nan, 3.0));
+  c.set(1, 0, cplx(quiet_nan, 3.0));
   complex_matrix d;
   d.create(5, 5);
   d = c;
   EXPECT_EQ(d.getWidth(), 2u);
   EXPECT_EQ(d.getHeight(), 1u);
-  EXPECT_TRUE(same(d.get(1, 0), {nan, 3.0}));
+  EXPECT_TRUE(same(d.get(1, 0), {quiet_nan, 3.0}));
   complex_matrix nothing;
   d = nothing;
   EXPECT_NE(d.getData(), nullptr);
@@ -374,7 +419,7 @@ TEST(Mat, NanResultsAreStoredAsZero) {
 
 TEST(Mat, ArithmeticMatchesThePlainForm) {
   random_source random(31);
-  const u32 shapes[][2] = {{0, 0}, {0, 3}, {4, 0}, {1, 1},  {1, 7},   {7, 1},   {2, 3},   {8, 8},
+  const u32 shapes[][2] = {{0, 0}, {0, 3},   {4, 0},   {1, 1},  {1, 7},   {7, 1},   {2, 3},  {8, 8},
                            {5, 9}, {16, 15}, {33, 17}, {64, 3}, {65, 65}, {3, 130}, {129, 2}};
   for (const auto& shape : shapes) {
     for (entries kind : all_entries) {
@@ -385,7 +430,7 @@ TEST(Mat, ArithmeticMatchesThePlainForm) {
       real_matrix b = to_library(q);
       EXPECT_TRUE(same(a + b, plain::sum(p, q)));
       EXPECT_TRUE(same(a - b, plain::difference(p, q)));
-      for (double s : {0.0, -0.0, 1.0, 3.0, -0.1, inf, nan, draw(random, kind)}) {
+      for (double s : {0.0, -0.0, 1.0, 3.0, -0.1, inf, quiet_nan, draw(random, kind)}) {
         EXPECT_TRUE(same(a * s, plain::scaled(p, s)));
         EXPECT_TRUE(same(a / s, plain::divided(p, s))) << hex(s);
       }
@@ -464,11 +509,11 @@ TEST(Mat, ComparisonIsExactAndNanCountsAsEqual) {
   real_matrix c = rows(2, 1, {1.0 + 0x1p-52, 0.0});
   EXPECT_FALSE(a == c);
   EXPECT_TRUE(a != c);
-  real_matrix d = rows(2, 1, {nan, 0.0});
+  real_matrix d = rows(2, 1, {quiet_nan, 0.0});
   EXPECT_TRUE(a == d);
   EXPECT_TRUE(d == a);
   EXPECT_FALSE(a != d);
-  real_matrix e = rows(2, 1, {nan, 5e-324});
+  real_matrix e = rows(2, 1, {quiet_nan, 5e-324});
   EXPECT_FALSE(a == e);
   EXPECT_TRUE(a != e);
 }
@@ -476,10 +521,10 @@ TEST(Mat, ComparisonIsExactAndNanCountsAsEqual) {
 // ---------------------------------------------------------------- transpose, normalize, isDiagonal
 
 TEST(Mat, TransposeMovesValuesUnchanged) {
-  real_matrix a = rows(3, 2, {1, nan, 3, -0.0, inf, 6});
+  real_matrix a = rows(3, 2, {1, quiet_nan, 3, -0.0, inf, 6});
   real_matrix t = rows(1, 1, {7});
   a.transpose(t);
-  EXPECT_TRUE(same(t, to_plain(rows(2, 3, {1, -0.0, nan, inf, 3, 6}))));
+  EXPECT_TRUE(same(t, to_plain(rows(2, 3, {1, -0.0, quiet_nan, inf, 3, 6}))));
   real_matrix none;
   none.transpose(t);
   EXPECT_EQ(t.getWidth(), 0u);
@@ -523,8 +568,8 @@ TEST(Mat, NormalizeMatchesThePlainForm) {
 TEST(Mat, IsDiagonal) {
   EXPECT_TRUE(rows(3, 2, {1, 0, 0, 0, 2, 0}).isDiagonal());
   EXPECT_TRUE(rows(2, 3, {1, 0, 0, 2, 0, 0}).isDiagonal());
-  EXPECT_TRUE(rows(2, 2, {0, -0.0, nan, 0}).isDiagonal());
-  EXPECT_TRUE(rows(2, 2, {nan, 0, 0, inf}).isDiagonal());
+  EXPECT_TRUE(rows(2, 2, {0, -0.0, quiet_nan, 0}).isDiagonal());
+  EXPECT_TRUE(rows(2, 2, {quiet_nan, 0, 0, inf}).isDiagonal());
   EXPECT_FALSE(rows(2, 2, {1, 5e-324, 0, 1}).isDiagonal());
   EXPECT_FALSE(rows(2, 3, {1, 0, 0, 2, 0, -1}).isDiagonal());
   EXPECT_FALSE(rows(2, 2, {1, 0, inf, 1}).isDiagonal());

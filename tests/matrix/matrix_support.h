@@ -25,7 +25,7 @@ using complex_square = sqmat<cplx>;
 using plain::u32;
 
 inline constexpr double inf = std::numeric_limits<double>::infinity();
-inline constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double quiet_nan = std::numeric_limits<double>::quiet_NaN();
 inline double signalling_nan() { return from_bits(0x7FF0000000000123u); }
 
 inline tessarn::ulong ul(std::size_t n) { return static_cast<tessarn::ulong>(n); }
@@ -138,10 +138,9 @@ inline ::testing::AssertionResult same(const real_matrix& got, const plain::matr
   return same_entries(got.getData(), want.data, want.width);
 }
 
-inline ::testing::AssertionResult same(real_square& got, const plain::square& want) {
+inline ::testing::AssertionResult same(const real_square& got, const plain::square& want) {
   if (got.getSize() != want.size) {
-    return ::testing::AssertionFailure()
-           << "size: got " << got.getSize() << ", want " << want.size;
+    return ::testing::AssertionFailure() << "size: got " << got.getSize() << ", want " << want.size;
   }
   return same_entries(got.getData(), want.data, want.size);
 }
@@ -150,33 +149,36 @@ inline ::testing::AssertionResult same(const cplx& got, plain::cnum want) {
   if (same_bits(got.re, want.re) && same_bits(got.im, want.im)) {
     return ::testing::AssertionSuccess();
   }
-  return ::testing::AssertionFailure() << "got (" << hex(got.re) << ", " << hex(got.im)
-                                       << "), want (" << hex(want.re) << ", " << hex(want.im)
-                                       << ")";
+  return ::testing::AssertionFailure()
+         << "got (" << hex(got.re) << ", " << hex(got.im) << "), want (" << hex(want.re) << ", "
+         << hex(want.im) << ")";
 }
 
-inline ::testing::AssertionResult same(complex_square& got, const plain::csquare& want) {
+inline ::testing::AssertionResult same(const complex_square& got, const plain::csquare& want) {
   if (got.getSize() != want.size) {
-    return ::testing::AssertionFailure()
-           << "size: got " << got.getSize() << ", want " << want.size;
+    return ::testing::AssertionFailure() << "size: got " << got.getSize() << ", want " << want.size;
   }
   for (u32 y = 0; y < want.size; ++y) {
     for (u32 x = 0; x < want.size; ++x) {
       const auto r = same(got.get(x, y), want.get(x, y));
-      if (!r) return ::testing::AssertionFailure() << place(want.at(x, y), want.size) << ": " << r.message();
+      if (!r)
+        return ::testing::AssertionFailure()
+               << place(want.at(x, y), want.size) << ": " << r.message();
     }
   }
   return ::testing::AssertionSuccess();
 }
 
-inline ::testing::AssertionResult same(complex_matrix& got, const plain::cmatrix& want) {
+inline ::testing::AssertionResult same(const complex_matrix& got, const plain::cmatrix& want) {
   if (got.getWidth() != want.width || got.getHeight() != want.height) {
     return ::testing::AssertionFailure() << "sizes differ";
   }
   for (u32 y = 0; y < want.height; ++y) {
     for (u32 x = 0; x < want.width; ++x) {
       const auto r = same(got.get(x, y), want.get(x, y));
-      if (!r) return ::testing::AssertionFailure() << place(want.at(x, y), want.width) << ": " << r.message();
+      if (!r)
+        return ::testing::AssertionFailure()
+               << place(want.at(x, y), want.width) << ": " << r.message();
     }
   }
   return ::testing::AssertionSuccess();
@@ -185,32 +187,46 @@ inline ::testing::AssertionResult same(complex_matrix& got, const plain::cmatrix
 // ---------------------------------------------------------------- random entries
 
 enum class entries { ordinary, small_integers, sparse, finite, hostile, with_nan, proportional };
-inline constexpr entries all_entries[] = {entries::ordinary, entries::small_integers,
-                                          entries::sparse,   entries::finite,
-                                          entries::hostile,  entries::with_nan,
-                                          entries::proportional};
+inline constexpr entries all_entries[] = {
+    entries::ordinary, entries::small_integers, entries::sparse,      entries::finite,
+    entries::hostile,  entries::with_nan,       entries::proportional};
 
 inline double draw(random_source& random, entries kind) {
   switch (kind) {
-    case entries::small_integers: return static_cast<double>(random.below(5)) - 2.0;
+    case entries::small_integers:
+      return static_cast<double>(random.below(5)) - 2.0;
     case entries::sparse:
       switch (random.below(8)) {
-        case 0: case 1: case 2: return 0.0;
-        case 3: return -0.0;
-        case 4: return 1.0;
-        default: return random.uniform(-3.0, 3.0);
+        case 0:
+        case 1:
+        case 2:
+          return 0.0;
+        case 3:
+          return -0.0;
+        case 4:
+          return 1.0;
+        default:
+          return random.uniform(-3.0, 3.0);
       }
-    case entries::finite: return random.hostile_finite();
-    case entries::hostile: return random.hostile();
+    case entries::finite:
+      return random.hostile_finite();
+    case entries::hostile:
+      return random.hostile();
     case entries::with_nan:
       switch (random.below(24)) {
-        case 0: return nan;
-        case 1: return -nan;
-        case 2: return signalling_nan();
-        case 3: return random.below(2) ? inf : -inf;
-        default: return random.uniform(-3.0, 3.0);
+        case 0:
+          return quiet_nan;
+        case 1:
+          return -quiet_nan;
+        case 2:
+          return signalling_nan();
+        case 3:
+          return random.below(2) ? inf : -inf;
+        default:
+          return random.uniform(-3.0, 3.0);
       }
-    default: return random.uniform(-3.0, 3.0);
+    default:
+      return random.uniform(-3.0, 3.0);
   }
 }
 
@@ -227,7 +243,8 @@ inline void fill(double* data, u32 width, u32 height, u32 parts, random_source& 
   const double factors[] = {1.0, -1.0, 2.0, -0.5, 3.0, 1.0 / 3.0};
   const double f = factors[random.below(6)];
   for (u32 y = 0; y < height; ++y) {
-    for (u32 k = 0; k < parts; ++k) data[y * stride + to * parts + k] = f * data[y * stride + from * parts + k];
+    for (u32 k = 0; k < parts; ++k)
+      data[y * stride + to * parts + k] = f * data[y * stride + from * parts + k];
   }
   if (random.below(2)) {
     const u32 source = random.below(height);

@@ -17,14 +17,14 @@ TEST(Solve, PivotsAroundAZero) {
 
 TEST(Solve, SingularSystemLeavesTheRightHandSide) {
   real_square zero = square(2, {0, 0, 0, 0});
-  real_matrix b = column({5, nan});
+  real_matrix b = column({5, quiet_nan});
   zero.solve(b);
-  EXPECT_TRUE(same(b, to_plain(column({5, nan}))));
+  EXPECT_TRUE(same(b, to_plain(column({5, quiet_nan}))));
   real_square proportional = square(3, {1, 2, 3, 2, 4, 6, 1, 1, 1});
   real_matrix c = column({1, 2, 3});
   proportional.solve(c);
   EXPECT_TRUE(same(c, to_plain(column({1, 2, 3}))));
-  real_square nothing_but_nan = square(1, {nan});
+  real_square nothing_but_nan = square(1, {quiet_nan});
   real_matrix d = column({4});
   nothing_but_nan.solve(d);
   EXPECT_TRUE(same(d, to_plain(column({4}))));
@@ -46,8 +46,8 @@ TEST(Solve, OneEquation) {
   EXPECT_BITS(b.get(0, 0), 1.5);
 }
 
-// With equal candidates the upper row is the pivot. 1 + 2^-53 rounds to 1, so the two choices of the
-// pivot row give different multipliers, and with them different solutions.
+// With equal candidates the upper row is the pivot. 1 + 2^-53 rounds to 1, so the two choices of
+// the pivot row give different multipliers, and with them different solutions.
 TEST(Solve, TiesKeepTheUpperRow) {
   random_source random(71);
   u32 shows = 0;
@@ -78,9 +78,9 @@ TEST(Solve, TiesKeepTheUpperRow) {
 
 TEST(Solve, OtherColumnsOfTheRightHandSideAreNotTouched) {
   real_square a = square(2, {2, 0, 0, 4});
-  real_matrix b = rows(3, 2, {2, nan, -1, 8, inf, -2});
+  real_matrix b = rows(3, 2, {2, quiet_nan, -1, 8, inf, -2});
   a.solve(b);
-  EXPECT_TRUE(same(b, to_plain(rows(3, 2, {1, nan, -1, 2, inf, -2}))));
+  EXPECT_TRUE(same(b, to_plain(rows(3, 2, {1, quiet_nan, -1, 2, inf, -2}))));
 }
 
 // A right-hand side of another height is addressed modulo its height, or only in its upper part.
@@ -123,7 +123,7 @@ TEST(Solve, SingleHostileEntryMatchesThePlainForm) {
     for (u32 k = 0; k < 100; ++k) {
       plain::square p = random_square(n, random, entries::small_integers);
       plain::matrix b = random_matrix(1, n, random, entries::small_integers);
-      const double odd[] = {nan, signalling_nan(), inf, -inf, 1e300, 5e-324, -0.0};
+      const double odd[] = {quiet_nan, signalling_nan(), inf, -inf, 1e300, 5e-324, -0.0};
       p.put(random.below(n), random.below(n), odd[random.below(7)]);
       if (random.below(2)) b.put(0, random.below(n), odd[random.below(7)]);
       real_matrix x = to_library(b);
