@@ -1,0 +1,96 @@
+# The library, shared and static, from one list of sources.
+
+set(TESSARN_SOURCES
+  core/isa.cpp
+  core/power.cpp
+  vectors/allocate.cpp
+  vectors/list.cpp
+  vectors/list_analysis.cpp
+  matrix/complex_elimination.cpp
+  matrix/determinant.cpp
+  matrix/gram.cpp
+  matrix/linear.cpp
+  matrix/lu.cpp
+  matrix/mat.cpp
+  matrix/mat_complex.cpp
+  matrix/match.cpp
+  matrix/multiply.cpp
+  matrix/sqmat.cpp
+  matrix/sqmat_complex.cpp
+  matrix/svd.cpp
+  poly/binom.cpp
+  poly/curve.cpp
+  poly/fit.cpp
+  poly/power_sums.cpp
+  poly/search.cpp
+  poly/surface.cpp
+  poly/surface_fit.cpp
+  geometry/line3d.cpp
+  geometry/normal_search.cpp
+  geometry/plane.cpp
+  geometry/plane_fit.cpp)
+
+# Each is compiled once for each instruction set, in a namespace of that name.
+set(TESSARN_KERNELS)
+
+file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
+
+# Compiles the objects of the library with the given definition; <name>_ALL lists them.
+function(tessarn_add_objects name definition)
+  add_library(${name} OBJECT ${TESSARN_SOURCES})
+  set(objects $<TARGET_OBJECTS:${name}>)
+  foreach(set ${TESSARN_INSTRUCTION_SETS})
+    if(TESSARN_KERNELS)
+      add_library(${name}_${set} OBJECT ${TESSARN_KERNELS})
+      target_compile_definitions(${name}_${set} PRIVATE TESSARN_ISA=${set} TESSARN_ISA_${set})
+      target_compile_options(${name}_${set} PRIVATE ${TESSARN_FLAGS_${set}})
+      list(APPEND objects $<TARGET_OBJECTS:${name}_${set}>)
+    endif()
+  endforeach()
+  foreach(target ${name} ${name}_baseline ${name}_avx2 ${name}_avx512)
+    if(TARGET ${target})
+      target_link_libraries(${target} PRIVATE tessarn_flags)
+      target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+      target_compile_definitions(${target} PRIVATE ${definition})
+      set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+                            VISIBILITY_INLINES_HIDDEN ON CXX_EXTENSIONS OFF)
+      if(NOT MSVC)
+        target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O3>)
+      endif()
+    endif()
+  endforeach()
+  set(${name}_ALL ${objects} PARENT_SCOPE)
+endfunction()
+
+function(tessarn_common target)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+                                              $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endfunction()
+
+tessarn_add_objects(tessarn_objects TESSARN_BUILD)
+
+add_library(tessarn SHARED ${tessarn_objects_ALL})
+add_library(tessarn::tessarn ALIAS tessarn)
+tessarn_common(tessarn)
+set_target_properties(tessarn PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+if(WIN32)
+  include(windows/module.cmake)
+elseif(NOT APPLE)
+  target_link_options(tessarn PRIVATE LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  set_target_properties(tessarn PROPERTIES LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+endif()
+
+if(TESSARN_STATIC_LIBRARY)
+  if(WIN32)
+    tessarn_add_objects(tessarn_static_objects TESSARN_STATIC)
+    add_library(tessarn_static STATIC ${tessarn_static_objects_ALL})
+    target_compile_definitions(tessarn_static PUBLIC TESSARN_STATIC)
+  else()
+    add_library(tessarn_static STATIC ${tessarn_objects_ALL})
+    set_target_properties(tessarn_static PROPERTIES OUTPUT_NAME tessarn)
+  endif()
+  add_library(tessarn::static ALIAS tessarn_static)
+  tessarn_common(tessarn_static)
+  set_target_properties(tessarn_static PROPERTIES EXPORT_NAME static)
+endif()

@@ -1,0 +1,86 @@
+#include "core/isa.h"
+
+#include <atomic>
+
+#if defined(__x86_64__) || defined(_M_X64)
+#if defined(_MSC_VER)
+#include <intrin.h>
+#else
+#include <cpuid.h>
+#endif
+#define TESSARN_X86 1
+#endif
+
+namespace tessarn::detail {
+namespace {
+
+#if defined(TESSARN_X86)
+
+struct cpuid_registers {
+  unsigned a, b, c, d;
+};
+
+cpuid_registers cpuid(unsigned leaf) noexcept {
+#if defined(_MSC_VER)
+  int v[4];
+  __cpuidex(v, static_cast<int>(leaf), 0);
+  return {static_cast<unsigned>(v[0]), static_cast<unsigned>(v[1]), static_cast<unsigned>(v[2]),
+          static_cast<unsigned>(v[3])};
+#else
+  cpuid_registers r = {0, 0, 0, 0};
+  __cpuid_count(leaf, 0, r.a, r.b, r.c, r.d);
+  return r;
+#endif
+}
+
+// Which registers the operating system saves.
+unsigned long long extended_control() noexcept {
+#if defined(_MSC_VER)
+  return _xgetbv(0);
+#else
+  unsigned low, high;
+  __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+  return (static_cast<unsigned long long>(high) << 32) | low;
+#endif
+}
+
+isa detect() noexcept {
+  if (cpuid(0).a < 7) return isa::baseline;
+  const cpuid_registers one = cpuid(1);
+  const cpuid_registers seven = cpuid(7);
+  const auto has = [](unsigned flags, int bit) { return ((flags >> bit) & 1u) != 0; };
+  if (!has(one.c, 27)) return isa::baseline;  // OSXSAVE
+  const unsigned long long saved = extended_control();
+  const bool avx2 = (saved & 0x6) == 0x6 && has(one.c, 28) && has(seven.b, 5);
+  const bool avx512 = avx2 && (saved & 0xE6) == 0xE6 && has(seven.b, 16) && has(seven.b, 17) &&
+                      has(seven.b, 28) && has(seven.b, 30) && has(seven.b, 31);  // F, DQ, CD, BW, VL
+  return avx512 ? isa::avx512 : avx2 ? isa::avx2 : isa::baseline;
+}
+
+#else
+
+isa detect() noexcept { return isa::baseline; }
+
+#endif
+
+// Constant-initialised, so there is neither start-up code nor a lock: threads that meet here for the first
+// time all store the same value.
+std::atomic<int> g_chosen{-1};
+
+}  // namespace
+
+isa best_isa() noexcept { return detect(); }
+
+isa chosen_isa() noexcept {
+  const int chosen = g_chosen.load(std::memory_order_relaxed);
+  return chosen >= 0 ? static_cast<isa>(chosen) : force_isa(isa::avx512);
+}
+
+isa force_isa(isa wanted) noexcept {
+  const isa best = detect();
+  const isa used = static_cast<int>(wanted) < static_cast<int>(best) ? wanted : best;
+  g_chosen.store(static_cast<int>(used), std::memory_order_relaxed);
+  return used;
+}
+
+}  // namespace tessarn::detail

@@ -1,0 +1,76 @@
+#include "core/power.h"
+
+namespace tessarn::detail {
+namespace {
+
+// A double-double times a power of two that is kept apart, for powers near overflow and underflow.
+struct scaled_double_double {
+  double_double value;
+  std::int64_t exponent;
+};
+
+scaled_double_double normalised(double_double v, std::int64_t exponent) noexcept {
+  int shift = 0;
+  v.high = std::frexp(v.high, &shift);
+  v.low = std::ldexp(v.low, -shift);
+  return {v, exponent + shift};
+}
+
+scaled_double_double multiplied(const scaled_double_double& a, const scaled_double_double& b) noexcept {
+  const double_double p = exact_product(a.value.high, b.value.high, split(b.value.high));
+  const real cross = product(a.value.high, b.value.low) + product(a.value.low, b.value.high);
+  const real t = p.low + (cross + product(a.value.low, b.value.low));
+  const real high = p.high + t;
+  return normalised({high, t - (high - p.high)}, a.exponent + b.exponent);
+}
+
+// Rounds 2^exponent (high + low), |high| in [1/2, 1), to nearest even. Below the normal range fewer bits
+// are left: the integer significand is cut there, and low breaks what looks like a tie.
+real rounded(const scaled_double_double& v) noexcept {
+  constexpr int least_exponent = -1074;
+  if (v.exponent > 1100) return std::copysign(std::numeric_limits<real>::infinity(), v.value.high);
+  if (v.exponent < -1200) return std::copysign(static_cast<real>(0), v.value.high);
+  const int exponent = static_cast<int>(v.exponent);
+  const int cut = least_exponent - (exponent - 53);
+  if (cut <= 0) return std::ldexp(v.value.high, exponent);
+  if (cut > 54) return std::copysign(static_cast<real>(0), v.value.high);
+  const auto significand = static_cast<std::uint64_t>(std::ldexp(std::fabs(v.value.high), 53));
+  const std::uint64_t half = std::uint64_t{1} << (cut - 1);
+  const std::uint64_t rest = significand & (2 * half - 1);
+  std::uint64_t kept = cut < 64 ? significand >> cut : 0;
+  const real low = v.value.high < 0 ? -v.value.low : v.value.low;
+  const bool above = rest > half || (rest == half && low > 0);
+  const bool tie = rest == half && low == 0;
+  if (above || (tie && (kept & 1))) ++kept;
+  return std::copysign(std::ldexp(static_cast<real>(kept), least_exponent), v.value.high);
+}
+
+// Square and multiply with the exponent apart: for every finite x other than 0 and every k.
+real power_by_squaring(real x, unsigned k) noexcept {
+  scaled_double_double base = normalised({x, 0}, 0);
+  scaled_double_double result = normalised({1, 0}, 0);
+  for (;;) {
+    if (k & 1) result = multiplied(result, base);
+    k >>= 1;
+    if (k == 0) return rounded(result);
+    base = multiplied(base, base);
+  }
+}
+
+}  // namespace
+
+real power(real x, unsigned k) noexcept {
+  if (k == 0) return 1;
+  if (k == 1) return x;
+  if (x == 0 || !std::isfinite(x)) {
+    if (x != x) return x;
+    return k % 2 == 1 ? x : std::fabs(x);
+  }
+  if (k > 64 || !chain_is_safe(x, k)) return power_by_squaring(x, k);
+  const double_double halves = split(x);
+  double_double w{x, 0};
+  for (unsigned i = 2; i <= k; ++i) w = times(w, x, halves);
+  return w.high;
+}
+
+}  // namespace tessarn::detail

@@ -1,0 +1,56 @@
+// Integer powers of a real, correctly rounded. The C library's pow misses the correctly rounded value in
+// about one of a thousand inputs and its bits change with the processor; this one is reproducible.
+#pragma once
+
+#include "tessarn/scalar.h"
+
+namespace tessarn::detail {
+
+// x^k, correctly rounded for every finite x; 1 for k = 0 and x for k = 1, also when x is NaN. Powers of
+// infinities and zeros are those of IEEE 754.
+real power(real x, unsigned k) noexcept;
+
+// An unevaluated sum high + low with |low| at most half an ulp of high, about 106 bits.
+struct double_double {
+  real high;
+  real low;
+};
+
+// The two halves of x, 26 bits each, whose products are exact (T. Dekker, A floating-point technique for
+// extending the available precision, 1971). Needs |x| below 2^996.
+inline double_double split(real x) noexcept {
+  const real c = product(static_cast<real>(134217729.0), x);
+  const real high = c - (c - x);
+  return {high, x - high};
+}
+
+// a * x with the halves of x, exactly, as a rounded product and its error.
+inline double_double exact_product(real a, real x, double_double halves) noexcept {
+  const real p = product(a, x);
+  const double_double b = split(a);
+  const real e = ((product(b.high, halves.high) - p) + product(b.high, halves.low) +
+                  product(b.low, halves.high)) +
+                 product(b.low, halves.low);
+  return {p, e};
+}
+
+// (w.high + w.low) * x: the step of a chain of powers. The relative error is about 2^-105 a step, so
+// the high part is the correctly rounded power as long as nothing leaves the normal range.
+inline double_double times(double_double w, real x, double_double halves) noexcept {
+  const double_double p = exact_product(w.high, x, halves);
+  const real t = p.low + product(w.low, x);
+  const real high = p.high + t;
+  return {high, t - (high - p.high)};
+}
+
+// True when the chain x, x^2, ..., x^k stays in the range where its steps are exact to 105 bits: the
+// magnitude of k log2|x| is at most 960, judged by the exponent of x, which is generous by less than one.
+inline bool chain_is_safe(real x, unsigned k) noexcept {
+  std::uint64_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  const int exponent = static_cast<int>((bits >> 52) & 0x7FF) - 1023;
+  const int magnitude = exponent >= 0 ? exponent + 1 : -exponent;
+  return static_cast<std::uint64_t>(magnitude) * k <= 960;
+}
+
+}  // namespace tessarn::detail

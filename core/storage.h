@@ -1,0 +1,25 @@
+// Arrays of reals. Owning temporaries are std::unique_ptr, so every exit releases them.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+
+#include "tessarn/scalar.h"
+
+namespace tessarn::detail {
+
+using real_array = std::unique_ptr<real[]>;
+
+// n entries, not initialised.
+inline real_array allocate(std::size_t n) { return real_array(new real[n]); }
+
+// n zeros.
+inline real_array allocate_zeroed(std::size_t n) { return real_array(new real[n]()); }
+
+// A count that may be negative: such a request saturates to the largest size and fails in the allocator.
+inline real_array allocate_counted(std::int64_t n) {
+  return allocate_zeroed(n < 0 ? static_cast<std::size_t>(-1) : static_cast<std::size_t>(n));
+}
+
+}  // namespace tessarn::detail

@@ -1,0 +1,69 @@
+// The real determinant and cofactor.
+#include <algorithm>
+
+#include "core/access.h"
+#include "core/nan_rule.h"
+#include "core/storage.h"
+#include "matrix/elimination.h"
+
+namespace tessarn::detail {
+namespace {
+
+// Both sums start from +0.0 and run over the rotations of the columns.
+real sarrus(const real* a) {
+  real down = 0, up = 0;
+  for (int k = 0; k < 3; ++k) {
+    down += a[k] * a[3 + (k + 1) % 3] * a[6 + (k + 2) % 3];
+    up += a[k] * a[3 + (k + 2) % 3] * a[6 + (k + 1) % 3];
+  }
+  return down - up;
+}
+
+// Row r += f * row p with f = (-1 / pivot) * entry, from the column behind the pivot on: what becomes of the
+// eliminated column is never read again.
+void eliminate(real* w, std::size_t n) {
+  for (std::size_t p = 0; p + 1 < n; ++p) {
+    const real* pivot_row = w + p * n;
+    const real reciprocal = -1 / pivot_row[p];
+    for (std::size_t r = p + 1; r < n; ++r) {
+      real* row = w + r * n;
+      const real f = reciprocal * row[p];
+      for (std::size_t c = p + 1; c < n; ++c) row[c] = computed(f * pivot_row[c] + row[c]);
+    }
+  }
+}
+
+}  // namespace
+
+real determinant(const real* a, std::size_t n) {
+  if (n == 3) return sarrus(a);
+  real_array w = allocate(n * n);
+  std::copy_n(a, n * n, w.get());
+  eliminate(w.get(), n);
+  real product = 1;
+  for (std::size_t i = 0; i < n; ++i) product *= w[i * n + i];
+  return product;
+}
+
+}  // namespace tessarn::detail
+
+using tessarn::real;
+using tessarn::detail::real_sqmat;
+using tessarn::detail::without_quiet_nan;
+
+real real_sqmat::det() { return tessarn::detail::determinant(data, size); }
+
+real real_sqmat::cof(tessarn::ulong x, tessarn::ulong y) {
+  if (size < 2) return 0;
+  const auto sign = [](tessarn::ulong i, tessarn::ulong j) { return static_cast<real>(((i + j) & 1u) == 0 ? 1 : -1); };
+  if (size == 2) return sign(x, y) * get(x % 2 == 0 ? 1 : 0, y % 2 == 0 ? 1 : 0);
+  x %= size;
+  y %= size;
+  sqmat minor;
+  minor.create(size - 1);
+  real* to = minor.data;
+  for (std::size_t r = 0; r < size; ++r)
+    for (std::size_t c = 0; c < size; ++c)
+      if (r != y && c != x) *to++ = without_quiet_nan(data[r * size + c]);
+  return sign(x, y) * minor.det();
+}

@@ -1,0 +1,84 @@
+// Gram-Schmidt on the columns, and the triangular form of the real matrix.
+#include <algorithm>
+
+#include "core/access.h"
+#include "core/nan_rule.h"
+#include "core/storage.h"
+
+using tessarn::real;
+using tessarn::detail::complex_sqmat;
+using tessarn::detail::computed;
+using tessarn::detail::real_array;
+using tessarn::detail::real_sqmat;
+
+// Works on contiguous columns. All projections of a column are computed against its value from before the
+// step; the denominators belong to finished columns and are computed once.
+void real_sqmat::orthogonalize() {
+  const std::size_t n = size;
+  if (n < 2) return;
+  real_array columns = tessarn::detail::allocate(n * n);
+  real_array projected = tessarn::detail::allocate(n);
+  real_array squares = tessarn::detail::allocate(n);
+  const auto dot = [n](const real* a, const real* b) {
+    real s = 0;
+    for (std::size_t k = 0; k < n; ++k) s += a[k] * b[k];
+    return s;
+  };
+  for (std::size_t j = 0; j < n; ++j) {
+    real* column = columns.get() + j * n;
+    for (std::size_t k = 0; k < n; ++k) column[k] = data[k * n + j];
+    if (j > 0) {
+      std::copy_n(column, n, projected.get());
+      for (std::size_t i = 0; i < j; ++i) {
+        const real* earlier = columns.get() + i * n;
+        const real c = dot(earlier, column) / squares[i];
+        for (std::size_t k = 0; k < n; ++k) projected[k] -= c * earlier[k];
+      }
+      for (std::size_t k = 0; k < n; ++k) data[k * n + j] = column[k] = computed(projected[k]);
+    }
+    squares[j] = dot(column, column);
+  }
+}
+
+// The product is not conjugated, and a column whose square is 0 is passed over.
+void complex_sqmat::orthogonalize() {
+  const std::size_t n = size;
+  if (n < 2) return;
+  std::unique_ptr<cplx[]> columns(new cplx[n * n]);
+  std::unique_ptr<cplx[]> projected(new cplx[n]);
+  std::unique_ptr<cplx[]> squares(new cplx[n]);
+  const auto dot = [n](const cplx* a, const cplx* b) {
+    cplx s;
+    for (std::size_t k = 0; k < n; ++k) s += a[k] * b[k];
+    return s;
+  };
+  for (std::size_t j = 0; j < n; ++j) {
+    cplx* column = columns.get() + j * n;
+    for (std::size_t k = 0; k < n; ++k) column[k] = data[k * n + j];
+    std::copy_n(column, n, projected.get());
+    for (std::size_t i = 0; i < j; ++i) {
+      const cplx* earlier = columns.get() + i * n;
+      const cplx den = squares[i];
+      const real square = den.re * den.re + den.im * den.im;
+      if (square == 0) continue;
+      const cplx num = dot(earlier, column);
+      const real r = 1 / square;
+      const cplx c((num.re * den.re + num.im * den.im) * r, (num.im * den.re - num.re * den.im) * r);
+      for (std::size_t k = 0; k < n; ++k) projected[k] -= c * earlier[k];
+    }
+    for (std::size_t k = 0; k < n; ++k) data[k * n + j] = column[k] = projected[k];
+    squares[j] = dot(column, column);
+  }
+}
+
+void real_sqmat::optimize() {
+  const std::size_t n = size;
+  for (std::size_t p = 0; p + 1 < n; ++p) {
+    const real* pivot_row = data + p * n;
+    for (std::size_t r = p + 1; r < n; ++r) {
+      real* row = data + r * n;
+      const real f = row[p] / pivot_row[p];
+      for (std::size_t c = p; c < n; ++c) row[c] = computed(row[c] - f * pivot_row[c]);
+    }
+  }
+}

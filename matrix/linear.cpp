@@ -1,0 +1,109 @@
+// Least squares through the normal equations, and inversion.
+#include <algorithm>
+
+#include "core/access.h"
+#include "core/nan_rule.h"
+#include "core/storage.h"
+#include "matrix/elementwise.h"
+#include "matrix/elimination.h"
+#include "matrix/multiply.h"
+
+using tessarn::real;
+using tessarn::detail::computed;
+using tessarn::detail::real_array;
+using tessarn::detail::real_mat;
+using tessarn::detail::real_sqmat;
+using tessarn::detail::without_quiet_nan;
+
+namespace {
+
+// The adjugate of the n x n matrix m, n >= 2, times q, into dst; entries are stored as they are.
+void scaled_adjugate(const real* m, std::size_t n, real q, real* dst) {
+  real_array minor = tessarn::detail::allocate((n - 1) * (n - 1));
+  for (std::size_t i = 0; i < n; ++i)
+    for (std::size_t j = 0; j < n; ++j) {
+      const real sign = (i + j) % 2 == 0 ? 1 : -1;
+      real cofactor;
+      if (n == 2) {
+        cofactor = sign * m[((j + 1) % 2) * 2 + (i + 1) % 2];
+      } else {
+        real* to = minor.get();
+        for (std::size_t r = 0; r < n; ++r)
+          for (std::size_t c = 0; c < n; ++c)
+            if (r != j && c != i) *to++ = m[r * n + c];
+        cofactor = tessarn::detail::determinant(minor.get(), n - 1) * sign;
+      }
+      dst[i * n + j] = cofactor * q;
+    }
+}
+
+void invert_square(const real_mat& a, real_mat& dst) {
+  const std::size_t n = a.getWidth();
+  real_array m = tessarn::detail::allocate(n * n);
+  std::transform(a.getData(), a.getData() + n * n, m.get(), without_quiet_nan);
+  const real q = 1 / tessarn::detail::determinant(m.get(), n);
+  scaled_adjugate(m.get(), n, q, dst.getData());
+}
+
+// The reciprocals of the diagonal, 0 for an entry that is 0 or NaN, into the zeroed dst.
+void invert_diagonal(const real_mat& a, real_mat& dst) {
+  const tessarn::ulong n = std::min(a.getWidth(), a.getHeight());
+  for (tessarn::ulong k = 0; k < n; ++k) {
+    const real d = a.getData()[static_cast<std::size_t>(k) * a.getWidth() + k];
+    if (tessarn::detail::equal_or_unordered(d, 0)) continue;
+    dst.getData()[static_cast<std::size_t>(k) * dst.getWidth() + k] = computed(1 / d);
+  }
+}
+
+// V S^-1 U'.
+void pseudo_invert(real_mat& a, real_mat& dst) {
+  real_mat u, s, v, reciprocals, ut;
+  a.decompose(u, s, v);
+  s.invert(reciprocals);
+  u.transpose(ut);
+  dst = (v * reciprocals) * ut;
+}
+
+}  // namespace
+
+void real_mat::solve(mat& A, mat& b) {
+  const std::size_t m = A.height;
+  const std::size_t n = A.width;
+  if (b.height != m || b.width != 1) return;
+  mat g;
+  g.create(1, A.width);
+  real_sqmat normal;
+  normal.create(A.width);
+  // Column by column: the transposed system has contiguous columns. The normal matrix is symmetric, and
+  // the sum of a product does not depend on the order of its factors.
+  real_array columns = tessarn::detail::allocate(n * m);
+  tessarn::detail::transpose_entries(A.data, n, m, columns.get(), [](real v) { return v; });
+  const auto dot = [m](const real* u, const real* v) {
+    real s = 0;
+    for (std::size_t k = 0; k < m; ++k) s += u[k] * v[k];
+    return computed(s);
+  };
+  for (std::size_t c = 0; c < n; ++c) {
+    const real* column = columns.get() + c * m;
+    g.data[c] = dot(b.data, column);
+    for (std::size_t d = 0; d <= c; ++d)
+      normal.getData()[c * n + d] = normal.getData()[d * n + c] = dot(column, columns.get() + d * m);
+  }
+  normal.solve(g);
+  *this = static_cast<mat&&>(g);
+}
+
+void real_mat::invert(mat& dst) {
+  mat inverse;
+  inverse.create(height, width);
+  std::fill_n(inverse.data, static_cast<tessarn::ulong>(height * width), static_cast<real>(0));
+  if (&dst == this) {  // cleared before it is read: the inverse of zeros
+  } else if (isDiagonal()) {
+    invert_diagonal(*this, inverse);
+  } else if (width == height) {
+    invert_square(*this, inverse);
+  } else {
+    pseudo_invert(*this, inverse);
+  }
+  dst = static_cast<mat&&>(inverse);
+}

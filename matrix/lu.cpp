@@ -1,0 +1,87 @@
+// The real square solver: LU factorisation with partial pivoting.
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "core/access.h"
+#include "core/nan_rule.h"
+#include "core/storage.h"
+#include "matrix/elimination.h"
+
+namespace tessarn::detail {
+namespace {
+
+using permutation = std::unique_ptr<std::uint32_t[]>;
+
+// The row of the largest magnitude in column k from row k on, the upper one of equals; n when all are 0. A NaN
+// is never larger.
+std::size_t pivot_row(const real* w, std::size_t n, std::size_t k) {
+  real best = 0;
+  std::size_t row = n;
+  for (std::size_t r = k; r < n; ++r) {
+    const real magnitude = std::fabs(w[r * n + k]);
+    if (magnitude > best) {
+      best = magnitude;
+      row = r;
+    }
+  }
+  return row;
+}
+
+void exchange_rows(real* a, real* b, std::size_t n) {
+  for (std::size_t c = 0; c < n; ++c) {
+    const real t = without_quiet_nan(a[c]);
+    a[c] = without_quiet_nan(b[c]);
+    b[c] = t;
+  }
+}
+
+// Factorises w in place, the multipliers below the diagonal. False when it is singular.
+bool factorise(real* w, std::size_t n, std::uint32_t* order) {
+  for (std::size_t k = 0; k < n; ++k) {
+    const std::size_t p = pivot_row(w, n, k);
+    if (p == n) return false;
+    std::swap(order[k], order[p]);
+    exchange_rows(w + k * n, w + p * n, n);
+    const real* upper = w + k * n;
+    for (std::size_t r = k + 1; r < n; ++r) {
+      real* row = w + r * n;
+      const real multiplier = computed(row[k] / upper[k]);
+      row[k] = multiplier;
+      for (std::size_t c = k + 1; c < n; ++c) row[c] = computed(row[c] - multiplier * upper[c]);
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
+  real_array w = allocate(n * n);
+  std::copy_n(a, n * n, w.get());
+  permutation order(new std::uint32_t[n]);
+  for (std::size_t i = 0; i < n; ++i) order[i] = static_cast<std::uint32_t>(i);
+  real_array v = allocate(n);
+  if (!factorise(w.get(), n, order.get())) return false;
+  for (std::size_t i = 0; i < n; ++i) {
+    real s = 0;
+    for (std::size_t j = 0; j < i; ++j) s += w[i * n + j] * v[j];
+    v[i] = computed(b[order[i]] - s);
+  }
+  for (std::size_t i = n; i-- > 0;) {
+    real s = 0;
+    for (std::size_t j = i + 1; j < n; ++j) s += w[i * n + j] * b[j];
+    b[i] = computed((v[i] - s) / w[i * n + i]);
+  }
+  return true;
+}
+
+}  // namespace tessarn::detail
+
+using tessarn::detail::real_mat;
+using tessarn::detail::real_sqmat;
+
+void real_sqmat::solve(real_mat& b) {
+  if (size == 0) return;
+  tessarn::detail::solve_lu(data, size, {b.getData(), b.getHeight(), b.getWidth()});
+}

@@ -1,0 +1,47 @@
+// The complex rectangular matrix: storage only.
+#include <algorithm>
+
+#include "core/access.h"
+
+using tessarn::detail::complex_mat;
+
+namespace {
+
+std::size_t entry_count(tessarn::ulong width, tessarn::ulong height) { return static_cast<tessarn::ulong>(width * height); }
+
+}  // namespace
+
+complex_mat::mat(mat& m) : mat() {
+  if (m.data == nullptr) return;
+  create(m.width, m.height);
+  std::copy_n(m.data, entry_count(width, height), data);
+}
+
+complex_mat::~mat() { release(); }
+
+void complex_mat::release() noexcept {
+  delete[] data;
+  forget();
+}
+
+void complex_mat::operator=(mat& src) {
+  if (this == &src) return;
+  create(src.width, src.height);
+  std::copy_n(src.data, entry_count(width, height), data);
+}
+
+void complex_mat::operator=(mat&& src) noexcept {
+  if (this == &src) return;
+  delete[] data;
+  data = src.data;
+  width = src.width;
+  height = src.height;
+  src.forget();
+}
+
+void complex_mat::create(tessarn::ulong columns, tessarn::ulong rows) {
+  release();
+  data = new cplx[entry_count(columns, rows)];
+  width = columns;
+  height = rows;
+}

@@ -1,0 +1,149 @@
+// Matching of point sets: rigid and affine transforms as 4 x 4 matrices.
+#include <algorithm>
+#include <cmath>
+
+#include "core/access.h"
+#include "core/nan_rule.h"
+#include "core/storage.h"
+#include "matrix/elimination.h"
+#include "tessarn/vectors.h"
+
+using tessarn::real;
+using tessarn::detail::computed;
+using tessarn::detail::real_mat;
+using tessarn::detail::real_sqmat;
+using tessarn::detail::without_quiet_nan;
+
+namespace {
+
+constexpr real determinant_tolerance = static_cast<real>(0.001);
+
+struct point {
+  real c[3];
+};
+
+// The coordinates of a point under the quiet-NaN rule.
+point coordinates(const vector3d& v) {
+  return {{without_quiet_nan(v.x), without_quiet_nan(v.y), without_quiet_nan(v.z)}};
+}
+
+point centroid(const vector3d* points, tessarn::ulong n) {
+  point sum{{0, 0, 0}};
+  for (tessarn::ulong i = 0; i < n; ++i) {
+    const point p = coordinates(points[i]);
+    for (int k = 0; k < 3; ++k) sum.c[k] += p.c[k];
+  }
+  const real r = 1 / static_cast<real>(n);
+  for (real& c : sum.c) c *= r;
+  return sum;
+}
+
+// H[r][c] = sum of (b - cb)_r (a - ca)_c over the pairs in order, the rule applied to every step, divided by n.
+real_mat cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n) {
+  const point ca = centroid(a, n);
+  const point cb = centroid(b, n);
+  real_mat h;
+  h.create(3, 3);
+  std::fill_n(h.getData(), 9, static_cast<real>(0));
+  for (tessarn::ulong i = 0; i < n; ++i) {
+    const point pa = coordinates(a[i]);
+    const point pb = coordinates(b[i]);
+    for (int r = 0; r < 3; ++r)
+      for (int c = 0; c < 3; ++c) {
+        real& entry = h.getData()[3 * r + c];
+        entry = computed(entry + computed(computed(pb.c[r] - cb.c[r]) * computed(pa.c[c] - ca.c[c])));
+      }
+  }
+  return h / static_cast<real>(n);
+}
+
+bool is_rotation_or_reflection(real determinant) {
+  return !(std::fabs(std::fabs(determinant) - 1) > determinant_tolerance);
+}
+
+// V U' as a rotation, with the third column of V negated when it comes out as a reflection; false when the
+// determinant is not near 1 in magnitude.
+bool rotation_from(const real_mat& h, real_mat& rotation) {
+  real_mat u, s, v, ut;
+  h.decompose(u, s, v);
+  u.transpose(ut);
+  rotation = v * ut;
+  const real determinant = tessarn::detail::determinant(rotation.getData(), 3);
+  if (!is_rotation_or_reflection(determinant)) return false;
+  if (determinant >= 0) return true;
+  for (tessarn::ulong r = 0; r < 3; ++r) v.set(2, r, -v.get(2, r));
+  rotation = v * ut;
+  return is_rotation_or_reflection(tessarn::detail::determinant(rotation.getData(), 3));
+}
+
+// The mean of b - R a, summed in order.
+real_mat translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, const real_mat& rotation) {
+  real_mat sum;
+  sum.create(1, 3);
+  std::fill_n(sum.getData(), 3, static_cast<real>(0));
+  const real* R = rotation.getData();
+  for (tessarn::ulong i = 0; i < n; ++i) {
+    const point pa = coordinates(a[i]);
+    const point pb = coordinates(b[i]);
+    for (int r = 0; r < 3; ++r) {
+      real turned = 0;
+      for (int k = 0; k < 3; ++k) turned += R[3 * r + k] * pa.c[k];
+      real& entry = sum.getData()[r];
+      entry = computed(entry + computed(pb.c[r] - turned));
+    }
+  }
+  return sum / static_cast<real>(n);
+}
+
+}  // namespace
+
+bool real_sqmat::calc_match(vector3d* a, vector3d* b, tessarn::ulong n) {
+  if (a == nullptr || b == nullptr || n < 3) return false;
+  real_mat rotation;
+  if (!rotation_from(cross_covariance(a, b, n), rotation)) return false;
+  const real_mat translation = translation_of(a, b, n, rotation);
+  sqmat matched;
+  matched.create(4);
+  for (tessarn::ulong r = 0; r < 3; ++r) {
+    for (tessarn::ulong c = 0; c < 3; ++c) matched.set(c, r, rotation.get(c, r));
+    matched.set(3, r, translation.get(0, r));
+    matched.set(r, 3, 0);
+  }
+  matched.set(3, 3, 1);
+  *this = static_cast<sqmat&&>(matched);
+  return true;
+}
+
+void real_sqmat::calc_transform(vector3d* a, vector3d* b, tessarn::ulong n) {
+  real_mat system;
+  system.create(4, n);
+  real_mat ordinates;
+  ordinates.create(1, n);
+  sqmat fitted;
+  fitted.create(4);
+  for (tessarn::ulong i = 0; i < n; ++i) {
+    const point p = coordinates(a[i]);
+    for (tessarn::ulong k = 0; k < 3; ++k) system.set(k, i, p.c[k]);
+    system.set(3, i, 1);
+  }
+  for (tessarn::ulong r = 0; r < 4; ++r) {
+    for (tessarn::ulong i = 0; i < n; ++i) ordinates.set(0, i, r < 3 ? coordinates(b[i]).c[r] : 1);
+    real_mat row;
+    row.solve(system, ordinates);
+    for (tessarn::ulong k = 0; k < 4; ++k) fitted.set(k, r, row.get(0, k));
+  }
+  *this = static_cast<sqmat&&>(fitted);
+}
+
+void real_sqmat::transform(vector3d& in, vector3d& out) {
+  if (size != 4) return;
+  const real x = in.x, y = in.y, z = in.z;
+  const auto component = [&](const real* row) { return (row[1] * y + row[0] * x) + (row[2] * z + row[3]); };
+  out.x = component(data);
+  out.y = component(data + 4);
+  out.z = component(data + 8);
+}
+
+void real_sqmat::transform(const vector3d* in, vector3d* out, tessarn::ulong n) const {
+  for (tessarn::ulong i = 0; i < n; ++i) transform(in[i], out[i]);
+}

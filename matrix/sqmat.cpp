@@ -1,0 +1,93 @@
+// The real square matrix: storage, columns, product, comparison.
+#include <algorithm>
+
+#include "core/access.h"
+#include "core/nan_rule.h"
+#include "core/storage.h"
+#include "matrix/elementwise.h"
+#include "matrix/multiply.h"
+
+using tessarn::real;
+using tessarn::detail::real_mat;
+using tessarn::detail::real_sqmat;
+using tessarn::detail::without_quiet_nan;
+
+namespace {
+
+std::size_t entry_count(tessarn::ulong n) { return static_cast<tessarn::ulong>(n * n); }
+
+}  // namespace
+
+real_sqmat::sqmat(sqmat& m) : sqmat() {
+  create(m.size);
+  std::copy_n(m.data, entry_count(size), data);
+}
+
+real_sqmat::~sqmat() { release(); }
+
+void real_sqmat::release() noexcept {
+  delete[] data;
+  forget();
+}
+
+void real_sqmat::create(tessarn::ulong n) {
+  release();
+  if (n == 0) return;
+  data = new real[entry_count(n)];
+  size = n;
+}
+
+void real_sqmat::operator=(sqmat& src) {
+  if (size != src.size) create(src.size);
+  if (this != &src) std::copy_n(src.data, entry_count(size), data);
+}
+
+void real_sqmat::operator=(sqmat&& src) noexcept {
+  if (this == &src) return;
+  delete[] data;
+  data = src.data;
+  size = src.size;
+  src.forget();
+}
+
+void real_sqmat::set(tessarn::ulong x, tessarn::ulong y, real v) { data[position(x, y)] = without_quiet_nan(v); }
+
+real_mat real_sqmat::getColumn(tessarn::ulong x) {
+  real_mat column;
+  column.create(1, size);
+  if (size == 0) return column;
+  const real* entry = data + position(x, 0);
+  for (tessarn::ulong y = 0; y < size; ++y, entry += size) column.getData()[y] = without_quiet_nan(*entry);
+  return column;
+}
+
+void real_sqmat::setColumn(tessarn::ulong x, real_mat column) {
+  if (size == 0 || column.getHeight() != size || column.getWidth() == 0) return;
+  real* entry = data + position(x, 0);
+  const real* source = column.getData();
+  for (tessarn::ulong y = 0; y < size; ++y, entry += size, source += column.getWidth())
+    *entry = without_quiet_nan(*source);
+}
+
+void real_sqmat::transpose(sqmat& dst) {
+  sqmat transposed;
+  transposed.create(size);
+  tessarn::detail::transpose_entries(data, size, size, transposed.data, without_quiet_nan);
+  dst = static_cast<sqmat&&>(transposed);
+}
+
+void real_sqmat::operator*=(sqmat& b) {
+  if (b.size != size || size == 0) return;
+  sqmat product;
+  product.create(size);
+  tessarn::detail::multiply(data, b.data, product.data, size, size, size);
+  std::copy_n(product.data, entry_count(size), data);
+}
+
+bool real_sqmat::operator==(sqmat& b) {
+  return size != b.size || tessarn::detail::entries_equal(data, b.data, entry_count(size));
+}
+
+bool real_sqmat::operator!=(sqmat& b) {
+  return size == b.size && !tessarn::detail::entries_equal(data, b.data, entry_count(size));
+}

@@ -1,0 +1,65 @@
+// The complex square matrix: storage, columns, product.
+#include <algorithm>
+#include <memory>
+
+#include "core/access.h"
+#include "matrix/multiply.h"
+
+using tessarn::detail::complex_mat;
+using tessarn::detail::complex_sqmat;
+
+namespace {
+
+std::size_t entry_count(tessarn::ulong n) { return static_cast<tessarn::ulong>(n * n); }
+
+}  // namespace
+
+complex_sqmat::sqmat(sqmat& m) : sqmat() {
+  create(m.size);
+  std::copy_n(m.data, entry_count(size), data);
+}
+
+complex_sqmat::~sqmat() { release(); }
+
+void complex_sqmat::release() noexcept {
+  delete[] data;
+  forget();
+}
+
+void complex_sqmat::create(tessarn::ulong n) {
+  release();
+  data = new cplx[entry_count(n)];
+  size = n;
+}
+
+void complex_sqmat::operator=(sqmat& src) {
+  if (size != src.size) create(src.size);
+  if (this != &src) std::copy_n(src.data, entry_count(size), data);
+}
+
+void complex_sqmat::operator=(sqmat&& src) noexcept {
+  if (this == &src) return;
+  delete[] data;
+  data = src.data;
+  size = src.size;
+  src.forget();
+}
+
+complex_mat complex_sqmat::getColumn(tessarn::ulong x) {
+  complex_mat column;
+  column.create(1, size);
+  for (tessarn::ulong y = 0; y < size; ++y) column.getData()[y] = data[position(x, y)];
+  return column;
+}
+
+void complex_sqmat::setColumn(tessarn::ulong x, complex_mat column) {
+  if (size == 0 || column.getHeight() != size || column.getWidth() == 0) return;
+  for (tessarn::ulong y = 0; y < size; ++y) data[position(x, y)] = column.get(0, y);
+}
+
+void complex_sqmat::operator*=(sqmat& b) {
+  if (b.size != size || size == 0) return;
+  std::unique_ptr<cplx[]> product(new cplx[entry_count(size)]);
+  tessarn::detail::multiply(data, b.data, product.get(), size);
+  std::copy_n(product.get(), entry_count(size), data);
+}

@@ -1,0 +1,144 @@
+// The polynomial in one variable: storage, evaluation, arithmetic, transformations of the graph.
+#include <algorithm>
+
+#include "core/access.h"
+#include "core/storage.h"
+#include "tessarn/poly.h"
+
+using tessarn::real;
+using tessarn::slong;
+using tessarn::detail::allocate_counted;
+using tessarn::detail::real_array;
+
+namespace {
+
+// An empty polynomial has no array.
+real* released(real_array& coefficients, slong n) {
+  if (n == 0) return nullptr;
+  return coefficients.release();
+}
+
+}  // namespace
+
+binom::~binom() {
+  delete[] cof;
+  forget();
+}
+
+void binom::empty() {
+  delete[] cof;
+  forget();
+}
+
+void binom::create(slong n) {
+  binom::empty();
+  if (n == 0) return;
+  cof = allocate_counted(n).release();
+  cofcnt = n;
+}
+
+void binom::resize(slong n) {
+  if (n == cofcnt) return;
+  real_array resized = allocate_counted(n);
+  std::copy_n(cof, std::min(cofcnt, n), resized.get());
+  delete[] cof;
+  cof = released(resized, n);
+  cofcnt = n;
+}
+
+void binom::copy(binom& src) {
+  if (this == &src || (cof != nullptr && cof == src.cof)) return;
+  create(src.cofcnt);
+  std::copy_n(src.cof, src.cofcnt, cof);
+}
+
+const binom& binom::operator=(binom& src) {
+  copy(src);
+  return *this;
+}
+
+const binom& binom::operator=(binom&& src) noexcept {
+  if (this == &src) return *this;
+  delete[] cof;
+  cofcnt = src.cofcnt;
+  cof = src.cof;
+  src.forget();
+  return *this;
+}
+
+real binom::func(real x) {
+  if (cofcnt < 1) return 0;
+  real s = cof[0];
+  real w = 1;
+  for (slong i = 1; i < cofcnt; ++i) {
+    w *= x;
+    s += w * cof[i];
+  }
+  return s;
+}
+
+void binom::func_1(binom& d) {
+  if (&d == this) {
+    binom derived;
+    func_1(derived);
+    d = static_cast<binom&&>(derived);
+    return;
+  }
+  d.create(cofcnt - 1);
+  for (slong k = 1; k < cofcnt; ++k) d.cof[k - 1] = static_cast<real>(k) * cof[k];
+}
+
+void binom::operator+=(binom& q) {
+  if (q.cofcnt > cofcnt) resize(q.cofcnt);
+  for (slong i = 0; i < cofcnt; ++i) cof[i] += q.get(i);
+}
+
+void binom::operator-=(binom& q) {
+  if (q.cofcnt > cofcnt) resize(q.cofcnt);
+  for (slong i = 0; i < cofcnt; ++i) cof[i] -= q.get(i);
+}
+
+void binom::operator*=(binom& q) {
+  const auto m = static_cast<slong>(static_cast<tessarn::ulong>(cofcnt) + static_cast<tessarn::ulong>(q.cofcnt) - 1u);
+  real_array product = allocate_counted(m);
+  for (slong j = 0; j < q.cofcnt; ++j)
+    for (slong i = 0; i < cofcnt; ++i) product[static_cast<std::size_t>(i + j)] += cof[i] * q.cof[j];
+  delete[] cof;
+  cof = released(product, m);
+  cofcnt = m;
+}
+
+void binom::operator*=(real s) {
+  for (slong i = 0; i < cofcnt; ++i) cof[i] *= s;
+}
+
+// Expansion in powers of (x - x0): power is (x - x0)^i, multiplied in place by the factor -x0 + x. Each new
+// coefficient is the sum, from zero, of the product with -x0 and then of the one with 1.
+void binom::shift_h(real x0) {
+  if (cofcnt < 1) return;
+  const auto n = static_cast<std::size_t>(cofcnt);
+  real_array shifted = tessarn::detail::allocate_zeroed(n);
+  real_array power = tessarn::detail::allocate_zeroed(n + 1);
+  power[0] = 1;
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t k = 0; k < n; ++k) shifted[k] += k <= i ? power[k] * cof[i] : 0;
+    for (std::size_t k = i + 1; k > 0; --k)
+      power[k] = (k <= i ? 0 + power[k] * -x0 : 0) + power[k - 1] * static_cast<real>(1);
+    power[0] = 0 + power[0] * -x0;
+  }
+  delete[] cof;
+  cof = shifted.release();
+}
+
+void binom::shift_v(real dy) {
+  if (cofcnt == 0) resize(1);
+  if (cofcnt > 0) cof[0] += dy;
+}
+
+void binom::mirror_h() {
+  for (slong i = 1; i < cofcnt; i += 2) cof[i] = -cof[i];
+}
+
+void binom::mirror_v() {
+  for (slong i = 0; i < cofcnt; ++i) cof[i] = -cof[i];
+}

@@ -1,0 +1,136 @@
+#include "poly/curve.h"
+
+#include "core/access.h"
+#include "core/power.h"
+#include "tessarn/poly.h"
+
+namespace tessarn::detail {
+namespace {
+
+// i (i-1) ... (i-k+1) in 32 bits; for very long polynomials it wraps.
+slong falling_factorial(slong i, unsigned k) noexcept {
+  std::uint32_t f = 1;
+  for (unsigned j = 0; j < k; ++j) f *= static_cast<std::uint32_t>(i) - j;
+  return static_cast<slong>(f);
+}
+
+// The powers 1, x, x^2, ... one after the other, each correctly rounded.
+class power_chain {
+ public:
+  power_chain(real x, slong highest) noexcept
+      : x_(x), safe_(chain_is_safe(x, static_cast<unsigned>(highest))), halves_(split(x)) {}
+  real operator()(unsigned k) noexcept {
+    if (k == 0) return 1;
+    if (k == 1) {
+      w_ = {x_, 0};
+      return x_;
+    }
+    if (!safe_) return power(x_, k);
+    w_ = times(w_, x_, halves_);
+    return w_.high;
+  }
+
+ private:
+  real x_;
+  bool safe_;
+  double_double halves_;
+  double_double w_{1, 0};
+};
+
+}  // namespace
+
+real value_at(coefficients p, real x) noexcept {
+  if (p.n < 1) return 0;
+  real s = p.cof[0];
+  real w = 1;
+  for (slong i = 1; i < p.n; ++i) {
+    w *= x;
+    s += w * p.cof[i];
+  }
+  return s;
+}
+
+real derivative_at(coefficients p, unsigned k, real x) noexcept {
+  const auto first = static_cast<slong>(k);
+  if (p.n <= first) return 0;
+  power_chain powers(x, p.n - 1 - first);
+  real s = 0;
+  for (slong i = first; i < p.n; ++i)
+    s += powers(static_cast<unsigned>(i - first)) * static_cast<real>(falling_factorial(i, k)) * p.cof[i];
+  return s;
+}
+
+derivatives derivatives_at(coefficients p, real x) noexcept {
+  derivatives d{0, 0, 0};
+  if (p.n < 2) return d;
+  power_chain powers(x, p.n - 2);
+  for (slong e = 0; e + 1 < p.n; ++e) {
+    const real power = powers(static_cast<unsigned>(e));
+    d.first += power * static_cast<real>(falling_factorial(e + 1, 1)) * p.cof[e + 1];
+    if (e + 2 < p.n) d.second += power * static_cast<real>(falling_factorial(e + 2, 2)) * p.cof[e + 2];
+    if (e + 3 < p.n) d.third += power * static_cast<real>(falling_factorial(e + 3, 3)) * p.cof[e + 3];
+  }
+  return d;
+}
+
+real curvature(const derivatives& d) noexcept {
+  const real s = 1 + d.first * d.first;
+  return d.second / (std::sqrt(s) * s);
+}
+
+real curvature_derivative(const derivatives& d) noexcept {
+  const real square = d.first * d.first;
+  const real fourth = square * square;
+  const real s = 1 + square;
+  const real root = std::sqrt(s);
+  const real numerator = d.third * (root * s) - (3 * d.first * d.second) * (root * d.second);
+  const real denominator = (fourth + square) * 3 + 1 + fourth * square;
+  return numerator / denominator;
+}
+
+}  // namespace tessarn::detail
+
+using tessarn::real;
+using tessarn::detail::coefficients;
+using tessarn::detail::derivatives;
+
+real binom::func_1(real x) { return tessarn::detail::derivative_at({cof, cofcnt}, 1, x); }
+real binom::func_2(real x) { return tessarn::detail::derivative_at({cof, cofcnt}, 2, x); }
+real binom::func_3(real x) { return tessarn::detail::derivative_at({cof, cofcnt}, 3, x); }
+real binom::func_4(real x) { return tessarn::detail::derivative_at({cof, cofcnt}, 4, x); }
+
+real binom::arc(real x) { return tessarn::detail::curvature(tessarn::detail::derivatives_at({cof, cofcnt}, x)); }
+
+real binom::arc_1(real x) {
+  return tessarn::detail::curvature_derivative(tessarn::detail::derivatives_at({cof, cofcnt}, x));
+}
+
+vector binom::normale(real x) {
+  const derivatives d = tessarn::detail::derivatives_at({cof, cofcnt}, x);
+  const real s = 1 + d.first * d.first;
+  return {-(d.first * s) / d.second, s / d.second};
+}
+
+void binom::func(const real* x, real* y, tessarn::ulong n) const {
+  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::value_at({cof, cofcnt}, x[i]);
+}
+void binom::func_1(const real* x, real* y, tessarn::ulong n) const {
+  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::derivative_at({cof, cofcnt}, 1, x[i]);
+}
+void binom::func_2(const real* x, real* y, tessarn::ulong n) const {
+  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::derivative_at({cof, cofcnt}, 2, x[i]);
+}
+void binom::func_3(const real* x, real* y, tessarn::ulong n) const {
+  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::derivative_at({cof, cofcnt}, 3, x[i]);
+}
+void binom::func_4(const real* x, real* y, tessarn::ulong n) const {
+  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::derivative_at({cof, cofcnt}, 4, x[i]);
+}
+void binom::arc(const real* x, real* y, tessarn::ulong n) const {
+  for (tessarn::ulong i = 0; i < n; ++i)
+    y[i] = tessarn::detail::curvature(tessarn::detail::derivatives_at({cof, cofcnt}, x[i]));
+}
+void binom::arc_1(const real* x, real* y, tessarn::ulong n) const {
+  for (tessarn::ulong i = 0; i < n; ++i)
+    y[i] = tessarn::detail::curvature_derivative(tessarn::detail::derivatives_at({cof, cofcnt}, x[i]));
+}

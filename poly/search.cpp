@@ -1,0 +1,201 @@
+// The searches of the curve analysis: zeros, extreme points of the curvature, and the two members that
+// sample the curve and fit through the samples.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "poly/curve.h"
+#include "tessarn/poly.h"
+
+using tessarn::real;
+using tessarn::detail::coefficients;
+using tessarn::detail::derivatives_at;
+using tessarn::detail::value_at;
+
+namespace {
+
+constexpr real not_found = -1;
+constexpr real half = static_cast<real>(0.5);
+constexpr real refinement = static_cast<real>(0.01);
+
+bool opposite_signs(real u, real v) { return (u > 0 && v < 0) || (u < 0 && v > 0); }
+
+// A bound on the magnitude of the roots of a polynomial, at least four times the terms of M. Fujiwara (Ueber
+// die obere Schranke des absoluten Betrages der Wurzeln einer algebraischen Gleichung, 1916), from exponents
+// alone: beyond it the leading term is at least three times the sum of the others, so rounding cannot
+// change the sign. Coefficients that are not finite keep their sign from 1 on.
+real root_bound(const std::vector<real>& c) {
+  std::size_t n = c.size();
+  while (n > 0 && c[n - 1] == 0) --n;
+  real bound = 1;
+  if (n == 0 || !std::isfinite(c[n - 1])) return bound;
+  for (std::size_t i = 0; i + 1 < n; ++i) {
+    if (c[i] == 0 || !std::isfinite(c[i])) continue;
+    const int difference = std::ilogb(c[i]) - std::ilogb(c[n - 1]) + 1;
+    const real exponent = std::ceil(static_cast<real>(difference) / static_cast<real>(n - 1 - i));
+    bound = std::max(bound, std::ldexp(static_cast<real>(4), static_cast<int>(exponent)));
+  }
+  return bound;
+}
+
+std::vector<real> product(const std::vector<real>& a, const std::vector<real>& b) {
+  if (a.empty() || b.empty()) return {};
+  std::vector<real> c(a.size() + b.size() - 1);
+  for (std::size_t i = 0; i < a.size(); ++i)
+    for (std::size_t j = 0; j < b.size(); ++j) c[i + j] += a[i] * b[j];
+  return c;
+}
+
+std::vector<real> derived(const std::vector<real>& c) {
+  std::vector<real> d;
+  for (std::size_t i = 1; i < c.size(); ++i) d.push_back(static_cast<real>(i) * c[i]);
+  return d;
+}
+
+// The numerator p''' (1 + p'^2) - 3 p' p''^2 of the curvature's derivative, as a polynomial.
+std::vector<real> curvature_derivative_numerator(coefficients p) {
+  const std::vector<real> d1 = derived(std::vector<real>(p.cof, p.cof + p.n));
+  const std::vector<real> d2 = derived(d1);
+  const std::vector<real> d3 = derived(d2);
+  std::vector<real> s = product(d1, d1);
+  if (s.empty()) s.push_back(0);
+  s[0] += 1;
+  std::vector<real> first = product(d3, s);
+  const std::vector<real> second = product(d1, product(d2, d2));
+  first.resize(std::max(first.size(), second.size()));
+  for (std::size_t i = 0; i < second.size(); ++i) first[i] -= 3 * second[i];
+  return first;
+}
+
+// What a scan evaluates, and where it stops for an infinite interval. A scan to infinity finds nothing
+// beyond the last root, and must end.
+struct value_scan {
+  coefficients p;
+  real operator()(real x) const { return value_at(p, x); }
+  real last_root() const { return root_bound(std::vector<real>(p.cof, p.cof + std::max<tessarn::slong>(p.n, 0))); }
+};
+
+struct curvature_scan {
+  coefficients p;
+  real operator()(real x) const { return curvature_derivative(derivatives_at(p, x)); }
+  real last_root() const {
+    return p.n < 1 ? 1 : root_bound(curvature_derivative_numerator(p));
+  }
+};
+
+enum class outcome { nothing, bracket, exact };
+
+// Walks x = a, a + step, ... up to b until the function changes sign between two neighbours or is
+// exactly 0. The abscissas are a chain of additions; the value at x + step is the next value at x. A step
+// that no longer moves x ends the scan, as does a NaN.
+template <class Function>
+outcome scan(const Function& f, real a, real b, real step, bool past_end_at_b, real& x, real& next) {
+  const bool bounded = b < std::numeric_limits<real>::infinity();
+  const real end = bounded ? b : std::max(a, f.last_root()) + step;
+  x = a;
+  real fx = f(x);
+  while (!(past_end_at_b ? x >= end : x > end)) {
+    next = x + step;
+    const real fnext = f(next);
+    if (opposite_signs(fx, fnext)) return outcome::bracket;
+    if (fx == 0) return outcome::exact;
+    if (!(next > x)) return outcome::nothing;
+    x = next;
+    fx = fnext;
+  }
+  return outcome::nothing;
+}
+
+// The number of samples from a to b at the distance h: the low 32 bits of the truncated (b - a)/h + 1.
+tessarn::ulong sample_count(real a, real b, real h) {
+  const real n = (b - a) / h + 1;
+  constexpr real limit = static_cast<real>(9223372036854775808.0);
+  if (!(n >= -limit && n < limit)) return 0;
+  return static_cast<tessarn::ulong>(static_cast<std::uint64_t>(static_cast<std::int64_t>(n)));
+}
+
+}  // namespace
+
+real binom::find_zero(real a, real b, real step, real eps) {
+  step = std::fabs(step);
+  const value_scan f{{cof, cofcnt}};
+  while (!(step < eps)) {
+    if (a > b) return not_found;
+    real x = a, next = a;
+    const outcome found = scan(f, a, b, step, false, x, next);
+    if (found == outcome::nothing) return not_found;
+    if (found == outcome::exact) return x;
+    a = x;
+    b = next;
+    step *= refinement;
+  }
+  return (a + b) * half;
+}
+
+real binom::find_extrpoint_arc(real a, real b, real step, real eps) {
+  const curvature_scan f{{cof, cofcnt}};
+  while (!(step < eps)) {
+    real x = a, next = a;
+    const outcome found = scan(f, a, b, step, true, x, next);
+    if (found == outcome::nothing) return not_found;
+    if (found == outcome::exact) return x;
+    a = x;
+    b = next;
+    step *= refinement;
+  }
+  return (a + b) * half;
+}
+
+// Every search that starts at an extreme point finds the next one, so one walk along their chain visits
+// all that nested searches would visit, and the first of largest magnitude is the same. A search that does
+// not advance ends the walk.
+real binom::find_high_hpoint_arc(real a, real b, real step, real eps) {
+  real x = find_extrpoint_arc(a, b, step, eps);
+  if (x == not_found) return not_found;
+  real best = x;
+  real highest = arc(x);
+  do {
+    const real next = find_extrpoint_arc(x, b, step, eps);
+    if (next == not_found || !(next > x)) break;
+    x = next;
+    const real k = arc(x);
+    if (std::fabs(k) > std::fabs(highest)) {
+      best = x;
+      highest = k;
+    }
+  } while (x < b);
+  return best;
+}
+
+real binom::scalar(binom& q, real a, real b, real h) {
+  const tessarn::ulong n = sample_count(a, b, h);
+  std::unique_ptr<vector[]> ratios(new vector[n]);
+  tessarn::ulong count = 0;
+  for (tessarn::ulong i = 0; i < n; ++i) {
+    const real x = static_cast<real>(i) * h + a;
+    const real d = q.func(x);
+    if (d == 0 || d != d) continue;
+    ratios[count].x = x;
+    ratios[count].y = func(x) / d;
+    ++count;
+  }
+  if (count == 0) return 0;
+  binom mean;
+  mean.create(ratios.get(), count, 1);
+  return mean.get(0);
+}
+
+binom binom::antifunction(real a, real b, real h) {
+  const tessarn::ulong n = sample_count(a, b, h);
+  std::unique_ptr<vector[]> samples(new vector[n]);
+  for (tessarn::ulong i = 0; i < n; ++i) {
+    const real x = static_cast<real>(i) * h + a;
+    samples[i].x = func(x);
+    samples[i].y = x;
+  }
+  binom inverse;
+  inverse.create(samples.get(), n, static_cast<tessarn::ulong>(cofcnt));
+  return inverse;
+}

@@ -1,0 +1,127 @@
+// The polynomial in two variables: storage, evaluation, arithmetic.
+#include <algorithm>
+
+#include "core/access.h"
+#include "core/power.h"
+#include "core/storage.h"
+#include "tessarn/poly.h"
+
+using tessarn::real;
+using tessarn::slong;
+using tessarn::detail::allocate_counted;
+using tessarn::detail::real_array;
+
+namespace {
+
+// The number of entries of a table of grade g. What does not fit 32 bits asks for an impossible size, so
+// that it fails in the allocator also where the 32-bit product would wrap to a small number.
+std::int64_t entries(slong g) {
+  const std::int64_t n = static_cast<std::int64_t>(g) * g;
+  return n > std::numeric_limits<std::int32_t>::max() ? -1 : n;
+}
+
+std::size_t table_size(slong g) { return static_cast<std::size_t>(static_cast<std::int64_t>(g) * g); }
+
+}  // namespace
+
+hyperbinom::~hyperbinom() {
+  delete[] cof;
+  forget();
+}
+
+void hyperbinom::empty() {
+  delete[] cof;
+  forget();
+}
+
+void hyperbinom::create(slong g) {
+  hyperbinom::empty();
+  if (g == 0) return;
+  cof = allocate_counted(entries(g)).release();
+  grade = g;
+}
+
+void hyperbinom::resize(slong g) {
+  if (g == grade) return;
+  real_array resized = allocate_counted(entries(g));
+  if (grade > 0) std::copy_n(cof, std::min<std::size_t>(static_cast<std::size_t>(grade), table_size(g)), resized.get());
+  delete[] cof;
+  cof = g == 0 ? nullptr : resized.release();
+  grade = g;
+}
+
+void hyperbinom::copy(hyperbinom& src) {
+  if (this == &src || (cof != nullptr && cof == src.cof)) return;
+  create(src.grade);
+  if (src.grade > 0) std::copy_n(src.cof, table_size(src.grade), cof);
+}
+
+const hyperbinom& hyperbinom::operator=(hyperbinom& src) {
+  copy(src);
+  return *this;
+}
+
+const hyperbinom& hyperbinom::operator=(hyperbinom&& src) noexcept {
+  if (this == &src) return *this;
+  delete[] cof;
+  grade = src.grade;
+  cof = src.cof;
+  src.forget();
+  return *this;
+}
+
+real hyperbinom::func(real x, real y) {
+  real s = 0;
+  real row = 1;
+  const real* c = cof;
+  for (slong j = 0; j < grade; ++j) {
+    real t = row;
+    s += t * *c++;
+    for (slong i = 1; i < grade; ++i) {
+      t *= x;
+      s += t * *c++;
+    }
+    row *= y;
+  }
+  return s;
+}
+
+void hyperbinom::func(const real* x, const real* y, real* z, tessarn::ulong n) const {
+  for (tessarn::ulong k = 0; k < n; ++k) z[k] = self().func(x[k], y[k]);
+}
+
+void hyperbinom::operator+=(hyperbinom& q) {
+  if (q.grade > grade) resize(q.grade);
+  for (slong i = 0; i < grade; ++i)
+    for (slong j = 0; j < grade; ++j) cof[grade * j + i] += q.get(i, j);
+}
+
+void hyperbinom::operator-=(hyperbinom& q) {
+  if (q.grade > grade) resize(q.grade);
+  for (slong i = 0; i < grade; ++i)
+    for (slong j = 0; j < grade; ++j) cof[grade * j + i] -= q.get(i, j);
+}
+
+void hyperbinom::operator*=(hyperbinom& q) {
+  const auto g = static_cast<slong>(static_cast<tessarn::ulong>(grade) + static_cast<tessarn::ulong>(q.grade) - 1u);
+  hyperbinom product;
+  product.create(g);
+  for (slong qi = 0; qi < q.grade; ++qi)
+    for (slong qj = 0; qj < q.grade; ++qj)
+      for (slong i = 0; i < grade; ++i)
+        for (slong j = 0; j < grade; ++j)
+          product.cof[g * (j + qj) + i + qi] += q.cof[q.grade * qj + qi] * cof[grade * j + i];
+  *this = static_cast<hyperbinom&&>(product);
+}
+
+void hyperbinom::operator*=(real s) {
+  if (cof == nullptr) return;
+  const std::size_t n = table_size(grade);
+  for (std::size_t k = 0; k < n; ++k) cof[k] *= s;
+}
+
+real hyperbinom::getvec(slong k, real x, real y) {
+  const slong i = k % grade;
+  const slong j = k / grade;
+  return tessarn::detail::power(x, static_cast<unsigned>(i)) * tessarn::detail::power(y, static_cast<unsigned>(j));
+}

@@ -1,0 +1,163 @@
+// The point list: storage, sums and sorting.
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "tessarn/vectors.h"
+
+using tessarn::real;
+
+namespace {
+
+constexpr tessarn::ulong growth = 1024;
+
+using point_array = std::unique_ptr<vector[]>;
+
+point_array allocate(tessarn::ulong n) { return point_array(new vector[n]); }
+
+// Moves coordinates, never virtual table pointers.
+void copy_points(const vector* from, tessarn::ulong n, vector* to) {
+  for (tessarn::ulong i = 0; i < n; ++i) {
+    to[i].x = from[i].x;
+    to[i].y = from[i].y;
+  }
+}
+
+struct coordinates {
+  real x, y;
+};
+
+bool belongs_after(const vector& a, const vector& b) { return a.x > b.x || (a.x == b.x && a.y > b.y); }
+
+bool has_nan(const vector* points, tessarn::ulong n) {
+  for (tessarn::ulong i = 0; i < n; ++i)
+    if (points[i].x != points[i].x || points[i].y != points[i].y) return true;
+  return false;
+}
+
+// The defined order of a list with NaN, where comparisons are not transitive and no faster sort agrees.
+void bubble_sort(vector* points, tessarn::ulong n) {
+  for (bool swapped = true; swapped;) {
+    swapped = false;
+    for (tessarn::ulong j = 0; j + 1 < n; ++j) {
+      if (!belongs_after(points[j], points[j + 1])) continue;
+      std::swap(points[j].x, points[j + 1].x);
+      std::swap(points[j].y, points[j + 1].y);
+      swapped = true;
+    }
+  }
+}
+
+}  // namespace
+
+vector vector::operator=(vectormat& m) noexcept {
+  real sum_x = 0;
+  real sum_y = 0;
+  for (tessarn::ulong i = 0; i < m.count; ++i) {
+    sum_x += m.points[i].x;
+    sum_y += m.points[i].y;
+  }
+  x = sum_x / static_cast<real>(m.count);
+  y = sum_y / static_cast<real>(m.count);
+  return *this;
+}
+
+vectormat::vectormat(const vectormat& o) : vectormat() {
+  if (o.points == nullptr) return;
+  point_array copied = allocate(o.capacity);
+  copy_points(o.points, o.count, copied.get());
+  points = copied.release();
+  count = o.count;
+  capacity = o.capacity;
+}
+
+vectormat& vectormat::operator=(const vectormat& o) {
+  if (this != &o) *this = vectormat(o);
+  return *this;
+}
+
+vectormat& vectormat::operator=(vectormat&& o) noexcept {
+  if (this == &o) return *this;
+  delete[] points;
+  points = o.points;
+  count = o.count;
+  capacity = o.capacity;
+  o.forget();
+  return *this;
+}
+
+vectormat::~vectormat() { delete[] points; }
+
+void vectormat::empty() {
+  delete[] points;
+  forget();
+}
+
+void vectormat::add(vector& v) {
+  const coordinates added = {v.x, v.y};  // v may be a point of this list, which growing releases
+  if (capacity < count) capacity = count;
+  if (capacity < count + 1) {
+    point_array grown = allocate(capacity + growth);
+    copy_points(points, count, grown.get());
+    delete[] points;
+    points = grown.release();
+    capacity += growth;
+  }
+  points[count].x = added.x;
+  points[count].y = added.y;
+  ++count;
+}
+
+void vectormat::operator+=(vector& v) { add(v); }
+
+void vectormat::del(tessarn::ulong i) {
+  if (count == 0) return;
+  --count;
+  if (i < count) copy_points(points + i + 1, count - i, points + i);
+  points[count].x = points[count].y = 0;
+}
+
+void vectormat::operator-=(tessarn::ulong i) { del(i); }
+
+void vectormat::operator*=(real k) {
+  for (tessarn::ulong i = 0; i < count; ++i) points[i].y *= k;
+}
+
+void vectormat::flip() {
+  for (tessarn::ulong i = 0; i < count; ++i) std::swap(points[i].x, points[i].y);
+}
+
+void vectormat::sort() {
+  if (count < 2) return;
+  if (has_nan(points, count)) return bubble_sort(points, count);
+  // Without NaN the order is a weak ordering, and a bubble sort never exchanges equals: a stable sort
+  // gives the same list.
+  std::unique_ptr<coordinates[]> packed(new coordinates[count]);
+  for (tessarn::ulong i = 0; i < count; ++i) packed[i] = {points[i].x, points[i].y};
+  std::stable_sort(packed.get(), packed.get() + count, [](const coordinates& a, const coordinates& b) {
+    return a.x < b.x || (a.x == b.x && a.y < b.y);
+  });
+  for (tessarn::ulong i = 0; i < count; ++i) {
+    points[i].x = packed[i].x;
+    points[i].y = packed[i].y;
+  }
+}
+
+vector vectormat::average() {
+  real even_x = 0, even_y = 0, odd_x = 0, odd_y = 0;
+  const tessarn::ulong paired = count - count % 4;
+  for (tessarn::ulong i = 0; i < paired; i += 2) {
+    even_x += points[i].x;
+    even_y += points[i].y;
+    odd_x += points[i + 1].x;
+    odd_y += points[i + 1].y;
+  }
+  real sum_x = even_x + odd_x;
+  real sum_y = even_y + odd_y;
+  for (tessarn::ulong i = paired; i < count; ++i) {
+    sum_x += points[i].x;
+    sum_y += points[i].y;
+  }
+  const real r = 1 / static_cast<real>(count);
+  return {sum_x * r, sum_y * r};
+}
