@@ -253,6 +253,27 @@ TEST(CalcMatch, RepeatedPoints) {
   expect_near(m, {1, 0, 0, 1, 0, 1, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1});
 }
 
+// The mean of n equal points by the reciprocal of n can miss them by an ulp. With points x in a and
+// -x in b, what is left is the covariance diag(-tiny, 0, 0), and with it a half turn; a true
+// division would leave nothing and give the identity.
+TEST(CalcMatch, CentroidIsAProductWithTheReciprocal) {
+  random_source random(150);
+  u32 shows = 0;
+  for (u32 k = 0; k < 1000; ++k) {
+    const u32 n = 3 + random.below(10);
+    const double x = random.uniform(1.0, 2.0);
+    double sum = 0.0;
+    for (u32 i = 0; i < n; ++i) sum += x;
+    if (sum * (1.0 / n) == x || sum / n != x) continue;
+    real_square m;
+    ASSERT_TRUE(calc_match(m, points(n, {x, 0, 0}), points(n, {-x, 0, 0})));
+    const Eigen::Matrix3d half = Eigen::Vector3d(-1, 1, -1).asDiagonal();
+    ASSERT_EQ((rotation_of(m) - half).norm(), 0.0) << n;
+    ++shows;
+  }
+  EXPECT_GT(shows, 0u);
+}
+
 // A NaN coordinate counts as 0.0.
 TEST(CalcMatch, NanCoordinatesCountAsZero) {
   random_source random(147);

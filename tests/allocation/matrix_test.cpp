@@ -5,8 +5,8 @@
 #include <functional>
 #include <new>
 
-#include "../support/failing_new_matrix.h"
-#include "matrix_support.h"
+#include "../matrix/matrix_support.h"
+#include "../support/failing_new.h"
 
 namespace {
 
@@ -70,32 +70,28 @@ void expect_kept(world& now, world& before) {
   }
 }
 
-// Runs the operation with 0, 1, 2, ... allocations allowed until it succeeds.
+// Runs the operation with its first, second, ... allocation failing until none is left to fail.
 long failures_of(const char* what, u32 n, const std::function<void(world&)>& operation) {
   SCOPED_TRACE(what);
-  long failures = 0;
-  for (long allowed = 0; allowed < 10000; ++allowed) {
-    const long blocks = blocks_in_use();
-    bool thrown = false;
+  const long blocks = live_blocks();
+  const long failures = fail_every_allocation([&](const auto& arm, bool& threw) {
     {
       world now(n), before(n);
       try {
-        allocation_limit limit(allowed);
+        arm();
         operation(now);
       } catch (const std::bad_alloc&) {
-        thrown = true;
+        threw = true;
       }
-      if (thrown) expect_kept(now, before);
+      EXPECT_EQ(stop_failing(), threw) << "a failure does not get lost";
+      if (threw) expect_kept(now, before);
       // Whatever state they are in, the objects can be used and released.
       now.a.create(2, 2);
       now.s.create(2);
       now.cs.create(2);
     }
-    EXPECT_EQ(blocks_in_use(), blocks) << "after " << allowed << " allocations";
-    if (!thrown) return failures;
-    ++failures;
-  }
-  ADD_FAILURE() << "does not succeed with 10000 allocations";
+    EXPECT_EQ(live_blocks(), blocks);
+  });
   return failures;
 }
 

@@ -1,0 +1,81 @@
+#include "support/failing_new.h"
+
+#include <atomic>
+#include <cstdlib>
+
+namespace {
+
+std::atomic<long> live{0};
+std::atomic<long> countdown{-1};
+std::atomic<bool> failed{false};
+
+void* allocate(std::size_t size) {
+  if (size > test::largest_request) return nullptr;
+  if (countdown.load() >= 0 && countdown.fetch_sub(1) == 0) {
+    failed = true;
+    return nullptr;
+  }
+  void* p = std::malloc(size ? size : 1);
+  if (p) ++live;
+  return p;
+}
+
+void* allocate_or_throw(std::size_t size) {
+  void* p = allocate(size);
+  if (!p) throw std::bad_alloc();
+  return p;
+}
+
+void* allocate_aligned(std::size_t size, std::align_val_t alignment) {
+  if (size > test::largest_request) throw std::bad_alloc();
+  if (countdown.load() >= 0 && countdown.fetch_sub(1) == 0) {
+    failed = true;
+    throw std::bad_alloc();
+  }
+  const auto a = static_cast<std::size_t>(alignment);
+  void* p = std::aligned_alloc(a, (size + a - 1) / a * a);
+  if (!p) throw std::bad_alloc();
+  ++live;
+  return p;
+}
+
+void release(void* p) noexcept {
+  if (!p) return;
+  --live;
+  std::free(p);
+}
+
+}  // namespace
+
+namespace test {
+
+long live_blocks() { return live; }
+
+void fail_after(long k) {
+  failed = false;
+  countdown = k;
+}
+
+bool stop_failing() {
+  countdown = -1;
+  return failed.exchange(false);
+}
+
+}  // namespace test
+
+void* operator new(std::size_t size) { return allocate_or_throw(size); }
+void* operator new[](std::size_t size) { return allocate_or_throw(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new(std::size_t size, std::align_val_t a) { return allocate_aligned(size, a); }
+void* operator new[](std::size_t size, std::align_val_t a) { return allocate_aligned(size, a); }
+void operator delete(void* p) noexcept { release(p); }
+void operator delete[](void* p) noexcept { release(p); }
+void operator delete(void* p, std::size_t) noexcept { release(p); }
+void operator delete[](void* p, std::size_t) noexcept { release(p); }
+void operator delete(void* p, const std::nothrow_t&) noexcept { release(p); }
+void operator delete[](void* p, const std::nothrow_t&) noexcept { release(p); }
+void operator delete(void* p, std::align_val_t) noexcept { release(p); }
+void operator delete[](void* p, std::align_val_t) noexcept { release(p); }
+void operator delete(void* p, std::size_t, std::align_val_t) noexcept { release(p); }
+void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { release(p); }
