@@ -4,6 +4,7 @@
 #include "core/access.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "matrix/adjugate.h"
 #include "matrix/elementwise.h"
 #include "matrix/elimination.h"
 #include "matrix/multiply.h"
@@ -17,32 +18,12 @@ using tessarn::detail::without_quiet_nan;
 
 namespace {
 
-// The adjugate of the n x n matrix m, n >= 2, times q, into dst; entries are stored as they are.
-void scaled_adjugate(const real* m, std::size_t n, real q, real* dst) {
-  real_array minor = tessarn::detail::allocate((n - 1) * (n - 1));
-  for (std::size_t i = 0; i < n; ++i)
-    for (std::size_t j = 0; j < n; ++j) {
-      const real sign = (i + j) % 2 == 0 ? 1 : -1;
-      real cofactor;
-      if (n == 2) {
-        cofactor = sign * m[((j + 1) % 2) * 2 + (i + 1) % 2];
-      } else {
-        real* to = minor.get();
-        for (std::size_t r = 0; r < n; ++r)
-          for (std::size_t c = 0; c < n; ++c)
-            if (r != j && c != i) *to++ = m[r * n + c];
-        cofactor = tessarn::detail::determinant(minor.get(), n - 1) * sign;
-      }
-      dst[i * n + j] = cofactor * q;
-    }
-}
-
 void invert_square(const real_mat& a, real_mat& dst) {
   const std::size_t n = a.getWidth();
   real_array m = tessarn::detail::allocate(n * n);
   std::transform(a.getData(), a.getData() + n * n, m.get(), without_quiet_nan);
   const real q = 1 / tessarn::detail::determinant(m.get(), n);
-  scaled_adjugate(m.get(), n, q, dst.getData());
+  tessarn::detail::scaled_adjugate(m.get(), n, q, dst.getData());
 }
 
 // The reciprocals of the diagonal, 0 for an entry that is 0 or NaN, into the zeroed dst.

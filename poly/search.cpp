@@ -20,6 +20,13 @@ constexpr real not_found = -1;
 constexpr real half = static_cast<real>(0.5);
 constexpr real refinement = static_cast<real>(0.01);
 
+// Makes the step a hundredth; false for an infinite one, which would find its bracket for ever.
+bool refine(real& step) {
+  const real coarse = step;
+  step *= refinement;
+  return step < coarse;
+}
+
 bool opposite_signs(real u, real v) { return (u > 0 && v < 0) || (u < 0 && v > 0); }
 
 // A bound on the magnitude of the roots of a polynomial, at least four times the terms of M. Fujiwara (Ueber
@@ -129,7 +136,7 @@ real binom::find_zero(real a, real b, real step, real eps) {
     if (found == outcome::exact) return x;
     a = x;
     b = next;
-    step *= refinement;
+    if (!refine(step)) return not_found;
   }
   return (a + b) * half;
 }
@@ -143,7 +150,8 @@ real binom::find_extrpoint_arc(real a, real b, real step, real eps) {
     if (found == outcome::exact) return x;
     a = x;
     b = next;
-    step *= refinement;
+    if (!refine(step)) return not_found;
+    if (!(step >= eps)) break;
   }
   return (a + b) * half;
 }

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <new>
-#include <utility>
 
 namespace test {
 
@@ -17,19 +16,34 @@ bool stop_failing();
 // Requests above this size always fail, whatever the machine would grant.
 inline constexpr std::size_t largest_request = std::size_t{1} << 31;
 
-// Runs the operation with its first, second, ... allocation failing, each time on fresh objects:
-// attempt() prepares the objects, calls arm(), runs the operation, and checks what it finds when
-// the operation threw. Ends with the first run in which no allocation is left to fail. Returns how
-// many allocations were made to fail.
+// What became of an operation whose k-th allocation was to fail: it may also have managed without
+// the memory, or have needed no k-th allocation.
+struct outcome {
+  bool failed = false;
+  bool threw = false;
+};
+
+// Runs call() with its allocation number k failing.
+template <class Call>
+outcome run_failing(long k, Call&& call) {
+  outcome o;
+  fail_after(k);
+  try {
+    call();
+  } catch (const std::bad_alloc&) {
+    o.threw = true;
+  }
+  o.failed = stop_failing();
+  return o;
+}
+
+// attempt(k) prepares fresh objects and runs the operation by run_failing; it is called for k = 0,
+// 1,
+// ... until no allocation is left to fail. Returns how many were made to fail.
 template <class Attempt>
 long fail_every_allocation(Attempt&& attempt) {
   for (long k = 0;; ++k) {
-    bool threw = false;
-    attempt([k]() { fail_after(k); }, threw);
-    if (!threw) {
-      stop_failing();
-      return k;
-    }
+    if (!attempt(k).failed) return k;
   }
 }
 

@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Compiles the callers' expressions with every compiler in every standard, with the fastest flags among them,
+# and compares what the programs print. Each header must also compile on its own.
+# usage: compile_overloads.sh SOURCE_ROOT STATIC_LIBRARY
+set -euo pipefail
+root=$1 library=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+warnings=(-Wall -Wextra -Wpedantic -Wconversion -Werror)
+
+one() {
+  local compiler=$1 standard=$2
+  shift 2
+  "$compiler" "-std=c++$standard" "${warnings[@]}" "$@" -I"$root/include" "$root/tests/interface/overloads.cpp" "$library" -o "$work/program"
+  "$work/program" >"$work/output"
+  [ -e "$work/expected" ] || cp "$work/output" "$work/expected"
+  diff "$work/expected" "$work/output" || { echo "$compiler c++$standard $*: other bits"; exit 1; }
+  echo "$compiler c++$standard $*: the same $(wc -l <"$work/output") results"
+}
+
+for standard in 17 20 23; do
+  one g++ $standard -O2
+  one clang++-14 "${standard/23/2b}" -O2
+  one clang++-22 $standard -O2
+done
+if grep -q '\bfma\b' /proc/cpuinfo; then
+  for compiler in g++ clang++-14 clang++-22; do one $compiler 17 -O3 -march=native -ffp-contract=fast; done
+fi
+for compiler in g++ clang++-14 clang++-22; do
+  for header in "$root"/include/tessarn/*.h; do
+    "$compiler" -std=c++17 "${warnings[@]}" -fsyntax-only -x c++ -I"$root/include" -include "$header" /dev/null
+  done
+done

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs the Debian packages of the named groups, as far as they are missing.
+set -euo pipefail
+
+declare -A groups=(
+  [build]="g++ cmake ninja-build make"
+  [demo]="libcli11-dev gnuplot-nox"
+  [test]="libgtest-dev libmpfr-dev libgmp-dev liblapacke-dev libeigen3-dev clang-14 clang-22 pkg-config binutils gdb"
+  [coverage]="gcovr"
+  [windows]="clang-22 lld-22 llvm-22 libc++-22-dev libwine-dev wine wine64 wine64-preloader g++-mingw-w64-x86-64-posix libgtest-dev zip unzip"
+  [bench]="libbenchmark-dev libeigen3-dev libopenblas-dev liblapacke-dev libgsl-dev libboost-math-dev libcgal-dev gnuplot-nox python3"
+  [fuzz]="clang-22 libclang-rt-22-dev"
+  [docs]="doxygen graphviz"
+)
+
+missing=()
+for group in "$@"; do
+  for package in ${groups[$group]}; do
+    dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -q '^installed' || missing+=("$package")
+  done
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+as_root=""
+[ "$(id -u)" -eq 0 ] || as_root="sudo"
+echo "installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+$as_root apt-get update -qq
+$as_root apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
