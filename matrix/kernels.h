@@ -38,6 +38,12 @@ struct matrix_kernels {
   // parts apart in rows of stride >= columns + 8; the factor of a zero pivot is 0.
   void (*complex_eliminate)(double* re, double* im, size_t rows, size_t columns, size_t stride);
 
+  // result[c][d] = sum of a[k][c] a[k][d] and result[c][n] = sum of a[k][c] b[k] over the m rows ascending from +0.0,
+  // n rows of normal_stride(n); workspace holds normal_workspace(n) doubles.
+  void (*normal_equations)(const double* a, const double* b, size_t m, size_t n, double* result, double* workspace);
+  size_t (*normal_stride)(size_t n);
+  size_t (*normal_workspace)(size_t n);
+
   // a += f b, and (y, z) = (y c + z s, z c - y s), for n entries.
   void (*add_scaled)(double* a, double f, const double* b, size_t n);
   void (*rotate)(double* y, double* z, double c, double s, size_t n);

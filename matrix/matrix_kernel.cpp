@@ -3,6 +3,7 @@
 #include "matrix/complex_kernel.h"
 #include "matrix/elimination_kernel.h"
 #include "matrix/kernels.h"
+#include "matrix/normal_kernel.h"
 #include "matrix/product_kernel.h"
 
 namespace tessarn::detail::TESSARN_ISA {
@@ -51,6 +52,7 @@ void rotate(double* y, double* z, double c, double s, size_t n) {
 
 const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate, adjugate, adjugate_workspace,
                                      complex_multiply, complex_stride, complex_workspace, complex_eliminate,
+                                     normal_equations, normal_stride, normal_workspace,
                                      add_scaled, rotate};
 
 }  // namespace tessarn::detail::TESSARN_ISA
