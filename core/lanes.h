@@ -40,6 +40,23 @@ TESSARN_INLINE vec select(mask m, vec a, vec b) {
 // v with every NaN replaced by +0.0.
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
 
+// Four lanes in every build: a space point as it lies in memory.
+typedef double quad __attribute__((vector_size(32), may_alias));
+typedef double unaligned_quad __attribute__((vector_size(32), aligned(8), may_alias));
+typedef int64_t quad_mask __attribute__((vector_size(32), may_alias));
+
+TESSARN_INLINE quad all_lanes(double v) { return quad{v, v, v, v}; }
+// (0, x, y, z) of the point whose first coordinate is at p; what stands before it is not a number to compute with.
+TESSARN_INLINE quad load_point(const double* p) {
+  const quad v = *reinterpret_cast<const unaligned_quad*>(p - 1);
+  return (quad)((quad_mask)v & quad_mask{0, -1, -1, -1});
+}
+TESSARN_INLINE void store_point(double* p, quad v) {
+  p[0] = v[1];
+  p[1] = v[2];
+  p[2] = v[3];
+}
+
 #else
 
 static constexpr size_t width = 1;
@@ -50,6 +67,27 @@ TESSARN_INLINE void store(double* p, vec v) { *p = v; }
 TESSARN_INLINE vec broadcast(double v) { return v; }
 TESSARN_INLINE vec select(mask m, vec a, vec b) { return m ? a : b; }
 TESSARN_INLINE vec without_nan(vec v) { return v == v ? v : 0.0; }
+
+struct quad {
+  double lane[4];
+  double operator[](int i) const { return lane[i]; }
+};
+TESSARN_INLINE quad operator+(quad a, quad b) {
+  return {{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]}};
+}
+TESSARN_INLINE quad operator-(quad a, quad b) {
+  return {{a[0] - b[0], a[1] - b[1], a[2] - b[2], a[3] - b[3]}};
+}
+TESSARN_INLINE quad operator*(quad a, quad b) {
+  return {{a[0] * b[0], a[1] * b[1], a[2] * b[2], a[3] * b[3]}};
+}
+TESSARN_INLINE quad all_lanes(double v) { return {{v, v, v, v}}; }
+TESSARN_INLINE quad load_point(const double* p) { return {{0, p[0], p[1], p[2]}}; }
+TESSARN_INLINE void store_point(double* p, quad v) {
+  p[0] = v[1];
+  p[1] = v[2];
+  p[2] = v[3];
+}
 
 #endif
 

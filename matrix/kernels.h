@@ -56,6 +56,14 @@ struct matrix_kernels {
   // Rotations (c, s) of neighbouring columns one after the other.
   void (*rotate_columns)(double* columns, size_t stride, size_t n, const double* rotations, size_t count);
 
+  // The passes of point-set matching over n points whose coordinates stand one after the other at a, a + 4, ...,
+  // each sum ascending from +0.0 and without the NaN rule. sums[0..2] and [3..5]: the coordinate sums of a and b.
+  void (*sum_points)(const double* a, const double* b, size_t n, double* sums);
+  // h[3 r + c] = sum of (b - cb)_r (a - ca)_c.
+  void (*sum_products)(const double* a, const double* b, size_t n, const double* ca, const double* cb, double* h);
+  // t[r] = sum of b_r - (((0 + R[r][0] a_0) + R[r][1] a_1) + R[r][2] a_2).
+  void (*sum_residuals)(const double* a, const double* b, size_t n, const double* R, double* t);
+
   // a += f b, and (y, z) = (y c + z s, z c - y s), for n entries.
   void (*add_scaled)(double* a, double f, const double* b, size_t n);
   void (*rotate)(double* y, double* z, double c, double s, size_t n);

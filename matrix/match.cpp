@@ -6,9 +6,11 @@
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elimination.h"
+#include "matrix/kernels.h"
 #include "tessarn/vectors.h"
 
 using tessarn::real;
+using tessarn::detail::as_doubles;
 using tessarn::detail::computed;
 using tessarn::detail::real_mat;
 using tessarn::detail::real_sqmat;
@@ -17,6 +19,8 @@ using tessarn::detail::without_quiet_nan;
 namespace {
 
 constexpr real determinant_tolerance = static_cast<real>(0.001);
+
+static_assert(sizeof(vector3d) == 32, "the kernels step from point to point by four reals");
 
 struct point {
   real c[3];
@@ -55,6 +59,24 @@ real_mat cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n
       }
   }
   return h / static_cast<real>(n);
+}
+
+// The same in lanes. The kernels leave the NaN rule out; a NaN stays in the sums that it enters, so sums without NaN
+// are the sums under the rule.
+bool cross_covariance_without_nan(const vector3d* a, const vector3d* b, tessarn::ulong n, real_mat& h) {
+  const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
+  double sums[6], products[9];
+  kernels.sum_points(as_doubles(&a->x), as_doubles(&b->x), n, sums);
+  const double r = 1 / static_cast<double>(n);
+  for (double& s : sums) s *= r;
+  kernels.sum_products(as_doubles(&a->x), as_doubles(&b->x), n, sums, sums + 3, products);
+  h.create(3, 3);
+  bool defined = true;
+  for (int k = 0; k < 9; ++k) {
+    defined &= products[k] == products[k];
+    h.getData()[k] = products[k] / static_cast<double>(n);
+  }
+  return defined;
 }
 
 bool is_rotation_or_reflection(real determinant) {
@@ -99,8 +121,9 @@ real_mat translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, 
 
 bool real_sqmat::calc_match(vector3d* a, vector3d* b, tessarn::ulong n) {
   if (a == nullptr || b == nullptr || n < 3) return false;
-  real_mat rotation;
-  if (!rotation_from(cross_covariance(a, b, n), rotation)) return false;
+  real_mat covariance, rotation;
+  if (!cross_covariance_without_nan(a, b, n, covariance)) covariance = cross_covariance(a, b, n);
+  if (!rotation_from(covariance, rotation)) return false;
   const real_mat translation = translation_of(a, b, n, rotation);
   sqmat matched;
   matched.create(4);

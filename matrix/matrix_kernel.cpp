@@ -4,6 +4,7 @@
 #include "matrix/complex_kernel.h"
 #include "matrix/elimination_kernel.h"
 #include "matrix/kernels.h"
+#include "matrix/match_kernel.h"
 #include "matrix/normal_kernel.h"
 #include "matrix/product_kernel.h"
 
@@ -55,6 +56,7 @@ const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, el
                                      complex_multiply, complex_stride, complex_workspace, complex_eliminate,
                                      normal_equations, normal_stride, normal_workspace,
                                      dot, sum_of_magnitudes, reflect, combine, add_outer, rotate_columns,
+                                     sum_points, sum_products, sum_residuals,
                                      add_scaled, rotate};
 
 }  // namespace tessarn::detail::TESSARN_ISA
