@@ -6,9 +6,11 @@ set(TESSARN_SOURCES
   vectors/allocate.cpp
   vectors/list.cpp
   vectors/list_analysis.cpp
+  matrix/adjugate.cpp
   matrix/complex_elimination.cpp
   matrix/determinant.cpp
   matrix/gram.cpp
+  matrix/kernels.cpp
   matrix/linear.cpp
   matrix/lu.cpp
   matrix/mat.cpp
@@ -31,7 +33,8 @@ set(TESSARN_SOURCES
   geometry/plane_fit.cpp)
 
 # Each is compiled once for each instruction set, in a namespace of that name.
-set(TESSARN_KERNELS)
+set(TESSARN_KERNELS
+  matrix/matrix_kernel.cpp)
 
 file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
 

@@ -22,4 +22,8 @@ inline real_array allocate_counted(std::int64_t n) {
   return allocate_zeroed(n < 0 ? static_cast<std::size_t>(-1) : static_cast<std::size_t>(n));
 }
 
+// Reals as the kernels take them: the same 64-bit format under another name where real is long double.
+inline double* as_doubles(real* p) noexcept { return reinterpret_cast<double*>(p); }
+inline const double* as_doubles(const real* p) noexcept { return reinterpret_cast<const double*>(p); }
+
 }  // namespace tessarn::detail

@@ -4,52 +4,100 @@
 #include "core/access.h"
 #include "core/storage.h"
 #include "matrix/elimination.h"
+#include "matrix/kernels.h"
 
 using tessarn::real;
-using tessarn::detail::add_multiple;
-using tessarn::detail::complex_entries;
+using tessarn::detail::column_view;
 using tessarn::detail::complex_mat;
 using tessarn::detail::complex_sqmat;
-using tessarn::detail::complex_value;
-using tessarn::detail::elimination_factor;
 using tessarn::detail::real_array;
 
 namespace {
 
-// A private copy of a square matrix with the parts apart.
-struct work_matrix {
-  std::size_t n;
-  real_array re, im;
-  work_matrix(const cplx* a, std::size_t size)
-      : n(size), re(tessarn::detail::allocate(size * size)), im(tessarn::detail::allocate(size * size)) {
-    for (std::size_t i = 0; i < n * n; ++i) {
-      re[i] = a[i].re;
-      im[i] = a[i].im;
-    }
-  }
-  complex_value at(std::size_t r, std::size_t c) const { return {re[r * n + c], im[r * n + c]}; }
-  complex_entries row(std::size_t r, std::size_t c) const { return {re.get() + r * n + c, im.get() + r * n + c}; }
+constexpr std::size_t padding = 8;  // behind each row, for the whole vectors of the kernels
+
+struct complex_value {
+  real re, im;
 };
 
-// Forward elimination without pivoting from the pivot column on.
-void eliminate(work_matrix& w) {
-  for (std::size_t p = 0; p + 1 < w.n; ++p)
-    for (std::size_t r = p + 1; r < w.n; ++r)
-      add_multiple(elimination_factor(w.at(r, p), w.at(p, p)), w.row(p, p), w.row(r, p), w.n - p);
-}
+// A private copy of a square matrix with the parts apart, and room for a right-hand side as one more column.
+struct work_matrix {
+  std::size_t n;
+  std::size_t stride;
+  real_array parts;
+  real* re;
+  real* im;
+
+  work_matrix(const cplx* a, std::size_t size)
+      : n(size),
+        stride(size + 1 + padding),
+        parts(tessarn::detail::allocate_zeroed(2 * size * stride)),
+        re(parts.get()),
+        im(re + size * stride) {
+    for (std::size_t r = 0; r < n; ++r)
+      for (std::size_t c = 0; c < n; ++c) put(r, c, a[r * n + c]);
+  }
+  void put(std::size_t r, std::size_t c, const cplx& v) {
+    re[r * stride + c] = v.re;
+    im[r * stride + c] = v.im;
+  }
+  complex_value at(std::size_t r, std::size_t c) const { return {re[r * stride + c], im[r * stride + c]}; }
+
+  // Forward elimination without pivoting, from the pivots' columns to the given number of columns.
+  void eliminate(std::size_t columns) {
+    using tessarn::detail::as_doubles;
+    tessarn::detail::matrix().complex_eliminate(as_doubles(re), as_doubles(im), n, columns, stride);
+  }
+};
 
 // t / d with two true divisions; 0 when |d|^2 is exactly 0.
-cplx quotient_or_zero(const cplx& t, complex_value d) {
+complex_value quotient_or_zero(complex_value t, complex_value d) {
   const real square = d.re * d.re + d.im * d.im;
   if (square == 0) return {0, 0};
   return {(d.im * t.im + d.re * t.re) / square, (d.re * t.im - d.im * t.re) / square};
+}
+
+// u - x w.
+complex_value without_product(complex_value u, complex_value x, complex_value w) {
+  return {u.re - (x.re * w.re - x.im * w.im), u.im - (x.re * w.im + x.im * w.re)};
+}
+
+// The solver for a right-hand side with fewer rows than the matrix, step by step on its entries.
+void solve_wrapped(const cplx* a, std::size_t n, column_view<cplx> rhs) {
+  work_matrix w(a, n);
+  for (std::size_t p = 0; p + 1 < n; ++p) {
+    const complex_value pivot = w.at(p, p);
+    const complex_value q{-pivot.re, -pivot.im};
+    const real square = q.im * q.im + q.re * q.re;
+    const real reciprocal = 1 / square;
+    for (std::size_t r = p + 1; r < n; ++r) {
+      const complex_value e = w.at(r, p);
+      complex_value f{0, 0};
+      if (!(square == 0)) f = {(e.im * q.im + e.re * q.re) * reciprocal, (e.im * q.re - e.re * q.im) * reciprocal};
+      const cplx factor(f.re, f.im);
+      for (std::size_t c = p; c < n; ++c) {
+        const complex_value u = w.at(p, c);
+        const complex_value v = w.at(r, c);
+        w.put(r, c, factor * cplx(u.re, u.im) + cplx(v.re, v.im));
+      }
+      rhs[r] = factor * rhs[p] + rhs[r];
+    }
+  }
+  for (std::size_t i = n; i-- > 0;) {
+    const complex_value x = quotient_or_zero({rhs[i].re, rhs[i].im}, w.at(i, i));
+    rhs[i] = cplx(x.re, x.im);
+    for (std::size_t j = i; j-- > 0;) {
+      const complex_value reduced = without_product({rhs[j].re, rhs[j].im}, x, w.at(j, i));
+      rhs[j] = cplx(reduced.re, reduced.im);
+    }
+  }
 }
 
 }  // namespace
 
 cplx complex_sqmat::det() {
   work_matrix w(data, size);
-  eliminate(w);
+  w.eliminate(size);
   cplx result(1, 0);
   for (std::size_t i = 0; i < size; ++i) {
     const complex_value d = w.at(i, i);
@@ -73,35 +121,39 @@ cplx complex_sqmat::cof(tessarn::ulong x, tessarn::ulong y) {
   return minor.det() * sign(x, y);
 }
 
-// The elimination runs over whole rows and over b as it goes; columns left of the pivot are computed too,
-// since 0 * infinity there is NaN and shows in nothing that is read later.
+// The right-hand side is eliminated as one more column. Columns left of a pivot need not be computed, since
+// nothing later reads them. Where b has fewer than n rows they wrap, and a row that stands for several is
+// updated for each of them, one after the other.
 void complex_sqmat::solve(complex_mat& b) {
   const std::size_t n = size;
-  if (n == 0) return;
+  if (n == 0 || b.getWidth() == 0 || b.getHeight() == 0) return;
+  const column_view<cplx> rhs{b.getData(), b.getHeight(), b.getWidth()};
+  if (rhs.height < n) return solve_wrapped(data, n, rhs);
   work_matrix w(data, n);
-  const tessarn::detail::column_view<cplx> rhs{b.getData(), b.getHeight(), b.getWidth()};
-  for (std::size_t p = 0; p + 1 < n; ++p)
-    for (std::size_t r = p + 1; r < n; ++r) {
-      const complex_value f = elimination_factor(w.at(r, p), w.at(p, p));
-      add_multiple(f, w.row(p, p), w.row(r, p), n - p);
-      rhs[r] = cplx(f.re, f.im) * rhs[p] + rhs[r];
-    }
+  for (std::size_t r = 0; r < n; ++r) w.put(r, n, rhs[r]);
+  w.eliminate(n + 1);
   for (std::size_t i = n; i-- > 0;) {
-    const cplx x = quotient_or_zero(rhs[i], w.at(i, i));
-    rhs[i] = x;
+    const complex_value x = quotient_or_zero(w.at(i, n), w.at(i, i));
+    w.put(i, n, cplx(x.re, x.im));
     for (std::size_t j = i; j-- > 0;) {
-      const complex_value e = w.at(j, i);
-      rhs[j] = rhs[j] - x * cplx(e.re, e.im);
+      const complex_value reduced = without_product(w.at(j, n), x, w.at(j, i));
+      w.put(j, n, cplx(reduced.re, reduced.im));
     }
+  }
+  for (std::size_t r = 0; r < n; ++r) {
+    const complex_value x = w.at(r, n);
+    rhs[r].re = x.re;
+    rhs[r].im = x.im;
   }
 }
 
 void complex_sqmat::optimize() {
   if (size < 2) return;
   work_matrix w(data, size);
-  eliminate(w);
-  for (std::size_t i = 0; i < w.n * w.n; ++i) {
-    data[i].re = w.re[i];
-    data[i].im = w.im[i];
-  }
+  w.eliminate(size);
+  for (std::size_t r = 0; r < w.n; ++r)
+    for (std::size_t c = 0; c < w.n; ++c) {
+      data[r * w.n + c].re = w.at(r, c).re;
+      data[r * w.n + c].im = w.at(r, c).im;
+    }
 }

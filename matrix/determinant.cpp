@@ -5,9 +5,13 @@
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elimination.h"
+#include "matrix/kernels.h"
 
 namespace tessarn::detail {
 namespace {
+
+// Up to this size the elimination is done before a kernel is called.
+constexpr std::size_t kernel_size = 6;
 
 // Both sums start from +0.0 and run over the rotations of the columns.
 real sarrus(const real* a) {
@@ -19,30 +23,44 @@ real sarrus(const real* a) {
   return down - up;
 }
 
-// Row r += f * row p with f = (-1 / pivot) * entry, from the column behind the pivot on: what becomes of the
-// eliminated column is never read again.
-void eliminate(real* w, std::size_t n) {
+// Row r += f * row p with f = (-1 / pivot) * entry under the NaN rule, from the column behind the pivot on: what
+// becomes of the eliminated column is never read again.
+void eliminate_by_rule(real* w, std::size_t n) {
   for (std::size_t p = 0; p + 1 < n; ++p) {
-    const real* pivot_row = w + p * n;
-    const real reciprocal = -1 / pivot_row[p];
+    const real* upper = w + p * n;
+    const real reciprocal = -1 / upper[p];
     for (std::size_t r = p + 1; r < n; ++r) {
       real* row = w + r * n;
       const real f = reciprocal * row[p];
-      for (std::size_t c = p + 1; c < n; ++c) row[c] = computed(f * pivot_row[c] + row[c]);
+      for (std::size_t c = p + 1; c < n; ++c) row[c] = computed(f * upper[c] + row[c]);
     }
   }
 }
 
-}  // namespace
-
-real determinant(const real* a, std::size_t n) {
-  if (n == 3) return sarrus(a);
-  real_array w = allocate(n * n);
-  std::copy_n(a, n * n, w.get());
-  eliminate(w.get(), n);
+// From 1.0, in ascending order.
+real diagonal_product(const real* w, std::size_t n) {
   real product = 1;
   for (std::size_t i = 0; i < n; ++i) product *= w[i * n + i];
   return product;
+}
+
+}  // namespace
+
+// The kernel leaves the NaN rule out. A NaN in row r and column c reaches the last row, by the later steps of
+// column c, and from there the last diagonal entry: a diagonal product that is a number was computed without
+// one. Otherwise the work is done again under the rule.
+real determinant(const real* a, std::size_t n) {
+  if (n == 3) return sarrus(a);
+  const real_array w = allocate(n * n);
+  std::copy_n(a, n * n, w.get());
+  if (n > kernel_size) {
+    matrix().eliminate(as_doubles(w.get()), n);
+    const real product = diagonal_product(w.get(), n);
+    if (product == product) return product;
+    std::copy_n(a, n * n, w.get());
+  }
+  eliminate_by_rule(w.get(), n);
+  return diagonal_product(w.get(), n);
 }
 
 }  // namespace tessarn::detail

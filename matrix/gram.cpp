@@ -40,7 +40,8 @@ void real_sqmat::orthogonalize() {
   }
 }
 
-// The product is not conjugated, and a column whose square is 0 is passed over.
+// The product is not conjugated. A column whose square is 0 has the coefficient 0, which takes part in the
+// arithmetic like any other: it keeps values but can turn a -0.0 into +0.0.
 void complex_sqmat::orthogonalize() {
   const std::size_t n = size;
   if (n < 2) return;
@@ -60,10 +61,12 @@ void complex_sqmat::orthogonalize() {
       const cplx* earlier = columns.get() + i * n;
       const cplx den = squares[i];
       const real square = den.re * den.re + den.im * den.im;
-      if (square == 0) continue;
-      const cplx num = dot(earlier, column);
-      const real r = 1 / square;
-      const cplx c((num.re * den.re + num.im * den.im) * r, (num.im * den.re - num.re * den.im) * r);
+      cplx c;
+      if (square != 0) {
+        const cplx num = dot(earlier, column);
+        const real r = 1 / square;
+        c = cplx((num.re * den.re + num.im * den.im) * r, (num.im * den.re - num.re * den.im) * r);
+      }
       for (std::size_t k = 0; k < n; ++k) projected[k] -= c * earlier[k];
     }
     for (std::size_t k = 0; k < n; ++k) data[k * n + j] = column[k] = projected[k];

@@ -4,11 +4,14 @@
 #include "core/access.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "matrix/adjugate.h"
 #include "matrix/elementwise.h"
 #include "matrix/elimination.h"
+#include "matrix/kernels.h"
 #include "matrix/multiply.h"
 
 using tessarn::real;
+using tessarn::detail::as_doubles;
 using tessarn::detail::computed;
 using tessarn::detail::real_array;
 using tessarn::detail::real_mat;
@@ -17,32 +20,12 @@ using tessarn::detail::without_quiet_nan;
 
 namespace {
 
-// The adjugate of the n x n matrix m, n >= 2, times q, into dst; entries are stored as they are.
-void scaled_adjugate(const real* m, std::size_t n, real q, real* dst) {
-  real_array minor = tessarn::detail::allocate((n - 1) * (n - 1));
-  for (std::size_t i = 0; i < n; ++i)
-    for (std::size_t j = 0; j < n; ++j) {
-      const real sign = (i + j) % 2 == 0 ? 1 : -1;
-      real cofactor;
-      if (n == 2) {
-        cofactor = sign * m[((j + 1) % 2) * 2 + (i + 1) % 2];
-      } else {
-        real* to = minor.get();
-        for (std::size_t r = 0; r < n; ++r)
-          for (std::size_t c = 0; c < n; ++c)
-            if (r != j && c != i) *to++ = m[r * n + c];
-        cofactor = tessarn::detail::determinant(minor.get(), n - 1) * sign;
-      }
-      dst[i * n + j] = cofactor * q;
-    }
-}
-
 void invert_square(const real_mat& a, real_mat& dst) {
   const std::size_t n = a.getWidth();
   real_array m = tessarn::detail::allocate(n * n);
   std::transform(a.getData(), a.getData() + n * n, m.get(), without_quiet_nan);
   const real q = 1 / tessarn::detail::determinant(m.get(), n);
-  scaled_adjugate(m.get(), n, q, dst.getData());
+  tessarn::detail::scaled_adjugate(m.get(), n, q, dst.getData());
 }
 
 // The reciprocals of the diagonal, 0 for an entry that is 0 or NaN, into the zeroed dst.
@@ -74,20 +57,14 @@ void real_mat::solve(mat& A, mat& b) {
   g.create(1, A.width);
   real_sqmat normal;
   normal.create(A.width);
-  // Column by column: the transposed system has contiguous columns. The normal matrix is symmetric, and
-  // the sum of a product does not depend on the order of its factors.
-  real_array columns = tessarn::detail::allocate(n * m);
-  tessarn::detail::transpose_entries(A.data, n, m, columns.get(), [](real v) { return v; });
-  const auto dot = [m](const real* u, const real* v) {
-    real s = 0;
-    for (std::size_t k = 0; k < m; ++k) s += u[k] * v[k];
-    return computed(s);
-  };
+  const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
+  const std::size_t stride = kernels.normal_stride(n);
+  const real_array sums = tessarn::detail::allocate(n * stride + kernels.normal_workspace(n));
+  kernels.normal_equations(as_doubles(A.data), as_doubles(b.data), m, n, as_doubles(sums.get()),
+                           as_doubles(sums.get() + n * stride));
   for (std::size_t c = 0; c < n; ++c) {
-    const real* column = columns.get() + c * m;
-    g.data[c] = dot(b.data, column);
-    for (std::size_t d = 0; d <= c; ++d)
-      normal.getData()[c * n + d] = normal.getData()[d * n + c] = dot(column, columns.get() + d * m);
+    for (std::size_t d = 0; d < n; ++d) normal.getData()[c * n + d] = computed(sums[c * stride + d]);
+    g.data[c] = computed(sums[c * stride + n]);
   }
   normal.solve(g);
   *this = static_cast<mat&&>(g);

@@ -6,7 +6,9 @@
 #include "core/access.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "matrix/elementwise.h"
 #include "matrix/elimination.h"
+#include "matrix/kernels.h"
 
 namespace tessarn::detail {
 namespace {
@@ -36,8 +38,9 @@ void exchange_rows(real* a, real* b, std::size_t n) {
   }
 }
 
-// Factorises w in place, the multipliers below the diagonal. False when it is singular.
-bool factorise(real* w, std::size_t n, std::uint32_t* order) {
+// Factorises w in place, the multipliers below the diagonal, under the NaN rule. False when it is singular.
+bool factorise_by_rule(real* w, std::size_t n, std::uint32_t* order) {
+  for (std::size_t i = 0; i < n; ++i) order[i] = static_cast<std::uint32_t>(i);
   for (std::size_t k = 0; k < n; ++k) {
     const std::size_t p = pivot_row(w, n, k);
     if (p == n) return false;
@@ -54,20 +57,33 @@ bool factorise(real* w, std::size_t n, std::uint32_t* order) {
   return true;
 }
 
-}  // namespace
+// The same. The kernel leaves the rule out: a NaN that appears in an entry stays in the entries that depend
+// on it, so a result without NaN is the result under the rule, and otherwise the work is done again.
+bool factorise(const real* a, std::size_t n, real* w, std::uint32_t* order) {
+  std::copy_n(a, n * n, w);
+  const bool regular = matrix().factorise(as_doubles(w), n, order);
+  if (!has_nan(w, n * n)) return regular;
+  std::copy_n(a, n * n, w);
+  return factorise_by_rule(w, n, order);
+}
 
-bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
-  real_array w = allocate(n * n);
-  std::copy_n(a, n * n, w.get());
-  permutation order(new std::uint32_t[n]);
-  for (std::size_t i = 0; i < n; ++i) order[i] = static_cast<std::uint32_t>(i);
-  real_array v = allocate(n);
-  if (!factorise(w.get(), n, order.get())) return false;
+// v = L^-1 P b: each sum ascending from +0.0.
+void substitute_forward(const real* w, std::size_t n, const std::uint32_t* order, column_view<real> b, real* v) {
   for (std::size_t i = 0; i < n; ++i) {
     real s = 0;
     for (std::size_t j = 0; j < i; ++j) s += w[i * n + j] * v[j];
     v[i] = computed(b[order[i]] - s);
   }
+}
+
+}  // namespace
+
+bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
+  const real_array w = allocate(n * n + n);
+  const permutation order(new std::uint32_t[n]);
+  real* v = w.get() + n * n;
+  if (!factorise(a, n, w.get(), order.get())) return false;
+  substitute_forward(w.get(), n, order.get(), b, v);
   for (std::size_t i = n; i-- > 0;) {
     real s = 0;
     for (std::size_t j = i + 1; j < n; ++j) s += w[i * n + j] * b[j];

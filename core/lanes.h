@@ -1,0 +1,56 @@
+// Vectors of doubles for the kernels, as wide as the instruction set that the file is compiled for. Included by
+// kernel sources only: each is compiled once for every instruction set, in the namespace TESSARN_ISA, so that
+// no two builds share a symbol. Kernels use no standard containers and no shared inline functions.
+//
+// Lanes hold independent results, so the width never shows in the bits.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__) || defined(__clang__)
+#define TESSARN_INLINE static inline __attribute__((always_inline))
+#else
+#define TESSARN_INLINE static __forceinline
+#endif
+
+namespace tessarn::detail::TESSARN_ISA {
+
+#if defined(__GNUC__) || defined(__clang__)
+
+#if defined(TESSARN_ISA_avx512)
+static constexpr size_t width = 8;
+#elif defined(TESSARN_ISA_avx2)
+static constexpr size_t width = 4;
+#else
+static constexpr size_t width = 2;
+#endif
+
+typedef double vec __attribute__((vector_size(width * 8), may_alias));
+typedef double unaligned_vec __attribute__((vector_size(width * 8), aligned(8), may_alias));
+typedef int64_t mask __attribute__((vector_size(width * 8), may_alias));
+
+TESSARN_INLINE vec load(const double* p) { return *reinterpret_cast<const unaligned_vec*>(p); }
+TESSARN_INLINE void store(double* p, vec v) { *reinterpret_cast<unaligned_vec*>(p) = v; }
+TESSARN_INLINE vec broadcast(double v) { return v - vec{}; }
+// a where m is set, else b.
+TESSARN_INLINE vec select(mask m, vec a, vec b) {
+  return (vec)(((mask)a & m) | ((mask)b & ~m));
+}
+// v with every NaN replaced by +0.0.
+TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
+
+#else
+
+static constexpr size_t width = 1;
+typedef double vec;
+typedef int64_t mask;
+TESSARN_INLINE vec load(const double* p) { return *p; }
+TESSARN_INLINE void store(double* p, vec v) { *p = v; }
+TESSARN_INLINE vec broadcast(double v) { return v; }
+TESSARN_INLINE vec select(mask m, vec a, vec b) { return m ? a : b; }
+TESSARN_INLINE vec without_nan(vec v) { return v == v ? v : 0.0; }
+
+#endif
+
+}  // namespace tessarn::detail::TESSARN_ISA

@@ -1,0 +1,66 @@
+#include "matrix/adjugate.h"
+
+#include <algorithm>
+
+#include "core/storage.h"
+#include "matrix/elimination.h"
+#include "matrix/kernels.h"
+
+namespace tessarn::detail {
+namespace {
+
+real sign_of(std::size_t i, std::size_t j) { return (i + j) % 2 == 0 ? 1 : -1; }
+
+// The minor without row j and column i, from scratch.
+real minor_from_scratch(const real* m, std::size_t n, std::size_t j, std::size_t i) {
+  const real_array minor = allocate((n - 1) * (n - 1));
+  real* to = minor.get();
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t c = 0; c < n; ++c)
+      if (r != j && c != i) *to++ = m[r * n + c];
+  return determinant(minor.get(), n - 1);
+}
+
+// Shared eliminations leave the NaN rule out, and a NaN in one of them reaches the minor: entries that are NaN
+// are computed again from their own minors.
+void shared_adjugate(const real* m, std::size_t n, real q, real* dst) {
+  const matrix_kernels& kernels = matrix();
+  const real_array workspace = allocate(kernels.adjugate_workspace(n));
+  kernels.adjugate(as_doubles(m), n, static_cast<double>(q), as_doubles(dst), as_doubles(workspace.get()));
+  for (std::size_t i = 0; i < n; ++i)
+    for (std::size_t j = 0; j < n; ++j) {
+      real& entry = dst[i * n + j];
+      if (entry != entry) entry = minor_from_scratch(m, n, j, i) * sign_of(i, j) * q;
+    }
+}
+
+}  // namespace
+
+void scaled_adjugate(const real* m, std::size_t n, real q, real* dst) {
+  if (n > 4) return shared_adjugate(m, n, q, dst);
+  for (std::size_t i = 0; i < n; ++i)
+    for (std::size_t j = 0; j < n; ++j) {
+      real minor;
+      if (n == 2) {
+        minor = m[(1 - j) * 2 + (1 - i)];
+      } else if (n == 3) {
+        const real* upper = m + (j == 0 ? 3 : 0);
+        const real* lower = m + (j == 2 ? 3 : 6);
+        const std::size_t a = i == 0 ? 1 : 0;
+        const std::size_t b = i == 2 ? 1 : 2;
+        const real f = (-1 / upper[a]) * lower[a];
+        const real eliminated = f * upper[b] + lower[b];
+        minor = upper[a] * (eliminated == eliminated ? eliminated : 0);
+      } else {
+        real rest[9];
+        real* to = rest;
+        for (std::size_t r = 0; r < n; ++r)
+          for (std::size_t c = 0; c < n; ++c)
+            if (r != j && c != i) *to++ = m[r * n + c];
+        minor = determinant(rest, 3);
+      }
+      dst[i * n + j] = minor * sign_of(i, j) * q;
+    }
+}
+
+}  // namespace tessarn::detail

@@ -1,0 +1,77 @@
+// The kernels of the matrix family, one table for each instruction set. They know arrays and counts, allocate
+// nothing and throw nothing; reals are passed as the doubles that they are in memory.
+#pragma once
+
+#include <stddef.h>
+
+namespace tessarn::detail {
+
+struct matrix_kernels {
+  // c = a b, row-major, a rows x inner, b inner x columns: each entry the sum over k ascending from +0.0, a
+  // NaN stored as 0.0. workspace holds multiply_workspace(...) doubles.
+  void (*multiply)(const double* a, const double* b, double* c, size_t rows, size_t inner, size_t columns,
+                   double* workspace);
+  size_t (*multiply_workspace)(size_t rows, size_t inner, size_t columns);
+
+  // Factorises the n x n matrix w in place with partial pivoting, multipliers below the diagonal, order[i]
+  // the original row of row i. False when a column of candidate pivots is exactly 0. Without the NaN rule: a
+  // NaN stays in w, and the caller looks for it.
+  bool (*factorise)(double* w, size_t n, unsigned* order);
+
+  // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, the
+  // factors left in the eliminated entries. Without the NaN rule.
+  void (*eliminate)(double* w, size_t n);
+
+  // dst = q times the adjugate of the n x n matrix m, without the NaN rule. workspace holds
+  // adjugate_workspace(n) doubles.
+  void (*adjugate)(const double* m, size_t n, double q, double* dst, double* workspace);
+  size_t (*adjugate_workspace)(size_t n);
+
+  // c = a b for n x n complex matrices with the parts apart, each entry the sum over k ascending from 0. The
+  // parts of c stand in rows of complex_stride(n); workspace holds complex_workspace(n) doubles.
+  void (*complex_multiply)(const double* a_re, const double* a_im, const double* b_re, const double* b_im, double* c_re,
+                           double* c_im, size_t n, double* workspace);
+  size_t (*complex_stride)(size_t n);
+  size_t (*complex_workspace)(size_t n);
+
+  // Forward elimination without pivoting from the pivots' columns on, rows x columns complex entries with the
+  // parts apart in rows of stride >= columns + 8; the factor of a zero pivot is 0.
+  void (*complex_eliminate)(double* re, double* im, size_t rows, size_t columns, size_t stride);
+
+  // result[c][d] = sum of a[k][c] a[k][d] and result[c][n] = sum of a[k][c] b[k] over the m rows ascending from +0.0,
+  // n rows of normal_stride(n); workspace holds normal_workspace(n) doubles.
+  void (*normal_equations)(const double* a, const double* b, size_t m, size_t n, double* result, double* workspace);
+  size_t (*normal_stride)(size_t n);
+  size_t (*normal_workspace)(size_t n);
+
+  // Sums of the decomposition, in eight partial sums.
+  double (*dot)(const double* a, const double* b, size_t n);
+  double (*sum_of_magnitudes)(const double* a, size_t n);
+  // Each of count columns becomes column + ((h . column) / d) g h, the product without the first skip entries.
+  void (*reflect)(const double* h, size_t skip, size_t length, double d, double g, double* columns, size_t stride,
+                  size_t count);
+  // sum = sum of f[j] column j ascending; and column j += f[j] h.
+  void (*combine)(const double* f, const double* columns, size_t stride, size_t count, double* sum, size_t n);
+  void (*add_outer)(const double* f, const double* h, double* columns, size_t stride, size_t count, size_t n);
+  // Rotations (c, s) of neighbouring columns one after the other.
+  void (*rotate_columns)(double* columns, size_t stride, size_t n, const double* rotations, size_t count);
+
+  // a += f b, and (y, z) = (y c + z s, z c - y s), for n entries.
+  void (*add_scaled)(double* a, double f, const double* b, size_t n);
+  void (*rotate)(double* y, double* z, double c, double s, size_t n);
+};
+
+namespace baseline {
+extern const matrix_kernels matrix_table;
+}
+namespace avx2 {
+extern const matrix_kernels matrix_table;
+}
+namespace avx512 {
+extern const matrix_kernels matrix_table;
+}
+
+// The table of the instruction set in use.
+const matrix_kernels& matrix() noexcept;
+
+}  // namespace tessarn::detail

@@ -1,0 +1,60 @@
+// The kernels of the matrix family; compiled once for each instruction set.
+#include "matrix/adjugate_kernel.h"
+#include "matrix/column_kernel.h"
+#include "matrix/complex_kernel.h"
+#include "matrix/elimination_kernel.h"
+#include "matrix/kernels.h"
+#include "matrix/normal_kernel.h"
+#include "matrix/product_kernel.h"
+
+namespace tessarn::detail::TESSARN_ISA {
+namespace {
+
+size_t multiply_workspace(size_t rows, size_t inner, size_t columns) {
+  if (rows <= unpacked_limit && inner <= unpacked_limit && columns <= unpacked_limit) return 0;
+  const size_t count = inner < depth ? inner : depth;
+  return row_block * depth + count * columns;
+}
+
+void multiply(const double* a, const double* b, double* c, size_t rows, size_t inner, size_t columns,
+              double* workspace) {
+  if (multiply_workspace(rows, inner, columns) == 0 || inner == 0)
+    multiply_unpacked<from_zero, add_products>(a, inner, b, columns, c, columns, rows, inner, columns, true);
+  else
+    multiply_packed<add_products>(a, inner, b, columns, c, columns, rows, inner, columns, true, true, workspace);
+}
+
+void add_scaled(double* a, double f, const double* b, size_t n) {
+  const vec factor = broadcast(f);
+  size_t k = 0;
+  for (; k + width <= n; k += width) store(a + k, load(a + k) + factor * load(b + k));
+  for (; k < n; ++k) a[k] += f * b[k];
+}
+
+void rotate(double* y, double* z, double c, double s, size_t n) {
+  const vec cosine = broadcast(c);
+  const vec sine = broadcast(s);
+  size_t k = 0;
+  for (; k + width <= n; k += width) {
+    const vec u = load(y + k);
+    const vec v = load(z + k);
+    store(y + k, u * cosine + v * sine);
+    store(z + k, v * cosine - u * sine);
+  }
+  for (; k < n; ++k) {
+    const double u = y[k];
+    const double v = z[k];
+    y[k] = u * c + v * s;
+    z[k] = v * c - u * s;
+  }
+}
+
+}  // namespace
+
+const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate, adjugate, adjugate_workspace,
+                                     complex_multiply, complex_stride, complex_workspace, complex_eliminate,
+                                     normal_equations, normal_stride, normal_workspace,
+                                     dot, sum_of_magnitudes, reflect, combine, add_outer, rotate_columns,
+                                     add_scaled, rotate};
+
+}  // namespace tessarn::detail::TESSARN_ISA

@@ -1,0 +1,425 @@
+// The singular value decomposition: shapes, orthogonality, order, signs, and input it cannot
+// handle.
+#include <lapacke.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "../plain/decompose.h"
+#include "matrix_support.h"
+
+namespace {
+
+using namespace test;
+
+constexpr double epsilon = 0x1p-52;
+
+struct parts {
+  real_matrix u, s, v;
+};
+
+parts decomposed(const plain::matrix& a) {
+  real_matrix m = to_library(a);
+  parts p{rows(1, 1, {7}), rows(2, 1, {7, 7}), real_matrix()};
+  m.decompose(p.u, p.s, p.v);
+  EXPECT_TRUE(same(m, a)) << "the matrix itself is only read";
+  return p;
+}
+
+void expect_sizes(const parts& p, u32 width, u32 height) {
+  ASSERT_EQ(p.u.getWidth(), width);
+  ASSERT_EQ(p.u.getHeight(), height);
+  ASSERT_EQ(p.s.getWidth(), width);
+  ASSERT_EQ(p.s.getHeight(), width);
+  ASSERT_EQ(p.v.getWidth(), width);
+  ASSERT_EQ(p.v.getHeight(), width);
+}
+
+// The largest deviation of the inner products of the columns (or rows) from those of unit vectors.
+double columns_off(const real_matrix& q) {
+  double worst = 0.0;
+  const u32 w = static_cast<u32>(q.getWidth()), h = static_cast<u32>(q.getHeight());
+  for (u32 i = 0; i < w; ++i) {
+    for (u32 j = 0; j <= i; ++j) {
+      double s = i == j ? -1.0 : 0.0;
+      for (u32 y = 0; y < h; ++y) s += q.get(i, y) * q.get(j, y);
+      worst = std::max(worst, std::fabs(s));
+    }
+  }
+  return worst;
+}
+
+double rows_off(const real_matrix& q) {
+  real_matrix t;
+  q.transpose(t);
+  return columns_off(t);
+}
+
+// Sizes, an exactly diagonal S in non-increasing order without negative values, orthonormal
+// factors, and the product, all within rounding of the largest singular value.
+void expect_valid(const plain::matrix& a, const char* what) {
+  SCOPED_TRACE(std::string(what) + ", width " + std::to_string(a.width) + ", height " +
+               std::to_string(a.height));
+  const parts p = decomposed(a);
+  const u32 n = a.width, m = a.height;
+  expect_sizes(p, n, m);
+  if (n == 0) return;
+  for (u32 y = 0; y < n; ++y) {
+    for (u32 x = 0; x < n; ++x) {
+      if (x == y) continue;
+      ASSERT_BITS(p.s.get(x, y), 0.0);
+    }
+  }
+  for (u32 i = 0; i < n; ++i) {
+    ASSERT_GE(p.s.get(i, i), 0.0);
+    if (i == 0) continue;
+    ASSERT_GE(p.s.get(i - 1, i - 1), p.s.get(i, i));
+  }
+  const double tolerance = 20.0 * epsilon * (10.0 + std::max(m, n));
+  ASSERT_LE(columns_off(p.v), tolerance);
+  ASSERT_LE(m >= n ? columns_off(p.u) : rows_off(p.u), tolerance);
+  const double largest = p.s.get(0, 0);
+  for (u32 y = 0; y < m; ++y) {
+    for (u32 x = 0; x < n; ++x) {
+      double s = 0.0;
+      for (u32 k = 0; k < n; ++k) s += p.u.get(k, y) * p.s.get(k, k) * p.v.get(k, x);
+      ASSERT_LE(std::fabs(s - a.get(x, y)), tolerance * largest) << x << " " << y;
+    }
+  }
+}
+
+plain::matrix diagonal(std::initializer_list<double> values) {
+  const u32 n = static_cast<u32>(values.size());
+  plain::matrix m(n, n);
+  u32 i = 0;
+  for (double v : values) {
+    m.put(i, i, v);
+    ++i;
+  }
+  return m;
+}
+
+void expect_equal_values(const real_matrix& got, std::initializer_list<double> want) {
+  std::size_t i = 0;
+  for (double v : want) {
+    EXPECT_EQ(got.getData()[i], v) << "entry " << i;
+    ++i;
+  }
+}
+
+// ---------------------------------------------------------------- examples
+
+TEST(Decompose, OrderedDiagonalGivesMinusTheIdentity) {
+  const parts p = decomposed(diagonal({3, 1}));
+  expect_equal_values(p.s, {3, 0, 0, 1});
+  expect_equal_values(p.u, {-1, 0, 0, -1});
+  expect_equal_values(p.v, {-1, 0, 0, -1});
+}
+
+// Each of the two columns is negated once on its way.
+TEST(Decompose, SortNegatesTheColumnsItMoves) {
+  const parts p = decomposed(diagonal({1, 3}));
+  expect_equal_values(p.s, {3, 0, 0, 1});
+  expect_equal_values(p.u, {0, 1, 1, 0});
+  expect_equal_values(p.v, {0, 1, 1, 0});
+}
+
+// diag(-2, 4): the first value comes out as 2 with U = -1 and V = 1 before the sort.
+TEST(Decompose, NegativeEntriesGivePositiveValues) {
+  const parts p = decomposed(diagonal({-2, 4}));
+  expect_equal_values(p.s, {4, 0, 0, 2});
+  expect_equal_values(p.u, {0, 1, 1, 0});
+  expect_equal_values(p.v, {0, -1, 1, 0});
+}
+
+TEST(Decompose, SizesOfTallWideAndEmptyMatrices) {
+  expect_sizes(decomposed(plain::matrix(2, 3)), 2, 3);
+  expect_sizes(decomposed(plain::matrix(3, 2)), 3, 2);
+  expect_sizes(decomposed(plain::matrix(0, 0)), 0, 0);
+  expect_sizes(decomposed(plain::matrix(0, 4)), 0, 4);
+  const parts p = decomposed(plain::matrix(3, 0));
+  expect_sizes(p, 3, 0);
+  expect_equal_values(p.s, {0, 0, 0, 0, 0, 0, 0, 0, 0});
+  expect_equal_values(p.v, {1, 0, 0, 0, 1, 0, 0, 0, 1});
+  real_matrix none, u, s, v;
+  none.decompose(u, s, v);
+  EXPECT_EQ(u.getWidth(), 0u);
+}
+
+TEST(Decompose, ZeroMatrixGivesIdentities) {
+  for (u32 w = 1; w <= 5; ++w) {
+    for (u32 h = 1; h <= 5; ++h) {
+      const parts p = decomposed(plain::matrix(w, h));
+      for (u32 y = 0; y < h; ++y) {
+        for (u32 x = 0; x < w; ++x) EXPECT_EQ(p.u.get(x, y), x == y ? 1.0 : 0.0);
+      }
+      for (u32 y = 0; y < w; ++y) {
+        for (u32 x = 0; x < w; ++x) {
+          EXPECT_EQ(p.v.get(x, y), x == y ? 1.0 : 0.0);
+          EXPECT_EQ(p.s.get(x, y), 0.0);
+        }
+      }
+    }
+  }
+}
+
+TEST(Decompose, WideMatrixHasAZeroSingularValue) {
+  plain::matrix a(3, 2);
+  a.data = {1, 2, 3, 4, 5, 7};
+  const parts p = decomposed(a);
+  EXPECT_LE(p.s.get(2, 2), 1e-14);
+  EXPECT_GT(p.s.get(1, 1), 0.1);
+}
+
+TEST(Decompose, SingleRowsAndColumns) {
+  random_source random(101);
+  for (u32 n : {1u, 2u, 3u, 7u, 40u, 200u}) {
+    expect_valid(random_matrix(n, 1, random, entries::ordinary), "one row");
+    expect_valid(random_matrix(1, n, random, entries::ordinary), "one column");
+  }
+  const parts p = decomposed([] {
+    plain::matrix a(1, 2);
+    a.data = {3, 4};
+    return a;
+  }());
+  EXPECT_NEAR(p.s.get(0, 0), 5.0, 1e-14);
+}
+
+// ---------------------------------------------------------------- the sort
+
+// Powers of two on the diagonal make every step before the sort exact and free of sweeps, so that
+// the order and the signs show the moves of the sort alone.
+TEST(Decompose, OrderAndSignsAreThoseOfTheSort) {
+  random_source random(102);
+  for (u32 n = 1; n <= 60; ++n) {
+    for (u32 k = 0; k < 8; ++k) {
+      plain::matrix a(n, n + (k == 7 ? 3 : 0));
+      const u32 range = k < 4 ? 60 : 4;
+      for (u32 i = 0; i < n; ++i) {
+        if (k == 5 && random.below(4) == 0) continue;
+        const double v = std::ldexp(1.0, static_cast<int>(random.below(range)));
+        a.put(i, i, k % 2 && random.below(2) ? -v : v);
+      }
+      const plain::decomposition want = plain::decompose(a);
+      const parts got = decomposed(a);
+      for (std::size_t i = 0; i < want.u.data.size(); ++i) {
+        ASSERT_EQ(got.u.getData()[i], want.u.data[i]) << n << " U " << place(i, n);
+      }
+      for (std::size_t i = 0; i < want.v.data.size(); ++i) {
+        ASSERT_EQ(got.v.getData()[i], want.v.data[i]) << n << " V " << place(i, n);
+        ASSERT_EQ(got.s.getData()[i], want.s.data[i]) << n << " S " << place(i, n);
+      }
+    }
+  }
+}
+
+// ---------------------------------------------------------------- properties
+
+TEST(Decompose, RandomMatricesOfEveryShape) {
+  random_source random(103);
+  for (u32 w = 1; w <= 14; ++w) {
+    for (u32 h = 1; h <= 14; ++h) {
+      expect_valid(random_matrix(w, h, random, entries::ordinary), "ordinary");
+      expect_valid(random_matrix(w, h, random, entries::sparse), "sparse");
+      expect_valid(random_matrix(w, h, random, entries::small_integers), "small integers");
+      expect_valid(random_matrix(w, h, random, entries::proportional), "proportional columns");
+    }
+  }
+  for (u32 n : {31u, 32u, 33u, 64u, 65u}) {
+    expect_valid(random_matrix(n, n, random, entries::ordinary), "square");
+    expect_valid(random_matrix(n, n + 20, random, entries::sparse), "tall");
+    expect_valid(random_matrix(n, n - 20, random, entries::ordinary), "wide");
+  }
+  expect_valid(random_matrix(130, 130, random, entries::ordinary), "square");
+}
+
+TEST(Decompose, VeryTallAndVeryWide) {
+  random_source random(104);
+  expect_valid(random_matrix(3, 2000, random, entries::ordinary), "tall");
+  expect_valid(random_matrix(200, 3, random, entries::ordinary), "wide");
+}
+
+TEST(Decompose, RankDeficientMatrices) {
+  random_source random(105);
+  for (u32 n : {2u, 3u, 5u, 9u, 20u}) {
+    for (u32 rank = 1; rank < n; rank += 1 + rank / 2) {
+      const plain::matrix a = plain::product(random_matrix(rank, n + 2, random, entries::ordinary),
+                                             random_matrix(n, rank, random, entries::ordinary));
+      expect_valid(a, "of low rank");
+      const parts p = decomposed(a);
+      for (u32 i = rank; i < n; ++i) EXPECT_LE(p.s.get(i, i), 1e-13 * p.s.get(0, 0));
+      EXPECT_GT(p.s.get(rank - 1, rank - 1), 1e-9 * p.s.get(0, 0));
+    }
+  }
+  plain::matrix ones(6, 6);
+  for (double& v : ones.data) v = 1.0;
+  expect_valid(ones, "all ones");
+  EXPECT_NEAR(decomposed(ones).s.get(0, 0), 6.0, 1e-14);
+}
+
+TEST(Decompose, RepeatedSingularValues) {
+  random_source random(106);
+  for (u32 n : {2u, 3u, 4u, 8u, 17u}) {
+    // The reflection 1 - 2 v v' / v'v has n singular values of 1.
+    const plain::matrix v = random_matrix(1, n, random, entries::ordinary);
+    double q = 0.0;
+    for (double e : v.data) q += e * e;
+    plain::matrix a(n, n);
+    for (u32 y = 0; y < n; ++y) {
+      for (u32 x = 0; x < n; ++x) a.put(x, y, (x == y) - 2.0 * v.get(0, x) * v.get(0, y) / q);
+    }
+    expect_valid(a, "reflection");
+    const parts p = decomposed(a);
+    for (u32 i = 0; i < n; ++i) EXPECT_NEAR(p.s.get(i, i), 1.0, 1e-13);
+    plain::matrix twice(n, 2 * n);
+    for (u32 i = 0; i < n; ++i) {
+      twice.put(i, i, 3.0);
+      twice.put(i, n + i, 4.0);
+    }
+    expect_valid(twice, "two stacked multiples of the identity");
+    EXPECT_NEAR(decomposed(twice).s.get(n - 1, n - 1), 5.0, 1e-13);
+  }
+}
+
+TEST(Decompose, ScaledMatrices) {
+  random_source random(107);
+  for (double scale : {1e-140, 1e-100, 1e-20, 1e20, 1e100, 1e140}) {
+    for (u32 n : {1u, 2u, 5u, 12u}) {
+      plain::matrix a = random_matrix(n, n + 1, random, entries::ordinary);
+      for (double& v : a.data) v *= scale;
+      expect_valid(a, "scaled");
+    }
+  }
+}
+
+TEST(Decompose, GradedMatrices) {
+  plain::matrix d(9, 9);
+  for (u32 i = 0; i < 9; ++i) d.put(i, i, std::pow(10.0, -300.0 + 75.0 * i));
+  const parts p = decomposed(d);
+  for (u32 i = 0; i < 9; ++i) {
+    EXPECT_NEAR(p.s.get(i, i) / d.get(8 - i, 8 - i), 1.0, 1e-14) << i;
+    EXPECT_NEAR(std::fabs(p.u.get(i, 8 - i)), 1.0, 1e-14);
+  }
+  random_source random(108);
+  for (double step : {1e-1, 1e-5, 1e-15, 1e5, 1e15}) {
+    for (u32 n : {3u, 6u, 9u}) {
+      plain::matrix by_column = random_matrix(n, n, random, entries::ordinary);
+      plain::matrix by_row = by_column;
+      for (u32 y = 0; y < n; ++y) {
+        for (u32 x = 0; x < n; ++x) {
+          by_column.put(x, y, by_column.get(x, y) * std::pow(step, x));
+          by_row.put(x, y, by_row.get(x, y) * std::pow(step, y));
+        }
+      }
+      expect_valid(by_column, "graded columns");
+      expect_valid(by_row, "graded rows");
+    }
+  }
+}
+
+TEST(Decompose, SingularValuesAgreeWithThePlainForm) {
+  random_source random(109);
+  for (u32 k = 0; k < 300; ++k) {
+    const plain::matrix a =
+        random_matrix(1 + random.below(9), 1 + random.below(9), random, entries::ordinary);
+    const plain::decomposition want = plain::decompose(a);
+    const parts got = decomposed(a);
+    for (u32 i = 0; i < a.width; ++i) {
+      ASSERT_NEAR(got.s.get(i, i), want.s.get(i, i), 1e-13 * want.s.get(0, 0));
+    }
+  }
+}
+
+TEST(Decompose, SingularValuesAgreeWithLapack) {
+  random_source random(110);
+  for (u32 k = 0; k < 10000; ++k) {
+    const u32 limit = k % 100 == 0 ? 40 : 12;
+    const u32 w = 1 + random.below(limit), h = 1 + random.below(limit);
+    const entries kind = k % 3 == 0   ? entries::small_integers
+                         : k % 3 == 1 ? entries::ordinary
+                                      : entries::proportional;
+    const plain::matrix a = random_matrix(w, h, random, kind);
+    const parts p = decomposed(a);
+    std::vector<double> copy = a.data, values(std::min(w, h)), work(std::min(w, h));
+    ASSERT_EQ(LAPACKE_dgesvd(LAPACK_ROW_MAJOR, 'N', 'N', static_cast<lapack_int>(h),
+                             static_cast<lapack_int>(w), copy.data(), static_cast<lapack_int>(w),
+                             values.data(), nullptr, 1, nullptr, 1, work.data()),
+              0);
+    const double tolerance = 40.0 * epsilon * std::max(values[0], 1e-300) * std::max(w, h);
+    for (u32 i = 0; i < w; ++i) {
+      const double want = i < values.size() ? values[i] : 0.0;
+      ASSERT_NEAR(p.s.get(i, i), want, tolerance) << w << " x " << h << ", value " << i;
+    }
+  }
+}
+
+// ---------------------------------------------------------------- what it cannot handle
+
+TEST(Decompose, EndsOnNanAndInfinity) {
+  random_source random(111);
+  const auto start = std::chrono::steady_clock::now();
+  for (u32 w = 1; w <= 12; ++w) {
+    for (u32 h = 1; h <= 12; ++h) {
+      for (double odd : {quiet_nan, -quiet_nan, inf, -inf, 1.7e308, 5e-324}) {
+        plain::matrix a = random_matrix(w, h, random, entries::ordinary);
+        a.put(random.below(w), random.below(h), odd);
+        expect_sizes(decomposed(a), w, h);
+      }
+      for (entries kind : {entries::hostile, entries::finite, entries::with_nan}) {
+        expect_sizes(decomposed(random_matrix(w, h, random, kind)), w, h);
+      }
+    }
+  }
+  for (double all : {quiet_nan, inf, -inf, 1.7e308, 5e-324}) {
+    plain::matrix a(40, 50);
+    for (double& v : a.data) v = all;
+    expect_sizes(decomposed(a), 40, 50);
+  }
+  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+  EXPECT_LT(passed.count(), 30.0);
+}
+
+TEST(Decompose, OffDiagonalOfSIsZeroEvenForNan) {
+  plain::matrix a(3, 3);
+  for (double& v : a.data) v = quiet_nan;
+  const parts p = decomposed(a);
+  for (u32 y = 0; y < 3; ++y) {
+    for (u32 x = 0; x < 3; ++x) {
+      EXPECT_TRUE(x == y || p.s.get(x, y) == 0.0);
+    }
+  }
+}
+
+// ---------------------------------------------------------------- aliasing
+
+TEST(Decompose, MayReceiveAResultInTheMatrixItself) {
+  random_source random(112);
+  const plain::matrix a = random_matrix(3, 5, random, entries::ordinary);
+  parts want = decomposed(a);
+  real_matrix u, s, v;
+  real_matrix m = to_library(a);
+  m.decompose(m, s, v);
+  EXPECT_TRUE(same(m, to_plain(want.u)));
+  EXPECT_TRUE(same(s, to_plain(want.s)));
+  EXPECT_TRUE(same(v, to_plain(want.v)));
+  m = to_library(a);
+  m.decompose(u, m, v);
+  EXPECT_TRUE(same(u, to_plain(want.u)));
+  EXPECT_TRUE(same(m, to_plain(want.s)));
+  m = to_library(a);
+  m.decompose(u, s, m);
+  EXPECT_TRUE(same(u, to_plain(want.u)));
+  EXPECT_TRUE(same(m, to_plain(want.v)));
+}
+
+TEST(Decompose, RepeatsItsBits) {
+  random_source random(113);
+  const plain::matrix a = random_matrix(9, 11, random, entries::ordinary);
+  const parts first = decomposed(a);
+  const parts second = decomposed(a);
+  EXPECT_TRUE(same(second.u, to_plain(first.u)));
+  EXPECT_TRUE(same(second.s, to_plain(first.s)));
+  EXPECT_TRUE(same(second.v, to_plain(first.v)));
+}
+
+}  // namespace
