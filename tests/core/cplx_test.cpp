@@ -99,16 +99,18 @@ TEST(Cplx, ZeroDivisorOverwritesTheLeftOperand) {
 
 TEST(Cplx, InPlaceWithItself) {
   cplx a(1, 2);
-  a *= a;
+  cplx& self = a;
+  a *= self;
   EXPECT_TRUE(same(a, {-3, 4}));
-  a += a;
+  a += self;
   EXPECT_TRUE(same(a, {-6, 8}));
-  a /= a;
+  a /= self;
   EXPECT_TRUE(same(a, plain::quotient(plain::cplx{-6, 8}, plain::cplx{-6, 8})));
-  a -= a;
+  a -= self;
   EXPECT_TRUE(same(a, {0, 0}));
   cplx z(0, 0);
-  z /= z;
+  cplx& also_z = z;
+  z /= also_z;
   EXPECT_TRUE(same(z, {0, 0}));
 }
 

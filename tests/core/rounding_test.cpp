@@ -128,6 +128,32 @@ TEST(Rounding, AgreesWithThePlainForm) {
   }
 }
 
+TEST(Rounding, FloorAndCeiling) {
+  using tessarn::detail::ceil_of;
+  using tessarn::detail::floor_of;
+  EXPECT_BITS(ceil_of(-0.5), 0.0);
+  EXPECT_BITS(ceil_of(-0.0), -0.0);
+  EXPECT_BITS(floor_of(-0.0), -0.0);
+  EXPECT_BITS(floor_of(-0.5), -1.0);
+  EXPECT_BITS(ceil_of(0.5), 1.0);
+  EXPECT_BITS(floor_of(0.5), 0.0);
+  EXPECT_BITS(ceil_of(-1.5), -1.0);
+  EXPECT_BITS(floor_of(nan), nan);
+  EXPECT_BITS(ceil_of(-inf), -inf);
+  EXPECT_BITS(floor_of(-0x1p63), -0x1p63);
+  EXPECT_BITS(ceil_of(0x1p63), 0x1p63);
+  test::random_source r(13);
+  for (int i = 0; i < 100000; ++i) {
+    const double x = r.below(2) ? r.uniform(-5, 5) : test::from_bits(r.next());
+    ASSERT_BITS(floor_of(x), plain::floor_of(x));
+    ASSERT_BITS(ceil_of(x), plain::ceiling_of(x));
+    if (std::fabs(x) < 0x1p62) {
+      ASSERT_EQ(floor_of(x), std::floor(x));
+      ASSERT_EQ(ceil_of(x), std::ceil(x));
+    }
+  }
+}
+
 TEST(Rounding, LengthsAndCoordinates) {
   vector a(3, 4);
   EXPECT_EQ(a.lenul(), 5u);

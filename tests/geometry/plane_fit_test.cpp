@@ -113,6 +113,30 @@ TEST(PlaneFit, NanAndInfinityEnd) {
   }
 }
 
+// Far from the origin every cell rounds to a perfect fit: the lowest cell wins and the search is
+// over.
+TEST(PlaneFit, APerfectFitEndsTheSearch) {
+  const double z = 1e17;
+  const std::vector<vec3> points{{0, 0, z}, {1, 0, z}, {0, 1, z}, {1, 1, z}};
+  plane p = fitted(points);
+  EXPECT_TRUE(same(p, plain::fit_plane(points)));
+  EXPECT_NEAR(p.normal.x, -0.01, 1e-15);
+  EXPECT_NEAR(p.normal.y, -0.01, 1e-15);
+}
+
+// The sum of the abscissas overflows and no cell has a finite cost: the guess from the extreme
+// points, which starts at the first point, is the result.
+TEST(PlaneFit, InfiniteCentroid) {
+  const double x = 1.5e308;
+  const std::vector<vec3> points{{x, 0, 0}, {x, 1, 0}, {x, 0, 2}, {x, 3, 3}, {x, 1, 2}};
+  plane p = fitted(points);
+  EXPECT_TRUE(same(p, plain::fit_plane(points)));
+  EXPECT_BITS(std::fabs(p.normal.x), 1.0);
+  EXPECT_EQ(p.normal.y, 0.0);
+  EXPECT_EQ(p.normal.z, 0.0);
+  EXPECT_BITS(p.origin.x, x);
+}
+
 TEST(PlaneFit, NanPointsAreNeverDuplicates) {
   const std::vector<vec3> points(4, {nan, 0, 0});
   plane p = fitted(points);

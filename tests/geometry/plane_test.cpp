@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "support/pairs.h"
 
@@ -154,6 +155,29 @@ TEST(Plane, CrossOfPlanes) {
   EXPECT_EQ(p.x, 0.0);
   EXPECT_BITS(p.y, 4.0);
   EXPECT_TRUE(same(q, vec2{1, 0}));
+}
+
+// Where one axis runs along the other plane the point is a true quotient, not a product.
+TEST(Plane, CrossOfPlanesAlongAnAxis) {
+  test::random_source r(124);
+  for (int i = 0; i < 300; ++i) {
+    plain::plane pa, pb;
+    pa.origin = {r.uniform(), r.uniform(), r.uniform()};
+    pb.origin = {r.uniform(), r.uniform(), r.uniform()};
+    pa.axis1 = {r.uniform(), 0, 0};
+    pa.axis2 = {0, r.uniform(), r.uniform()};
+    if (i % 2) std::swap(pa.axis1, pa.axis2);
+    pb.axis1 = {r.uniform(), 0, 0};
+    pb.axis2 = {0, r.uniform(), r.uniform()};
+    plane a = lib(pa), b = lib(pb);
+    vector p, q;
+    vec2 pp, pq;
+    ASSERT_TRUE(plain::cross(pa, pb, pp, pq));
+    ASSERT_TRUE(a.cross(b, p, q));
+    ASSERT_TRUE(same(p, pp));
+    ASSERT_TRUE(same(q, pq));
+    ASSERT_EQ(i % 2 ? p.y : p.x, 0.0);
+  }
 }
 
 TEST(Plane, CrossOfPlanesLiesOnBoth) {

@@ -114,7 +114,7 @@ inline void initial_guess(const std::vector<vec3>& pts, vec3& n, double& d) {
   for (const vec3& p : pts) sum = add(sum, p);
   const vec3 c = times(sum, 1.0 / static_cast<double>(pts.size()));
   vec3 e1 = c;
-  double far = distance(e1, c);
+  double far = 0.0;
   for (const vec3& p : pts) {
     if (distance(p, c) > far) {
       far = distance(p, c);
@@ -122,7 +122,7 @@ inline void initial_guess(const std::vector<vec3>& pts, vec3& n, double& d) {
     }
   }
   vec3 e2 = e1;
-  far = distance(e2, e1);
+  far = 0.0;
   for (const vec3& p : pts) {
     if (distance(p, e1) > far) {
       far = distance(p, e1);

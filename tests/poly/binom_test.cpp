@@ -175,7 +175,8 @@ TEST(Binom, SumsTakeTheLargerCount) {
   EXPECT_TRUE(same(longer, {{2, 2, 3, 0.0}}));
   longer += longer;
   EXPECT_TRUE(same(longer, {{4, 4, 6, 0.0}}));
-  longer -= longer;
+  binom& self = longer;
+  longer -= self;
   EXPECT_TRUE(same(longer, {{0, 0, 0, 0}}));
 }
 

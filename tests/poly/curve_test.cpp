@@ -382,6 +382,8 @@ TEST(Scalar, LeftOutSamples) {
   binom one = of({1}), zero = of({0}), x = of({0, 1}), bad = of({nan});
   EXPECT_BITS(one.scalar(zero, 0, 1, 0.25), 0.0);
   EXPECT_BITS(one.scalar(bad, 0, 1, 0.25), 0.0);
+  // At 4 the terms of the divisor overflow with both signs: only the sample at 0 is left.
+  EXPECT_BITS(of({5}).scalar(of({1, 1e308, -5e307}), 0, 4, 4), 5.0);
   // The sample at exactly -1 takes no part in the mean: 1/x over -3, -2, -1.
   EXPECT_BITS(one.scalar(x, -3, -1, 1), (-1.0 / 3 + -1.0 / 2) / 2);
   // Only that one: nothing is left to fit.

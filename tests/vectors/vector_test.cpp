@@ -45,7 +45,8 @@ TEST(Vector, Arithmetic) {
   EXPECT_TRUE(same(a, {3, 6}));
   a /= 3.0;
   EXPECT_TRUE(same(a, {3 * (1.0 / 3.0), 6 * (1.0 / 3.0)}));
-  a -= a;
+  vector& self = a;
+  a -= self;
   EXPECT_TRUE(same(a, {0, 0}));
   static_assert(std::is_void_v<decltype(a += b)> && std::is_void_v<decltype(a -= b)> &&
                 std::is_void_v<decltype(a *= 1.0)> && std::is_void_v<decltype(a /= 1.0)>);

@@ -18,7 +18,6 @@ using test::list_of;
 using test::same;
 using test::same_points;
 
-constexpr double inf = std::numeric_limits<double>::infinity();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 TEST(Vectormat, StartsEmpty) {
