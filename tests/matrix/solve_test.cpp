@@ -98,7 +98,7 @@ TEST(Solve, HeightsOfTheRightHandSideWrap) {
   }
 }
 
-TEST(Solve, MatchesThePlainForm) {
+TEST_EVERY_BUILD(Solve, MatchesThePlainForm) {
   random_source random(73);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {
@@ -117,7 +117,7 @@ TEST(Solve, MatchesThePlainForm) {
 }
 
 // Infinities and NaN in one place only: the rule for NaN decides at a single store.
-TEST(Solve, SingleHostileEntryMatchesThePlainForm) {
+TEST_EVERY_BUILD(Solve, SingleHostileEntryMatchesThePlainForm) {
   random_source random(74);
   for (u32 n : {2u, 3u, 4u, 5u, 8u, 9u, 17u, 33u}) {
     for (u32 k = 0; k < 100; ++k) {
