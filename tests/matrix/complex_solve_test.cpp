@@ -44,6 +44,16 @@ TEST(ComplexSolve, EmptySystemDoesNothing) {
   EXPECT_EQ(empty.getWidth(), 0u);
 }
 
+TEST(ComplexSolve, RightHandSideWithoutEntriesIsLeftAlone) {
+  complex_square a = complex_rows(1, {{2, 0}});
+  complex_matrix b;
+  a.solve(b);
+  EXPECT_EQ(b.getWidth(), 0u);
+  b.create(0, 1);
+  a.solve(b);
+  EXPECT_EQ(b.getHeight(), 1u);
+}
+
 // The back substitution divides by the squared modulus; one reciprocal would round differently.
 TEST(ComplexSolve, DividesTwice) {
   random_source random(81);

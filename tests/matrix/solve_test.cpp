@@ -40,6 +40,17 @@ TEST(Solve, EmptySystemDoesNothing) {
   EXPECT_EQ(empty.getWidth(), 0u);
 }
 
+TEST(Solve, RightHandSideWithoutEntriesIsLeftAlone) {
+  real_square a = square(2, {2, 0, 0, 4});
+  for (const auto& sizes : {std::pair<u32, u32>{0, 0}, {0, 2}, {1, 0}}) {
+    real_matrix b;
+    b.create(sizes.first, sizes.second);
+    a.solve(b);
+    EXPECT_EQ(b.getWidth(), sizes.first);
+    EXPECT_EQ(b.getHeight(), sizes.second);
+  }
+}
+
 TEST(Solve, OneEquation) {
   real_matrix b = column({6});
   square(1, {4}).solve(b);
