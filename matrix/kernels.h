@@ -38,6 +38,24 @@ struct matrix_kernels {
   // parts apart in rows of stride >= columns + 8; the factor of a zero pivot is 0.
   void (*complex_eliminate)(double* re, double* im, size_t rows, size_t columns, size_t stride);
 
+  // result[c][d] = sum of a[k][c] a[k][d] and result[c][n] = sum of a[k][c] b[k] over the m rows ascending from +0.0,
+  // n rows of normal_stride(n); workspace holds normal_workspace(n) doubles.
+  void (*normal_equations)(const double* a, const double* b, size_t m, size_t n, double* result, double* workspace);
+  size_t (*normal_stride)(size_t n);
+  size_t (*normal_workspace)(size_t n);
+
+  // Sums of the decomposition, in eight partial sums.
+  double (*dot)(const double* a, const double* b, size_t n);
+  double (*sum_of_magnitudes)(const double* a, size_t n);
+  // Each of count columns becomes column + ((h . column) / d) g h, the product without the first skip entries.
+  void (*reflect)(const double* h, size_t skip, size_t length, double d, double g, double* columns, size_t stride,
+                  size_t count);
+  // sum = sum of f[j] column j ascending; and column j += f[j] h.
+  void (*combine)(const double* f, const double* columns, size_t stride, size_t count, double* sum, size_t n);
+  void (*add_outer)(const double* f, const double* h, double* columns, size_t stride, size_t count, size_t n);
+  // Rotations (c, s) of neighbouring columns one after the other.
+  void (*rotate_columns)(double* columns, size_t stride, size_t n, const double* rotations, size_t count);
+
   // a += f b, and (y, z) = (y c + z s, z c - y s), for n entries.
   void (*add_scaled)(double* a, double f, const double* b, size_t n);
   void (*rotate)(double* y, double* z, double c, double s, size_t n);

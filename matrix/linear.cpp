@@ -7,9 +7,11 @@
 #include "matrix/adjugate.h"
 #include "matrix/elementwise.h"
 #include "matrix/elimination.h"
+#include "matrix/kernels.h"
 #include "matrix/multiply.h"
 
 using tessarn::real;
+using tessarn::detail::as_doubles;
 using tessarn::detail::computed;
 using tessarn::detail::real_array;
 using tessarn::detail::real_mat;
@@ -55,20 +57,14 @@ void real_mat::solve(mat& A, mat& b) {
   g.create(1, A.width);
   real_sqmat normal;
   normal.create(A.width);
-  // Column by column: the transposed system has contiguous columns. The normal matrix is symmetric, and
-  // the sum of a product does not depend on the order of its factors.
-  real_array columns = tessarn::detail::allocate(n * m);
-  tessarn::detail::transpose_entries(A.data, n, m, columns.get(), [](real v) { return v; });
-  const auto dot = [m](const real* u, const real* v) {
-    real s = 0;
-    for (std::size_t k = 0; k < m; ++k) s += u[k] * v[k];
-    return computed(s);
-  };
+  const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
+  const std::size_t stride = kernels.normal_stride(n);
+  const real_array sums = tessarn::detail::allocate(n * stride + kernels.normal_workspace(n));
+  kernels.normal_equations(as_doubles(A.data), as_doubles(b.data), m, n, as_doubles(sums.get()),
+                           as_doubles(sums.get() + n * stride));
   for (std::size_t c = 0; c < n; ++c) {
-    const real* column = columns.get() + c * m;
-    g.data[c] = dot(b.data, column);
-    for (std::size_t d = 0; d <= c; ++d)
-      normal.getData()[c * n + d] = normal.getData()[d * n + c] = dot(column, columns.get() + d * m);
+    for (std::size_t d = 0; d < n; ++d) normal.getData()[c * n + d] = computed(sums[c * stride + d]);
+    g.data[c] = computed(sums[c * stride + n]);
   }
   normal.solve(g);
   *this = static_cast<mat&&>(g);

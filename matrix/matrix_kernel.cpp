@@ -1,8 +1,10 @@
 // The kernels of the matrix family; compiled once for each instruction set.
 #include "matrix/adjugate_kernel.h"
+#include "matrix/column_kernel.h"
 #include "matrix/complex_kernel.h"
 #include "matrix/elimination_kernel.h"
 #include "matrix/kernels.h"
+#include "matrix/normal_kernel.h"
 #include "matrix/product_kernel.h"
 
 namespace tessarn::detail::TESSARN_ISA {
@@ -51,6 +53,8 @@ void rotate(double* y, double* z, double c, double s, size_t n) {
 
 const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate, adjugate, adjugate_workspace,
                                      complex_multiply, complex_stride, complex_workspace, complex_eliminate,
+                                     normal_equations, normal_stride, normal_workspace,
+                                     dot, sum_of_magnitudes, reflect, combine, add_outer, rotate_columns,
                                      add_scaled, rotate};
 
 }  // namespace tessarn::detail::TESSARN_ISA
