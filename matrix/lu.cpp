@@ -98,6 +98,6 @@ using tessarn::detail::real_mat;
 using tessarn::detail::real_sqmat;
 
 void real_sqmat::solve(real_mat& b) {
-  if (size == 0) return;
+  if (size == 0 || b.getWidth() == 0 || b.getHeight() == 0) return;
   tessarn::detail::solve_lu(data, size, {b.getData(), b.getHeight(), b.getWidth()});
 }

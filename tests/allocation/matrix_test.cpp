@@ -74,25 +74,20 @@ void expect_kept(world& now, world& before) {
 long failures_of(const char* what, u32 n, const std::function<void(world&)>& operation) {
   SCOPED_TRACE(what);
   const long blocks = live_blocks();
-  const long failures = fail_every_allocation([&](const auto& arm, bool& threw) {
+  return fail_every_allocation([&](long k) {
+    outcome o;
     {
       world now(n), before(n);
-      try {
-        arm();
-        operation(now);
-      } catch (const std::bad_alloc&) {
-        threw = true;
-      }
-      EXPECT_EQ(stop_failing(), threw) << "a failure does not get lost";
-      if (threw) expect_kept(now, before);
+      o = run_failing(k, [&] { operation(now); });
+      if (o.threw) expect_kept(now, before);
       // Whatever state they are in, the objects can be used and released.
       now.a.create(2, 2);
       now.s.create(2);
       now.cs.create(2);
     }
-    EXPECT_EQ(live_blocks(), blocks);
+    EXPECT_EQ(live_blocks(), blocks) << "failing at allocation " << k;
+    return o;
   });
-  return failures;
 }
 
 TEST(MatrixAllocation, EveryFailureLeavesObjectsUsable) {

@@ -73,7 +73,7 @@ TEST(Cofactor, SignReachesZeros) {
   EXPECT_TRUE(same(complex_rows(2, {{1, 0}, {0, 0}, {3, 0}, {4, 0}}).cof(1, 0), {-3, -0.0}));
 }
 
-TEST(Cofactor, MatchesThePlainForm) {
+TEST_EVERY_BUILD(Cofactor, MatchesThePlainForm) {
   random_source random(61);
   for (u32 n = 0; n <= 40; ++n) {
     for (entries kind : all_entries) {

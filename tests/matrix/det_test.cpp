@@ -68,7 +68,7 @@ TEST(Det, DoesNotChangeTheMatrix) {
   }
 }
 
-TEST(Det, MatchesThePlainForm) {
+TEST_EVERY_BUILD(Det, MatchesThePlainForm) {
   random_source random(52);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {
@@ -80,7 +80,7 @@ TEST(Det, MatchesThePlainForm) {
   }
 }
 
-TEST(Det, ComplexMatchesThePlainForm) {
+TEST_EVERY_BUILD(Det, ComplexMatchesThePlainForm) {
   random_source random(53);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {
@@ -105,7 +105,7 @@ TEST(Det, ComplexPivotWhoseSquareUnderflowsCountsAsZero) {
 }
 
 // Triangular matrices with many zero pivots: the plain arithmetic decides every sign of zero.
-TEST(Det, ZeroPivotsMatchThePlainForm) {
+TEST_EVERY_BUILD(Det, ZeroPivotsMatchThePlainForm) {
   random_source random(54);
   for (u32 n = 2; n <= 12; ++n) {
     for (u32 k = 0; k < 60; ++k) {

@@ -56,7 +56,7 @@ TEST(Orthogonalize, ComplexProductIsBilinear) {
   EXPECT_TRUE(same(c.get(1, 1), {7, 0}));
 }
 
-TEST(Orthogonalize, MatchesThePlainForm) {
+TEST_EVERY_BUILD(Orthogonalize, MatchesThePlainForm) {
   random_source random(91);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {
@@ -78,7 +78,7 @@ TEST(Orthogonalize, MatchesThePlainForm) {
   }
 }
 
-TEST(Orthogonalize, SelfOrthogonalColumnsMatchThePlainForm) {
+TEST_EVERY_BUILD(Orthogonalize, SelfOrthogonalColumnsMatchThePlainForm) {
   random_source random(92);
   for (u32 n = 2; n <= 10; ++n) {
     for (u32 k = 0; k < 60; ++k) {
@@ -145,7 +145,7 @@ TEST(Optimize, Examples) {
   EXPECT_TRUE(same(c.get(1, 1), {0, 0}));
 }
 
-TEST(Optimize, MatchesThePlainForm) {
+TEST_EVERY_BUILD(Optimize, MatchesThePlainForm) {
   random_source random(94);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {

@@ -67,11 +67,12 @@ TEST(LeastSquares, WithoutUnknownsOrEquations) {
   EXPECT_TRUE(same(x, plain::matrix(1, 2)));
 }
 
-TEST(LeastSquares, MatchesThePlainForm) {
+TEST_EVERY_BUILD(LeastSquares, MatchesThePlainForm) {
   random_source random(121);
   for (u32 n : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 9u, 13u, 16u, 17u, 33u, 65u}) {
-    for (u32 m : {0u, 1u, 2u, 3u, 4u, 7u, 8u, 15u, 16u, 33u, 64u, 65u, 130u}) {
-      if (n > 17 && m > 40 && n + m != 98) continue;
+    for (u32 m :
+         {0u, 1u, 2u, 3u, 4u, 7u, 8u, 15u, 16u, 33u, 63u, 64u, 65u, 127u, 128u, 129u, 200u}) {
+      if (n > 17 && m > 40 && m % 64 != 1) continue;
       for (entries kind : all_entries) {
         const plain::matrix a = random_matrix(n, m, random, kind);
         const plain::matrix b = random_matrix(1, m, random, kind);
@@ -85,7 +86,7 @@ TEST(LeastSquares, MatchesThePlainForm) {
   }
 }
 
-TEST(LeastSquares, TallSystemsMatchThePlainForm) {
+TEST_EVERY_BUILD(LeastSquares, TallSystemsMatchThePlainForm) {
   random_source random(122);
   const plain::matrix a = random_matrix(5, 3000, random, entries::ordinary);
   const plain::matrix b = random_matrix(1, 3000, random, entries::ordinary);
@@ -187,7 +188,7 @@ TEST(Invert, IntoItselfGivesZeros) {
   EXPECT_TRUE(same(b, plain::matrix(2, 3)));
 }
 
-TEST(Invert, SquareMatricesMatchThePlainForm) {
+TEST_EVERY_BUILD(Invert, SquareMatricesMatchThePlainForm) {
   random_source random(124);
   for (u32 n = 2; n <= 40; ++n) {
     for (entries kind : all_entries) {
@@ -202,7 +203,7 @@ TEST(Invert, SquareMatricesMatchThePlainForm) {
 }
 
 // A zero, an infinity or a tie in one place sends single minors, not all, through odd arithmetic.
-TEST(Invert, SingleOddEntriesMatchThePlainForm) {
+TEST_EVERY_BUILD(Invert, SingleOddEntriesMatchThePlainForm) {
   random_source random(125);
   for (u32 n = 2; n <= 12; ++n) {
     for (u32 k = 0; k < 60; ++k) {
@@ -217,7 +218,7 @@ TEST(Invert, SingleOddEntriesMatchThePlainForm) {
 }
 
 // The plain form is O(n^5): above 40, sampled entries only.
-TEST(Invert, LargeMatricesMatchThePlainFormInSampledEntries) {
+TEST_EVERY_BUILD(Invert, LargeMatricesMatchThePlainFormInSampledEntries) {
   random_source random(126);
   for (u32 n : {64u, 65u, 100u}) {
     const plain::matrix a =

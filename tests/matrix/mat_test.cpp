@@ -417,7 +417,7 @@ TEST(Mat, NanResultsAreStoredAsZero) {
   EXPECT_TRUE(same(c * 1.0, plain::matrix(1, 1)));
 }
 
-TEST(Mat, ArithmeticMatchesThePlainForm) {
+TEST_EVERY_BUILD(Mat, ArithmeticMatchesThePlainForm) {
   random_source random(31);
   const u32 shapes[][2] = {{0, 0}, {0, 3},   {4, 0},   {1, 1},  {1, 7},   {7, 1},   {2, 3},  {8, 8},
                            {5, 9}, {16, 15}, {33, 17}, {64, 3}, {65, 65}, {3, 130}, {129, 2}};
@@ -461,7 +461,7 @@ TEST(Mat, OperandsMayBeTheSameObject) {
   }
 }
 
-TEST(Mat, ProductMatchesThePlainFormForEverySize) {
+TEST_EVERY_BUILD(Mat, ProductMatchesThePlainFormForEverySize) {
   random_source random(33);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {
@@ -479,12 +479,20 @@ TEST(Mat, ProductMatchesThePlainFormForEverySize) {
   }
 }
 
-TEST(Mat, LargeProductsMatchThePlainForm) {
+// Sizes around those at which the product packs its operands, splits its sums, or changes its tile.
+TEST_EVERY_BUILD(Mat, LargeProductsMatchThePlainForm) {
   random_source random(34);
-  for (u32 n : {64u, 65u, 130u, 200u}) {
-    const plain::matrix p = random_matrix(n, n, random, entries::finite);
-    const plain::matrix q = random_matrix(n, n, random, entries::ordinary);
-    EXPECT_TRUE(same(to_library(p) * to_library(q), plain::product(p, q))) << n;
+  const u32 shapes[][3] = {{200, 200, 200}, {97, 255, 17}, {96, 256, 24}, {98, 257, 25},
+                           {3, 513, 26},    {195, 300, 3}, {1, 97, 1},    {5, 600, 100},
+                           {97, 1, 101},    {0, 300, 5},   {5, 300, 0},   {120, 0, 130},
+                           {101, 97, 7},    {7, 96, 97},   {193, 270, 49}};
+  for (const auto& shape : shapes) {
+    for (entries kind : {entries::ordinary, entries::finite, entries::with_nan}) {
+      const plain::matrix p = random_matrix(shape[1], shape[0], random, kind);
+      const plain::matrix q = random_matrix(shape[2], shape[1], random, entries::ordinary);
+      EXPECT_TRUE(same(to_library(p) * to_library(q), plain::product(p, q)))
+          << shape[0] << " " << shape[1] << " " << shape[2];
+    }
   }
 }
 
@@ -555,7 +563,7 @@ TEST(Mat, NormalizeOfColumns) {
   EXPECT_EQ(no_rows.normalize().getHeight(), 0u);
 }
 
-TEST(Mat, NormalizeMatchesThePlainForm) {
+TEST_EVERY_BUILD(Mat, NormalizeMatchesThePlainForm) {
   random_source random(35);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {

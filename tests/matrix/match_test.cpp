@@ -358,7 +358,7 @@ TEST(CalcTransform, ReproducesAffineMaps) {
   }
 }
 
-TEST(CalcTransform, MatchesThePlainForm) {
+TEST_EVERY_BUILD(CalcTransform, MatchesThePlainForm) {
   random_source random(152);
   for (u32 n = 0; n <= 40; ++n) {
     for (entries kind : all_entries) {
@@ -412,7 +412,7 @@ TEST(Transform, IgnoresTheLastRow) {
   EXPECT_BITS(out.z, 39.0);
 }
 
-TEST(Transform, MatchesThePlainForm) {
+TEST_EVERY_BUILD(Transform, MatchesThePlainForm) {
   random_source random(153);
   for (entries kind : all_entries) {
     for (u32 k = 0; k < 200; ++k) {

@@ -15,6 +15,7 @@
 #include "../plain/matrix.h"
 #include "../support/bits.h"
 #include "../support/random.h"
+#include "core/isa.h"
 
 namespace test {
 
@@ -281,7 +282,9 @@ inline plain::csquare random_csquare(u32 n, random_source& random, entries kind)
 inline std::vector<u32> all_sizes() {
   std::vector<u32> sizes;
   for (u32 n = 0; n <= 40; ++n) sizes.push_back(n);
-  for (u32 n : {63u, 64u, 65u, 100u, 127u, 128u, 129u, 130u, 200u}) sizes.push_back(n);
+  for (u32 n : {63u, 64u, 65u, 95u, 96u, 97u, 100u, 127u, 128u, 129u, 130u, 200u}) {
+    sizes.push_back(n);
+  }
   return sizes;
 }
 
@@ -290,4 +293,33 @@ inline std::string describe(u32 n, entries kind) {
          std::to_string(static_cast<int>(kind));
 }
 
+// ---------------------------------------------------------------- builds of the kernels
+
+using tessarn::detail::isa;
+
+// Chooses the build for one instruction set, and afterwards the best one again.
+class chosen_build {
+ public:
+  explicit chosen_build(isa wanted) : available_(tessarn::detail::force_isa(wanted) == wanted) {}
+  ~chosen_build() { tessarn::detail::force_isa(tessarn::detail::best_isa()); }
+  bool available() const { return available_; }
+
+ private:
+  bool available_;
+};
+
 }  // namespace test
+
+// A test that runs once for each build of the kernels; builds that the processor lacks are skipped.
+#define TEST_WITH_BUILD(suite, name, set)                         \
+  TEST(suite, name##_##set) {                                     \
+    const ::test::chosen_build build(::test::isa::set);           \
+    if (!build.available()) GTEST_SKIP() << "not this processor"; \
+    suite##_##name();                                             \
+  }
+#define TEST_EVERY_BUILD(suite, name)    \
+  static void suite##_##name();          \
+  TEST_WITH_BUILD(suite, name, baseline) \
+  TEST_WITH_BUILD(suite, name, avx2)     \
+  TEST_WITH_BUILD(suite, name, avx512)   \
+  static void suite##_##name()

@@ -337,7 +337,7 @@ TEST(Sqmat, WorksWithConstantsAndTemporaries) {
   EXPECT_TRUE(same(c.det(), {1, 2}));
 }
 
-TEST(Sqmat, OperationsMatchThePlainForm) {
+TEST_EVERY_BUILD(Sqmat, OperationsMatchThePlainForm) {
   random_source random(41);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {
@@ -371,7 +371,7 @@ TEST(Sqmat, OperationsMatchThePlainForm) {
   }
 }
 
-TEST(Sqmat, ComplexOperationsMatchThePlainForm) {
+TEST_EVERY_BUILD(Sqmat, ComplexOperationsMatchThePlainForm) {
   random_source random(42);
   for (u32 n : all_sizes()) {
     for (entries kind : all_entries) {

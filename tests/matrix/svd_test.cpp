@@ -215,7 +215,7 @@ TEST(Decompose, OrderAndSignsAreThoseOfTheSort) {
 
 // ---------------------------------------------------------------- properties
 
-TEST(Decompose, RandomMatricesOfEveryShape) {
+TEST_EVERY_BUILD(Decompose, RandomMatricesOfEveryShape) {
   random_source random(103);
   for (u32 w = 1; w <= 14; ++w) {
     for (u32 h = 1; h <= 14; ++h) {
@@ -233,7 +233,7 @@ TEST(Decompose, RandomMatricesOfEveryShape) {
   expect_valid(random_matrix(130, 130, random, entries::ordinary), "square");
 }
 
-TEST(Decompose, VeryTallAndVeryWide) {
+TEST_EVERY_BUILD(Decompose, VeryTallAndVeryWide) {
   random_source random(104);
   expect_valid(random_matrix(3, 2000, random, entries::ordinary), "tall");
   expect_valid(random_matrix(200, 3, random, entries::ordinary), "wide");
@@ -420,6 +420,25 @@ TEST(Decompose, RepeatsItsBits) {
   EXPECT_TRUE(same(second.u, to_plain(first.u)));
   EXPECT_TRUE(same(second.s, to_plain(first.s)));
   EXPECT_TRUE(same(second.v, to_plain(first.v)));
+}
+
+TEST(Decompose, EveryBuildGivesTheSameBits) {
+  random_source random(114);
+  for (u32 k = 0; k < 60; ++k) {
+    const plain::matrix a = random_matrix(1 + random.below(k < 50 ? 20 : 90), 1 + random.below(90),
+                                          random, k % 2 ? entries::ordinary : entries::sparse);
+    const parts want = [&] {
+      const chosen_build build(isa::baseline);
+      return decomposed(a);
+    }();
+    for (isa set : {isa::avx2, isa::avx512}) {
+      const chosen_build build(set);
+      const parts got = decomposed(a);
+      ASSERT_TRUE(same(got.u, to_plain(want.u)));
+      ASSERT_TRUE(same(got.s, to_plain(want.s)));
+      ASSERT_TRUE(same(got.v, to_plain(want.v)));
+    }
+  }
 }
 
 }  // namespace
