@@ -21,9 +21,10 @@ struct poly_kernels {
 
   // One after the other for the first n points with the powers px and py (rows of point_block) below side = 2 g - 1:
   // sums[b * stride + a] += (py[b] px[a]) w, and moments[j * stride + i] += (py[j] px[i]) z for i, j < g. w may be null.
-  // Rows of stride >= side, a multiple of 8; columns from side on receive what is not read. row holds stride doubles.
+  // Rows of stride >= side, a multiple of 8; columns from side on receive what is not read. rows holds point_block *
+  // stride doubles, zero from column side on.
   void (*add_products)(const double* px, const double* py, const double* w, const double* z, size_t n, unsigned g,
-                       size_t stride, double* row, double* sums, double* moments);
+                       size_t stride, double* rows, double* sums, double* moments);
 
   // y[i] = p(x[i]) by a running power for n points; y may be x.
   void (*values)(const double* cof, size_t count, const double* x, double* y, size_t n);
@@ -47,6 +48,11 @@ struct poly_kernels {
 
   // z[i] = p(x[i], y[i]) by running products for a table of g x g coefficients; z may be x or y.
   void (*surface_values)(const double* cof, size_t g, const double* x, const double* y, double* z, size_t n);
+
+  // r[k] = the sum of c[k - j] q[j] over j ascending from +0.0, for the n + nq - 1 coefficients of a product. c has 32
+  // zeros before and behind it, r room for 32 more entries, and q is finite, so that a product with a zero of the
+  // margin changes nothing.
+  void (*convolve)(const double* c, size_t n, const double* q, size_t nq, double* r);
 };
 
 namespace baseline {

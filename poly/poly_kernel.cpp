@@ -110,25 +110,69 @@ void add_powers(const double* powers, const double* y, size_t n, unsigned expone
   for (; e < ordinates; ++e) add_moments<1>(powers + e * point_block, y, n, moments + e);
 }
 
-void add_products(const double* px, const double* py, const double* w, const double* z, size_t n, unsigned g,
-                  size_t stride, double* row, double* sums, double* moments) {
-  const size_t side = 2 * g - 1;
+// The sums of a surface fit of grade G, all in registers while the points of a block pass.
+template <size_t G, bool WEIGHTED>
+TESSARN_INLINE void add_products_of_grade(const double* rows, const double* py, const double* w, const double* z,
+                                          size_t n, size_t stride, double* sums, double* moments) {
+  constexpr size_t side = 2 * G - 1;
+  constexpr size_t vectors = (side + width - 1) / width;
+  constexpr size_t moment_vectors = (G + width - 1) / width;
+  vec sum[side][vectors], moment[G][moment_vectors];
+  for (size_t b = 0; b < side; ++b)
+    for (size_t v = 0; v < vectors; ++v) sum[b][v] = load(sums + b * stride + v * width);
+  for (size_t b = 0; b < G; ++b)
+    for (size_t v = 0; v < moment_vectors; ++v) moment[b][v] = load(moments + b * stride + v * width);
   for (size_t i = 0; i < n; ++i) {
-    for (size_t a = 0; a < side; ++a) row[a] = px[a * point_block + i];
+    const vec ordinate = broadcast(z[i]);
     for (size_t b = 0; b < side; ++b) {
       const vec y = broadcast(py[b * point_block + i]);
-      const vec weight = broadcast(w ? w[i] : 1.0);
-      const vec ordinate = broadcast(z[i]);
-      for (size_t a = 0; a < side; a += width) {
-        const vec basis = y * load(row + a);
-        double* sum = sums + b * stride + a;
-        store(sum, load(sum) + (w ? basis * weight : basis));
-        if (b >= g || a >= g) continue;
-        double* moment = moments + b * stride + a;
-        store(moment, load(moment) + basis * ordinate);
+      for (size_t v = 0; v < vectors; ++v) {
+        const vec basis = y * load(rows + i * stride + v * width);
+        sum[b][v] += WEIGHTED ? basis * broadcast(w[i]) : basis;
+        if (b < G && v < moment_vectors) moment[b][v] += basis * ordinate;
       }
     }
   }
+  for (size_t b = 0; b < side; ++b)
+    for (size_t v = 0; v < vectors; ++v) store(sums + b * stride + v * width, sum[b][v]);
+  for (size_t b = 0; b < G; ++b)
+    for (size_t v = 0; v < moment_vectors; ++v) store(moments + b * stride + v * width, moment[b][v]);
+}
+
+template <bool WEIGHTED>
+void add_products_of(const double* rows, const double* py, const double* w, const double* z, size_t n, unsigned g,
+                     size_t stride, double* sums, double* moments) {
+  switch (g) {
+    case 1: return add_products_of_grade<1, WEIGHTED>(rows, py, w, z, n, stride, sums, moments);
+    case 2: return add_products_of_grade<2, WEIGHTED>(rows, py, w, z, n, stride, sums, moments);
+    case 3: return add_products_of_grade<3, WEIGHTED>(rows, py, w, z, n, stride, sums, moments);
+    case 4: return add_products_of_grade<4, WEIGHTED>(rows, py, w, z, n, stride, sums, moments);
+    default: break;
+  }
+  const size_t side = 2 * g - 1;
+  for (size_t i = 0; i < n; ++i)
+    for (size_t b = 0; b < side; ++b) {
+      const vec y = broadcast(py[b * point_block + i]);
+      for (size_t a = 0; a < side; a += width) {
+        const vec basis = y * load(rows + i * stride + a);
+        double* sum = sums + b * stride + a;
+        store(sum, load(sum) + (WEIGHTED ? basis * broadcast(w[i]) : basis));
+        if (b >= g || a >= g) continue;
+        double* moment = moments + b * stride + a;
+        store(moment, load(moment) + basis * broadcast(z[i]));
+      }
+    }
+}
+
+void add_products(const double* px, const double* py, const double* w, const double* z, size_t n, unsigned g,
+                  size_t stride, double* rows, double* sums, double* moments) {
+  const size_t side = 2 * g - 1;
+  for (size_t a = 0; a < side; ++a)
+    for (size_t i = 0; i < n; ++i) rows[i * stride + a] = px[a * point_block + i];
+  if (w)
+    add_products_of<true>(rows, py, w, z, n, g, stride, sums, moments);
+  else
+    add_products_of<false>(rows, py, w, z, n, g, stride, sums, moments);
 }
 
 template <size_t GROUP>
@@ -223,6 +267,26 @@ void curvature_derivative(const double* d, double* y) {
   }
 }
 
+// VECTORS vectors of coefficients of a product from number k on, each a sum over j ascending.
+template <size_t VECTORS>
+TESSARN_INLINE void convolve_group(const double* c, size_t first, size_t last, const double* q, double* r) {
+  vec sum[VECTORS] = {};
+  for (size_t j = first; j < last; ++j) {
+    const vec factor = broadcast(q[j]);
+    for (size_t v = 0; v < VECTORS; ++v) sum[v] += load(c + v * width - j) * factor;
+  }
+  for (size_t v = 0; v < VECTORS; ++v) store(r + v * width, sum[v]);
+}
+
+void convolve(const double* c, size_t n, const double* q, size_t nq, double* r) {
+  constexpr size_t vectors = 4, block = vectors * width;
+  for (size_t k = 0; k < n + nq - 1; k += block) {
+    const size_t first = k >= n ? k - n + 1 : 0;
+    const size_t last = k + block < nq ? k + block : nq;
+    convolve_group<vectors>(c + k, first, last, q, r + k);
+  }
+}
+
 TESSARN_INLINE bool is_event(const double* x, const double* f, double end, bool at_end) {
   if (x[0] > end || (at_end && x[0] == end)) return true;
   if ((f[0] > 0 && f[1] < 0) || (f[0] < 0 && f[1] > 0) || f[0] == 0) return true;
@@ -286,6 +350,6 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 const poly_kernels poly_table = {powers,       add_powers,  add_products, values,
                                  power_series, derivatives, curvature,    curvature_derivative,
-                                 first_event,  surface_values};
+                                 first_event,  surface_values, convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA

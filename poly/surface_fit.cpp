@@ -27,10 +27,10 @@ class surface_sums {
         side_(2 * g - 1),
         stride_((side_ + 7) / 8 * 8),
         sums_(tessarn::detail::allocate_zeroed((side_ + g_) * stride_)),
-        work_(tessarn::detail::allocate(2 * side_ * point_block + stride_)) {
+        work_(tessarn::detail::allocate((2 * side_ + stride_) * point_block)) {
     for (double& x : x_) x = 1;
     for (double& y : y_) y = 1;
-    std::fill_n(work_.get() + 2 * side_ * point_block, stride_, static_cast<real>(0));
+    std::fill_n(work_.get() + 2 * side_ * point_block, stride_ * point_block, static_cast<real>(0));
   }
 
   void run(const vector3d* pts, const real* w, tessarn::ulong n) {
