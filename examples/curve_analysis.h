@@ -36,8 +36,9 @@ struct residuals {
 
 residuals residuals_of(const fitted_curve& c);
 
-// False when the coefficients are no least-squares solution: no such curve can lie farther from the
-// points than the best constant (through the origin for an odd curve of no constant: never the case here).
+// False when the coefficients are no least-squares solution: a singular system leaves its
+// right-hand side in them. Recognised by evaluating the curve, which must not lie farther from the
+// points than their mean.
 bool fit_succeeded(const fitted_curve& c, const residuals& r);
 std::size_t distinct_abscissas(const fitted_curve& c);
 
@@ -48,7 +49,8 @@ struct scan {
 
 scan scan_of(double a, double b);
 
-// All zeros of p that the scan separates, ascending; empty and `everywhere` when p vanishes throughout.
+// All zeros of p that the scan separates, ascending; empty and `everywhere` when p vanishes
+// throughout.
 std::vector<double> zeros(const binom& p, const scan& s, bool& everywhere);
 // The abscissas where the curvature has an extremum; empty for a straight line.
 std::vector<double> curvature_extremes(const binom& p, const scan& s);

@@ -42,11 +42,13 @@ rows on_curve(const binom& p, const std::vector<double>& abscissas) {
 class layers {
  public:
   explicit layers(plot& out) : out_(out) {}
-  void add(const std::string& block, const rows& points, const std::string& style, const std::string& title) {
+  void add(const std::string& block, const rows& points, const std::string& style,
+           const std::string& title) {
     if (points.empty()) return;
     ++count_;
     out_.data(block, points);
-    list_ += (list_.empty() ? "plot $" : ", $") + block + " using 1:2 with " + style + " title " + quote(title);
+    list_ += (list_.empty() ? "plot $" : ", $") + block + " using 1:2 with " + style + " title " +
+             quote(title);
   }
   const std::string& list() const { return list_; }
   int count() const { return count_; }
@@ -83,11 +85,12 @@ void draw_curve(plot& out, const table& t, const fitted_curve& c, const residual
   }
   upper.add("curve", curve, "lines lw 2 lc rgb '#1f5fa8'", "fitted curve");
   upper.add("points", points, "points pt 7 ps 0.6 lc rgb '#202020'", "points");
-  upper.add("zeros", on_curve(c.p, marks.zeros), "points pt 6 ps 1.8 lw 2 lc rgb '#c8102e'", "zeros");
+  upper.add("zeros", on_curve(c.p, marks.zeros), "points pt 6 ps 1.8 lw 2 lc rgb '#c8102e'",
+            "zeros");
   upper.add("extremes", on_curve(c.p, marks.extremes), "points pt 8 ps 1.9 lw 2 lc rgb '#e07b00'",
             "extremes of the curve");
-  upper.add("bends", on_curve(c.p, marks.curvature_extremes), "points pt 12 ps 1.8 lw 2 lc rgb '#8a4fbf'",
-            "extremes of the curvature");
+  upper.add("bends", on_curve(c.p, marks.curvature_extremes),
+            "points pt 12 ps 1.8 lw 2 lc rgb '#8a4fbf'", "extremes of the curvature");
   upper.add("sharpest", on_curve(c.p, marks.sharpest), "points pt 13 ps 1.8 lc rgb '#2a9d55'",
             "largest curvature");
 
@@ -95,17 +98,23 @@ void draw_curve(plot& out, const table& t, const fitted_curve& c, const residual
   out.command("set label 1 " + quote(t.title() + (t.simulated() ? " (simulated data)" : "")) +
               " at screen 0.5, 0.965 center font ',17'");
   const int columns = upper.count() <= 3 ? 3 : 2;
-  out.command("set key at screen 0.545, 0.945 center top horizontal maxcols " + std::to_string(columns) +
-              " reverse Left width -1 samplen 2.5");
+  out.command("set key at screen 0.545, 0.945 center top horizontal maxcols " +
+              std::to_string(columns) + " reverse Left width -1 samplen 2.5");
   const double top = 0.92 - 0.02 * ((upper.count() + columns - 1) / columns), bottom = 0.37;
-  // With equal scales the panel takes its shape from the ranges, which have the room of padded_range.
+  // With equal scales the panel takes its shape from the ranges, which have the room of
+  // padded_range.
   double width = 0.83;
-  if (equal) width = std::min(width, (top - bottom) * canvas_height / canvas_width * (x.hi - x.lo) / (y.hi - y.lo));
-  const double height = equal ? width * canvas_width / canvas_height * (y.hi - y.lo) / (x.hi - x.lo) : top - bottom;
+  if (equal)
+    width = std::min(width,
+                     (top - bottom) * canvas_height / canvas_width * (x.hi - x.lo) / (y.hi - y.lo));
+  const double height =
+      equal ? width * canvas_width / canvas_height * (y.hi - y.lo) / (x.hi - x.lo) : top - bottom;
   out.command("set lmargin at screen " + text(0.545 - width / 2) + "\nset rmargin at screen " +
               text(0.545 + width / 2));
-  out.command("set bmargin at screen " + text(bottom) + "\nset tmargin at screen " + text(bottom + height));
-  out.command("set grid\nset xrange " + padded_range(x.lo, x.hi) + "\nset yrange " + padded_range(y.lo, y.hi));
+  out.command("set bmargin at screen " + text(bottom) + "\nset tmargin at screen " +
+              text(bottom + height));
+  out.command("set grid\nset xrange " + padded_range(x.lo, x.hi) + "\nset yrange " +
+              padded_range(y.lo, y.hi));
   out.command("set ylabel " + quote(t.names[1]) + " offset -1\nset format x ''");
   out.command(upper.list());
 

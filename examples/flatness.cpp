@@ -1,5 +1,5 @@
-// Fits a plane to measured points and reports how flat they are, beside the least-squares plane that the
-// singular value decomposition of the centred points gives.
+// Fits a plane to measured points and reports how flat they are, beside the least-squares plane
+// that the singular value decomposition of the centred points gives.
 
 #include <algorithm>
 #include <cmath>
@@ -23,7 +23,8 @@ struct flatness {
   double lowest = 0, highest = 0, rms = 0;
 };
 
-flatness measure(const std::vector<vector3d>& points, const vector3d& on_plane, const vector3d& normal) {
+flatness measure(const std::vector<vector3d>& points, const vector3d& on_plane,
+                 const vector3d& normal) {
   flatness f;
   double sum = 0;
   for (const vector3d& p : points) {
@@ -36,8 +37,8 @@ flatness measure(const std::vector<vector3d>& points, const vector3d& on_plane, 
   return f;
 }
 
-// The right singular vector of the smallest singular value of the centred points, one a row. Throws when
-// the points lie on one line.
+// The right singular vector of the smallest singular value of the centred points, one a row. Throws
+// when the points lie on one line.
 vector3d least_squares_normal(const std::vector<vector3d>& points, const vector3d& centre) {
   mat<long double> rows, u, s, v;
   rows.create(3, static_cast<tessarn::ulong>(points.size()));
@@ -48,7 +49,8 @@ vector3d least_squares_normal(const std::vector<vector3d>& points, const vector3
     rows.set(2, y, p.z);
   }
   rows.decompose(u, s, v);
-  if (!(s.get(1, 1) > 1e-12 * s.get(0, 0))) throw no_result("the points lie on one line, they determine no plane");
+  if (!(s.get(1, 1) > 1e-12 * s.get(0, 0)))
+    throw no_result("the points lie on one line, they determine no plane");
   return {v.get(2, 0), v.get(2, 1), v.get(2, 2)};
 }
 
@@ -61,8 +63,8 @@ void print_flatness(report& r, const flatness& f, const table& t) {
     return t.lines[static_cast<std::size_t>(std::find(f.residuals.begin(), f.residuals.end(), v) -
                                             f.residuals.begin())];
   };
-  r.line("peak to valley       %.6g  (%.6g at line %zu to %.6g at line %zu)", f.highest - f.lowest, f.lowest,
-         line_of(f.lowest), f.highest, line_of(f.highest));
+  r.line("peak to valley       %.6g  (%.6g at line %zu to %.6g at line %zu)", f.highest - f.lowest,
+         f.lowest, line_of(f.lowest), f.highest, line_of(f.highest));
   r.line("root mean square     %.9g", f.rms);
 }
 
@@ -79,16 +81,21 @@ void draw(plot& out, const table& t, const std::vector<vector3d>& points, const 
     rows.push_back({t.at(i, right), t.at(i, up), scale * f.residuals[i]});
   out.data("map", rows);
   const double largest = scale * std::max(-f.lowest, f.highest);
-  out.command("set label 1 " + quote(t.title() + ": deviation from the fitted plane" +
-                                     (t.simulated() ? " (simulated data)" : "")) +
+  out.command("set label 1 " +
+              quote(t.title() + ": deviation from the fitted plane" +
+                    (t.simulated() ? " (simulated data)" : "")) +
               " at screen 0.5, 0.955 center font ',17'");
-  out.command("unset key\nset size ratio -1\nset offsets graph 0.03, graph 0.03, graph 0.05, graph 0.05");
+  out.command(
+      "unset key\nset size ratio -1\nset offsets graph 0.03, graph 0.03, graph 0.05, graph 0.05");
   out.command("set lmargin at screen 0.10\nset rmargin at screen 0.85\nset tmargin at screen 0.93");
   out.command("set bmargin at screen 0.11\nset autoscale fix");
   out.command("set xlabel " + quote(t.names[right]) + "\nset ylabel " + quote(t.names[up]));
-  out.command("set cblabel " + quote(millimetres ? "deviation (µm)" : with_unit_of(t.names[along], "deviation")) +
+  out.command("set cblabel " +
+              quote(millimetres ? "deviation (µm)" : with_unit_of(t.names[along], "deviation")) +
               " offset 1");
-  out.command("set palette defined (-1 '#2a4d9c', -0.5 '#7fb2dd', 0 '#f4f4f4', 0.5 '#f0a070', 1 '#b2182b')");
+  out.command(
+      "set palette defined (-1 '#2a4d9c', -0.5 '#7fb2dd', 0 '#f4f4f4', 0.5 '#f0a070', 1 "
+      "'#b2182b')");
   out.command("set cbrange [" + text(-largest) + ":" + text(largest) + "]");
   out.command(
       "plot $map using 1:2 with points pt 7 ps 2.5 lc rgb '#606060', "

@@ -87,14 +87,19 @@ void draw(plot& out, const table& t, const result& f) {
   out.command("set xrange " + padded_range(lo, hi, 0.03) + "\nset ylabel " + quote(t.names[1]));
   out.command("set tmargin at screen 0.88\nset bmargin at screen 0.545\nset format x ''");
   out.command("set key at screen 0.53, 0.93 center top horizontal reverse Left");
-  std::string list = "plot $before using 1:2 with points pt 7 ps 0.5 lc rgb '#202020' title 'measured'";
-  if (!f.dropped.empty()) list += ", $dropped using 1:2 with points pt 2 ps 1.6 lw 2.5 lc rgb '#c8102e' title 'removed'";
+  std::string list =
+      "plot $before using 1:2 with points pt 7 ps 0.5 lc rgb '#202020' title 'measured'";
+  if (!f.dropped.empty())
+    list += ", $dropped using 1:2 with points pt 2 ps 1.6 lw 2.5 lc rgb '#c8102e' title 'removed'";
   out.command(list);
   out.command("unset label 1\nset format x '%.7g'\nset xlabel " + quote(t.names[0]));
   out.command("set tmargin at screen 0.47\nset bmargin at screen 0.095");
   out.command("set key at screen 0.53, 0.51 center top horizontal maxcols 3 reverse Left width -4");
-  list = "plot $line using 1:2 with lines lw 2 dt 2 lc rgb '#2a9d55' title 'mean direction of the line'";
-  if (!f.rest.empty()) list += ", $rest using 1:2 with points pt 7 ps 0.5 lc rgb '#808080' title 'remaining points'";
+  list =
+      "plot $line using 1:2 with lines lw 2 dt 2 lc rgb '#2a9d55' title 'mean direction of the "
+      "line'";
+  if (!f.rest.empty())
+    list += ", $rest using 1:2 with points pt 7 ps 0.5 lc rgb '#808080' title 'remaining points'";
   list += ", $chain using 1:2 with points pt 7 ps 0.6 lc rgb '#1f5fa8' title 'points of the line'";
   out.command(list + "\nunset multiplot");
   out.draw();
@@ -108,7 +113,8 @@ void clean(report& r, const options& o, vectormat& list, result& f) {
   list.DeleteErrors(o.deviation * o.deviation);
   f.kept = rows_of(list);
   f.dropped = removed(f.before, f.kept);
-  r.heading("After the removal of what lies more than " + text(o.deviation) + " from its neighbours");
+  r.heading("After the removal of what lies more than " + text(o.deviation) +
+            " from its neighbours");
   r.line("points               %zu, %zu removed", f.kept.size(), f.dropped.size());
   for (const auto& row : f.dropped) r.line("  removed            (%.9g, %.9g)", row[0], row[1]);
   if (f.kept.size() < 2) throw no_result("fewer than two points are left");
@@ -116,20 +122,22 @@ void clean(report& r, const options& o, vectormat& list, result& f) {
 }
 
 void follow(report& r, const options& o, vectormat& list, result& f) {
-  const vector start = o.direction.empty() ? first_direction(list) : vector(o.direction[0], o.direction[1]);
+  const vector start =
+      o.direction.empty() ? first_direction(list) : vector(o.direction[0], o.direction[1]);
   const std::unique_ptr<vectormat> chain(list.findline(start));
   f.chain = rows_of(*chain);
   f.rest = rows_of(list);
   r.heading("The straight line at the start");
   print_direction(r, "looked for along", start);
-  r.line("points               %zu, from (%.9g, %.9g) to (%.9g, %.9g)", f.chain.size(), f.chain.front()[0],
-         f.chain.front()[1], f.chain.back()[0], f.chain.back()[1]);
+  r.line("points               %zu, from (%.9g, %.9g) to (%.9g, %.9g)", f.chain.size(),
+         f.chain.front()[0], f.chain.front()[1], f.chain.back()[0], f.chain.back()[1]);
   if (f.chain.size() < 2) throw no_result("no point follows the first one in this direction");
   print_direction(r, "mean direction", chain->avdir());
   r.line("largest distance     %.6g from the line", straightness(*chain));
   r.line("remaining points     %zu (the second point is never examined)", f.rest.size());
   const vector mean = chain->average(), along = chain->avdir();
-  const vector half = along * (0.7 * (f.chain.back()[0] - f.chain.front()[0]) / along.x);  // a little beyond
+  const vector half =
+      along * (0.7 * (f.chain.back()[0] - f.chain.front()[0]) / along.x);  // a little beyond
   for (const vector& v : {mean - half, mean + half}) f.line.push_back({v.x, v.y});
 }
 
@@ -152,11 +160,14 @@ void job(report& r, const options& o) {
 int main(int argc, char** argv) {
   CLI::App app{"Removes wild readings from a measured curve and follows the line at its start."};
   options o;
-  app.add_option("file", o.file, "CSV file of two columns, x and y, in the order of measurement")->required();
-  app.add_option("--deviation", o.deviation, "how far a point may lie from the mean of its neighbourhood")
+  app.add_option("file", o.file, "CSV file of two columns, x and y, in the order of measurement")
+      ->required();
+  app.add_option("--deviation", o.deviation,
+                 "how far a point may lie from the mean of its neighbourhood")
       ->check(CLI::PositiveNumber)
       ->required();
-  app.add_option("--direction", o.direction, "direction of the line, for example 1,0.2 (default: of its first points)")
+  app.add_option("--direction", o.direction,
+                 "direction of the line, for example 1,0.2 (default: of its first points)")
       ->delimiter(',')
       ->expected(2);
   app.add_option("--plot", o.plot, "picture to draw, .svg or .png");

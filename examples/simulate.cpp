@@ -1,5 +1,5 @@
-// Writes the simulated data of the demonstrations: simulate FOLDER. The seeds are fixed, so that every run
-// writes the same files.
+// Writes the simulated data of the demonstrations: simulate FOLDER. The seeds are fixed, so that
+// every run writes the same files.
 
 #include <tessarn/tessarn.h>
 
@@ -54,7 +54,9 @@ class csv_file {
 bool profile(const std::filesystem::path& folder) {
   constexpr unsigned seed = 20;
   csv_file f(folder / "simulated_profile.csv", "Profile of a cam", seed);
-  f.line("# truth: y = 16 (2 u^4 - 2 u^2 + 0.15 u + 0.3), u = x / 20; noise 0.05 mm; 4 readings lost (x = -1)");
+  f.line(
+      "# truth: y = 16 (2 u^4 - 2 u^2 + 0.15 u + 0.3), u = x / 20; noise 0.05 mm; 4 readings lost "
+      "(x = -1)");
   f.line("position (mm),height (mm)");
   random_source random(seed);
   for (int i = 0; i <= 93; ++i) {
@@ -82,13 +84,16 @@ bool sensor(const std::filesystem::path& folder) {
   return f.close();
 }
 
-// A coil scanned in two positions; the motion is a right-hand turn of 40 degrees about (1, 2, 2)/3, then a shift.
+// A coil scanned in two positions; the motion is a right-hand turn of 40 degrees about (1, 2, 2)/3,
+// then a shift.
 bool coil(const std::filesystem::path& folder) {
   constexpr unsigned seed = 22;
   csv_file a(folder / "simulated_coil_a.csv", "Coil, first position", seed);
   csv_file b(folder / "simulated_coil_b.csv", "Coil, second position", seed);
   for (csv_file* f : {&a, &b}) {
-    f->line("# truth: turned by 40 degrees about (1, 2, 2)/3, then shifted by (90, -30, 40) mm; noise 0.1 mm in each coordinate");
+    f->line(
+        "# truth: turned by 40 degrees about (1, 2, 2)/3, then shifted by (90, -30, 40) mm; noise "
+        "0.1 mm in each coordinate");
     f->line("x (mm),y (mm),z (mm)");
   }
   random_source random(seed);
@@ -97,7 +102,9 @@ bool coil(const std::filesystem::path& folder) {
   for (int i = 0; i < 60; ++i) {
     const double phase = 0.3 * i;
     const vector3d p((30 - 0.2 * i) * std::cos(phase), (30 - 0.2 * i) * std::sin(phase), 1.2 * i);
-    const auto noise = [&random] { return vector3d(random.normal(), random.normal(), random.normal()) * 0.1; };
+    const auto noise = [&random] {
+      return vector3d(random.normal(), random.normal(), random.normal()) * 0.1;
+    };
     a.row(p + noise());
     b.row(p.rotate(axis, turn) + vector3d(90, -30, 40) + noise());
   }
@@ -109,13 +116,16 @@ bool coil(const std::filesystem::path& folder) {
 bool plate(const std::filesystem::path& folder) {
   constexpr unsigned seed = 23;
   csv_file f(folder / "simulated_plate.csv", "Surface plate", seed);
-  f.line("# truth: z = 12 + 0.004 x - 0.003 y mm, a hollow of 0.006 mm in the middle, a corner raised by 0.008 mm, noise 0.0005 mm");
+  f.line(
+      "# truth: z = 12 + 0.004 x - 0.003 y mm, a hollow of 0.006 mm in the middle, a corner raised "
+      "by 0.008 mm, noise 0.0005 mm");
   f.line("x (mm),y (mm),z (mm)");
   random_source random(seed);
   for (int j = 0; j <= 16; ++j) {
     for (int i = 0; i <= 25; ++i) {
       const double x = 25.0 * i, y = 25.0 * j;
-      const double u = (x - 312.5) / 200, v = (y - 200) / 140, s = (x - 625) / 120, t = (y - 400) / 120;
+      const double u = (x - 312.5) / 200, v = (y - 200) / 140, s = (x - 625) / 120,
+                   t = (y - 400) / 120;
       const double form = -0.006 * std::exp(-u * u - v * v) + 0.008 * std::exp(-s * s - t * t);
       f.row(vector3d(x, y, 12 + 0.004 * x - 0.003 * y + form + 0.0005 * random.normal()));
     }
@@ -127,7 +137,9 @@ bool plate(const std::filesystem::path& folder) {
 bool scan(const std::filesystem::path& folder) {
   constexpr unsigned seed = 24;
   csv_file f(folder / "simulated_scan.csv", "Laser line across a folded sheet", seed);
-  f.line("# truth: slope 0.2 up to x = 60 mm, then -0.5; noise 0.005 mm; 9 wild readings of 5 to 15 mm");
+  f.line(
+      "# truth: slope 0.2 up to x = 60 mm, then -0.5; noise 0.005 mm; 9 wild readings of 5 to 15 "
+      "mm");
   f.line("x (mm),z (mm)");
   random_source random(seed);
   for (int i = 0; i < 221; ++i) {

@@ -1,5 +1,5 @@
-// Reading of measured points: a CSV file of a fixed number of columns, with an optional header, # comments,
-// blank lines, and lines that end in LF or CRLF.
+// Reading of measured points: a CSV file of a fixed number of columns, with an optional header, #
+// comments, blank lines, and lines that end in LF or CRLF.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,9 @@ struct table {
   std::size_t last_line = 0;
 
   std::size_t rows() const { return lines.size(); }
-  double at(std::size_t row, std::size_t column) const { return values[row * names.size() + column]; }
+  double at(std::size_t row, std::size_t column) const {
+    return values[row * names.size() + column];
+  }
   // The file name without its folders.
   std::string name() const;
   // The comment `title: ...`, or the name of the file.
@@ -32,8 +34,8 @@ struct table {
   bool simulated() const;
 };
 
-// Throws input_error for a file that cannot be read, a row without the right number of finite numbers, and
-// a file without rows.
+// Throws input_error for a file that cannot be read, a row without the right number of finite
+// numbers, and a file without rows.
 table read_csv(const std::string& file, const std::vector<std::string>& default_names);
 
 // Throws input_error unless there are at least `least` rows; `why` completes "a plane needs".

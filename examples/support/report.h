@@ -30,8 +30,8 @@ class no_result : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Parses the arguments, runs `job` and prints the report. Exit code 0; 1 for no_result and a failing
-// gnuplot; 2 for wrong arguments and input_error, with one line on the error stream.
+// Parses the arguments, runs `job` and prints the report. Exit code 0; 1 for no_result and a
+// failing gnuplot; 2 for wrong arguments and input_error, with one line on the error stream.
 int run(CLI::App& app, int argc, char** argv, const std::function<void(report&)>& job);
 
 inline constexpr double degrees = 57.295779513082320877;
