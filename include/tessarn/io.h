@@ -15,9 +15,9 @@
 ///     line3d          (0, 0, 0) to (1, 1, 1)
 ///     plane           origin (0, 0, 0), normal (0, 0, 1), axes (1, 0, 0) and (0, 1, 0)
 ///
-/// Precision, width and the other settings of the stream, or the format specification, apply to
-/// every single number: `std::setw(12) << m` and `std::format("{:12.4f}", m)` line up the columns
-/// of a matrix. A NaN prints without its sign.
+/// Precision, width and the other settings of the stream, or the options of the format string,
+/// apply to every single number: `std::setw(12) << m` and `std::format("{:12.4f}", m)` line up the
+/// columns of a matrix. A NaN prints without its sign.
 #pragma once
 
 #include <ostream>
@@ -255,7 +255,7 @@ namespace tessarn {
 namespace detail {
 
 /// Writes to the output of a std::format call, each number by the formatter that read the
-/// specification.
+/// options.
 template <class Context>
 class format_sink {
  public:
@@ -271,7 +271,7 @@ class format_sink {
   Context& context_;
 };
 
-/// Takes the format specification of a real number.
+/// Takes the format options of a real number.
 template <class T>
 struct value_formatter : std::formatter<real> {
   template <class Context>

@@ -146,7 +146,7 @@ TEST(Io, ChainsAndPrintsConstants) {
 }
 
 #if defined(__cpp_lib_format)
-TEST(Io, FormatSpecificationAppliesToEveryNumber) {
+TEST(Io, FormatOptionsApplyToEveryNumber) {
   EXPECT_EQ(std::format("{:.2f}", vector(1, -2)), "(1.00, -2.00)");
   EXPECT_EQ(std::format("{:5.1f}|{}", two_by_three(), cplx(1, -2)),
             "[  0.0,   1.0]\n[ 10.0,  11.0]\n[ 20.0,  21.0]|1-2i");
