@@ -22,7 +22,9 @@ set(TESSARN_SOURCES
   matrix/svd.cpp
   poly/binom.cpp
   poly/curve.cpp
+  poly/curve_blocks.cpp
   poly/fit.cpp
+  poly/kernels.cpp
   poly/power_sums.cpp
   poly/search.cpp
   poly/surface.cpp
@@ -34,7 +36,8 @@ set(TESSARN_SOURCES
 
 # Each is compiled once for each instruction set, in a namespace of that name.
 set(TESSARN_KERNELS
-  matrix/matrix_kernel.cpp)
+  matrix/matrix_kernel.cpp
+  poly/poly_kernel.cpp)
 
 file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
 

@@ -10,8 +10,11 @@
 
 #if defined(__GNUC__) || defined(__clang__)
 #define TESSARN_INLINE static inline __attribute__((always_inline))
+#define TESSARN_MEMBER inline __attribute__((always_inline))
 #else
+#include <math.h>
 #define TESSARN_INLINE static __forceinline
+#define TESSARN_MEMBER __forceinline
 #endif
 
 namespace tessarn::detail::TESSARN_ISA {
@@ -40,6 +43,12 @@ TESSARN_INLINE vec select(mask m, vec a, vec b) {
 // v with every NaN replaced by +0.0.
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
 
+TESSARN_INLINE vec square_root(vec v) {
+  vec root = v;
+  for (size_t i = 0; i < width; ++i) root[i] = __builtin_sqrt(v[i]);
+  return root;
+}
+
 // Four lanes in every build: a space point as it lies in memory.
 typedef double quad __attribute__((vector_size(32), may_alias));
 typedef double unaligned_quad __attribute__((vector_size(32), aligned(8), may_alias));
@@ -67,6 +76,7 @@ TESSARN_INLINE void store(double* p, vec v) { *p = v; }
 TESSARN_INLINE vec broadcast(double v) { return v; }
 TESSARN_INLINE vec select(mask m, vec a, vec b) { return m ? a : b; }
 TESSARN_INLINE vec without_nan(vec v) { return v == v ? v : 0.0; }
+TESSARN_INLINE vec square_root(vec v) { return sqrt(v); }
 
 struct quad {
   double lane[4];

@@ -16,15 +16,19 @@ struct double_double {
   real low;
 };
 
-// The two halves of x, 26 bits each, whose products are exact (T. Dekker, A floating-point technique for
-// extending the available precision, 1971). Needs |x| below 2^996.
+// x as the sum of its 26 leading bits and the rest of at most 27, as T. Dekker splits (A floating-point technique
+// for extending the available precision, 1971) but by cutting bits. Products of the parts are exact, but for the
+// last bit of that of two rests, which is 2^-106 of the whole.
 inline double_double split(real x) noexcept {
-  const real c = product(static_cast<real>(134217729.0), x);
-  const real high = c - (c - x);
+  std::uint64_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  bits &= ~std::uint64_t{0x7FFFFFF};
+  real high;
+  std::memcpy(&high, &bits, sizeof high);
   return {high, x - high};
 }
 
-// a * x with the halves of x, exactly, as a rounded product and its error.
+// a * x as a rounded product and its error.
 inline double_double exact_product(real a, real x, double_double halves) noexcept {
   const real p = product(a, x);
   const double_double b = split(a);

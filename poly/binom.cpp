@@ -3,6 +3,7 @@
 
 #include "core/access.h"
 #include "core/storage.h"
+#include "poly/kernels.h"
 #include "tessarn/poly.h"
 
 using tessarn::real;
@@ -16,6 +17,24 @@ namespace {
 real* released(real_array& coefficients, slong n) {
   if (n == 0) return nullptr;
   return coefficients.release();
+}
+
+// Polynomials from this count on are multiplied by a kernel, which works beyond the ends of its arrays.
+constexpr slong kernel_count = 16;
+constexpr slong margin = 32;
+
+bool all_finite(const real* c, slong n) {
+  bool finite = true;
+  for (slong i = 0; i < n; ++i) finite &= c[i] - c[i] == 0;
+  return finite;
+}
+
+void convolve(const real* c, slong n, const real* q, slong nq, real* product) {
+  const real_array padded = tessarn::detail::allocate_zeroed(static_cast<std::size_t>(n) + 2 * margin);
+  std::copy_n(c, n, padded.get() + margin);
+  tessarn::detail::poly().convolve(tessarn::detail::as_doubles(padded.get() + margin), static_cast<std::size_t>(n),
+                                   tessarn::detail::as_doubles(q), static_cast<std::size_t>(nq),
+                                   tessarn::detail::as_doubles(product));
 }
 
 }  // namespace
@@ -98,11 +117,15 @@ void binom::operator-=(binom& q) {
   for (slong i = 0; i < cofcnt; ++i) cof[i] -= q.get(i);
 }
 
+// Each coefficient of the product is the sum over the coefficients of q in ascending order.
 void binom::operator*=(binom& q) {
-  const auto m = static_cast<slong>(static_cast<tessarn::ulong>(cofcnt) + static_cast<tessarn::ulong>(q.cofcnt) - 1u);
-  real_array product = allocate_counted(m);
-  for (slong j = 0; j < q.cofcnt; ++j)
-    for (slong i = 0; i < cofcnt; ++i) product[static_cast<std::size_t>(i + j)] += cof[i] * q.cof[j];
+  const auto m = static_cast<slong>(static_cast<ulong>(cofcnt) + static_cast<ulong>(q.cofcnt) - 1u);
+  real_array product = allocate_counted(m < 0 ? m : static_cast<std::int64_t>(m) + margin);
+  if (cofcnt >= kernel_count && q.cofcnt >= kernel_count && all_finite(q.cof, q.cofcnt))
+    convolve(cof, cofcnt, q.cof, q.cofcnt, product.get());
+  else
+    for (slong j = 0; j < q.cofcnt; ++j)
+      for (slong i = 0; i < cofcnt; ++i) product[static_cast<std::size_t>(i + j)] += cof[i] * q.cof[j];
   delete[] cof;
   cof = released(product, m);
   cofcnt = m;

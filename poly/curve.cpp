@@ -7,13 +7,6 @@
 namespace tessarn::detail {
 namespace {
 
-// i (i-1) ... (i-k+1) in 32 bits; for very long polynomials it wraps.
-slong falling_factorial(slong i, unsigned k) noexcept {
-  std::uint32_t f = 1;
-  for (unsigned j = 0; j < k; ++j) f *= static_cast<std::uint32_t>(i) - j;
-  return static_cast<slong>(f);
-}
-
 // The powers 1, x, x^2, ... one after the other, each correctly rounded.
 class power_chain {
  public:
@@ -38,6 +31,12 @@ class power_chain {
 };
 
 }  // namespace
+
+slong falling_factorial(slong i, unsigned k) noexcept {
+  std::uint32_t f = 1;
+  for (unsigned j = 0; j < k; ++j) f *= static_cast<std::uint32_t>(i) - j;
+  return static_cast<slong>(f);
+}
 
 real value_at(coefficients p, real x) noexcept {
   if (p.n < 1) return 0;
@@ -109,28 +108,4 @@ vector binom::normale(real x) {
   const derivatives d = tessarn::detail::derivatives_at({cof, cofcnt}, x);
   const real s = 1 + d.first * d.first;
   return {-(d.first * s) / d.second, s / d.second};
-}
-
-void binom::func(const real* x, real* y, tessarn::ulong n) const {
-  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::value_at({cof, cofcnt}, x[i]);
-}
-void binom::func_1(const real* x, real* y, tessarn::ulong n) const {
-  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::derivative_at({cof, cofcnt}, 1, x[i]);
-}
-void binom::func_2(const real* x, real* y, tessarn::ulong n) const {
-  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::derivative_at({cof, cofcnt}, 2, x[i]);
-}
-void binom::func_3(const real* x, real* y, tessarn::ulong n) const {
-  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::derivative_at({cof, cofcnt}, 3, x[i]);
-}
-void binom::func_4(const real* x, real* y, tessarn::ulong n) const {
-  for (tessarn::ulong i = 0; i < n; ++i) y[i] = tessarn::detail::derivative_at({cof, cofcnt}, 4, x[i]);
-}
-void binom::arc(const real* x, real* y, tessarn::ulong n) const {
-  for (tessarn::ulong i = 0; i < n; ++i)
-    y[i] = tessarn::detail::curvature(tessarn::detail::derivatives_at({cof, cofcnt}, x[i]));
-}
-void binom::arc_1(const real* x, real* y, tessarn::ulong n) const {
-  for (tessarn::ulong i = 0; i < n; ++i)
-    y[i] = tessarn::detail::curvature_derivative(tessarn::detail::derivatives_at({cof, cofcnt}, x[i]));
 }

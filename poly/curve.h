@@ -1,6 +1,9 @@
-// Derivatives and curvature of a polynomial at one abscissa; the searches and the members share them.
+// Derivatives and curvature of a polynomial, at one abscissa and at blocks of them; the members and the searches share
+// them, and both ways give the same bits.
 #pragma once
 
+#include "core/storage.h"
+#include "poly/kernels.h"
 #include "tessarn/scalar.h"
 
 namespace tessarn::detail {
@@ -10,6 +13,9 @@ struct coefficients {
   const real* cof;
   slong n;
 };
+
+// i (i-1) ... (i-k+1) in 32 bits; for very long polynomials it wraps.
+slong falling_factorial(slong i, unsigned k) noexcept;
 
 // p(x) by a running power, terms in ascending order.
 real value_at(coefficients p, real x) noexcept;
@@ -26,5 +32,39 @@ derivatives derivatives_at(coefficients p, real x) noexcept;
 
 real curvature(const derivatives& d) noexcept;
 real curvature_derivative(const derivatives& d) noexcept;
+
+// The functions of a curve at point_block abscissas at a time.
+
+class block_values {
+ public:
+  explicit block_values(coefficients p) noexcept : p_(p) {}
+  void operator()(const double* x, double* y) const;
+
+ private:
+  coefficients p_;
+};
+
+class block_derivative {
+ public:
+  block_derivative(coefficients p, unsigned k);
+  void operator()(const double* x, double* y) const;
+
+ private:
+  coefficients p_;
+  unsigned k_;
+  real_array factors_;
+};
+
+// The curvature, or its derivative.
+class block_curvature {
+ public:
+  block_curvature(coefficients p, bool derivative);
+  void operator()(const double* x, double* y) const;
+
+ private:
+  coefficients p_;
+  bool derivative_;
+  real_array factors_;
+};
 
 }  // namespace tessarn::detail

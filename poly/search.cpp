@@ -10,9 +10,11 @@
 #include "tessarn/poly.h"
 
 using tessarn::real;
+using tessarn::detail::block_curvature;
+using tessarn::detail::block_values;
 using tessarn::detail::coefficients;
-using tessarn::detail::derivatives_at;
-using tessarn::detail::value_at;
+using tessarn::detail::point_block;
+using tessarn::detail::poly;
 
 namespace {
 
@@ -76,43 +78,59 @@ std::vector<real> curvature_derivative_numerator(coefficients p) {
   return first;
 }
 
-// What a scan evaluates, and where it stops for an infinite interval. A scan to infinity finds nothing
-// beyond the last root, and must end.
+// What a scan evaluates, and the magnitude beyond which it finds nothing any more: a scan to infinity must end.
 struct value_scan {
   coefficients p;
-  real operator()(real x) const { return value_at(p, x); }
+  block_values f{p};
   real last_root() const { return root_bound(std::vector<real>(p.cof, p.cof + std::max<tessarn::slong>(p.n, 0))); }
 };
 
 struct curvature_scan {
   coefficients p;
-  real operator()(real x) const { return curvature_derivative(derivatives_at(p, x)); }
-  real last_root() const {
-    return p.n < 1 ? 1 : root_bound(curvature_derivative_numerator(p));
-  }
+  block_curvature f{p, true};
+  real last_root() const { return p.n < 1 ? 1 : root_bound(curvature_derivative_numerator(p)); }
 };
 
 enum class outcome { nothing, bracket, exact };
 
-// Walks x = a, a + step, ... up to b until the function changes sign between two neighbours or is
-// exactly 0. The abscissas are a chain of additions; the value at x + step is the next value at x. A step
-// that no longer moves x ends the scan, as does a NaN.
-template <class Function>
-outcome scan(const Function& f, real a, real b, real step, bool past_end_at_b, real& x, real& next) {
-  const bool bounded = b < std::numeric_limits<real>::infinity();
-  const real end = bounded ? b : std::max(a, f.last_root()) + step;
-  x = a;
-  real fx = f(x);
-  while (!(past_end_at_b ? x >= end : x > end)) {
-    next = x + step;
-    const real fnext = f(next);
-    if (opposite_signs(fx, fnext)) return outcome::bracket;
-    if (fx == 0) return outcome::exact;
-    if (!(next > x)) return outcome::nothing;
-    x = next;
-    fx = fnext;
+// Whether a scan includes its end.
+enum class interval { closed, half_open };
+
+// The abscissas x, x + step, ... are a chain of additions; the samples are independent and evaluated a block at a
+// time. The last sample of a block is the first of the next.
+struct samples {
+  double x[point_block];
+  double f[point_block];
+
+  void continue_from(double first, double step) {
+    for (double& v : x) {
+      v = first;
+      first += step;
+    }
   }
-  return outcome::nothing;
+};
+
+// Walks x = a, a + step, ... up to b until the function changes sign between two neighbours or is exactly 0: the first
+// decision that a walk sample by sample would take. A step that no longer moves x ends the scan, as does a NaN.
+template <class Function>
+outcome scan(const Function& function, real a, real b, real step, interval kind, real& x, real& next) {
+  const bool bounded = b < std::numeric_limits<real>::infinity();
+  const auto end = static_cast<double>(bounded ? b : std::max(a, function.last_root()) + step);
+  samples block[2];
+  block[0].continue_from(static_cast<double>(a), static_cast<double>(step));
+  for (int current = 0;; current = 1 - current) {
+    samples& s = block[current];
+    // The next chain of additions runs beside the evaluation of this block.
+    block[1 - current].continue_from(s.x[point_block - 1], static_cast<double>(step));
+    function.f(s.x, s.f);
+    const std::size_t i = poly().first_event(s.x, s.f, end, kind == interval::half_open);
+    if (i == point_block - 1) continue;
+    if (kind == interval::half_open ? s.x[i] >= end : s.x[i] > end) return outcome::nothing;
+    x = s.x[i];
+    next = s.x[i + 1];
+    if (opposite_signs(s.f[i], s.f[i + 1])) return outcome::bracket;
+    return s.f[i] == 0 ? outcome::exact : outcome::nothing;
+  }
 }
 
 // The number of samples from a to b at the distance h: the low 32 bits of the truncated (b - a)/h + 1.
@@ -131,7 +149,7 @@ real binom::find_zero(real a, real b, real step, real eps) {
   while (!(step < eps)) {
     if (a > b) return not_found;
     real x = a, next = a;
-    const outcome found = scan(f, a, b, step, false, x, next);
+    const outcome found = scan(f, a, b, step, interval::closed, x, next);
     if (found == outcome::nothing) return not_found;
     if (found == outcome::exact) return x;
     a = x;
@@ -145,7 +163,7 @@ real binom::find_extrpoint_arc(real a, real b, real step, real eps) {
   const curvature_scan f{{cof, cofcnt}};
   while (!(step < eps)) {
     real x = a, next = a;
-    const outcome found = scan(f, a, b, step, true, x, next);
+    const outcome found = scan(f, a, b, step, interval::half_open, x, next);
     if (found == outcome::nothing) return not_found;
     if (found == outcome::exact) return x;
     a = x;

@@ -4,6 +4,7 @@
 #include "core/access.h"
 #include "core/power.h"
 #include "core/storage.h"
+#include "poly/kernels.h"
 #include "tessarn/poly.h"
 
 using tessarn::real;

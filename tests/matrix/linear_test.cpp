@@ -193,6 +193,7 @@ TEST_EVERY_BUILD(Invert, SquareMatricesMatchThePlainForm) {
   for (u32 n = 2; n <= 40; ++n) {
     for (entries kind : all_entries) {
       if (n > 16 && static_cast<u32>(kind) != n % 7) continue;
+      if (n > 24 && n % 8 > 1) continue;
       for (u32 k = 0; k < (n < 7 ? 60u : 1u); ++k) {
         const plain::matrix a = random_matrix(n, n, random, kind);
         const real_matrix got = inverse(to_library(a));

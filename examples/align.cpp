@@ -1,0 +1,228 @@
+// Finds the rigid motion that carries one set of points onto a second set of the same points, and
+// says how well they match then.
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "points.h"
+#include "support/plot.h"
+#include "support/report.h"
+
+namespace {
+
+using namespace example;
+
+struct options {
+  std::string a, b;
+  std::string plot;
+};
+
+// The motion as a 4 x 4 matrix [R t; 0 0 0 1].
+struct motion {
+  sqmat<long double> matrix;
+  vector3d axis;  // counter-clockwise seen from its tip
+  double angle = 0;
+
+  vector3d shift() const { return {matrix.get(3, 0), matrix.get(3, 1), matrix.get(3, 2)}; }
+  vector3d apply(const vector3d& v) const {
+    vector3d moved;
+    matrix.transform(v, moved);
+    return moved;
+  }
+};
+
+// Angle and axis of the rotation block r(column, row).
+void find_axis(motion& m) {
+  const auto r = [&m](tessarn::ulong row, tessarn::ulong column) {
+    return m.matrix.get(column, row);
+  };
+  const vector3d twist(r(2, 1) - r(1, 2), r(0, 2) - r(2, 0), r(1, 0) - r(0, 1));
+  const double trace = r(0, 0) + r(1, 1) + r(2, 2);
+  m.angle = std::atan2(twist.lenld(), trace - 1);
+  if (twist.lenld() > 1e-6) {
+    m.axis = twist.resize(1);
+    return;
+  }
+  if (trace > 0) return;  // no rotation, no axis
+  // Half a turn: R + 1 = 2 axis axis', so its longest column is along the axis.
+  for (tessarn::ulong column = 0; column < 3; ++column) {
+    vector3d v(r(0, column), r(1, column), r(2, column));
+    (column == 0 ? v.x : column == 1 ? v.y : v.z) += 1;
+    if (v.lenld() > m.axis.lenld()) m.axis = v;
+  }
+  m.axis = m.axis.resize(1);
+}
+
+// calc_match gives the rotation R that carries the centred b onto the centred a. The motion from a
+// to b is its transpose R', with the shift cb - R' ca between the centroids.
+motion find_motion(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
+  sqmat<long double> match;
+  if (!match.calc_match(a.data(), b.data(), static_cast<tessarn::ulong>(a.size())))
+    throw no_result("the points do not determine a rotation");
+  motion m;
+  m.matrix.create(4);
+  for (tessarn::ulong y = 0; y < 4; ++y)
+    for (tessarn::ulong x = 0; x < 4; ++x)
+      m.matrix.set(x, y, x < 3 && y < 3 ? match.get(y, x) : x == y);
+  const vector3d shift = centroid(b) - m.apply(centroid(a));
+  m.matrix.set(3, 0, shift.x);
+  m.matrix.set(3, 1, shift.y);
+  m.matrix.set(3, 2, shift.z);
+  find_axis(m);
+  return m;
+}
+
+std::vector<double> distances(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
+  std::vector<double> d;
+  for (std::size_t i = 0; i < a.size(); ++i) d.push_back((a[i] - b[i]).lenld());
+  return d;
+}
+
+double root_mean_square(const std::vector<double>& values) {
+  double sum = 0;
+  for (const double v : values) sum += v * v;
+  return std::sqrt(sum / static_cast<double>(values.size()));
+}
+
+void print(report& r, const motion& m, const table& b, const std::vector<double>& before,
+           const std::vector<double>& after) {
+  r.heading("Motion from the first to the second set");
+  r.line("rotation             % .12f % .12f % .12f", m.matrix.get(0, 0), m.matrix.get(1, 0),
+         m.matrix.get(2, 0));
+  for (tessarn::ulong y = 1; y < 3; ++y)
+    r.line("                     % .12f % .12f % .12f", m.matrix.get(0, y), m.matrix.get(1, y),
+           m.matrix.get(2, y));
+  r.line("translation          (%.9g, %.9g, %.9g)", m.shift().x, m.shift().y, m.shift().z);
+  r.line("angle                %.9g degrees", m.angle * degrees);
+  if (m.axis.lenld() > 0)
+    r.line("axis                 (%.9g, %.9g, %.9g)", m.axis.x, m.axis.y, m.axis.z);
+  r.heading("Distances between corresponding points");
+  const auto worst = std::max_element(after.begin(), after.end());
+  r.line("root mean square     %.6g before, %.6g after", root_mean_square(before),
+         root_mean_square(after));
+  r.line("largest              %.6g before, %.6g after, at line %zu of %s",
+         *std::max_element(before.begin(), before.end()), *worst,
+         b.lines[static_cast<std::size_t>(worst - after.begin())], b.name().c_str());
+}
+
+std::vector<std::vector<double>> rows(const std::vector<vector3d>& points) {
+  std::vector<std::vector<double>> r;
+  for (const vector3d& p : points) r.push_back({p.x, p.y, p.z});
+  return r;
+}
+
+// The longest side of the box around both sets.
+double extent(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
+  double longest = 0;
+  for (const auto coordinate : {&vector3d::x, &vector3d::y, &vector3d::z}) {
+    double lo = a[0].*coordinate, hi = lo;
+    for (const auto* points : {&a, &b})
+      for (const vector3d& p : *points) {
+        lo = std::min(lo, p.*coordinate);
+        hi = std::max(hi, p.*coordinate);
+      }
+    longest = std::max(longest, hi - lo);
+  }
+  return longest;
+}
+
+struct space_panel {
+  double left;  // of the canvas width
+  const char* title;
+  const char* block;
+  const char* legend;
+  double extent;
+};
+
+void draw_panel(plot& out, const space_panel& p) {
+  const std::string step = text(tick_step(p.extent, 3.5));
+  out.command("set size 0.5, 0.56\nset origin " + text(p.left) + ", 0.30");
+  out.command("set label 2 " + quote(p.title) + " at screen " + text(p.left + 0.25) +
+              ", 0.915 center font ',14'");
+  out.command("set key at screen " + text(p.left + 0.25) +
+              ", 0.895 center top horizontal maxcols 2 reverse Left width -2");
+  out.command("set xtics " + step + " offset -1.1,-0.2\nset ytics " + step +
+              " offset 1.1,-0.1\nset ztics " + step);
+  out.command(std::string("splot $") + p.block +
+              " using 1:2:3 with linespoints pt 7 ps 0.8 lw 1.5 lc rgb '#1f5fa8'" + " title " +
+              quote(p.legend) +
+              ", $b using 1:2:3 with linespoints pt 6 ps 1.3 lc rgb '#e07b00' title 'second set'");
+  out.command("unset label 1\nunset label 2");
+}
+
+void draw_distances(plot& out, const table& names, const std::vector<double>& distances) {
+  std::vector<std::vector<double>> numbered;
+  for (std::size_t i = 0; i < distances.size(); ++i)
+    numbered.push_back({static_cast<double>(i + 1), distances[i]});
+  const double largest = *std::max_element(distances.begin(), distances.end());
+  out.data("distances", numbered);
+  out.command(
+      "unset key\nset border 31\nset size 1, 0.3\nset origin 0, 0\nset xtics autofreq offset "
+      "0\nunset zlabel");
+  out.command("set lmargin at screen 0.1\nset rmargin at screen 0.96");
+  out.command("set bmargin at screen 0.09\nset tmargin at screen 0.26");
+  out.command("set title 'distance of corresponding points after the motion' font ',14'");
+  out.command("set xlabel 'point' rotate by 0 offset 0\nset ylabel " +
+              quote(with_unit_of(names.names[0], "distance")) +
+              " offset 0 rotate by 90\nset ytics " + text(tick_step(largest, 4)) + " offset 0");
+  out.command("set yrange [0:*]\nset xrange [0:" + std::to_string(distances.size() + 1) + "]");
+  out.command("plot $distances using 1:2 with impulses lw 3 lc rgb '#1f5fa8'");
+}
+
+// Both sets in one space before and after, and the distances that remain.
+void draw(plot& out, const table& names, const std::vector<vector3d>& a,
+          const std::vector<vector3d>& moved, const std::vector<vector3d>& b,
+          const std::vector<double>& after) {
+  out.data("a", rows(a));
+  out.data("moved", rows(moved));
+  out.data("b", rows(b));
+  out.command("set multiplot");
+  out.command("set label 1 " +
+              quote(std::string("Alignment of two point sets") +
+                    (names.simulated() ? " (simulated data)" : "")) +
+              " at screen 0.5, 0.965 center font ',17'");
+  out.command(
+      "set view 68, 30\nset view equal xyz\nset xyplane 0.05\nset grid x y z\nset border 895");
+  out.command("set xlabel " + quote(names.names[0]) +
+              " rotate parallel offset 0,-0.5\nset ylabel " + quote(names.names[1]) +
+              " rotate parallel offset 1,-0.5\nset zlabel " + quote(names.names[2]) +
+              " rotate parallel");
+  draw_panel(out, {0.0, "before", "a", "first set", extent(a, b)});
+  draw_panel(out, {0.5, "after", "moved", "first set, moved", extent(moved, b)});
+  draw_distances(out, names, after);
+  out.command("unset multiplot");
+  out.draw();
+}
+
+void job(report& r, const options& o) {
+  const table ta = read_csv(o.a, {"x", "y", "z"}), tb = read_csv(o.b, {"x", "y", "z"});
+  require_rows(ta, ta.rows(), 3, "a match");
+  require_rows(tb, tb.rows(), 3, "a match");
+  if (ta.rows() != tb.rows())
+    throw input_error(o.b + ":" + std::to_string(tb.last_line) + ": " + std::to_string(tb.rows()) +
+                      " points up to here, but " + o.a + " has " + std::to_string(ta.rows()));
+  std::unique_ptr<plot> picture;
+  if (!o.plot.empty()) picture = std::make_unique<plot>(o.plot, 1200, 950);
+  const std::vector<vector3d> a = space_points(ta), b = space_points(tb);
+  r.data_source(ta);
+  r.blank();
+  r.data_source(tb);
+  const motion m = find_motion(a, b);
+  std::vector<vector3d> moved;
+  for (const vector3d& p : a) moved.push_back(m.apply(p));
+  const std::vector<double> after = distances(moved, b);
+  print(r, m, tb, distances(a, b), after);
+  if (picture) draw(*picture, ta, a, moved, b, after);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"Finds the rigid motion from one set of points to a second set of the same points."};
+  options o;
+  app.add_option("first", o.a, "CSV file of three columns, x, y, z")->required();
+  app.add_option("second", o.b, "the same points, in the same order, after the motion")->required();
+  app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
+  return run(app, argc, argv, [&o](report& r) { job(r, o); });
+}

@@ -1,0 +1,136 @@
+#include "curve_plot.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace example {
+namespace {
+
+using rows = std::vector<std::vector<double>>;
+
+struct extent {
+  double lo, hi;
+  void include(double v) {
+    lo = std::min(lo, v);
+    hi = std::max(hi, v);
+  }
+};
+
+// The part of the circle of curvature at x that can be seen in a window of this circumference.
+rows circle(const binom& p, double x, double circumference) {
+  const vector to_centre = p.normale(x);
+  const double radius = to_centre.lenld();
+  const double start = std::atan2(-to_centre.y, -to_centre.x);
+  const double half_turn = std::min(tessarn::pi, circumference / radius);
+  rows points;
+  constexpr int steps = 400;
+  for (int i = -steps; i <= steps; ++i) {
+    const double angle = start + half_turn * i / steps;
+    points.push_back({x + to_centre.x + radius * std::cos(angle),
+                      p.func(x) + to_centre.y + radius * std::sin(angle)});
+  }
+  return points;
+}
+
+rows on_curve(const binom& p, const std::vector<double>& abscissas) {
+  rows points;
+  for (const double x : abscissas) points.push_back({x, p.func(x)});
+  return points;
+}
+
+// Writes the blocks and returns what is to be drawn from them.
+class layers {
+ public:
+  explicit layers(plot& out) : out_(out) {}
+  void add(const std::string& block, const rows& points, const std::string& style,
+           const std::string& title) {
+    if (points.empty()) return;
+    ++count_;
+    out_.data(block, points);
+    list_ += (list_.empty() ? "plot $" : ", $") + block + " using 1:2 with " + style + " title " +
+             quote(title);
+  }
+  const std::string& list() const { return list_; }
+  int count() const { return count_; }
+
+ private:
+  plot& out_;
+  int count_ = 0;
+  std::string list_;
+};
+
+}  // namespace
+
+void draw_curve(plot& out, const table& t, const fitted_curve& c, const residuals& r, const scan& s,
+                const curve_marks& marks, bool equal) {
+  rows curve, points, misses;
+  extent x{s.a, s.b}, y{c.p.func(s.a), c.p.func(s.a)};
+  constexpr int steps = 600;
+  for (int i = 0; i <= steps; ++i) {
+    const double at = s.a + (s.b - s.a) * i / steps;
+    curve.push_back({at, c.p.func(at)});
+    y.include(curve.back()[1]);
+  }
+  for (std::size_t i = 0; i < c.points.size(); ++i) {
+    x.include(c.points[i].x);
+    y.include(c.points[i].y);
+    points.push_back({c.points[i].x, c.points[i].y});
+    misses.push_back({c.points[i].x, r.values[i]});
+  }
+  layers upper(out);
+  for (const double at : marks.sharpest) {
+    const double window = 4 * ((x.hi - x.lo) + (y.hi - y.lo));
+    upper.add("circle", circle(c.p, at, window), "lines lw 2 dt 2 lc rgb '#2a9d55'",
+              "circle of curvature, R = " + text(c.p.normale(at).lenld(), 4));
+  }
+  upper.add("curve", curve, "lines lw 2 lc rgb '#1f5fa8'", "fitted curve");
+  upper.add("points", points, "points pt 7 ps 0.6 lc rgb '#202020'", "points");
+  upper.add("zeros", on_curve(c.p, marks.zeros), "points pt 6 ps 1.8 lw 2 lc rgb '#c8102e'",
+            "zeros");
+  upper.add("extremes", on_curve(c.p, marks.extremes), "points pt 8 ps 1.9 lw 2 lc rgb '#e07b00'",
+            "extremes of the curve");
+  upper.add("bends", on_curve(c.p, marks.curvature_extremes),
+            "points pt 12 ps 1.8 lw 2 lc rgb '#8a4fbf'", "extremes of the curvature");
+  upper.add("sharpest", on_curve(c.p, marks.sharpest), "points pt 13 ps 1.8 lc rgb '#2a9d55'",
+            "largest curvature");
+
+  out.command("set multiplot");
+  out.command("set label 1 " + quote(t.title() + (t.simulated() ? " (simulated data)" : "")) +
+              " at screen 0.5, 0.965 center font ',17'");
+  const int columns = upper.count() <= 3 ? 3 : 2;
+  out.command("set key at screen 0.545, 0.945 center top horizontal maxcols " +
+              std::to_string(columns) + " reverse Left width -1 samplen 2.5");
+  const double top = 0.92 - 0.02 * ((upper.count() + columns - 1) / columns), bottom = 0.37;
+  // With equal scales the panel takes its shape from the ranges, which have the room of
+  // padded_range.
+  double width = 0.83;
+  if (equal)
+    width = std::min(width,
+                     (top - bottom) * canvas_height / canvas_width * (x.hi - x.lo) / (y.hi - y.lo));
+  const double height =
+      equal ? width * canvas_width / canvas_height * (y.hi - y.lo) / (x.hi - x.lo) : top - bottom;
+  out.command("set lmargin at screen " + text(0.545 - width / 2) + "\nset rmargin at screen " +
+              text(0.545 + width / 2));
+  out.command("set bmargin at screen " + text(bottom) + "\nset tmargin at screen " +
+              text(bottom + height));
+  out.command("set grid\nset xrange " + padded_range(x.lo, x.hi) + "\nset yrange " +
+              padded_range(y.lo, y.hi));
+  out.command("set ylabel " + quote(t.names[1]) + " offset -1\nset format x ''");
+  out.command(upper.list());
+
+  out.command("unset label 1\nunset key\nset format x '%.7g'");
+  out.command("set tmargin at screen 0.335\nset bmargin at screen 0.085");
+  out.data("residuals", misses);
+  const double largest = std::fabs(r.values[r.largest]);
+  out.command("set yrange " + padded_range(-largest, largest, 0.1) + "\nset ytics autofreq");
+  out.command("set xlabel " + quote(t.names[0]));
+  out.command("set ylabel " + quote(with_unit_of(t.names[1], "residual")) + " offset -1");
+  out.command("set xzeroaxis lc rgb '#404040' lt 1");
+  out.command(
+      "plot $residuals using 1:2 with impulses lw 1.5 lc rgb '#1f5fa8', "
+      "$residuals using 1:2 with points pt 7 ps 0.6 lc rgb '#202020'");
+  out.command("unset multiplot");
+  out.draw();
+}
+
+}  // namespace example

@@ -1,0 +1,44 @@
+// Reading of measured points: a CSV file of a fixed number of columns, with an optional header, #
+// comments, blank lines, and lines that end in LF or CRLF.
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace example {
+
+// What is wrong with the input, in one line that names the file, the line and the reason.
+class input_error : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+struct table {
+  std::string file;
+  std::vector<std::string> comments;  // without the # and the blanks around
+  std::vector<std::string> names;     // of the columns: the header, or the default names
+  std::vector<double> values;         // row by row
+  std::vector<std::size_t> lines;     // the line of each row
+  std::size_t last_line = 0;
+
+  std::size_t rows() const { return lines.size(); }
+  double at(std::size_t row, std::size_t column) const {
+    return values[row * names.size() + column];
+  }
+  // The file name without its folders.
+  std::string name() const;
+  // The comment `title: ...`, or the name of the file.
+  std::string title() const;
+  // True when a comment starts with the word "simulated".
+  bool simulated() const;
+};
+
+// Throws input_error for a file that cannot be read, a row without the right number of finite
+// numbers, and a file without rows.
+table read_csv(const std::string& file, const std::vector<std::string>& default_names);
+
+// Throws input_error unless there are at least `least` rows; `why` completes "a plane needs".
+void require_rows(const table& t, std::size_t rows, std::size_t least, const std::string& why);
+
+}  // namespace example

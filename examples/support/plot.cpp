@@ -1,0 +1,98 @@
+#include "plot.h"
+
+#include <cerrno>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "report.h"
+
+namespace example {
+namespace {
+
+std::string terminal(const std::string& file, int width, int height) {
+  const std::string size = " size " + std::to_string(width) + "," + std::to_string(height);
+  const auto suffix = std::filesystem::path(file).extension();
+  if (suffix == ".svg") return "svg noenhanced font 'DejaVu Sans,15' background 'white'" + size;
+  if (suffix == ".png")
+    return "pngcairo noenhanced font 'DejaVu Sans,11' background 'white'" + size;
+  throw input_error(file + ": the name of a picture must end in .svg or .png");
+}
+
+}  // namespace
+
+plot::plot(const std::string& file, int width, int height) : file_(file), part_(file + ".part") {
+  script_ = "set encoding utf8\nset terminal " + terminal(file, width, height) + "\nset output " +
+            quote(part_) +
+            "\nset border lc rgb '#404040'\nset grid lc rgb '#d8d8d8' lt 1\nset format '%.7g'\n";
+  if (std::filesystem::is_directory(file))
+    throw input_error(file + ": cannot be written: it is a folder");
+  errno = 0;
+  if (!std::ofstream(part_))
+    throw input_error(file + ": cannot be written: " + std::strerror(errno));
+}
+
+plot::~plot() {
+  std::error_code ignored;
+  std::filesystem::remove(part_, ignored);
+}
+
+void plot::data(const std::string& name, const std::vector<std::vector<double>>& rows) {
+  script_ += "$" + name + " << EOD\n";
+  for (const auto& row : rows) {
+    for (const double v : row) script_ += text(v, 10) + ' ';
+    script_ += '\n';
+  }
+  script_ += "EOD\n";
+}
+
+void plot::draw() {
+  script_ += "unset output\n";
+  std::signal(SIGPIPE, SIG_IGN);  // a gnuplot that ends early is seen by its exit code
+  std::FILE* pipe = popen("gnuplot --default-settings", "w");
+  if (!pipe) throw no_result("gnuplot cannot be started");
+  std::fputs(script_.c_str(), pipe);
+  if (pclose(pipe) != 0) throw no_result("gnuplot failed, there is no picture " + file_);
+  std::error_code error;
+  if (std::filesystem::file_size(part_, error) == 0 || error)
+    throw no_result("gnuplot wrote no picture " + file_);
+  std::filesystem::rename(part_, file_, error);
+  if (error) throw input_error(file_ + ": cannot be written: " + error.message());
+}
+
+std::string text(double v, int digits) {
+  char s[40];
+  std::snprintf(s, sizeof s, "%.*g", digits, v);
+  return s;
+}
+
+std::string quote(const std::string& s) {
+  std::string q = "'";
+  for (const char c : s) {
+    if (c == '\'') q += '\'';
+    q += c == '\n' ? ' ' : c;
+  }
+  return q + "'";
+}
+
+std::string with_unit_of(const std::string& name, const std::string& what) {
+  const auto unit = name.find('(');
+  return unit == name.npos ? what : what + ' ' + name.substr(unit);
+}
+
+double tick_step(double extent, double count) {
+  if (!(extent > 0)) return 1;
+  const double power = std::pow(10.0, std::floor(std::log10(extent / count)));
+  const double share = extent / count / power;
+  return power * (share < 1.5 ? 1 : share < 3.5 ? 2 : share < 7.5 ? 5 : 10);
+}
+
+std::string padded_range(double lo, double hi, double share) {
+  const double pad = hi > lo ? share * (hi - lo) : 1.0;
+  return "[" + text(lo - pad, 10) + ":" + text(hi + pad, 10) + "]";
+}
+
+}  // namespace example
