@@ -14,10 +14,14 @@ namespace {
 using tessarn::real;
 
 constexpr int workers = 8;
-constexpr int rounds = 60;
+constexpr int rounds = 40;
 
-std::atomic<int> g_working{0};
-std::uint64_t g_hash[workers];
+constexpr int visitors = 300;  // threads that come and go meanwhile
+
+std::atomic<bool> g_stop{false};
+std::uint64_t g_alone[workers];
+int g_runs[workers];
+int g_wrong[workers];
 
 void mix(std::uint64_t& hash, real value) {
   std::uint64_t bits;
@@ -59,8 +63,10 @@ std::uint64_t work(unsigned seed) {
 
 unsigned long __stdcall run_worker(void* argument) {
   const auto i = reinterpret_cast<std::uintptr_t>(argument);
-  g_hash[i] = work(static_cast<unsigned>(i));
-  --g_working;
+  do {
+    ++g_runs[i];
+    g_wrong[i] += work(static_cast<unsigned>(i)) != g_alone[i];
+  } while (!g_stop);
   return 0;
 }
 
@@ -78,23 +84,21 @@ void wait(void* thread) {
 }  // namespace
 
 int main() {
-  std::uint64_t alone[workers];
-  for (unsigned i = 0; i < workers; ++i) alone[i] = work(i);
-  CHECK(alone[0] != alone[1]);
-
-  g_working = workers;
+  for (unsigned i = 0; i < workers; ++i) g_alone[i] = work(i);
+  CHECK(g_alone[0] != g_alone[1]);
   void* threads[workers];
   for (std::uintptr_t i = 0; i < workers; ++i) {
     threads[i] = CreateThread(nullptr, 0, run_worker, reinterpret_cast<void*>(i), 0, nullptr);
     CHECK(threads[i] != nullptr);
   }
-  int attached = 0;
-  do {
-    wait(CreateThread(nullptr, 0, run_short, nullptr, 0, nullptr));
-    ++attached;
-  } while (g_working > 0 || attached < 100);
-  for (void* thread : threads) wait(thread);
-  for (int i = 0; i < workers; ++i) CHECK(g_hash[i] == alone[i]);
-  std::printf("%d threads came and went meanwhile\n", attached);
+  for (int i = 0; i < visitors; ++i) wait(CreateThread(nullptr, 0, run_short, nullptr, 0, nullptr));
+  g_stop = true;
+  int runs = 0;
+  for (int i = 0; i < workers; ++i) {
+    wait(threads[i]);
+    runs += g_runs[i];
+    CHECK(g_runs[i] > 0 && g_wrong[i] == 0);
+  }
+  std::printf("%d runs in %d threads, while %d others came and went\n", runs, workers, visitors);
   return check::finish();
 }
