@@ -16,7 +16,7 @@ using tessarn::real;
 constexpr int workers = 8;
 constexpr int rounds = 40;
 
-constexpr int visitors = 300;  // threads that come and go meanwhile
+constexpr int visitors = 100;  // threads that come and go meanwhile
 
 std::atomic<bool> g_stop{false};
 std::uint64_t g_alone[workers];
