@@ -29,6 +29,9 @@ set(TESSARN_SOURCES
   poly/search.cpp
   poly/surface.cpp
   poly/surface_fit.cpp
+  geometry/bounds.cpp
+  geometry/cloud.cpp
+  geometry/kernels.cpp
   geometry/line3d.cpp
   geometry/normal_search.cpp
   geometry/plane.cpp
@@ -37,7 +40,8 @@ set(TESSARN_SOURCES
 # Each is compiled once for each instruction set, in a namespace of that name.
 set(TESSARN_KERNELS
   matrix/matrix_kernel.cpp
-  poly/poly_kernel.cpp)
+  poly/poly_kernel.cpp
+  geometry/geometry_kernel.cpp)
 
 file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
 
