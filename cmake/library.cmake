@@ -4,6 +4,7 @@ set(TESSARN_SOURCES
   core/isa.cpp
   core/power.cpp
   vectors/allocate.cpp
+  vectors/kernels.cpp
   vectors/list.cpp
   vectors/list_analysis.cpp
   matrix/adjugate.cpp
@@ -41,7 +42,8 @@ set(TESSARN_SOURCES
 set(TESSARN_KERNELS
   matrix/matrix_kernel.cpp
   poly/poly_kernel.cpp
-  geometry/geometry_kernel.cpp)
+  geometry/geometry_kernel.cpp
+  vectors/list_kernel.cpp)
 
 file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
 
