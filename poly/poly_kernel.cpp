@@ -278,27 +278,30 @@ TESSARN_INLINE bool is_event(const double* x, const double* f, double end, bool 
   return !(x[1] > x[0]);
 }
 
+#if defined(__GNUC__) || defined(__clang__)
+TESSARN_INLINE mask events(const double* x, const double* f, vec last) {
+  const vec zero = {};
+  const vec x0 = load(x);
+  const vec f0 = load(f);
+  const vec f1 = load(f + 1);
+  const mask change = ((f0 > zero) & (f1 < zero)) | ((f0 < zero) & (f1 > zero));
+  return (x0 >= last) | (f0 == zero) | change | ~(load(x + 1) > x0);
+}
+#endif
+
 size_t first_event(const double* x, const double* f, double end, bool at_end) {
-  size_t i = 0;
+  constexpr size_t pairs = point_block - 1;
 #if defined(__GNUC__) || defined(__clang__)
   const vec last = broadcast(end);
-  const vec zero = {};
-  for (; i + width < point_block; i += width) {
-    const vec x0 = load(x + i);
-    const vec f0 = load(f + i);
-    const vec f1 = load(f + i + 1);
-    mask event = (x0 >= last) | (f0 == zero) | ((f0 > zero) & (f1 < zero)) | ((f0 < zero) & (f1 > zero));
-    event |= ~(load(x + i + 1) > x0);
-    int64_t any = 0;
-    for (size_t k = 0; k < width; ++k) any |= event[k];
-    if (any == 0) continue;
-    for (size_t k = i; k < i + width; ++k)
-      if (is_event(x + k, f + k, end, at_end)) return k;
-  }
+  mask event = events(x + pairs - width, f + pairs - width, last);
+  for (size_t i = 0; i + width < pairs; i += width) event |= events(x + i, f + i, last);
+  int64_t any = 0;
+  for (size_t k = 0; k < width; ++k) any |= event[k];
+  if (any == 0) return pairs;
 #endif
-  for (; i + 1 < point_block; ++i)
+  for (size_t i = 0; i < pairs; ++i)
     if (is_event(x + i, f + i, end, at_end)) return i;
-  return point_block - 1;
+  return pairs;
 }
 
 TESSARN_INLINE void surface_group(const double* cof, size_t g, const double* x, const double* y, double* z) {

@@ -24,6 +24,21 @@ class power_sums {
     filled_ += accepted;
     if (filled_ == point_block) flush();
   }
+  // Adds point_block points at once, if none is waiting and none is to be left out; false otherwise.
+  template <class Point, class Accept>
+  bool add_block(const Point* points, Accept accept) {
+    if (filled_ != 0) return false;
+    for (std::size_t i = 0; i < point_block; ++i) {
+      x_[i] = static_cast<double>(points[i].x);
+      y_[i] = static_cast<double>(points[i].y);
+    }
+    int left_out = 0;
+    for (const double x : x_) left_out |= !accept(x);
+    if (left_out) return false;
+    filled_ = point_block;
+    flush();
+    return true;
+  }
   // To be called after the last point.
   void flush();
   real power(unsigned e) const { return tree_sum(as_doubles(sums_.get()) + e * partial_sums); }
