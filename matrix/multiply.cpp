@@ -37,13 +37,29 @@ void multiply_small(const cplx* a, const cplx* b, cplx* c, std::size_t n) {
     }
 }
 
+// The same for N x N, a row of sums at a time.
+template <std::size_t N>
+void multiply_square(const real* a, const real* b, real* c) {
+  for (std::size_t r = 0; r < N; ++r) {
+    real row[N] = {};
+    for (std::size_t k = 0; k < N; ++k)
+      for (std::size_t x = 0; x < N; ++x) row[x] += a[r * N + k] * b[k * N + x];
+    for (std::size_t x = 0; x < N; ++x) c[r * N + x] = computed(row[x]);
+  }
+}
+
 }  // namespace
 
 void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size_t inner, std::size_t columns) {
+  if (rows == inner && inner == columns) {
+    if (rows == 3) return multiply_square<3>(a, b, c);
+    if (rows == 4) return multiply_square<4>(a, b, c);
+  }
   if (rows < kernel_size && inner < kernel_size && columns < kernel_size)
     return multiply_small(a, b, c, rows, inner, columns);
   const matrix_kernels& kernels = matrix();
-  const real_array workspace = allocate(kernels.multiply_workspace(rows, inner, columns));
+  const std::size_t size = kernels.multiply_workspace(rows, inner, columns);
+  const real_array workspace = size == 0 ? nullptr : allocate(size);
   kernels.multiply(as_doubles(a), as_doubles(b), as_doubles(c), rows, inner, columns, as_doubles(workspace.get()));
 }
 
