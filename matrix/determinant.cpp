@@ -50,10 +50,11 @@ real diagonal_product(const real* w, std::size_t n) {
 // The kernel leaves the NaN rule out. A NaN in row r and column c reaches the last row, by the later steps of
 // column c, and from there the last diagonal entry: a diagonal product that is a number was computed without
 // one. Otherwise the work is done again under the rule.
+// w holds n n reals and the workspace of the elimination.
 static real determinant_in(const real* a, std::size_t n, real* w) {
   std::copy_n(a, n * n, w);
   if (n > kernel_size) {
-    matrix().eliminate(as_doubles(w), n);
+    matrix().eliminate(as_doubles(w), n, as_doubles(w + n * n));
     const real product = diagonal_product(w, n);
     if (product == product) return product;
     std::copy_n(a, n * n, w);
@@ -65,10 +66,10 @@ static real determinant_in(const real* a, std::size_t n, real* w) {
 real determinant(const real* a, std::size_t n) {
   if (n == 3) return sarrus(a);
   if (n <= stack_size) {
-    real w[stack_size * stack_size];
+    real w[stack_size * (stack_size + 1)];
     return determinant_in(a, n, w);
   }
-  return determinant_in(a, n, allocate(n * n).get());
+  return determinant_in(a, n, allocate(n * n + matrix().elimination_workspace(n)).get());
 }
 
 }  // namespace tessarn::detail

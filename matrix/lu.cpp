@@ -82,27 +82,36 @@ bool factorise_small(real* w, std::size_t n, std::uint32_t* order) {
 
 // The same under the rule. A NaN that appears in an entry stays in the entries that depend on it, so a result
 // without NaN is the result under the rule, and otherwise the work is done again.
-bool factorise(const real* a, std::size_t n, real* w, std::uint32_t* order) {
+bool factorise(const real* a, std::size_t n, real* w, std::uint32_t* order, real* workspace) {
   std::copy_n(a, n * n, w);
-  const bool regular = n < kernel_size ? factorise_small(w, n, order) : matrix().factorise(as_doubles(w), n, order);
+  const bool regular = n < kernel_size ? factorise_small(w, n, order)
+                                       : matrix().factorise(as_doubles(w), n, order, as_doubles(workspace));
   if (!has_nan(w, n * n)) return regular;
   std::copy_n(a, n * n, w);
   return factorise_by_rule(w, n, order);
 }
 
-// v = L^-1 P b: each sum ascending from +0.0.
+// v = L^-1 P b: each sum ascending from +0.0, those of four rows side by side.
 void substitute_forward(const real* w, std::size_t n, const std::uint32_t* order, column_view<real> b, real* v) {
-  for (std::size_t i = 0; i < n; ++i) {
-    real s = 0;
-    for (std::size_t j = 0; j < i; ++j) s += w[i * n + j] * v[j];
-    v[i] = computed(b[order[i]] - s);
+  constexpr std::size_t group = 4;
+  for (std::size_t first = 0; first < n; first += group) {
+    const std::size_t rows = std::min(group, n - first);
+    real s[group] = {};
+    if (rows == group)
+      for (std::size_t j = 0; j < first; ++j)
+        for (std::size_t k = 0; k < group; ++k) s[k] += w[(first + k) * n + j] * v[j];
+    for (std::size_t k = 0; k < rows; ++k) {
+      const std::size_t i = first + k;
+      for (std::size_t j = rows == group ? first : 0; j < i; ++j) s[k] += w[i * n + j] * v[j];
+      v[i] = computed(b[order[i]] - s[k]);
+    }
   }
 }
 
-// w holds n (n + 1) reals, order n integers.
+// w holds n n reals, n more for the intermediate column and the workspace of the elimination, order n integers.
 bool solve_in(const real* a, std::size_t n, column_view<real> b, real* w, std::uint32_t* order) {
   real* v = w + n * n;
-  if (!factorise(a, n, w, order)) return false;
+  if (!factorise(a, n, w, order, v + n)) return false;
   substitute_forward(w, n, order, b, v);
   for (std::size_t i = n; i-- > 0;) {
     real s = 0;
@@ -120,7 +129,7 @@ bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
     std::uint32_t order[stack_size];
     return solve_in(a, n, b, w, order);
   }
-  const real_array w = allocate(n * n + n);
+  const real_array w = allocate(n * n + n + matrix().elimination_workspace(n));
   const permutation order(new std::uint32_t[n]);
   return solve_in(a, n, b, w.get(), order.get());
 }
