@@ -4,6 +4,7 @@ set(TESSARN_SOURCES
   core/isa.cpp
   core/power.cpp
   vectors/allocate.cpp
+  vectors/kernels.cpp
   vectors/list.cpp
   vectors/list_analysis.cpp
   matrix/adjugate.cpp
@@ -29,6 +30,9 @@ set(TESSARN_SOURCES
   poly/search.cpp
   poly/surface.cpp
   poly/surface_fit.cpp
+  geometry/bounds.cpp
+  geometry/cloud.cpp
+  geometry/kernels.cpp
   geometry/line3d.cpp
   geometry/normal_search.cpp
   geometry/plane.cpp
@@ -37,7 +41,9 @@ set(TESSARN_SOURCES
 # Each is compiled once for each instruction set, in a namespace of that name.
 set(TESSARN_KERNELS
   matrix/matrix_kernel.cpp
-  poly/poly_kernel.cpp)
+  poly/poly_kernel.cpp
+  geometry/geometry_kernel.cpp
+  vectors/list_kernel.cpp)
 
 file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
 
@@ -49,7 +55,7 @@ function(tessarn_add_objects name definition)
     if(TESSARN_KERNELS)
       add_library(${name}_${set} OBJECT ${TESSARN_KERNELS})
       target_compile_definitions(${name}_${set} PRIVATE TESSARN_ISA=${set} TESSARN_ISA_${set})
-      target_compile_options(${name}_${set} PRIVATE ${TESSARN_FLAGS_${set}} $<$<CXX_COMPILER_ID:GNU>:-Wno-psabi>)
+      target_compile_options(${name}_${set} PRIVATE ${TESSARN_FLAGS_${set}} "$<$<CXX_COMPILER_ID:GNU>:-Wno-psabi;-fno-tree-slp-vectorize>")
       list(APPEND objects $<TARGET_OBJECTS:${name}_${set}>)
     endif()
   endforeach()

@@ -47,6 +47,9 @@ inline double_double times(double_double w, real x, double_double halves) noexce
   return {high, t - (high - p.high)};
 }
 
+// The largest k |log2|x|| for which a chain of powers keeps its accuracy.
+inline constexpr unsigned safe_exponent_range = 960;
+
 // True when the chain x, x^2, ..., x^k stays in the range where its steps are exact to 105 bits: the
 // magnitude of k log2|x| is at most 960, judged by the exponent of x, which is generous by less than one.
 inline bool chain_is_safe(real x, unsigned k) noexcept {
@@ -54,7 +57,7 @@ inline bool chain_is_safe(real x, unsigned k) noexcept {
   std::memcpy(&bits, &x, sizeof bits);
   const int exponent = static_cast<int>((bits >> 52) & 0x7FF) - 1023;
   const int magnitude = exponent >= 0 ? exponent + 1 : -exponent;
-  return static_cast<std::uint64_t>(magnitude) * k <= 960;
+  return static_cast<std::uint64_t>(magnitude) * k <= safe_exponent_range;
 }
 
 }  // namespace tessarn::detail

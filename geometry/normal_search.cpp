@@ -1,79 +1,174 @@
-// The unit vector that is as parallel as possible to one set of directions and as perpendicular as possible
-// to another: a grid search over two of its components.
+// The unit vector that is as parallel as possible to one set of directions and as perpendicular as possible to
+// another: a grid search over two of its components.
 #include <cmath>
 #include <limits>
 
+#include "core/storage.h"
+#include "geometry/bounds.h"
+#include "geometry/kernels.h"
 #include "tessarn/geometry.h"
 
 using tessarn::real;
+using tessarn::detail::candidate_lanes;
+using tessarn::detail::interval;
+using tessarn::detail::point_arrays;
+using tessarn::detail::real_array;
 
 namespace {
 
-constexpr real infinity = std::numeric_limits<real>::infinity();
-constexpr real last_step = static_cast<real>(1e-6);
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double last_step = 1e-6;
+// Sets with fewer directions than this are summed rather than bounded: eight sums take one short pass.
+constexpr std::size_t bounded_size = 64;
 
-struct directions {
-  const vector3d* par;
-  tessarn::ulong npar;
-  const vector3d* perp;
-  tessarn::ulong nperp;
+// A set of directions, coordinate by coordinate.
+class direction_set {
+ public:
+  direction_set(const vector3d* v, std::size_t n) : n_(v ? n : 0), coordinates_(tessarn::detail::allocate(3 * n_)) {
+    for (std::size_t i = 0; i < n_; ++i) {
+      coordinates_[i] = v[i].x;
+      coordinates_[n_ + i] = v[i].y;
+      coordinates_[2 * n_ + i] = v[i].z;
+    }
+  }
+  point_arrays arrays() const {
+    const double* x = tessarn::detail::as_doubles(coordinates_.get());
+    return {x, x + n_, x + 2 * n_, n_};
+  }
+
+ private:
+  std::size_t n_;
+  real_array coordinates_;
 };
 
-// The sum of 1 - (v . par)^2, then of (v . perp)^2, in order from +0.0.
-real cost_of(const vector3d& v, const directions& d) {
-  real cost = 0;
-  for (tessarn::ulong i = 0; i < d.npar; ++i) {
-    const real c = v * d.par[i];
-    cost += 1 - c * c;
-  }
-  for (tessarn::ulong i = 0; i < d.nperp; ++i) {
-    const real c = v * d.perp[i];
-    cost += c * c;
-  }
-  return cost;
-}
+struct candidate {
+  double x, y, z;
+  interval cost;
+  bool evaluated;
+};
 
-real dependent(real outer, real inner) { return std::sqrt(1 - inner * inner - outer * outer); }
+// The cost of a unit vector: the sum of 1 - (v . par)^2, then of (v . perp)^2, in order from +0.0.
+class cost_function {
+ public:
+  cost_function(const point_arrays& par, const point_arrays& perp)
+      : par_(par), perp_(perp), bounds_(par, perp), bounded_(bounds_.usable() && par.n + perp.n >= bounded_size) {}
 
-// Moves (outer, inner) over the 3 x 3 grid of its neighbours to ever smaller costs, halving the step where
-// the centre is best. make(outer, inner) builds the candidate; cells outside the unit circle are skipped.
+  // Bounds the costs of count candidates, or evaluates them where that is as good.
+  void prepare(candidate* const* candidates, std::size_t count) const {
+    if (!bounded_) return evaluate(candidates, count);
+    for (std::size_t i = 0; i < count; ++i) {
+      candidate& c = *candidates[i];
+      c.cost = c.z == c.z && c.x == c.x && c.y == c.y ? bounds_(c.x, c.y, c.z) : interval{infinity, infinity};
+      c.evaluated = false;
+    }
+  }
+  void evaluate(candidate* const* candidates, std::size_t count) const {
+    for (std::size_t first = 0; first < count; first += candidate_lanes)
+      evaluate_lanes(candidates + first, count - first < candidate_lanes ? count - first : candidate_lanes);
+  }
+
+ private:
+  void evaluate_lanes(candidate* const* candidates, std::size_t count) const {
+    double x[candidate_lanes] = {}, y[candidate_lanes] = {}, z[candidate_lanes] = {}, cost[candidate_lanes] = {};
+    for (std::size_t i = 0; i < count; ++i) {
+      x[i] = candidates[i]->x;
+      y[i] = candidates[i]->y;
+      z[i] = candidates[i]->z;
+    }
+    tessarn::detail::geometry().add_sines(par_, x, y, z, cost);
+    tessarn::detail::geometry().add_cosines(perp_, x, y, z, cost);
+    for (std::size_t i = 0; i < count; ++i) {
+      const double sum = cost[i] == cost[i] ? cost[i] : infinity;
+      candidates[i]->cost = {sum, sum};
+      candidates[i]->evaluated = true;
+    }
+  }
+
+  const point_arrays par_, perp_;
+  const tessarn::detail::direction_bounds bounds_;
+  const bool bounded_;
+};
+
+double dependent(double inner, double outer) { return std::sqrt(1 - inner * inner - outer * outer); }
+
+// The candidates of one round: the best so far, which wins ties, and the feasible cells in their order.
+struct round {
+  candidate cells[10];
+  int i[10], j[10];
+  std::size_t count = 0;
+
+  void add(const candidate& c, int inner, int outer) {
+    cells[count] = c;
+    i[count] = inner;
+    j[count] = outer;
+    ++count;
+  }
+
+  // The first of the smallest costs. Bounds that overlap are replaced by the sums.
+  std::size_t best(const cost_function& cost) {
+    double least_high = infinity;
+    for (std::size_t k = 0; k < count; ++k) least_high = std::fmin(least_high, cells[k].cost.high);
+    candidate* open[10];
+    std::size_t opened = 0, left = 0, first = 0;
+    for (std::size_t k = count; k-- > 0;) {
+      if (!(cells[k].cost.low <= least_high)) continue;
+      first = k;
+      ++left;
+      if (!cells[k].evaluated && cells[k].cost.low < infinity) open[opened++] = &cells[k];
+    }
+    if (left <= 1) return first;
+    cost.evaluate(open, opened);
+    for (std::size_t k = first + 1; k < count; ++k)
+      if (cells[k].cost.low <= least_high && cells[k].cost.low < cells[first].cost.low) first = k;
+    return first;
+  }
+};
+
+// Moves (outer, inner) over the 3 x 3 grid of its neighbours to ever smaller costs, halving the step where none is
+// smaller. make(outer, inner) builds the candidate; cells outside the unit circle are skipped. The centre of a later
+// round is the best so far itself.
 template <class Make>
-void grid_search(real& outer, real& inner, const directions& d, Make make) {
-  real best = infinity;
-  for (real step = 1; step > last_step;) {
-    int best_i = 0, best_j = 0;
+void grid_search(double& outer, double& inner, const cost_function& cost, Make make) {
+  candidate best = {0, 0, 0, {infinity, infinity}, true};
+  bool first_round = true;
+  for (double step = 1; step > last_step;) {
+    round r;
+    r.add(best, 0, 0);
+    candidate* added[9];
     for (int j = -1; j <= 1; ++j)
       for (int i = -1; i <= 1; ++i) {
-        const real a = outer + static_cast<real>(j) * step;
-        const real b = inner + static_cast<real>(i) * step;
-        if (b * b + a * a > 1) continue;
-        const real cost = cost_of(make(a, b), d);
-        if (!(cost < best)) continue;
-        best = cost;
-        best_i = i;
-        best_j = j;
+        const double a = outer + j * step;
+        const double b = inner + i * step;
+        if (b * b + a * a > 1 || (i == 0 && j == 0 && !first_round)) continue;
+        added[r.count - 1] = &r.cells[r.count];
+        r.add(make(a, b), i, j);
       }
-    outer += static_cast<real>(best_j) * step;
-    inner += static_cast<real>(best_i) * step;
-    if (best_i == 0 && best_j == 0) step *= static_cast<real>(0.5);
+    cost.prepare(added, r.count - 1);
+    const std::size_t k = r.best(cost);
+    best = r.cells[k];
+    outer += r.j[k] * step;
+    inner += r.i[k] * step;
+    if (r.i[k] == 0 && r.j[k] == 0) step *= 0.5;
+    first_round = false;
   }
 }
 
 }  // namespace
 
-bool plane::CalcNormale(vector3d& n, vector3d* par, tessarn::ulong npar, vector3d* perp, tessarn::ulong nperp) {
+bool plane::CalcNormale(vector3d& n, vector3d* par, ulong npar, vector3d* perp, ulong nperp) {
   if (par == nullptr && perp == nullptr) return false;
-  const directions d{par, par ? npar : 0, perp, perp ? nperp : 0};
-  real x = 0, y = 0;
-  grid_search(y, x, d, [](real a, real b) { return vector3d(b, a, dependent(a, b)); });
-  real z = dependent(y, x);
+  const direction_set along(par, npar), across(perp, nperp);
+  const cost_function cost(along.arrays(), across.arrays());
+  double x = 0, y = 0;
+  grid_search(y, x, cost, [](double a, double b) { return candidate{b, a, dependent(b, a), {}, false}; });
+  double z = dependent(x, y);
   if (!(z >= std::fabs(x) && z >= std::fabs(y))) {
     if (std::fabs(x) > std::fabs(y)) {
-      grid_search(y, z, d, [](real a, real b) { return vector3d(dependent(b, a), a, b); });
-      x = dependent(z, y);
+      grid_search(y, z, cost, [](double a, double b) { return candidate{dependent(a, b), a, b, {}, false}; });
+      x = dependent(y, z);
     } else {
-      grid_search(x, z, d, [](real a, real b) { return vector3d(a, dependent(b, a), b); });
-      y = dependent(z, x);
+      grid_search(x, z, cost, [](double a, double b) { return candidate{a, dependent(a, b), b, {}, false}; });
+      y = dependent(x, z);
     }
   }
   n = vector3d(x, y, z);

@@ -1,193 +1,198 @@
 // The plane through a cloud of points: a pattern search over two components of the unit normal.
 #include <cmath>
-#include <cstdint>
 #include <limits>
-#include <memory>
 
-#include "core/storage.h"
+#include "geometry/bounds.h"
+#include "geometry/cloud.h"
 #include "tessarn/geometry.h"
 
 using tessarn::real;
-using tessarn::detail::real_array;
+using tessarn::detail::candidate_lanes;
+using tessarn::detail::cloud;
+using tessarn::detail::interval;
 
 namespace {
 
-constexpr real infinity = std::numeric_limits<real>::infinity();
-constexpr real first_step = static_cast<real>(0.01);
-constexpr real last_step = static_cast<real>(1e-6);
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double first_step = 0.01;
+constexpr double last_step = 1e-6;
+constexpr int centre = 4;
 
-// The distinct points of the cloud, coordinate by coordinate.
-struct cloud {
-  real_array x, y, z;
-  std::size_t n;
-  vector3d point(std::size_t i) const { return {x[i], y[i], z[i]}; }
+// A candidate normal. Its cost, the sum of the squared residuals, lies in an interval; it is a single number once
+// the sums have been evaluated, which also gives the offset. Infinite where there is no such normal.
+struct cell {
+  double x = 0, y = 0, z = 0;
+  double offset = 0;
+  interval cost = {infinity, infinity};
+  bool evaluated = false;
 };
 
-std::uint64_t hash_of(real x, real y, real z) noexcept {
-  std::uint64_t h = 0;
-  for (real v : {x, y, z}) {
-    std::uint64_t bits;
-    v += 0;  // -0.0 equals 0.0
-    std::memcpy(&bits, &v, sizeof bits);
-    h = (h ^ bits) * 0x9E3779B97F4A7C15u;
-    h ^= h >> 29;
-  }
-  return h;
-}
+class plane_search {
+ public:
+  plane_search(const cloud& points, const vector3d& centroid) : points_(points), bounds_(points, centroid) {}
 
-// Of each group of equal points the last one is kept, in order: a walk from the end that keeps what is
-// not yet in an open hash table. A point with NaN equals nothing.
-cloud distinct_points(const vector3d* pts, tessarn::ulong count) {
-  std::size_t slots = 16;
-  while (slots < 2 * static_cast<std::size_t>(count)) slots *= 2;
-  std::unique_ptr<tessarn::ulong[]> table(new tessarn::ulong[slots]());  // index + 1; 0 is free
-  std::unique_ptr<bool[]> kept(new bool[count]);
-  std::size_t n = 0;
-  for (tessarn::ulong i = count; i-- > 0;) {
-    const vector3d& p = pts[i];
-    std::size_t slot = hash_of(p.x, p.y, p.z) & (slots - 1);
-    bool duplicate = false;
-    for (; table[slot] != 0 && !duplicate; slot = (slot + 1) & (slots - 1)) {
-      const vector3d& q = pts[table[slot] - 1];
-      duplicate = p.x == q.x && p.y == q.y && p.z == q.z;
-    }
-    kept[i] = !duplicate;
-    if (duplicate) continue;
-    table[slot] = i + 1;
-    ++n;
+  // Starts from the normal n with the offset d.
+  void begin(const vector3d& n, real d) {
+    current_.x = static_cast<double>(n.x);
+    current_.y = static_cast<double>(n.y);
+    current_.z = static_cast<double>(n.z);
+    current_.offset = static_cast<double>(d);
+    current_.evaluated = true;
   }
-  cloud c{tessarn::detail::allocate(n), tessarn::detail::allocate(n), tessarn::detail::allocate(n), 0};
-  for (tessarn::ulong i = 0; i < count; ++i) {
-    if (!kept[i]) continue;
-    c.x[c.n] = pts[i].x;
-    c.y[c.n] = pts[i].y;
-    c.z[c.n] = pts[i].z;
-    ++c.n;
+  // Moves the 3 x 3 grid with the given step to ever better cells until its centre is the best one. True when the
+  // cost is exactly 0. Where no cell has a finite cost the normal stays as it is.
+  bool run(double step);
+  vector3d normal() const { return {current_.x, current_.y, current_.z}; }
+  real offset() {
+    evaluate_one(current_);
+    return current_.offset;
   }
-  return c;
-}
 
-struct candidate {
-  real x, y, z;  // the unit normal
-  real offset;
-  real cost;
+ private:
+  cell made(double x, double y) const;
+  cell around(int k, double step) const {
+    return made(current_.x + (k % 3 - 1) * step, current_.y + (k / 3 - 1) * step);
+  }
+  void shift(cell* cells, int best, double step) const;
+  int best_of(cell* cells) const;
+  bool cost_is_zero(cell& c) const;
+  void evaluate(cell* const* cells, std::size_t count) const;
+  void evaluate_one(cell& c) const {
+    cell* one = &c;
+    if (!c.evaluated) evaluate(&one, 1);
+  }
+
+  const cloud& points_;
+  const tessarn::detail::residual_bounds bounds_;
+  cell current_;
 };
 
-real height_over(const candidate& c, const cloud& points, std::size_t i) {
-  return (c.y * points.y[i] + c.x * points.x[i]) + c.z * points.z[i];
-}
-
-// The mean of n . p, and the sum of (n . p - d)^2, in the order of the points from +0.0.
-void evaluate(candidate& c, const cloud& points) {
-  real sum = 0;
-  for (std::size_t i = 0; i < points.n; ++i) sum += height_over(c, points, i);
-  c.offset = sum / static_cast<real>(points.n);
-  real cost = 0;
-  for (std::size_t i = 0; i < points.n; ++i) {
-    const real r = height_over(c, points, i) - c.offset;
-    cost += r * r;
-  }
-  c.cost = cost == cost ? cost : infinity;
-}
-
-candidate cell_at(real x, real y, const cloud& points) {
-  candidate c{x, y, 0, 0, infinity};
-  const real square = x * x + y * y;
-  if (square > 1) return c;
+cell plane_search::made(double x, double y) const {
+  cell c;
+  c.x = x;
+  c.y = y;
+  if (x * x + y * y > 1) return c;
   c.z = std::sqrt(1 - x * x - y * y);
-  evaluate(c, points);
+  if (c.z != c.z) return c;
+  if (bounds_.usable())
+    c.cost = bounds_(c.x, c.y, c.z);
+  else
+    evaluate_one(c);
   return c;
 }
 
-// The 3 x 3 cells around the current normal, cell 3 j + i at offsets (i - 1, j - 1) times the step. A move to
-// a better cell keeps the cells that stay in the grid. Returns the cost of the final centre; exactly 0 ends
-// the search at once. Where no cell has a finite cost the normal and the offset stay as they are.
-real pattern_search(vector3d& normal, real& offset, real step, const cloud& points) {
-  candidate cells[9];
-  real x = normal.x;
-  real y = normal.y;
-  const auto cell_around = [&](int i, int j) {
-    return cell_at(x + static_cast<real>(i - 1) * step, y + static_cast<real>(j - 1) * step, points);
-  };
-  for (int k = 0; k < 9; ++k) cells[k] = cell_around(k % 3, k / 3);
+// The sums themselves, for up to candidate_lanes cells in one pass over the points.
+void plane_search::evaluate(cell* const* cells, std::size_t count) const {
+  double x[candidate_lanes] = {}, y[candidate_lanes] = {}, z[candidate_lanes] = {};
+  double offset[candidate_lanes], cost[candidate_lanes];
+  for (std::size_t i = 0; i < count; ++i) {
+    x[i] = cells[i]->x;
+    y[i] = cells[i]->y;
+    z[i] = cells[i]->z;
+  }
+  tessarn::detail::geometry().residuals(points_.arrays(), x, y, z, offset, cost);
+  for (std::size_t i = 0; i < count; ++i) {
+    const double sum = cost[i] == cost[i] ? cost[i] : infinity;
+    cells[i]->offset = offset[i];
+    cells[i]->cost = {sum, sum};
+    cells[i]->evaluated = true;
+  }
+}
+
+// The cell of the smallest cost, the first of equals. The bounds leave those cells whose cost may be the smallest;
+// when more than one is left, their sums decide.
+int plane_search::best_of(cell* cells) const {
+  double least_high = infinity;
+  for (int k = 0; k < 9; ++k) least_high = std::fmin(least_high, cells[k].cost.high);
+  int best = -1;
+  cell* open[9];
+  std::size_t count = 0, left = 0;
+  for (int k = 0; k < 9; ++k) {
+    if (!(cells[k].cost.low <= least_high)) continue;
+    if (best < 0) best = k;
+    ++left;
+    if (!cells[k].evaluated && cells[k].cost.low < infinity) open[count++] = &cells[k];
+  }
+  if (left <= 1) return best;
+  for (std::size_t i = 0; i < count; i += candidate_lanes)
+    evaluate(open + i, count - i < candidate_lanes ? count - i : candidate_lanes);
+  for (int k = best + 1; k < 9; ++k)
+    if (cells[k].cost.low <= least_high && cells[k].cost.low < cells[best].cost.low) best = k;
+  return best;
+}
+
+bool plane_search::cost_is_zero(cell& c) const {
+  if (c.cost.low > 0) return false;
+  evaluate_one(c);
+  return c.cost.low == 0;
+}
+
+// The grid around the new centre; cells that stay in it keep what is known of them.
+void plane_search::shift(cell* cells, int best, double step) const {
+  cell shifted[9];
+  for (int k = 0; k < 9; ++k) {
+    const int i = k % 3 + best % 3 - 1;
+    const int j = k / 3 + best / 3 - 1;
+    const bool stays = i >= 0 && i < 3 && j >= 0 && j < 3;
+    shifted[k] = stays ? cells[3 * j + i] : around(k, step);
+  }
+  for (int k = 0; k < 9; ++k) cells[k] = shifted[k];
+}
+
+bool plane_search::run(double step) {
+  cell cells[9];
+  for (int k = 0; k < 9; ++k) cells[k] = around(k, step);
   for (;;) {
-    int best = 0;
-    for (int k = 1; k < 9; ++k)
-      if (cells[k].cost < cells[best].cost) best = k;
-    const candidate chosen = cells[best];
-    if (!(chosen.cost < infinity)) return infinity;
-    normal = vector3d(chosen.x, chosen.y, chosen.z);
-    offset = chosen.offset;
-    if (chosen.cost == 0 || best == 4) return chosen.cost;
-    x = chosen.x;
-    y = chosen.y;
-    candidate shifted[9];
-    for (int k = 0; k < 9; ++k) {
-      const int i = k % 3 + best % 3 - 1;
-      const int j = k / 3 + best / 3 - 1;
-      const bool stays = i >= 0 && i < 3 && j >= 0 && j < 3;
-      shifted[k] = stays ? cells[3 * j + i] : cell_around(k % 3, k / 3);
-    }
-    for (int k = 0; k < 9; ++k) cells[k] = shifted[k];
+    const int best = best_of(cells);
+    if (best < 0 || !(cells[best].cost.low < infinity)) return false;
+    const bool perfect = cost_is_zero(cells[best]);
+    current_ = cells[best];
+    if (perfect || best == centre) return perfect;
+    shift(cells, best, step);
   }
 }
 
-vector3d centroid(const cloud& points) {
-  vector3d sum;
-  for (std::size_t i = 0; i < points.n; ++i) sum += points.point(i);
-  return sum / static_cast<real>(points.n);
+// The normal of the plane through three extreme points of the cloud, and its offset.
+vector3d normal_through_extremes(const cloud& points, const vector3d& centroid, real& offset) {
+  const vector3d e1 = points.farthest_from(centroid);
+  const vector3d e2 = points.farthest_from(e1);
+  const vector3d e3 = points.farthest_from(e1, e2);
+  vector3d n = (e2 - e1).cross(e3 - e1);
+  n = n / n.lenld();
+  if (!(n.z >= 0)) n = vector3d(-n.x, -n.y, -n.z);
+  offset = n * e1;
+  return n;
 }
 
-// Of all points the one with the largest value above the starting value, the first of equals; the given
-// point when none is larger.
-template <class Value>
-vector3d extreme_point(const cloud& points, const vector3d& start, real start_value, Value value) {
-  vector3d extreme = start;
-  real largest = start_value;
-  for (std::size_t i = 0; i < points.n; ++i) {
-    const vector3d p = points.point(i);
-    const real v = value(p);
-    if (v > largest) {
-      largest = v;
-      extreme = p;
-    }
-  }
-  return extreme;
+vector3d normal_through_three(const cloud& points, real& offset) {
+  const vector3d n = (points.point(1) - points.point(0)).cross(points.point(2) - points.point(0));
+  const vector3d unit = n / n.lenld();
+  offset = unit * points.point(0);
+  return unit;
 }
 
-// The initial guess from three extreme points of the cloud.
-void guess_from_extremes(const cloud& points, vector3d& normal, real& offset) {
-  const vector3d c = centroid(points);
-  const vector3d e1 = extreme_point(points, c, 0, [&](const vector3d& p) { return (p - c).lenld(); });
-  const vector3d e2 = extreme_point(points, e1, 0, [&](const vector3d& p) { return (p - e1).lenld(); });
-  const auto distances = [&](const vector3d& p) { return (p - e1).lenld() + (p - e2).lenld(); };
-  const vector3d e3 = extreme_point(points, e1, distances(e1), distances);
-  normal = (e2 - e1).cross(e3 - e1);
-  normal = normal / normal.lenld();
-  if (!(normal.z >= 0)) normal = vector3d(-normal.x, -normal.y, -normal.z);
-  offset = normal * e1;
+vector3d refined_normal(const cloud& points, real& offset) {
+  const vector3d centroid = points.centroid();
+  plane_search search(points, centroid);
+  const vector3d guess = normal_through_extremes(points, centroid, offset);
+  search.begin(guess, offset);
+  double step = first_step;
+  do {
+    if (search.run(step)) break;
+    step *= 0.5;
+  } while (step > last_step);
+  offset = search.offset();
+  return search.normal();
 }
 
 }  // namespace
 
-plane::plane(vector3d* pts, tessarn::ulong count) {
+plane::plane(vector3d* pts, ulong count) {
   if (count < 3 || pts == nullptr) return;
-  const cloud points = distinct_points(pts, count);
-  if (points.n < 3) return;
-  vector3d n;
+  const cloud points(pts, count);
+  if (points.size() < 3) return;
   real d = 0;
-  if (points.n == 3) {
-    n = (points.point(1) - points.point(0)).cross(points.point(2) - points.point(0));
-    n = n / n.lenld();
-    d = n * points.point(0);
-  } else {
-    guess_from_extremes(points, n, d);
-    real step = first_step;
-    do {
-      if (pattern_search(n, d, step, points) == 0) break;
-      step *= static_cast<real>(0.5);
-    } while (step > last_step);
-  }
+  const vector3d n = points.size() == 3 ? normal_through_three(points, d) : refined_normal(points, d);
   const real length = n.lenld();
   if (length == 0) return;
   normal = n / length;

@@ -1,18 +1,12 @@
 // The functions of a curve over arrays of abscissas, block by block.
 #include <algorithm>
 
-#include "core/power.h"
 #include "poly/curve.h"
+#include "poly/power_sums.h"
 #include "tessarn/poly.h"
 
 namespace tessarn::detail {
 namespace {
-
-bool chains_are_safe(const double* x, slong highest) noexcept {
-  bool safe = true;
-  for (std::size_t i = 0; i < point_block; ++i) safe &= chain_is_safe(x[i], static_cast<unsigned>(highest));
-  return safe;
-}
 
 // factors[i] = F(i) of the k-th derivative.
 void falling_factorials(slong n, unsigned k, real* factors) {
@@ -35,7 +29,7 @@ block_derivative::block_derivative(coefficients p, unsigned k)
 
 void block_derivative::operator()(const double* x, double* y) const {
   const auto k = static_cast<slong>(k_);
-  if (p_.n > k && chains_are_safe(x, p_.n - k)) {
+  if (p_.n > k && chains_are_safe(x, static_cast<unsigned>(p_.n - k))) {
     const auto terms = static_cast<std::size_t>(p_.n - k);
     return poly().power_series(as_doubles(p_.cof + k), as_doubles(factors_.get() + k), terms, x, y);
   }
@@ -50,7 +44,7 @@ block_curvature::block_curvature(coefficients p, bool derivative)
 
 void block_curvature::operator()(const double* x, double* y) const {
   double d[3 * point_block];
-  if (p_.n > 0 && chains_are_safe(x, p_.n)) {
+  if (p_.n > 0 && chains_are_safe(x, static_cast<unsigned>(p_.n))) {
     const auto n = static_cast<std::size_t>(p_.n);
     poly().derivatives(as_doubles(p_.cof), as_doubles(factors_.get()), n, n, x, d);
   } else {

@@ -30,8 +30,7 @@ real_mat fitted(const vector* pts, tessarn::ulong n, tessarn::ulong q, ExponentO
   if (q == 0) return b;
   const unsigned highest = exponent_of(q - 1);
   tessarn::detail::power_sums sums(2 * highest + 1, highest + 1);
-  for (tessarn::ulong i = 0; i < n; ++i)
-    if (accept(pts[i])) sums.add(pts[i].x, pts[i].y);
+  for (tessarn::ulong i = 0; i < n; ++i) sums.add(pts[i].x, pts[i].y, accept(pts[i]));
   sums.flush();
   for (tessarn::ulong r = 0; r < q; ++r) {
     for (tessarn::ulong c = 0; c < q; ++c)
@@ -47,7 +46,7 @@ real_mat fitted(const vector* pts, tessarn::ulong n, tessarn::ulong q, ExponentO
 void binom::create(vector* pts, ulong n, ulong m) {
   create(static_cast<slong>(m));
   const real_mat solution =
-      fitted(pts, n, m, full_power, [](const vector& p) { return !(p.x == left_out || p.x != p.x); });
+      fitted(pts, n, m, full_power, [](const vector& p) { return (p.x != left_out) & (p.x == p.x); });
   for (ulong r = 0; r < m; ++r) set(static_cast<slong>(r), solution.getData()[r]);
 }
 

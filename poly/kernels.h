@@ -10,14 +10,16 @@ namespace tessarn::detail {
 inline constexpr size_t point_block = 64;
 
 struct poly_kernels {
+  // True when every magnitude of a block is at least low and below high.
+  bool (*in_range)(const double* x, double low, double high);
+
   // powers[e * point_block + i] = x[i]^e, correctly rounded, for e below exponents and a whole block of abscissas, for
   // which the chain of powers must be safe (core/power.h).
   void (*powers)(const double* x, unsigned exponents, double* powers);
 
-  // sums[e] += the powers e of the first n points one after the other, for e below exponents; and moments[e] += power
-  // times y[i] for e below ordinates <= exponents.
-  void (*add_powers)(const double* powers, const double* y, size_t n, unsigned exponents, unsigned ordinates,
-                     double* sums, double* moments);
+  // sums[e] += the powers e of the first n points one after the other, for e below exponents, and sums[exponents + e]
+  // += power e times y[i] for e below ordinates <= exponents. powers, as by powers(), has room for ordinates more rows.
+  void (*add_powers)(double* powers, const double* y, size_t n, unsigned exponents, unsigned ordinates, double* sums);
 
   // One after the other for the first n points with the powers px and py (rows of point_block) below side = 2 g - 1:
   // sums[b * stride + a] += (py[b] px[a]) w, and moments[j * stride + i] += (py[j] px[i]) z for i, j < g. w may be null.

@@ -69,6 +69,27 @@ struct chains {
 constexpr size_t group = width == 1 ? 1 : 4;
 constexpr size_t group_points = group * width;
 
+// All magnitudes of a block at least low and below high.
+bool in_range(const double* x, double low, double high) {
+#if defined(__GNUC__) || defined(__clang__)
+  mask inside = mask{} - 1;
+  for (size_t i = 0; i < point_block; i += width) {
+    const vec magnitude = (vec)((mask)load(x + i) & (mask{} + INT64_MAX));
+    inside &= (magnitude >= broadcast(low)) & (magnitude < broadcast(high));
+  }
+  int64_t all = -1;
+  for (size_t k = 0; k < width; ++k) all &= inside[k];
+  return all != 0;
+#else
+  bool all = true;
+  for (size_t i = 0; i < point_block; ++i) {
+    const double magnitude = x[i] < 0 ? -x[i] : x[i];
+    all &= magnitude >= low && magnitude < high;
+  }
+  return all;
+#endif
+}
+
 void powers(const double* x, unsigned exponents, double* powers) {
   for (size_t i = 0; i < point_block; i += group_points) {
     chains<group> c;
@@ -80,9 +101,9 @@ void powers(const double* x, unsigned exponents, double* powers) {
   }
 }
 
-// COUNT sums at once, each in the order of the points.
+// COUNT rows at once, each summed in the order of the points: enough chains of additions to hide their latency.
 template <size_t COUNT>
-TESSARN_INLINE void add_rows(const double* rows, size_t n, double* sums) {
+void add_rows(const double* rows, size_t n, double* sums) {
   double s[COUNT];
   for (size_t e = 0; e < COUNT; ++e) s[e] = sums[e];
   for (size_t i = 0; i < n; ++i)
@@ -90,24 +111,41 @@ TESSARN_INLINE void add_rows(const double* rows, size_t n, double* sums) {
   for (size_t e = 0; e < COUNT; ++e) sums[e] = s[e];
 }
 
-template <size_t COUNT>
-TESSARN_INLINE void add_moments(const double* rows, const double* y, size_t n, double* sums) {
-  double s[COUNT];
-  for (size_t e = 0; e < COUNT; ++e) s[e] = sums[e];
-  for (size_t i = 0; i < n; ++i)
-    for (size_t e = 0; e < COUNT; ++e) s[e] += rows[e * point_block + i] * y[i];
-  for (size_t e = 0; e < COUNT; ++e) sums[e] = s[e];
+constexpr size_t chains_at_once = 12;
+
+// Up to chains_at_once rows.
+void add_last_rows(const double* rows, size_t count, size_t n, double* sums) {
+  switch (count) {
+    case 1: return add_rows<1>(rows, n, sums);
+    case 2: return add_rows<2>(rows, n, sums);
+    case 3: return add_rows<3>(rows, n, sums);
+    case 4: return add_rows<4>(rows, n, sums);
+    case 5: return add_rows<5>(rows, n, sums);
+    case 6: return add_rows<6>(rows, n, sums);
+    case 7: return add_rows<7>(rows, n, sums);
+    case 8: return add_rows<8>(rows, n, sums);
+    case 9: return add_rows<9>(rows, n, sums);
+    case 10: return add_rows<10>(rows, n, sums);
+    case 11: return add_rows<11>(rows, n, sums);
+    case 12: return add_rows<12>(rows, n, sums);
+    default: return;
+  }
 }
 
-void add_powers(const double* powers, const double* y, size_t n, unsigned exponents, unsigned ordinates, double* sums,
-                double* moments) {
-  unsigned e = 0;
-  for (; e + 6 <= exponents; e += 6) add_rows<6>(powers + e * point_block, n, sums + e);
-  for (; e + 2 <= exponents; e += 2) add_rows<2>(powers + e * point_block, n, sums + e);
-  for (; e < exponents; ++e) add_rows<1>(powers + e * point_block, n, sums + e);
-  e = 0;
-  for (; e + 4 <= ordinates; e += 4) add_moments<4>(powers + e * point_block, y, n, moments + e);
-  for (; e < ordinates; ++e) add_moments<1>(powers + e * point_block, y, n, moments + e);
+void add_powers(double* powers, const double* y, size_t n, unsigned exponents, unsigned ordinates, double* sums) {
+  double* moments = powers + exponents * point_block;
+  for (size_t e = 0; e < ordinates; ++e)
+    for (size_t i = 0; i < point_block; i += width)
+      store(moments + e * point_block + i, load(powers + e * point_block + i) * load(y + i));
+  sums[0] += (double)n;  // the powers 0: ones, whose sum is exact
+  const double* rows = powers + point_block;
+  size_t left = exponents - 1 + ordinates;
+  for (++sums; left > chains_at_once; left -= chains_at_once - 1) {
+    add_rows<chains_at_once - 1>(rows, n, sums);
+    rows += (chains_at_once - 1) * point_block;
+    sums += chains_at_once - 1;
+  }
+  add_last_rows(rows, left, n, sums);
 }
 
 // The sums of a surface fit of grade G, all in registers while the points of a block pass.
@@ -348,7 +386,7 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 }  // namespace
 
-const poly_kernels poly_table = {powers,       add_powers,  add_products, values,
+const poly_kernels poly_table = {in_range,     powers,      add_powers,   add_products, values,
                                  power_series, derivatives, curvature,    curvature_derivative,
                                  first_event,  surface_values, convolve};
 

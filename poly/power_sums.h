@@ -12,10 +12,12 @@ namespace tessarn::detail {
 class power_sums {
  public:
   power_sums(unsigned exponents, unsigned ordinates);
-  void add(real x, real y) {
+  // Adds the point if it is accepted.
+  void add(real x, real y, bool accepted) {
     x_[filled_] = static_cast<double>(x);
     y_[filled_] = static_cast<double>(y);
-    if (++filled_ == point_block) flush();
+    filled_ += accepted;
+    if (filled_ == point_block) flush();
   }
   // To be called after the last point.
   void flush();
@@ -30,6 +32,9 @@ class power_sums {
   std::size_t filled_ = 0;
   double x_[point_block], y_[point_block];
 };
+
+// Whether the chains of powers of a block of abscissas are safe up to the given exponent (core/power.h).
+bool chains_are_safe(const double* x, unsigned highest) noexcept;
 
 // powers[e * point_block + i] = x[i]^e for a block of abscissas, whatever their range, and e below exponents.
 void block_powers(const double* x, unsigned exponents, double* powers);

@@ -4,7 +4,7 @@ set -euo pipefail
 
 declare -A groups=(
   [build]="g++ cmake ninja-build make"
-  [demo]="libcli11-dev gnuplot-nox"
+  [demo]="libcli11-dev gnuplot-nox fonts-dejavu-core"
   [test]="libgtest-dev libmpfr-dev libgmp-dev liblapacke-dev libeigen3-dev clang-14 clang-22 pkg-config binutils gdb"
   [coverage]="gcovr"
   [windows]="clang-22 lld-22 llvm-22 libc++-22-dev libwine-dev wine wine64 wine64-preloader g++-mingw-w64-x86-64-posix libgtest-dev zip unzip"

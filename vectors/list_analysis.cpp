@@ -1,27 +1,48 @@
 // The point list: direction, removal of outliers, extraction of a chain.
-#include <cmath>
+#include <algorithm>
 #include <memory>
 
 #include "tessarn/poly.h"
 #include "tessarn/vectors.h"
+#include "vectors/kernels.h"
 
 using tessarn::real;
+using tessarn::detail::neighbours;
 
 namespace {
 
 constexpr real removed = -1;            // the x of a point that is marked for removal
-constexpr tessarn::ulong neighbours = 5;         // on either side of a point, for its moving mean
 constexpr real first_tolerance = static_cast<real>(0.2);   // radians, while the chain is short
 constexpr real chain_tolerance = static_cast<real>(0.05);  // radians, from chain_fitted points on
 constexpr tessarn::ulong chain_fitted = 10;
 
-// The mean ordinate around point i, summed afresh in ascending order.
-real moving_mean(const vector* points, tessarn::ulong count, tessarn::ulong i) {
-  const tessarn::ulong first = i < neighbours ? 0 : i - neighbours;
-  const tessarn::ulong last = count - 1 - i < neighbours ? count - 1 : i + neighbours;
+// The squared deviation of point i from the mean of its neighbourhood, as far as the list reaches.
+real squared_deviation(const vector* points, std::size_t count, std::size_t i) {
+  const std::size_t first = i < neighbours ? 0 : i - neighbours;
+  const std::size_t last = std::min(count - 1, i + neighbours);
   real sum = 0;
-  for (tessarn::ulong j = first; j <= last; ++j) sum += points[j].y;
-  return sum / static_cast<real>(last - first + 1);
+  for (std::size_t j = first; j <= last; ++j) sum += points[j].y;
+  const real deviation = points[i].y - sum / static_cast<real>(last - first + 1);
+  return deviation * deviation;
+}
+
+// Marks the points that deviate by more than limit; those whose neighbourhood is whole in blocks.
+void mark_deviating(const vector* points, std::size_t count, real limit, bool* marked) {
+  constexpr std::size_t block = 256;
+  std::size_t i = 0;
+  const auto one_by_one = [&](std::size_t end) {
+    for (; i < end; ++i) marked[i] = squared_deviation(points, count, i) > limit;
+  };
+  one_by_one(std::min(neighbours, count));
+  while (i + neighbours < count) {
+    const std::size_t n = std::min(block, count - neighbours - i);
+    double y[block + 2 * neighbours], squared[block];
+    for (std::size_t k = 0; k < n + 2 * neighbours; ++k) y[k] = static_cast<double>(points[i - neighbours + k].y);
+    tessarn::detail::list().squared_deviations(y + neighbours, squared, n);
+    for (std::size_t k = 0; k < n; ++k) marked[i + k] = squared[k] > limit;
+    i += n;
+  }
+  one_by_one(count);
 }
 
 }  // namespace
@@ -35,15 +56,12 @@ vector vectormat::avdir() {
 
 void vectormat::DeleteErrors(real limit) {
   // The marks are kept apart until the new storage is there, so that a failure changes nothing.
-  std::unique_ptr<bool[]> marked(new bool[count]);
-  tessarn::ulong kept = 0;
-  for (tessarn::ulong i = 0; i < count; ++i) {
-    marked[i] = points[i].x == removed;
-    if (limit != 0) {
-      const real deviation = points[i].y - moving_mean(points, count, i);
-      if (deviation * deviation > limit) marked[i] = true;
-    }
-    if (!marked[i]) ++kept;
+  const std::unique_ptr<bool[]> marked(new bool[count]());
+  if (limit != 0) mark_deviating(points, count, limit, marked.get());
+  ulong kept = 0;
+  for (ulong i = 0; i < count; ++i) {
+    marked[i] = marked[i] || points[i].x == removed;
+    kept += !marked[i];
   }
   std::unique_ptr<vector[]> rest(new vector[kept]);
   for (tessarn::ulong i = 0, j = 0; i < count; ++i) {

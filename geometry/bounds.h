@@ -1,0 +1,54 @@
+// Bounds on the sums of squares that the searches for a normal compare. A sum is a quadratic form in the normal, so
+// the second moments give it in constant time, within a margin for the roundings of the moments and of the sum itself.
+// Where the bounds of two candidates do not overlap, they decide as the sums would.
+#pragma once
+
+#include "geometry/cloud.h"
+
+namespace tessarn::detail {
+
+struct interval {
+  double low;
+  double high;
+};
+
+// For the sum over the points of (n . p - d)^2 with d the mean of n . p, both summed in order, n of unit length.
+//
+// With u = 2^-53, exact deviations s from the mean, T the sum of the squared distances from a reference point and P the
+// sum of the squared points:
+// - the moments carry at most 22 roundings a term, the mean's square 41, the form 10: |s|^2 is known within 128 u T;
+// - the computed mean is off by at most b = (m + 5) u sqrt(P / m), which is orthogonal to s: |s - b|^2 = |s|^2 + m b^2;
+// - the computed residuals differ from s - b by at most A = 3 u sqrt(P) + u (|s| + sqrt(m) b) in norm;
+// - their squares and the sum are off by at most a factor 1 + (m + 2) u.
+// Each constant is taken a little larger.
+class residual_bounds {
+ public:
+  // The reference point is best near the centroid.
+  residual_bounds(const cloud& points, const vector3d& reference);
+  // False where magnitudes are so extreme, or not finite, that the bounds say nothing.
+  bool usable() const { return usable_; }
+  interval operator()(double x, double y, double z) const;
+
+ private:
+  bool usable_;
+  double count_;
+  double mean_[3];    // of the points less the reference point
+  double second_[6];  // xx, yy, zz, xy, xz, yz
+  double form_margin_, mean_margin_, residual_margin_, factor_;
+};
+
+// For the sum of 1 - (v . p)^2 over the first set and of (v . q)^2 over the second, in order, v of unit length.
+class direction_bounds {
+ public:
+  direction_bounds(const point_arrays& par, const point_arrays& perp);
+  bool usable() const { return usable_; }
+  interval operator()(double x, double y, double z) const;
+
+ private:
+  bool usable_;
+  double constant_;
+  double second_[6];
+  double margin_;
+};
+
+}  // namespace tessarn::detail

@@ -1,0 +1,37 @@
+// The distinct points of a cloud, coordinate by coordinate, and its extreme points.
+#pragma once
+
+#include "core/storage.h"
+#include "geometry/kernels.h"
+#include "tessarn/vectors.h"
+
+namespace tessarn::detail {
+
+class cloud {
+ public:
+  // Of each group of equal points the last one is kept, in order. -0.0 equals 0.0, a point with NaN equals nothing.
+  // Linear expected time; one packed copy and a table of a few bytes a point.
+  cloud(const vector3d* pts, ulong count);
+
+  std::size_t size() const { return n_; }
+  vector3d point(std::size_t i) const { return {x()[i], y()[i], z()[i]}; }
+  point_arrays arrays() const { return {as_doubles(x()), as_doubles(y()), as_doubles(z()), n_}; }
+
+  // The coordinate sums in the order of the points, times the reciprocal of their number.
+  vector3d centroid() const;
+  // The first of the points farthest from a, if farther than 0; else a.
+  vector3d farthest_from(const vector3d& a) const;
+  // The first of the points with the largest sum of distances from a and b, if larger than that of a; else a.
+  vector3d farthest_from(const vector3d& a, const vector3d& b) const;
+
+ private:
+  const real* x() const { return coordinates_.get(); }
+  const real* y() const { return coordinates_.get() + stride_; }
+  const real* z() const { return coordinates_.get() + 2 * stride_; }
+
+  std::size_t n_ = 0;
+  std::size_t stride_ = 0;  // with room for whole vectors behind the last point
+  real_array coordinates_;
+};
+
+}  // namespace tessarn::detail

@@ -1,0 +1,112 @@
+// The bounds by which the searches for a normal decide must hold the sums that they stand for, in every build.
+#include "geometry/bounds.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "core/isa.h"
+#include "support/random.h"
+
+namespace {
+
+using tessarn::detail::candidate_lanes;
+using tessarn::detail::cloud;
+using tessarn::detail::geometry;
+using tessarn::detail::interval;
+using tessarn::detail::isa;
+
+// A random unit vector with z >= 0.
+void random_normal(test::random_source& random, double* n) {
+  for (;;) {
+    n[0] = random.uniform();
+    n[1] = random.uniform();
+    const double square = n[0] * n[0] + n[1] * n[1];
+    if (square > 1) continue;
+    n[2] = std::sqrt(1 - n[0] * n[0] - n[1] * n[1]);
+    if (n[2] == n[2]) return;
+  }
+}
+
+// A cloud near a plane: its extent, the noise across it and its distance from the origin vary over many magnitudes.
+std::vector<vector3d> random_cloud(test::random_source& random, std::size_t n) {
+  const double extent = std::ldexp(1.0, static_cast<int>(random.below(40)) - 20);
+  const double noise = extent * std::ldexp(1.0, -static_cast<int>(random.below(60)));
+  const double away = std::ldexp(random.uniform(), static_cast<int>(random.below(50)) - 20);
+  const double slope_x = random.uniform(), slope_y = random.uniform();
+  std::vector<vector3d> points;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double x = extent * random.uniform(), y = extent * random.uniform();
+    points.emplace_back(x + away, y - away, slope_x * x + slope_y * y + away + noise * random.normal());
+  }
+  return points;
+}
+
+TEST(residual_bounds, hold_the_sum_of_squares) {
+  test::random_source random(71);
+  int narrow = 0, all = 0;
+  for (int round = 0; round < 1500; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    const auto points = random_cloud(random, 4 + random.below(300));
+    const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
+    const tessarn::detail::residual_bounds bounds(distinct, distinct.centroid());
+    ASSERT_TRUE(bounds.usable());
+    double x[candidate_lanes], y[candidate_lanes], z[candidate_lanes], mean[candidate_lanes], cost[candidate_lanes];
+    for (std::size_t k = 0; k < candidate_lanes; ++k) {
+      double n[3];
+      random_normal(random, n);
+      x[k] = n[0];
+      y[k] = n[1];
+      z[k] = n[2];
+    }
+    geometry().residuals(distinct.arrays(), x, y, z, mean, cost);
+    for (std::size_t k = 0; k < candidate_lanes; ++k) {
+      const interval i = bounds(x[k], y[k], z[k]);
+      ASSERT_LE(i.low, cost[k]);
+      ASSERT_GE(i.high, cost[k]);
+      ++all;
+      if (i.high - i.low < 1e-9 * cost[k]) ++narrow;
+    }
+  }
+  tessarn::detail::force_isa(isa::avx512);
+  EXPECT_GT(narrow, all / 2);  // bounds that hold everything would decide nothing
+}
+
+TEST(residual_bounds, say_nothing_about_extreme_or_undefined_clouds) {
+  const double inf = std::numeric_limits<double>::infinity();
+  for (const double scale : {1e-120, 1e120, inf, std::nan("")}) {
+    std::vector<vector3d> points;
+    for (int i = 0; i < 5; ++i) points.emplace_back(scale * i, scale * (i % 2), scale * (i % 3));
+    const cloud distinct(points.data(), 5);
+    EXPECT_FALSE(tessarn::detail::residual_bounds(distinct, distinct.centroid()).usable()) << scale;
+  }
+}
+
+TEST(direction_bounds, hold_the_sums_of_squares) {
+  test::random_source random(72);
+  for (int round = 0; round < 1500; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    std::vector<double> c[6];
+    const std::size_t n = random.below(200), m = 1 + random.below(200);
+    const double size = std::ldexp(1.0, static_cast<int>(random.below(30)) - 15);
+    for (int k = 0; k < 6; ++k)
+      for (std::size_t i = 0; i < (k < 3 ? n : m); ++i) c[k].push_back(size * random.uniform());
+    const tessarn::detail::point_arrays par{c[0].data(), c[1].data(), c[2].data(), n};
+    const tessarn::detail::point_arrays perp{c[3].data(), c[4].data(), c[5].data(), m};
+    const tessarn::detail::direction_bounds bounds(par, perp);
+    ASSERT_TRUE(bounds.usable());
+    double v[3];
+    random_normal(random, v);
+    double x[candidate_lanes] = {v[0]}, y[candidate_lanes] = {v[1]}, z[candidate_lanes] = {v[2]};
+    double cost[candidate_lanes] = {};
+    geometry().add_sines(par, x, y, z, cost);
+    geometry().add_cosines(perp, x, y, z, cost);
+    const interval i = bounds(v[0], v[1], v[2]);
+    ASSERT_LE(i.low, cost[0]);
+    ASSERT_GE(i.high, cost[0]);
+  }
+  tessarn::detail::force_isa(isa::avx512);
+}
+
+}  // namespace
