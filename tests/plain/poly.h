@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "power.h"
 #include "scalar.h"
 #include "vectors.h"
 
