@@ -24,6 +24,9 @@ install(FILES ${PROJECT_BINARY_DIR}/tessarn-config.cmake ${PROJECT_BINARY_DIR}/t
         DESTINATION ${package_dir})
 
 if(NOT WIN32)
+  # The package may be moved: its prefix is found from the folder of the file, also below lib/<architecture>.
+  file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
   configure_file(cmake/tessarn.pc.in ${PROJECT_BINARY_DIR}/tessarn.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/tessarn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endif()

@@ -4,12 +4,19 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <new>
 
 #include "tessarn/scalar.h"
 
 namespace tessarn::detail {
 
 using real_array = std::unique_ptr<real[]>;
+
+// A computed matrix must have as many entries as 32 bits count: otherwise its count would wrap to a small number.
+// Impossible sizes fail as they do in the allocator.
+inline void require_countable(ulong columns, ulong rows) {
+  if (static_cast<std::uint64_t>(columns) * rows > std::numeric_limits<ulong>::max()) throw std::bad_array_new_length();
+}
 
 // n entries, not initialised.
 inline real_array allocate(std::size_t n) { return real_array(new real[n]); }

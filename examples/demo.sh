@@ -41,16 +41,16 @@ show align align "$output/simulated_coil_a.csv" "$output/simulated_coil_b.csv" -
 show flatness flatness "$output/simulated_plate.csv" --plot "$output/flatness.png"
 show outliers outliers "$output/simulated_scan.csv" --deviation 2 --plot "$output/outliers.png"
 
-# The picture of the README.
-cmp -s "$output/water.svg" "$sources/docs/pictures/water.svg" ||
-  { mkdir -p "$sources/docs/pictures" && cp "$output/water.svg" "$sources/docs/pictures/water.svg"; }
-
+# The table of the README.
+{
+  echo "Correct digits of the fitted coefficients, as the reports above print them"
+  for name in norris pontius wampler1 wampler2; do
+    echo
+    sed -n '1p' "$output/$name.txt"
+    sed -n '/^certified  /,/^$/p' "$output/$name.txt" | sed '/^$/d'
+  done
+} > "$output/digits.txt"
 echo
-echo "Correct digits of the fitted coefficients, as the reports above print them"
-for name in norris pontius wampler1 wampler2; do
-  echo
-  sed -n '1p' "$output/$name.txt"
-  sed -n '/^certified  /,/^$/p' "$output/$name.txt" | sed '/^$/d'
-done
+cat "$output/digits.txt"
 echo
 echo "Reports and pictures are in $output"

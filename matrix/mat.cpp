@@ -93,6 +93,7 @@ real_mat real_mat::operator-(mat& b) {
 real_mat real_mat::operator*(mat& b) {
   mat product;
   if (width != b.height) return product;
+  tessarn::detail::require_countable(b.width, height);
   product.create(b.width, height);
   tessarn::detail::multiply(data, b.data, product.data, height, width, b.width);
   return product;

@@ -33,6 +33,7 @@ void real_sqmat::release() noexcept {
 void real_sqmat::create(tessarn::ulong n) {
   release();
   if (n == 0) return;
+  tessarn::detail::require_countable(n, n);
   data = new real[entry_count(n)];
   size = n;
 }

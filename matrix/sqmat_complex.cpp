@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "core/access.h"
+#include "core/storage.h"
 #include "matrix/multiply.h"
 
 using tessarn::detail::complex_mat;
@@ -28,6 +29,7 @@ void complex_sqmat::release() noexcept {
 
 void complex_sqmat::create(tessarn::ulong n) {
   release();
+  tessarn::detail::require_countable(n, n);
   data = new cplx[entry_count(n)];
   size = n;
 }

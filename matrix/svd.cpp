@@ -302,6 +302,7 @@ void decomposition::write(real* U, real* S, real* V) const {
 }  // namespace
 
 void real_mat::decompose(mat& U, mat& S, mat& V) {
+  tessarn::detail::require_countable(width, width);
   decomposition d(data, height, width);
   mat left, values, right;
   left.create(width, height);

@@ -66,7 +66,8 @@ void binom::resize(slong n) {
 }
 
 void binom::copy(binom& src) {
-  if (this == &src || (cof != nullptr && cof == src.cof)) return;
+  if (this == &src) return;
+  if (cof == src.cof) forget();  // a shared array stays with the source
   create(src.cofcnt);
   std::copy_n(src.cof, src.cofcnt, cof);
 }
@@ -78,7 +79,7 @@ const binom& binom::operator=(binom& src) {
 
 const binom& binom::operator=(binom&& src) noexcept {
   if (this == &src) return *this;
-  delete[] cof;
+  if (cof != src.cof) delete[] cof;
   cofcnt = src.cofcnt;
   cof = src.cof;
   src.forget();

@@ -50,6 +50,7 @@ real_mat fitted(const vector* pts, tessarn::ulong n, tessarn::ulong q, ExponentO
 }  // namespace
 
 void binom::create(vector* pts, ulong n, ulong m) {
+  tessarn::detail::require_countable(m, m);
   create(static_cast<slong>(m));
   const real_mat solution =
       fitted(pts, n, m, full_power, [](real x) { return (x != left_out) & (x == x); });
@@ -57,8 +58,9 @@ void binom::create(vector* pts, ulong n, ulong m) {
 }
 
 void binom::createtan(vector* pts, ulong n, ulong m) {
-  create(static_cast<slong>(m));
   const ulong q = m / 2 + 1;
+  tessarn::detail::require_countable(q, q);
+  create(static_cast<slong>(m));
   const real_mat solution = fitted(pts, n, q, odd_power, [](real) { return true; });
   for (ulong r = 0; r < q; ++r) set(static_cast<slong>(odd_power(r)), solution.getData()[r]);
 }

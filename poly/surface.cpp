@@ -1,5 +1,6 @@
 // The polynomial in two variables: storage, evaluation, arithmetic.
 #include <algorithm>
+#include <cmath>
 
 #include "core/access.h"
 #include "core/power.h"
@@ -52,7 +53,8 @@ void hyperbinom::resize(slong g) {
 }
 
 void hyperbinom::copy(hyperbinom& src) {
-  if (this == &src || (cof != nullptr && cof == src.cof)) return;
+  if (this == &src) return;
+  if (cof == src.cof) forget();  // a shared array stays with the source
   create(src.grade);
   if (src.grade > 0) std::copy_n(src.cof, table_size(src.grade), cof);
 }
@@ -64,7 +66,7 @@ const hyperbinom& hyperbinom::operator=(hyperbinom& src) {
 
 const hyperbinom& hyperbinom::operator=(hyperbinom&& src) noexcept {
   if (this == &src) return *this;
-  delete[] cof;
+  if (cof != src.cof) delete[] cof;
   grade = src.grade;
   cof = src.cof;
   src.forget();
@@ -121,8 +123,10 @@ void hyperbinom::operator*=(real s) {
   for (std::size_t k = 0; k < n; ++k) cof[k] *= s;
 }
 
+// A negative k or grade, which no table has, makes negative exponents.
 real hyperbinom::getvec(slong k, real x, real y) {
-  const slong i = k % grade;
-  const slong j = k / grade;
-  return tessarn::detail::power(x, static_cast<unsigned>(i)) * tessarn::detail::power(y, static_cast<unsigned>(j));
+  const auto power = [](real v, slong e) {
+    return e < 0 ? std::pow(v, static_cast<real>(e)) : tessarn::detail::power(v, static_cast<unsigned>(e));
+  };
+  return power(x, k % grade) * power(y, k / grade);
 }

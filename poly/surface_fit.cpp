@@ -1,5 +1,6 @@
 // The surface fits: normal equations from sums of products of powers, solved by the square solver.
 #include <algorithm>
+#include <new>
 
 #include "core/access.h"
 #include "core/nan_rule.h"
@@ -17,6 +18,9 @@ using tessarn::detail::real_mat;
 using tessarn::detail::real_sqmat;
 
 namespace {
+
+// Beyond it 32 bits do not count the entries of the g g x g g system.
+constexpr slong largest_grade = 255;
 
 // The distinct sums of the normal equations, side * side sums of y^b x^a, a, b < side = 2 g - 1, and g * g moments of
 // y^j x^i z, each in partial sums over the points in their order. With weights a point's terms are (y^b x^a)(w w) and
@@ -92,6 +96,7 @@ real_mat solved(const surface_sums& s, tessarn::ulong g) {
 void hyperbinom::create(vector3d* pts, tessarn::ulong n, tessarn::ulong g) { create(pts, nullptr, n, g); }
 
 void hyperbinom::create(vector3d* pts, real* w, tessarn::ulong n, tessarn::ulong g) {
+  if (static_cast<slong>(g) > largest_grade) throw std::bad_array_new_length();
   create(static_cast<slong>(g));
   if (grade < 1) return;
   surface_sums sums(g);

@@ -50,25 +50,25 @@ void bubble_sort(vector* points, tessarn::ulong n) {
 
 }  // namespace
 
+// The running sums stand in this vector: a point of the list itself takes part with the sums before it.
 vector vector::operator=(vectormat& m) noexcept {
-  real sum_x = 0;
-  real sum_y = 0;
+  x = y = 0;
   for (tessarn::ulong i = 0; i < m.count; ++i) {
-    sum_x += m.points[i].x;
-    sum_y += m.points[i].y;
+    x += m.points[i].x;
+    y += m.points[i].y;
   }
-  x = sum_x / static_cast<real>(m.count);
-  y = sum_y / static_cast<real>(m.count);
+  x /= static_cast<real>(m.count);
+  y /= static_cast<real>(m.count);
   return *this;
 }
 
 vectormat::vectormat(const vectormat& o) : vectormat() {
   if (o.points == nullptr) return;
-  point_array copied = allocate(o.capacity);
+  capacity = std::max(o.capacity, o.count);  // the fields are public
+  point_array copied = allocate(capacity);
   copy_points(o.points, o.count, copied.get());
   points = copied.release();
   count = o.count;
-  capacity = o.capacity;
 }
 
 vectormat& vectormat::operator=(const vectormat& o) {

@@ -46,7 +46,8 @@ class TESSARN_API mat<long double> {
   /// Copies sizes and entries, as they are; `a = a` keeps the entries.
   void operator=(mat& src);
 
-  /// Makes a width x height matrix; the entries are unspecified.
+  /// Makes a width x height matrix; the entries are unspecified. Their number is the product in 32 bits: the
+  /// entries of a matrix whose product does not fit do not exist, and no operation may read them.
   void create(ulong columns, ulong rows);
   /// The entry in column x, row y, indices wrapped.
   real get(ulong x, ulong y) { return data[position(x, y)]; }
@@ -62,7 +63,7 @@ class TESSARN_API mat<long double> {
   mat operator+(mat& b);
   mat operator-(mat& b);
   /// The product, b.width columns by height rows, each sum over k ascending from +0.0; the empty matrix
-  /// unless width == b.height.
+  /// unless width == b.height. Throws when the entries do not fit 32 bits.
   mat operator*(mat& b);
   /// Every entry times s.
   mat operator*(real s);
@@ -158,7 +159,7 @@ class TESSARN_API mat<cplx> {
   /// Copies sizes and entries; `a = a` keeps the entries.
   void operator=(mat& src);
 
-  /// Makes a width x height matrix of zeros.
+  /// Makes a width x height matrix of zeros. Their number is the product in 32 bits, as for reals.
   void create(ulong columns, ulong rows);
   /// The entry in column x, row y, by value, indices wrapped.
   cplx get(ulong x, ulong y) { return data[position(x, y)]; }
@@ -197,7 +198,8 @@ class TESSARN_API mat<cplx> {
   friend struct tessarn::detail::access;
 };
 
-/// A square matrix of n x n reals. It exchanges single columns with mat<long double>. n up to 65535.
+/// A square matrix of n x n reals. It exchanges single columns with mat<long double>. n is at most
+/// 65535; more throws std::bad_alloc.
 template <>
 class TESSARN_API sqmat<long double> {
   using real = tessarn::real;
@@ -327,7 +329,7 @@ class TESSARN_API sqmat<long double> {
 };
 
 /// A square matrix of n x n complex numbers. Degenerate input is treated differently from the real one:
-/// a zero pivot is skipped, and there is no quiet-NaN rule.
+/// a zero pivot is skipped, and there is no quiet-NaN rule. n is at most 65535; more throws std::bad_alloc.
 template <>
 class TESSARN_API sqmat<cplx> {
   using ulong = tessarn::ulong;

@@ -10,8 +10,10 @@
 /// are kept: the count changes only where a member says so.
 ///
 /// Copy construction shares the coefficients: a change through one object shows in the other, and only
-/// one of the two may reach destruction holding the array. copy() and assignment are deep, and a move
-/// empties its source, so returning by value and std::vector work as usual.
+/// one of the two may reach destruction holding the array. copy() and assignment are deep, and end the
+/// sharing when they get the other one of the two. A move empties its source, so returning by value works
+/// as usual, and so does a std::vector as long as its elements are moved: push_back(std::move(p)),
+/// emplace_back() and growing are safe, push_back(p) and copying the std::vector share.
 ///
 /// Searches return -1.0 when they find nothing, which cannot be told from a result of -1.0. Results have
 /// the same bits everywhere. An operation that cannot allocate throws std::bad_alloc.
@@ -69,7 +71,8 @@ class TESSARN_API binom {
   /// abscissas, the accepted point k in partial sum k mod 8, and the square solver. A point whose x is -1.0 or NaN is left
   /// out. Points that do not determine the coefficients leave the right-hand side, the sums of x^i y, in
   /// them: evaluate the fit to know. Normal equations lose twice the digits that the condition of the
-  /// problem costs: shift and scale the abscissas to about [-1, 1] for more than a few coefficients.
+  /// problem costs: shift and scale the abscissas for more than a few coefficients, but not to [-1, 1],
+  /// where the left end is the marker and would be left out; [-0.5, 0.5] is safe.
   void create(vector* pts, ulong n, ulong m);
   /// Fits the constant and the odd powers below m; the even powers stay 0. Every point takes part, also
   /// one with x = -1.0.
@@ -245,7 +248,8 @@ class TESSARN_API hyperbinom {
   slong grade;
   real* cof;
 
-  /// The value x^(k mod g) y^(k div g) of the basis function of table entry k; the grade must not be 0.
+  /// The value x^(k mod g) y^(k div g) of the basis function of table entry k, correctly rounded powers
+  /// for exponents from 0 on; the grade must not be 0.
   real getvec(slong k, real x, real y);
 
  private:

@@ -30,7 +30,7 @@ class TESSARN_API vector {
     return *this;
   }
   /// The centroid of a list: the coordinate sums, in order, divided by the count; NaN for an empty
-  /// list. Returns a copy.
+  /// list. This vector holds the running sums, so it should not be a point of the list. Returns a copy.
   vector operator=(vectormat& m) noexcept;
 
   vector operator+(vector& b) noexcept { return {x + b.x, y + b.y}; }

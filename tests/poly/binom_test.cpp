@@ -203,6 +203,21 @@ TEST(Binom, CopyConstructionShares) {
   EXPECT_BITS(a.get(1), 7.0);
 }
 
+TEST(Binom, AssignmentBetweenSharingObjectsEndsTheSharing) {
+  binom a = of({1, 2, 3});
+  binom copied(a), assigned(a), moved(a);
+  copied.copy(a);
+  assigned = a;
+  copied.set(0, 7);
+  assigned.set(0, 8);
+  EXPECT_TRUE(same(a, {{1, 2, 3}}));
+  EXPECT_TRUE(same(copied, {{7, 2, 3}}));
+  EXPECT_TRUE(same(assigned, {{8, 2, 3}}));
+  moved = std::move(a);
+  EXPECT_TRUE(same(moved, {{1, 2, 3}}));
+  EXPECT_EQ(a.getcofcnt(), 0u);
+}
+
 TEST(Binom, CopyAndAssignmentAreDeep) {
   binom a = of({1, 2});
   binom b;

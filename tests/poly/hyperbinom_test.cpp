@@ -184,6 +184,21 @@ TEST(Hyperbinom, CopyConstructionShares) {
   b.grade = 0;
 }
 
+TEST(Hyperbinom, AssignmentBetweenSharingObjectsEndsTheSharing) {
+  hyperbinom a = of({2, {1, 2, 3, 4}});
+  hyperbinom copied(a), assigned(a), moved(a);
+  copied.copy(a);
+  assigned = a;
+  copied.set(0, 0, 7);
+  assigned.set(0, 0, 8);
+  EXPECT_TRUE(same(a, {2, {1, 2, 3, 4}}));
+  EXPECT_TRUE(same(copied, {2, {7, 2, 3, 4}}));
+  EXPECT_TRUE(same(assigned, {2, {8, 2, 3, 4}}));
+  moved = std::move(a);
+  EXPECT_TRUE(same(moved, {2, {1, 2, 3, 4}}));
+  EXPECT_EQ(a.getgrade(), 0u);
+}
+
 TEST(Hyperbinom, CopyAndAssignmentAreDeep) {
   hyperbinom a = of({2, {1, 2, 3, 4}});
   hyperbinom b;
@@ -220,6 +235,8 @@ TEST(Hyperbinom, BasisValues) {
   EXPECT_BITS(p.getvec(1, 2, 5), 2.0);
   EXPECT_BITS(p.getvec(5, 2, 5), 20.0);
   EXPECT_BITS(p.getvec(8, 2, 5), 100.0);
+  EXPECT_BITS(p.getvec(-1, 2, 5), 0.5);
+  EXPECT_BITS(p.getvec(-6, 2, 4), 1.0 / 16);
   test::random_source r(101);
   for (int i = 0; i < 5000; ++i) {
     const double x = test::draw(r), y = test::draw(r);

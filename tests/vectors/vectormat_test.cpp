@@ -245,6 +245,27 @@ TEST(Vectormat, CentroidAssignment) {
   EXPECT_TRUE(same(v, {nan, nan}));
 }
 
+TEST(Vectormat, CentroidIntoAPointOfTheListCountsItsRunningSum) {
+  vectormat l;
+  fill(l, {{1, 10}, {2, 20}, {4, 40}});
+  l.points[1] = l;  // (1 + 1 + 4) / 3
+  EXPECT_TRUE(same(l.points[1], {2, 20}));
+  EXPECT_TRUE(same(l.points[2], {4, 40}));
+  l.points[0] = l;  // (0 + 2 + 4) / 3
+  EXPECT_TRUE(same(l.points[0], {2, 20}));
+}
+
+TEST(Vectormat, CopiesAllPointsWhateverTheCapacityFieldSays) {
+  vectormat l;
+  fill(l, {{1, 10}, {2, 20}, {4, 40}});
+  l.capacity = 1;
+  vectormat copied(l);
+  EXPECT_TRUE(same_points(copied, {{1, 10}, {2, 20}, {4, 40}}));
+  EXPECT_EQ(copied.capacity, 3u);
+  l.add(vector(8, 80));
+  EXPECT_EQ(l.capacity, 1027u);
+}
+
 TEST(Vectormat, CentroidIsATrueQuotientOfASequentialSum) {
   vectormat l;
   fill(l, std::vector<vec2>(49, {1, 2}));
