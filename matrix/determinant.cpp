@@ -12,6 +12,7 @@ namespace {
 
 // Up to this size the elimination is done before a kernel is called.
 constexpr std::size_t kernel_size = 6;
+constexpr std::size_t stack_size = 16;  // up to here nothing is allocated
 
 // Both sums start from +0.0 and run over the rotations of the columns.
 real sarrus(const real* a) {
@@ -49,18 +50,26 @@ real diagonal_product(const real* w, std::size_t n) {
 // The kernel leaves the NaN rule out. A NaN in row r and column c reaches the last row, by the later steps of
 // column c, and from there the last diagonal entry: a diagonal product that is a number was computed without
 // one. Otherwise the work is done again under the rule.
+// w holds n n reals and the workspace of the elimination.
+static real determinant_in(const real* a, std::size_t n, real* w) {
+  std::copy_n(a, n * n, w);
+  if (n > kernel_size) {
+    matrix().eliminate(as_doubles(w), n, as_doubles(w + n * n));
+    const real product = diagonal_product(w, n);
+    if (product == product) return product;
+    std::copy_n(a, n * n, w);
+  }
+  eliminate_by_rule(w, n);
+  return diagonal_product(w, n);
+}
+
 real determinant(const real* a, std::size_t n) {
   if (n == 3) return sarrus(a);
-  const real_array w = allocate(n * n);
-  std::copy_n(a, n * n, w.get());
-  if (n > kernel_size) {
-    matrix().eliminate(as_doubles(w.get()), n);
-    const real product = diagonal_product(w.get(), n);
-    if (product == product) return product;
-    std::copy_n(a, n * n, w.get());
+  if (n <= stack_size) {
+    real w[stack_size * (stack_size + 1)];
+    return determinant_in(a, n, w);
   }
-  eliminate_by_rule(w.get(), n);
-  return diagonal_product(w.get(), n);
+  return determinant_in(a, n, allocate(n * n + matrix().elimination_workspace(n)).get());
 }
 
 }  // namespace tessarn::detail

@@ -96,7 +96,7 @@ static void eliminate_steps(double* w, size_t n, size_t first, size_t last) {
 // The columns behind a panel: the rows of the panel see the steps above them, then all rows below see the steps
 // of the panel in one block product.
 template <tile_mode MODE>
-static void update_behind(double* w, size_t n, size_t first, size_t last) {
+static void update_behind(double* w, size_t n, size_t first, size_t last, double* workspace) {
   for (size_t r = first + 1; r < last; ++r)
     for (size_t k = first; k < r; ++k) {
       if (MODE == subtract_products)
@@ -104,27 +104,36 @@ static void update_behind(double* w, size_t n, size_t first, size_t last) {
       else
         add_multiple(w + r * n, w[r * n + k], w + k * n, last, n);
     }
-  multiply_unpacked<from_stored, MODE>(w + last * n + first, n, w + first * n + last, n, w + last * n + last, n,
-                                       n - last, last - first, n - last, false);
+  const double* factors = w + last * n + first;
+  const double* upper = w + first * n + last;
+  double* rest = w + last * n + last;
+  if (n - last <= unpacked_limit)
+    multiply_unpacked<from_stored, MODE>(factors, n, upper, n, rest, n, n - last, last - first, n - last, false);
+  else
+    multiply_packed<MODE>(factors, n, upper, n, rest, n, n - last, last - first, n - last, false, false, workspace);
 }
 
-static bool factorise(double* w, size_t n, unsigned* order) {
+static size_t elimination_workspace(size_t n) {
+  return n <= stepwise_limit ? 0 : row_block * depth + panel_width * n;
+}
+
+static bool factorise(double* w, size_t n, unsigned* order, double* workspace) {
   for (size_t i = 0; i < n; ++i) order[i] = (unsigned)i;
   if (n <= stepwise_limit) return factorise_steps(w, n, 0, n, order);
   for (size_t k = 0; k < n; k += panel_width) {
     const size_t last = n - k < panel_width ? n : k + panel_width;
     if (!factorise_steps(w, n, k, last, order)) return false;
-    if (last < n) update_behind<subtract_products>(w, n, k, last);
+    if (last < n) update_behind<subtract_products>(w, n, k, last, workspace);
   }
   return true;
 }
 
-static void eliminate(double* w, size_t n) {
+static void eliminate(double* w, size_t n, double* workspace) {
   if (n <= stepwise_limit) return eliminate_steps(w, n, 0, n);
   for (size_t k = 0; k < n; k += panel_width) {
     const size_t last = n - k < panel_width ? n : k + panel_width;
     eliminate_steps(w, n, k, last);
-    if (last < n) update_behind<add_products>(w, n, k, last);
+    if (last < n) update_behind<add_products>(w, n, k, last, workspace);
   }
 }
 

@@ -16,11 +16,13 @@ struct matrix_kernels {
   // Factorises the n x n matrix w in place with partial pivoting, multipliers below the diagonal, order[i]
   // the original row of row i. False when a column of candidate pivots is exactly 0. Without the NaN rule: a
   // NaN stays in w, and the caller looks for it.
-  bool (*factorise)(double* w, size_t n, unsigned* order);
+  bool (*factorise)(double* w, size_t n, unsigned* order, double* workspace);
 
   // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, the
   // factors left in the eliminated entries. Without the NaN rule.
-  void (*eliminate)(double* w, size_t n);
+  void (*eliminate)(double* w, size_t n, double* workspace);
+  // The doubles that either works on.
+  size_t (*elimination_workspace)(size_t n);
 
   // dst = q times the adjugate of the n x n matrix m, without the NaN rule. workspace holds
   // adjugate_workspace(n) doubles.

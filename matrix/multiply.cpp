@@ -8,7 +8,7 @@ namespace tessarn::detail {
 namespace {
 
 // Below this size the plain loop is done before a kernel is called.
-constexpr std::size_t kernel_size = 6;
+constexpr std::size_t kernel_size = 4;
 
 // k runs in the middle loop: each entry still sees its terms in ascending order.
 void multiply_small(const real* a, const real* b, real* c, std::size_t rows, std::size_t inner, std::size_t columns) {
@@ -37,13 +37,25 @@ void multiply_small(const cplx* a, const cplx* b, cplx* c, std::size_t n) {
     }
 }
 
+// 3 x 3, a row of sums at a time.
+void multiply_three(const real* a, const real* b, real* c) {
+  for (std::size_t r = 0; r < 3; ++r) {
+    real row[3] = {};
+    for (std::size_t k = 0; k < 3; ++k)
+      for (std::size_t x = 0; x < 3; ++x) row[x] += a[r * 3 + k] * b[k * 3 + x];
+    for (std::size_t x = 0; x < 3; ++x) c[r * 3 + x] = computed(row[x]);
+  }
+}
+
 }  // namespace
 
 void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size_t inner, std::size_t columns) {
+  if (rows == 3 && inner == 3 && columns == 3) return multiply_three(a, b, c);
   if (rows < kernel_size && inner < kernel_size && columns < kernel_size)
     return multiply_small(a, b, c, rows, inner, columns);
   const matrix_kernels& kernels = matrix();
-  const real_array workspace = allocate(kernels.multiply_workspace(rows, inner, columns));
+  const std::size_t size = kernels.multiply_workspace(rows, inner, columns);
+  const real_array workspace = size == 0 ? nullptr : allocate(size);
   kernels.multiply(as_doubles(a), as_doubles(b), as_doubles(c), rows, inner, columns, as_doubles(workspace.get()));
 }
 

@@ -78,12 +78,45 @@ static void tile_columns(size_t vectors, const double* a, size_t row_stride, siz
   }
 }
 
+#if defined(__GNUC__) || defined(__clang__)
+// Four columns by ROWS rows, for what is left beside wider vectors.
+template <size_t ROWS, start_mode START, tile_mode MODE>
+TESSARN_INLINE void four_columns(const double* a, size_t a_stride, const double* b, size_t b_stride, size_t count,
+                                 double* c, size_t c_stride, bool rule) {
+  quad sum[ROWS];
+  for (size_t r = 0; r < ROWS; ++r)
+    sum[r] = START == from_zero ? quad{} : (quad)*reinterpret_cast<const unaligned_quad*>(c + r * c_stride);
+  for (size_t k = 0; k < count; ++k) {
+    const quad row = *reinterpret_cast<const unaligned_quad*>(b + k * b_stride);
+    for (size_t r = 0; r < ROWS; ++r) {
+      const quad p = all_lanes(a[r * a_stride + k]) * row;
+      sum[r] = MODE == add_products ? sum[r] + p : sum[r] - p;
+    }
+  }
+  for (size_t r = 0; r < ROWS; ++r) {
+    const quad kept = rule ? (quad)((quad_mask)sum[r] & (sum[r] == sum[r])) : sum[r];
+    *reinterpret_cast<unaligned_quad*>(c + r * c_stride) = kept;
+  }
+}
+#endif
+
 // The last columns of a result, fewer than a vector, one by one.
 template <start_mode START, tile_mode MODE>
 static void narrow_columns(const double* a, size_t a_stride, const double* b, size_t b_stride, size_t count, double* c,
                            size_t c_stride, size_t rows, size_t columns, bool rule) {
+  size_t first = 0;
+#if defined(__GNUC__) || defined(__clang__)
+  if (columns >= 4) {
+    size_t r = 0;
+    for (; r + 4 <= rows; r += 4)
+      four_columns<4, START, MODE>(a + r * a_stride, a_stride, b, b_stride, count, c + r * c_stride, c_stride, rule);
+    for (; r < rows; ++r)
+      four_columns<1, START, MODE>(a + r * a_stride, a_stride, b, b_stride, count, c + r * c_stride, c_stride, rule);
+    first = 4;
+  }
+#endif
   for (size_t r = 0; r < rows; ++r)
-    for (size_t x = 0; x < columns; ++x) {
+    for (size_t x = first; x < columns; ++x) {
       double sum = START == from_zero ? 0.0 : c[r * c_stride + x];
       for (size_t k = 0; k < count; ++k) {
         const double p = a[r * a_stride + k] * b[k * b_stride + x];

@@ -1,4 +1,6 @@
 // The polynomial fits: normal equations from power sums, solved by the square solver.
+#include <algorithm>
+
 #include "core/access.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
@@ -30,7 +32,11 @@ real_mat fitted(const vector* pts, tessarn::ulong n, tessarn::ulong q, ExponentO
   if (q == 0) return b;
   const unsigned highest = exponent_of(q - 1);
   tessarn::detail::power_sums sums(2 * highest + 1, highest + 1);
-  for (tessarn::ulong i = 0; i < n; ++i) sums.add(pts[i].x, pts[i].y, accept(pts[i]));
+  for (std::size_t i = 0; i < n;) {
+    const std::size_t end = std::min<std::size_t>(n, i + tessarn::detail::point_block);
+    if (end - i == tessarn::detail::point_block && sums.add_block(pts + i, accept)) i = end;
+    for (; i < end; ++i) sums.add(pts[i].x, pts[i].y, accept(pts[i].x));
+  }
   sums.flush();
   for (tessarn::ulong r = 0; r < q; ++r) {
     for (tessarn::ulong c = 0; c < q; ++c)
@@ -47,7 +53,7 @@ void binom::create(vector* pts, ulong n, ulong m) {
   tessarn::detail::require_countable(m, m);
   create(static_cast<slong>(m));
   const real_mat solution =
-      fitted(pts, n, m, full_power, [](const vector& p) { return (p.x != left_out) & (p.x == p.x); });
+      fitted(pts, n, m, full_power, [](real x) { return (x != left_out) & (x == x); });
   for (ulong r = 0; r < m; ++r) set(static_cast<slong>(r), solution.getData()[r]);
 }
 
@@ -55,6 +61,6 @@ void binom::createtan(vector* pts, ulong n, ulong m) {
   const ulong q = m / 2 + 1;
   tessarn::detail::require_countable(q, q);
   create(static_cast<slong>(m));
-  const real_mat solution = fitted(pts, n, q, odd_power, [](const vector&) { return true; });
+  const real_mat solution = fitted(pts, n, q, odd_power, [](real) { return true; });
   for (ulong r = 0; r < q; ++r) set(static_cast<slong>(odd_power(r)), solution.getData()[r]);
 }

@@ -9,6 +9,10 @@ namespace tessarn::detail {
 // Points are worked on in blocks of this many.
 inline constexpr size_t point_block = 64;
 
+// The sums of the fits run in this many partial sums, point k in sum k mod 8, added at the end as a balanced tree: their
+// order is free, and this one lets eight points be added at once in every build.
+inline constexpr size_t partial_sums = 8;
+
 struct poly_kernels {
   // True when every magnitude of a block is at least low and below high.
   bool (*in_range)(const double* x, double low, double high);
@@ -17,16 +21,15 @@ struct poly_kernels {
   // which the chain of powers must be safe (core/power.h).
   void (*powers)(const double* x, unsigned exponents, double* powers);
 
-  // sums[e] += the powers e of the first n points one after the other, for e below exponents, and sums[exponents + e]
-  // += power e times y[i] for e below ordinates <= exponents. powers, as by powers(), has room for ordinates more rows.
-  void (*add_powers)(double* powers, const double* y, size_t n, unsigned exponents, unsigned ordinates, double* sums);
+  // Adds a block to sums in partial_sums lanes each, point i of the block to lane i mod partial_sums: to sum e the powers
+  // e, for e below exponents, and to sum exponents + e the powers e times y, for e below ordinates. Where the block is
+  // not full, powers and y are 0 from the end on.
+  void (*add_powers)(const double* powers, const double* y, unsigned exponents, unsigned ordinates, double* sums);
 
-  // One after the other for the first n points with the powers px and py (rows of point_block) below side = 2 g - 1:
-  // sums[b * stride + a] += (py[b] px[a]) w, and moments[j * stride + i] += (py[j] px[i]) z for i, j < g. w may be null.
-  // Rows of stride >= side, a multiple of 8; columns from side on receive what is not read. rows holds point_block *
-  // stride doubles, zero from column side on.
-  void (*add_products)(const double* px, const double* py, const double* w, const double* z, size_t n, unsigned g,
-                       size_t stride, double* rows, double* sums, double* moments);
+  // The same for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
+  // (py[j] px[i]) z to moment g j + i, for i and j below g. w may be null; px is 0 from the end of the block on.
+  void (*add_products)(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
+                       double* moments);
 
   // y[i] = p(x[i]) by a running power for n points; y may be x.
   void (*values)(const double* cof, size_t count, const double* x, double* y, size_t n);

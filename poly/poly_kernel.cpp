@@ -101,116 +101,63 @@ void powers(const double* x, unsigned exponents, double* powers) {
   }
 }
 
-// COUNT rows at once, each summed in the order of the points: enough chains of additions to hide their latency.
-template <size_t COUNT>
-void add_rows(const double* rows, size_t n, double* sums) {
-  double s[COUNT];
-  for (size_t e = 0; e < COUNT; ++e) s[e] = sums[e];
-  for (size_t i = 0; i < n; ++i)
-    for (size_t e = 0; e < COUNT; ++e) s[e] += rows[e * point_block + i];
-  for (size_t e = 0; e < COUNT; ++e) sums[e] = s[e];
-}
+constexpr size_t sum_vectors = partial_sums / width;
 
-constexpr size_t chains_at_once = 12;
-
-// Up to chains_at_once rows.
-void add_last_rows(const double* rows, size_t count, size_t n, double* sums) {
-  switch (count) {
-    case 1: return add_rows<1>(rows, n, sums);
-    case 2: return add_rows<2>(rows, n, sums);
-    case 3: return add_rows<3>(rows, n, sums);
-    case 4: return add_rows<4>(rows, n, sums);
-    case 5: return add_rows<5>(rows, n, sums);
-    case 6: return add_rows<6>(rows, n, sums);
-    case 7: return add_rows<7>(rows, n, sums);
-    case 8: return add_rows<8>(rows, n, sums);
-    case 9: return add_rows<9>(rows, n, sums);
-    case 10: return add_rows<10>(rows, n, sums);
-    case 11: return add_rows<11>(rows, n, sums);
-    case 12: return add_rows<12>(rows, n, sums);
-    default: return;
-  }
-}
-
-void add_powers(double* powers, const double* y, size_t n, unsigned exponents, unsigned ordinates, double* sums) {
-  double* moments = powers + exponents * point_block;
-  for (size_t e = 0; e < ordinates; ++e)
-    for (size_t i = 0; i < point_block; i += width)
-      store(moments + e * point_block + i, load(powers + e * point_block + i) * load(y + i));
-  sums[0] += (double)n;  // the powers 0: ones, whose sum is exact
-  const double* rows = powers + point_block;
-  size_t left = exponents - 1 + ordinates;
-  for (++sums; left > chains_at_once; left -= chains_at_once - 1) {
-    add_rows<chains_at_once - 1>(rows, n, sums);
-    rows += (chains_at_once - 1) * point_block;
-    sums += chains_at_once - 1;
-  }
-  add_last_rows(rows, left, n, sums);
-}
-
-// The sums of a surface fit of grade G, all in registers while the points of a block pass.
-template <size_t G, bool WEIGHTED>
-TESSARN_INLINE void add_products_of_grade(const double* rows, const double* py, const double* w, const double* z,
-                                          size_t n, size_t stride, double* sums, double* moments) {
-  constexpr size_t side = 2 * G - 1;
-  constexpr size_t vectors = (side + width - 1) / width;
-  constexpr size_t moment_vectors = (G + width - 1) / width;
-  vec sum[side][vectors], moment[G][moment_vectors];
-  for (size_t b = 0; b < side; ++b)
-    for (size_t v = 0; v < vectors; ++v) sum[b][v] = load(sums + b * stride + v * width);
-  for (size_t b = 0; b < G; ++b)
-    for (size_t v = 0; v < moment_vectors; ++v) moment[b][v] = load(moments + b * stride + v * width);
-  for (size_t i = 0; i < n; ++i) {
-    const vec ordinate = broadcast(z[i]);
-    for (size_t b = 0; b < side; ++b) {
-      const vec y = broadcast(py[b * point_block + i]);
-      for (size_t v = 0; v < vectors; ++v) {
-        const vec basis = y * load(rows + i * stride + v * width);
-        sum[b][v] += WEIGHTED ? basis * broadcast(w[i]) : basis;
-        if (b < G && v < moment_vectors) moment[b][v] += basis * ordinate;
-      }
+// Adds one row, or its products with y, to its partial sums.
+template <bool PRODUCTS>
+TESSARN_INLINE void add_row(const double* row, const double* y, double* sum) {
+  vec s[sum_vectors];
+  for (size_t v = 0; v < sum_vectors; ++v) s[v] = load(sum + v * width);
+  for (size_t i = 0; i < point_block; i += partial_sums)
+    for (size_t v = 0; v < sum_vectors; ++v) {
+      const vec p = load(row + i + v * width);
+      s[v] += PRODUCTS ? p * load(y + i + v * width) : p;
     }
-  }
-  for (size_t b = 0; b < side; ++b)
-    for (size_t v = 0; v < vectors; ++v) store(sums + b * stride + v * width, sum[b][v]);
-  for (size_t b = 0; b < G; ++b)
-    for (size_t v = 0; v < moment_vectors; ++v) store(moments + b * stride + v * width, moment[b][v]);
+  for (size_t v = 0; v < sum_vectors; ++v) store(sum + v * width, s[v]);
+}
+
+void add_powers(const double* powers, const double* y, unsigned exponents, unsigned ordinates, double* sums) {
+  for (size_t e = 0; e < exponents; ++e) add_row<false>(powers + e * point_block, y, sums + e * partial_sums);
+  sums += exponents * partial_sums;
+  for (size_t e = 0; e < ordinates; ++e) add_row<true>(powers + e * point_block, y, sums + e * partial_sums);
 }
 
 template <bool WEIGHTED>
-void add_products_of(const double* rows, const double* py, const double* w, const double* z, size_t n, unsigned g,
-                     size_t stride, double* sums, double* moments) {
-  switch (g) {
-    case 1: return add_products_of_grade<1, WEIGHTED>(rows, py, w, z, n, stride, sums, moments);
-    case 2: return add_products_of_grade<2, WEIGHTED>(rows, py, w, z, n, stride, sums, moments);
-    case 3: return add_products_of_grade<3, WEIGHTED>(rows, py, w, z, n, stride, sums, moments);
-    case 4: return add_products_of_grade<4, WEIGHTED>(rows, py, w, z, n, stride, sums, moments);
-    default: break;
-  }
-  const size_t side = 2 * g - 1;
-  for (size_t i = 0; i < n; ++i)
-    for (size_t b = 0; b < side; ++b) {
-      const vec y = broadcast(py[b * point_block + i]);
-      for (size_t a = 0; a < side; a += width) {
-        const vec basis = y * load(rows + i * stride + a);
-        double* sum = sums + b * stride + a;
-        store(sum, load(sum) + (WEIGHTED ? basis * broadcast(w[i]) : basis));
-        if (b >= g || a >= g) continue;
-        double* moment = moments + b * stride + a;
-        store(moment, load(moment) + basis * broadcast(z[i]));
-      }
+TESSARN_INLINE void add_products_row(const double* px, const double* y, const double* w, const double* z, size_t side,
+                                     size_t moment_count, double* sums, double* moments) {
+  for (size_t a = 0; a < side; ++a) {
+    const bool with_moment = a < moment_count;
+    vec s[sum_vectors], m[sum_vectors];
+    for (size_t v = 0; v < sum_vectors; ++v) {
+      s[v] = load(sums + a * partial_sums + v * width);
+      m[v] = with_moment ? load(moments + a * partial_sums + v * width) : vec{};
     }
+    for (size_t i = 0; i < point_block; i += partial_sums)
+      for (size_t v = 0; v < sum_vectors; ++v) {
+        const size_t at = i + v * width;
+        const vec basis = load(y + at) * load(px + a * point_block + at);
+        s[v] += WEIGHTED ? basis * load(w + at) : basis;
+        if (with_moment) m[v] += basis * load(z + at);
+      }
+    for (size_t v = 0; v < sum_vectors; ++v) {
+      store(sums + a * partial_sums + v * width, s[v]);
+      if (with_moment) store(moments + a * partial_sums + v * width, m[v]);
+    }
+  }
 }
 
-void add_products(const double* px, const double* py, const double* w, const double* z, size_t n, unsigned g,
-                  size_t stride, double* rows, double* sums, double* moments) {
+void add_products(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
+                  double* moments) {
   const size_t side = 2 * g - 1;
-  for (size_t a = 0; a < side; ++a)
-    for (size_t i = 0; i < n; ++i) rows[i * stride + a] = px[a * point_block + i];
-  if (w)
-    add_products_of<true>(rows, py, w, z, n, g, stride, sums, moments);
-  else
-    add_products_of<false>(rows, py, w, z, n, g, stride, sums, moments);
+  for (size_t b = 0; b < side; ++b) {
+    const double* y = py + b * point_block;
+    double* row = sums + b * side * partial_sums;
+    double* moment_row = moments + b * g * partial_sums;
+    if (w)
+      add_products_row<true>(px, y, w, z, side, b < g ? g : 0, row, moment_row);
+    else
+      add_products_row<false>(px, y, w, z, side, b < g ? g : 0, row, moment_row);
+  }
 }
 
 template <size_t GROUP>
@@ -331,27 +278,30 @@ TESSARN_INLINE bool is_event(const double* x, const double* f, double end, bool 
   return !(x[1] > x[0]);
 }
 
+#if defined(__GNUC__) || defined(__clang__)
+TESSARN_INLINE mask events(const double* x, const double* f, vec last) {
+  const vec zero = {};
+  const vec x0 = load(x);
+  const vec f0 = load(f);
+  const vec f1 = load(f + 1);
+  const mask change = ((f0 > zero) & (f1 < zero)) | ((f0 < zero) & (f1 > zero));
+  return (x0 >= last) | (f0 == zero) | change | ~(load(x + 1) > x0);
+}
+#endif
+
 size_t first_event(const double* x, const double* f, double end, bool at_end) {
-  size_t i = 0;
+  constexpr size_t pairs = point_block - 1;
 #if defined(__GNUC__) || defined(__clang__)
   const vec last = broadcast(end);
-  const vec zero = {};
-  for (; i + width < point_block; i += width) {
-    const vec x0 = load(x + i);
-    const vec f0 = load(f + i);
-    const vec f1 = load(f + i + 1);
-    mask event = (x0 >= last) | (f0 == zero) | ((f0 > zero) & (f1 < zero)) | ((f0 < zero) & (f1 > zero));
-    event |= ~(load(x + i + 1) > x0);
-    int64_t any = 0;
-    for (size_t k = 0; k < width; ++k) any |= event[k];
-    if (any == 0) continue;
-    for (size_t k = i; k < i + width; ++k)
-      if (is_event(x + k, f + k, end, at_end)) return k;
-  }
+  mask event = events(x + pairs - width, f + pairs - width, last);
+  for (size_t i = 0; i + width < pairs; i += width) event |= events(x + i, f + i, last);
+  int64_t any = 0;
+  for (size_t k = 0; k < width; ++k) any |= event[k];
+  if (any == 0) return pairs;
 #endif
-  for (; i + 1 < point_block; ++i)
+  for (size_t i = 0; i < pairs; ++i)
     if (is_event(x + i, f + i, end, at_end)) return i;
-  return point_block - 1;
+  return pairs;
 }
 
 TESSARN_INLINE void surface_group(const double* cof, size_t g, const double* x, const double* y, double* z) {

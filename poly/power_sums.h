@@ -6,9 +6,14 @@
 
 namespace tessarn::detail {
 
+// The value of a sum from its partial sums.
+inline double tree_sum(const double* s) noexcept {
+  return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
+}
+
 // power(e) = sum of x^e for e below exponents, and moment(e) = sum of x^e y for e below ordinates <= exponents, over
-// the points in the order in which they are added: correctly rounded powers, each sum from +0.0. Equal exponents
-// share one sum. The points pass through a block of fixed size.
+// the points in the order in which they are added: correctly rounded powers, each sum in partial_sums from +0.0.
+// Equal exponents share one sum. The points pass through a block of fixed size.
 class power_sums {
  public:
   power_sums(unsigned exponents, unsigned ordinates);
@@ -19,10 +24,25 @@ class power_sums {
     filled_ += accepted;
     if (filled_ == point_block) flush();
   }
+  // Adds point_block points at once, if none is waiting and none is to be left out; false otherwise.
+  template <class Point, class Accept>
+  bool add_block(const Point* points, Accept accept) {
+    if (filled_ != 0) return false;
+    for (std::size_t i = 0; i < point_block; ++i) {
+      x_[i] = static_cast<double>(points[i].x);
+      y_[i] = static_cast<double>(points[i].y);
+    }
+    int left_out = 0;
+    for (const double x : x_) left_out |= !accept(x);
+    if (left_out) return false;
+    filled_ = point_block;
+    flush();
+    return true;
+  }
   // To be called after the last point.
   void flush();
-  real power(unsigned e) const { return sums_[e]; }
-  real moment(unsigned e) const { return sums_[exponents_ + e]; }
+  real power(unsigned e) const { return tree_sum(as_doubles(sums_.get()) + e * partial_sums); }
+  real moment(unsigned e) const { return power(exponents_ + e); }
 
  private:
   const poly_kernels& kernels_ = poly();
@@ -38,5 +58,8 @@ bool chains_are_safe(const double* x, unsigned highest) noexcept;
 
 // powers[e * point_block + i] = x[i]^e for a block of abscissas, whatever their range, and e below exponents.
 void block_powers(const double* x, unsigned exponents, double* powers);
+
+// Zeros in the rows of powers behind the filled part of a block.
+void clear_rows(double* powers, unsigned exponents, std::size_t filled);
 
 }  // namespace tessarn::detail

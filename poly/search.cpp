@@ -96,6 +96,21 @@ enum class outcome { nothing, bracket, exact };
 // Whether a scan includes its end.
 enum class interval { closed, half_open };
 
+// True when the additions first + step, + step, ... over a whole block all add the same multiple of the unit of first.
+// With first = k units and step = moved + rest, moved a multiple of the unit and |rest| below half of it, each sum of
+// the chain rounds to the exact first + i moved, as long as it stays among the numbers with this unit: the
+// abscissas are then independent. A rest of exactly half a unit would be rounded to even, now up and now down.
+bool steps_are_equal(double first, double step, double& moved) {
+  moved = (first + step) - first;
+  const double last = first + static_cast<double>(point_block) * moved;
+  int exponent = 0, last_exponent = 0;
+  if (!(std::fabs(first) >= 1e-290 && std::fabs(first) < 1e290 && std::fabs(last) < 1e290)) return false;
+  std::frexp(first, &exponent);
+  std::frexp(last, &last_exponent);
+  if (exponent != last_exponent || (first < 0) != (last < 0)) return false;
+  return std::fabs(step - moved) != std::ldexp(1.0, exponent - 54);
+}
+
 // The abscissas x, x + step, ... are a chain of additions; the samples are independent and evaluated a block at a
 // time. The last sample of a block is the first of the next.
 struct samples {
@@ -103,6 +118,11 @@ struct samples {
   double f[point_block];
 
   void continue_from(double first, double step) {
+    double moved = 0;
+    if (steps_are_equal(first, step, moved)) {
+      for (std::size_t i = 0; i < point_block; ++i) x[i] = first + static_cast<double>(static_cast<int>(i)) * moved;
+      return;
+    }
     for (double& v : x) {
       v = first;
       first += step;
@@ -116,12 +136,9 @@ template <class Function>
 outcome scan(const Function& function, real a, real b, real step, interval kind, real& x, real& next) {
   const bool bounded = b < std::numeric_limits<real>::infinity();
   const auto end = static_cast<double>(bounded ? b : std::max(a, function.last_root()) + step);
-  samples block[2];
-  block[0].continue_from(static_cast<double>(a), static_cast<double>(step));
-  for (int current = 0;; current = 1 - current) {
-    samples& s = block[current];
-    // The next chain of additions runs beside the evaluation of this block.
-    block[1 - current].continue_from(s.x[point_block - 1], static_cast<double>(step));
+  samples s;
+  s.continue_from(static_cast<double>(a), static_cast<double>(step));
+  for (;; s.continue_from(s.x[point_block - 1], static_cast<double>(step))) {
     function.f(s.x, s.f);
     const std::size_t i = poly().first_event(s.x, s.f, end, kind == interval::half_open);
     if (i == point_block - 1) continue;

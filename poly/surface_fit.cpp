@@ -11,6 +11,7 @@
 using tessarn::real;
 using tessarn::slong;
 using tessarn::detail::computed;
+using tessarn::detail::partial_sums;
 using tessarn::detail::point_block;
 using tessarn::detail::real_array;
 using tessarn::detail::real_mat;
@@ -22,20 +23,15 @@ namespace {
 constexpr slong largest_grade = 255;
 
 // The distinct sums of the normal equations, side * side sums of y^b x^a, a, b < side = 2 g - 1, and g * g moments of
-// y^j x^i z. Each sum runs over the points in their order from +0.0. With weights a point's terms are (y^b x^a)(w w)
-// and (y^j x^i)((w z) w). The points pass through a block of fixed size.
+// y^j x^i z, each in partial sums over the points in their order. With weights a point's terms are (y^b x^a)(w w) and
+// (y^j x^i)((w z) w). The points pass through a block of fixed size.
 class surface_sums {
  public:
   explicit surface_sums(tessarn::ulong g)
       : g_(g),
-        side_(2 * g - 1),
-        stride_((side_ + 7) / 8 * 8),
-        sums_(tessarn::detail::allocate_zeroed((side_ + g_) * stride_)),
-        work_(tessarn::detail::allocate((2 * side_ + stride_) * point_block)) {
-    for (double& x : x_) x = 1;
-    for (double& y : y_) y = 1;
-    std::fill_n(work_.get() + 2 * side_ * point_block, stride_ * point_block, static_cast<real>(0));
-  }
+        side_(2 * g_ - 1),
+        sums_(tessarn::detail::allocate_zeroed((side_ * side_ + g_ * g_) * partial_sums)),
+        powers_(tessarn::detail::allocate(2 * side_ * point_block)) {}
 
   void run(const vector3d* pts, const real* w, tessarn::ulong n) {
     for (tessarn::ulong first = 0; first < n; first += point_block) {
@@ -45,28 +41,37 @@ class surface_sums {
         x_[i] = static_cast<double>(p.x);
         y_[i] = static_cast<double>(p.y);
         z_[i] = static_cast<double>(w ? (w[first + i] * p.z) * w[first + i] : p.z);
-        if (w) w_[i] = static_cast<double>(w[first + i] * w[first + i]);
+        w_[i] = static_cast<double>(w ? w[first + i] * w[first + i] : 1);
+      }
+      for (std::size_t i = count; i < point_block; ++i) {
+        x_[i] = y_[i] = 1;
+        z_[i] = w_[i] = 0;
       }
       add(w != nullptr, count);
     }
   }
 
-  real power(std::size_t b, std::size_t a) const { return sums_[b * stride_ + a]; }
-  real moment(std::size_t j, std::size_t i) const { return sums_[(side_ + j) * stride_ + i]; }
+  real power(std::size_t b, std::size_t a) const { return sum(side_ * b + a); }
+  real moment(std::size_t j, std::size_t i) const { return sum(side_ * side_ + g_ * j + i); }
 
  private:
+  real sum(std::size_t k) const {
+    return tessarn::detail::tree_sum(tessarn::detail::as_doubles(sums_.get()) + k * partial_sums);
+  }
   void add(bool weighted, std::size_t count) {
-    double* px = tessarn::detail::as_doubles(work_.get());
+    const auto exponents = static_cast<unsigned>(side_);
+    double* px = tessarn::detail::as_doubles(powers_.get());
     double* py = px + side_ * point_block;
-    tessarn::detail::block_powers(x_, static_cast<unsigned>(side_), px);
-    tessarn::detail::block_powers(y_, static_cast<unsigned>(side_), py);
+    tessarn::detail::block_powers(x_, exponents, px);
+    tessarn::detail::block_powers(y_, exponents, py);
+    tessarn::detail::clear_rows(px, exponents, count);
     double* sums = tessarn::detail::as_doubles(sums_.get());
-    tessarn::detail::poly().add_products(px, py, weighted ? w_ : nullptr, z_, count, static_cast<unsigned>(g_), stride_,
-                                         py + side_ * point_block, sums, sums + side_ * stride_);
+    tessarn::detail::poly().add_products(px, py, weighted ? w_ : nullptr, z_, static_cast<unsigned>(g_), sums,
+                                         sums + side_ * side_ * partial_sums);
   }
 
-  const std::size_t g_, side_, stride_;
-  real_array sums_, work_;
+  const std::size_t g_, side_;
+  real_array sums_, powers_;
   double x_[point_block], y_[point_block], z_[point_block], w_[point_block];
 };
 

@@ -68,7 +68,7 @@ class TESSARN_API binom {
   void mirror_v();
 
   /// Fits m coefficients through n points by least squares: sums of the correctly rounded powers of the
-  /// abscissas, in the order of the points, and the square solver. A point whose x is -1.0 or NaN is left
+  /// abscissas, the accepted point k in partial sum k mod 8, and the square solver. A point whose x is -1.0 or NaN is left
   /// out. Points that do not determine the coefficients leave the right-hand side, the sums of x^i y, in
   /// them: evaluate the fit to know. Normal equations lose twice the digits that the condition of the
   /// problem costs: shift and scale the abscissas for more than a few coefficients, but not to [-1, 1],
@@ -216,7 +216,7 @@ class TESSARN_API hyperbinom {
   void operator*=(real s);
 
   /// Fits the g g coefficients of a surface through n points by least squares: sums of products of
-  /// correctly rounded powers in the order of the points, and the square solver. Every point takes part.
+  /// correctly rounded powers, point k in partial sum k mod 8, and the square solver. Every point takes part.
   /// Points that do not determine the coefficients leave the right-hand side in them.
   void create(vector3d* pts, ulong n, ulong g);
   /// The same with weights: minimises the sum of (w (p(x, y) - z))^2.

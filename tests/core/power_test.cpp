@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "plain/scalar.h"
+#include "plain/power.h"
 #include "support/bits.h"
 #include "support/random.h"
 
@@ -53,6 +53,16 @@ TEST(Power, IsCorrectlyRounded) {
     double x = r.below(3) == 0 ? r.hostile() : r.uniform(-10, 10);
     if (r.below(4) == 0) x = std::exp2(r.uniform(-1076, 1026) / (k == 0 ? 1 : k));
     ASSERT_BITS(power(x, k), plain::power(x, k)) << test::hex(x) << " to the power " << k;
+  }
+}
+
+// The reference without MPFR, which systems without that library use.
+TEST(Power, LongArithmeticAgreesWithTheReference) {
+  test::random_source r(7);
+  for (int i = 0; i < 20000; ++i) {
+    const unsigned k = r.below(2) ? r.below(40) : r.below(2000);
+    const double x = r.below(4) ? std::ldexp(r.uniform(-4, 4), static_cast<int>(r.below(40)) - 20) : r.hostile();
+    ASSERT_BITS(plain::long_power(x, k), plain::power(x, k)) << test::hex(x) << " to the power " << k;
   }
 }
 

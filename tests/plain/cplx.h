@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "library.h"
 #include "scalar.h"
 
 namespace plain {
@@ -12,7 +13,7 @@ struct cplx {
   double im = 0.0;
 };
 
-inline cplx unit(double angle) { return {std::cos(angle), std::sin(angle)}; }
+inline cplx unit(double angle) { return {cosine(angle), sine(angle)}; }
 
 inline cplx add(cplx a, cplx b) { return {a.re + b.re, a.im + b.im}; }
 inline cplx sub(cplx a, cplx b) { return {a.re - b.re, a.im - b.im}; }
@@ -49,12 +50,12 @@ inline double phi(cplx a) {
   if (r == 0 || r != r) return 0.0;
   const double c = a.re / r;
   if (a.re >= 0) {
-    if (a.im >= 0) return std::acos(c);
-    return two_pi - std::acos(c);
+    if (a.im >= 0) return arc_cosine(c);
+    return two_pi - arc_cosine(c);
   }
   const double c2 = -c;
-  if (a.im >= 0) return pi - std::acos(c2);
-  return pi + std::acos(c2);
+  if (a.im >= 0) return pi - arc_cosine(c2);
+  return pi + arc_cosine(c2);
 }
 
 inline cplx root(cplx z) {
@@ -64,15 +65,15 @@ inline cplx root(cplx z) {
   if (r == 0 || r != r) {
     a = 0.0;
   } else if (z.re >= 0) {
-    a = z.im >= 0 ? std::acos(z.re / r) : two_pi - std::acos(z.re / r);
+    a = z.im >= 0 ? arc_cosine(z.re / r) : two_pi - arc_cosine(z.re / r);
   } else {
     const double c2 = (-1.0 / r) * z.re;
-    a = z.im >= 0 ? pi - std::acos(c2) : pi + std::acos(c2);
+    a = z.im >= 0 ? pi - arc_cosine(c2) : pi + arc_cosine(c2);
   }
   const double h = a * 0.5;
-  const cplx c1{s * std::cos(h), s * std::sin(h)};
+  const cplx c1{s * cosine(h), s * sine(h)};
   const double h2 = h + pi;
-  const double t = (std::cos(h2) * s) * std::sin(h2);
+  const double t = (cosine(h2) * s) * sine(h2);
   if (t * t - r == z.re && (s + s) * t == z.im) return {t, s};
   return c1;
 }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "power.h"
 #include "scalar.h"
 #include "vectors.h"
 
@@ -148,16 +149,24 @@ inline void mirror_v(poly& p) {
 
 // ---------------------------------------------------------------------------- fits
 
+// The sums over points have a free order. It is: term k to partial sum k mod 8, the eight added as a tree.
+struct free_sum {
+  double s[8] = {};
+  std::size_t k = 0;
+  void add(double term) { s[k++ % 8] += term; }
+  double total() const { return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7])); }
+};
+
 inline double power_sum(const std::vector<vec2>& pts, unsigned long k) {
-  double s = 0.0;
-  for (const vec2& p : pts) s += power(p.x, k);
-  return nan_to_zero(s);
+  free_sum s;
+  for (const vec2& p : pts) s.add(power(p.x, k));
+  return nan_to_zero(s.total());
 }
 
 inline double moment(const std::vector<vec2>& pts, unsigned long k) {
-  double s = 0.0;
-  for (const vec2& p : pts) s += power(p.x, k) * p.y;
-  return nan_to_zero(s);
+  free_sum s;
+  for (const vec2& p : pts) s.add(power(p.x, k) * p.y);
+  return nan_to_zero(s.total());
 }
 
 // The full fit with m coefficients; points whose x is -1.0 or NaN are left out.

@@ -1,8 +1,6 @@
-// The scalar rules in their plainest form: floor, ceiling, the two roundings, the integer power and
-// the quiet-NaN rule. Written as the reference for tests, without a look at the library's code.
+// The scalar rules in their plainest form: floor, ceiling, the two roundings and the
+// quiet-NaN rule. Written as the reference for tests, without a look at the library's code.
 #pragma once
-
-#include <mpfr.h>
 
 #include <cmath>
 #include <cstdint>
@@ -81,25 +79,5 @@ inline std::int32_t rndi(double x) {
 inline bool equal(double a, double b) { return !(a < b) && !(a > b); }
 
 inline double nan_to_zero(double x) { return x != x ? 0.0 : x; }
-
-// The correctly rounded x^k for every finite x, subnormal results included; x^0 is 1.
-inline double power(double x, unsigned long k) {
-  if (k == 0) return 1.0;
-  if (!std::isfinite(x)) return std::pow(x, static_cast<double>(k));
-  const mpfr_exp_t emin = mpfr_get_emin();
-  const mpfr_exp_t emax = mpfr_get_emax();
-  mpfr_set_emin(-1073);
-  mpfr_set_emax(1024);
-  mpfr_t v;
-  mpfr_init2(v, 53);
-  mpfr_set_d(v, x, MPFR_RNDN);
-  int ternary = mpfr_pow_ui(v, v, k, MPFR_RNDN);
-  mpfr_subnormalize(v, ternary, MPFR_RNDN);
-  const double result = mpfr_get_d(v, MPFR_RNDN);
-  mpfr_clear(v);
-  mpfr_set_emin(emin);
-  mpfr_set_emax(emax);
-  return result;
-}
 
 }  // namespace plain

@@ -100,19 +100,19 @@ inline surface fit_surface(const std::vector<vec3>& pts, const std::vector<doubl
   std::vector<double> b(n);
   for (std::size_t r = 0; r < n; ++r) {
     for (std::size_t c = 0; c < n; ++c) {
-      double s = 0.0;
+      free_sum s;
       for (std::size_t k = 0; k < pts.size(); ++k) {
         const double t = power(pts[k].y, r / g + c / g) * power(pts[k].x, r % g + c % g);
-        s += w.empty() ? t : t * (w[k] * w[k]);
+        s.add(w.empty() ? t : t * (w[k] * w[k]));
       }
-      a[r * n + c] = nan_to_zero(s);
+      a[r * n + c] = nan_to_zero(s.total());
     }
-    double s = 0.0;
+    free_sum s;
     for (std::size_t k = 0; k < pts.size(); ++k) {
       const double t = power(pts[k].y, r / g) * power(pts[k].x, r % g);
-      s += w.empty() ? t * pts[k].z : t * ((w[k] * pts[k].z) * w[k]);
+      s.add(w.empty() ? t * pts[k].z : t * ((w[k] * pts[k].z) * w[k]));
     }
-    b[r] = nan_to_zero(s);
+    b[r] = nan_to_zero(s.total());
   }
   solve_square(a, n, b);
   for (std::size_t k = 0; k < n; ++k) p.cof[k] = b[k];

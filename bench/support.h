@@ -1,0 +1,225 @@
+// The registry of the benchmarks: a row is one operation at one size, with our call, those of the peers
+// and the plain form, written once and timed alike.
+//
+// A row names a struct of inputs, constructed from the size when the row's first call is timed and
+// released when the next row begins. It has a member `rotation`, the number of its inputs: call i works
+// on input i % rotation, so that neither caches nor branch prediction see the same numbers every time.
+// Before a peer is timed its results on the first inputs are compared with ours.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "values.h"
+
+namespace bench {
+
+// What the stated arithmetic of an operation needs, whichever way it is done: multiplications and
+// additions (a division or a root counts as one), and bytes read and written.
+struct work {
+  double operations = 0;
+  double bytes = 0;
+};
+
+// How much of the peers' and our own results must agree.
+struct agreement {
+  double tolerance = 1e-9;  // largest difference, relative to the largest value
+  bool plain_bits = true;   // the plain form must give our bits, not only our values
+};
+
+// Inputs for small operations are many, for large ones few.
+inline int rotation_for(double bytes_of_one) {
+  if (bytes_of_one < 4e3) return 31;
+  if (bytes_of_one < 64e3) return 7;
+  return bytes_of_one < 4e6 ? 3 : 2;
+}
+
+// The value, and everything that can be reached from it, counts as used.
+template <class T>
+inline void use(T& value) {
+  asm volatile("" : : "g"(&value) : "memory");
+}
+
+namespace detail {
+
+// The row whose inputs are alive; setting another one releases them.
+void set_current(const void* row, std::function<void()> release);
+bool is_current(const void* row);
+
+struct labels {
+  std::string operation;
+  long size = 0;
+  work needs;
+  double reach = 0;
+  std::string note;
+  agreement agree;
+};
+
+// "operation|size|family|call", with family one of ours, plain, machine, or the peer's column.
+std::string benchmark_name(const labels& row, const std::string& family, const std::string& call);
+void set_counters(benchmark::State& state, const labels& row, const std::string& hash);
+void configure(benchmark::internal::Benchmark* b, const std::string& family);
+// Empty when the two agree, else the reason.
+std::string disagreement(const values& ours, const values& other, const labels& row, bool bits);
+
+}  // namespace detail
+
+struct no_preparation {};
+
+template <class Inputs>
+class row {
+  struct shared {
+    detail::labels labels;
+    std::function<std::unique_ptr<Inputs>()> make;
+    std::unique_ptr<Inputs> inputs;
+    std::function<values(Inputs&, int)> ours;
+    std::vector<values> expected;  // our results on the first inputs
+    std::string hash;              // of our results on all inputs
+  };
+
+ public:
+  row(std::string operation, long size, work needs) : state_(std::make_shared<shared>()) {
+    state_->labels = {std::move(operation), size, needs, 0, "", {}};
+    state_->make = [size] { return std::make_unique<Inputs>(size); };
+  }
+  // The ratio (time of the best peer over ours) that we want to reach.
+  row& reach(double ratio) {
+    state_->labels.reach = ratio;
+    return *this;
+  }
+  row& note(std::string text) {
+    state_->labels.note = std::move(text);
+    return *this;
+  }
+  row& agree(agreement a) {
+    state_->labels.agree = a;
+    return *this;
+  }
+
+  // A call is f(inputs, i), giving its result by value or reference. What it overwrites is restored by
+  // prepare(inputs), which is not timed, once a rotation.
+  template <class Call, class Prepare = no_preparation>
+  row& ours(Call f, Prepare prepare = {}) {
+    state_->ours = [f, prepare](Inputs& in, int i) {
+      run_preparation(in, prepare);
+      auto&& result = f(in, i);
+      return values_of(result);
+    };
+    add("ours", "tessarn", f, prepare);
+    return *this;
+  }
+  template <class Call, class Prepare = no_preparation>
+  row& peer(const std::string& family, const std::string& call, Call f, Prepare prepare = {}) {
+    add(family, call, f, prepare);
+    return *this;
+  }
+  template <class Call, class Prepare = no_preparation>
+  row& plain(Call f, Prepare prepare = {}) {
+#ifndef BENCH_NATIVE
+    add("plain", "plain form", f, prepare);
+#else
+    (void)f;
+    (void)prepare;
+#endif
+    return *this;
+  }
+
+ private:
+  template <class Prepare>
+  static void run_preparation(Inputs& in, const Prepare& prepare) {
+    if constexpr (!std::is_same_v<Prepare, no_preparation>) prepare(in);
+  }
+
+  // Makes the inputs, and our results to compare with.
+  static void enter(shared& s) {
+    if (detail::is_current(&s)) return;
+    detail::set_current(&s, [&s] {
+      s.inputs.reset();
+      s.expected.clear();
+    });
+    s.inputs = s.make();
+    hasher all;
+    for (int i = 0; i < s.inputs->rotation; ++i) {
+      values v = s.ours(*s.inputs, i);
+      all.add(v);
+      if (i < 2) s.expected.push_back(std::move(v));
+    }
+    s.hash = all.text();
+  }
+
+  template <class Call, class Prepare>
+  static std::string check(shared& s, const std::string& family, Call& f, const Prepare& prepare) {
+    if (family == "ours") return {};
+    for (std::size_t i = 0; i < s.expected.size(); ++i) {
+      run_preparation(*s.inputs, prepare);
+      auto&& result = f(*s.inputs, static_cast<int>(i));
+      const std::string reason =
+          detail::disagreement(s.expected[i], values_of(result), s.labels,
+                               family == "plain" && s.labels.agree.plain_bits);
+      if (!reason.empty()) return reason;
+    }
+    return {};
+  }
+
+  template <class Call, class Prepare>
+  void add(const std::string& family, const std::string& call, Call f, Prepare prepare) {
+    auto timed = [s = state_, family, f, prepare, checked = false](benchmark::State& state) mutable {
+      enter(*s);
+      if (!checked) {
+        const std::string reason = check(*s, family, f, prepare);
+        if (!reason.empty()) {
+          state.SkipWithError(reason.c_str());
+          return;
+        }
+        checked = true;
+      }
+      Inputs& in = *s->inputs;
+      const int rotation = in.rotation;
+      int i = 0;
+      for (auto _ : state) {
+        if constexpr (!std::is_same_v<Prepare, no_preparation>) {
+          if (i == 0) {
+            state.PauseTiming();
+            prepare(in);
+            state.ResumeTiming();
+          }
+        }
+        auto&& result = f(in, i);
+        use(result);
+        if (++i == rotation) i = 0;
+      }
+      detail::set_counters(state, s->labels, s->hash);
+    };
+    // A copy of the function serves all repetitions: Google Benchmark wants it copyable.
+    auto function = std::make_shared<decltype(timed)>(std::move(timed));
+    detail::configure(
+        benchmark::RegisterBenchmark(detail::benchmark_name(state_->labels, family, call).c_str(),
+                                     [function](benchmark::State& state) { (*function)(state); }),
+        family);
+  }
+
+  std::shared_ptr<shared> state_;
+};
+
+// One function a file of benchmarks.
+void add_machine_limits();
+void add_products();
+void add_solves();
+void add_inversions();
+void add_decompositions();
+void add_least_squares();
+void add_complex();
+void add_fits();
+void add_curves();
+void add_lists();
+void add_planes();
+void add_vectors();
+
+}  // namespace bench

@@ -1,0 +1,76 @@
+#!/usr/bin/env bash
+# What the built module must and must not contain:
+#   check_module.sh documented NAMES MEMBERS           every documented member is in the list of exported names
+#   check_module.sh called NAMES CLIENT...             the clients together import every public and protected member
+#   check_module.sh imports MODULE                     nothing beyond the kernel library and the C and C++ run-times
+#   check_module.sh no_fused MODULE                    no fused multiply-add
+#   check_module.sh kernels LIST                       kernel objects define their own namespace only
+#   check_module.sh baseline LIST                      the other objects use no wide registers
+#   check_module.sh no_initialisers LIST               no object has start-up code
+#   check_module.sh deleting_destructors LIST          virtual tables hold the vector deleting destructor only
+# LIST is a file with one object a line.
+set -euo pipefail
+tool() { command -v "$1-${LLVM_VERSION:-22}" || command -v "$1"; }
+fail() { echo "$*"; exit 1; }
+what=$1 first=$2
+shift 2
+
+imports_of() {
+  "$(tool llvm-readobj)" --coff-imports "$1" | tr -d '\r'
+}
+
+case $what in
+  documented)
+    missing=$(LC_ALL=C comm -13 <(cut -d' ' -f2- "$first" | LC_ALL=C sort) <(LC_ALL=C sort "$1"))
+    [ -z "$missing" ] || fail "not exported:"$'\n'"$missing"
+    echo "$(wc -l <"$1") documented members are exported" ;;
+  called)
+    wanted=$(grep -vE ' private: |vftable' "$first" | LC_ALL=C sort)
+    [ "$(wc -l <<<"$wanted")" -gt 300 ] || fail "the list of names is too short"
+    called=$(for client; do imports_of "$client"; done | awk '$1 == "Symbol:" {print $2}' | LC_ALL=C sort -u)
+    missing=$(LC_ALL=C join -v1 <(echo "$wanted") <(echo "$called"))
+    [ -z "$missing" ] || fail "called by no client:"$'\n'"$missing"
+    echo "$(wc -l <<<"$wanted") members are called" ;;
+  imports)
+    libraries=$(imports_of "$first" | awk '$1 == "Name:" {print $2}')
+    [ -n "$libraries" ] || fail "no imports found"
+    echo "$libraries"
+    ! grep -vE '^(KERNEL32\.dll|VCRUNTIME140\.dll|api-ms-win-crt-[a-z]+-l1-1-0\.dll)$' <<<"$libraries" || fail "not allowed" ;;
+  no_fused)
+    listing=$("$(tool llvm-objdump)" -d --no-show-raw-insn "$first")
+    for register in xmm ymm zmm; do
+      [ "$(grep -cE "v?mul[sp]d.*$register" <<<"$listing")" -gt 0 ] || fail "no multiplication in $register: not the module"
+    done
+    ! grep -E '\bv?fn?m(add|sub)[0-9]*[sp][sd]\b|vfm(addsub|subadd)' <<<"$listing" || fail "fused multiply-add found"
+    echo "$(wc -l <<<"$listing") lines of code, no fused multiply-add" ;;
+  kernels)
+    count=0
+    while read -r object; do
+      set=$(sed -E 's/.*_(baseline|avx2|avx512)\.dir.*/\1/' <<<"$object")
+      names=$("$(tool llvm-nm)" --defined-only "$object" | awk '{print $3}')
+      [ -n "$names" ] || fail "$object defines nothing"
+      # Constants are the same in every build, whichever of them the linker keeps.
+      ! grep -vE "@$set@detail@tessarn@@|^__(real|xmm|ymm|zmm)@|^@feat\.00$|^\.|^\\\$" <<<"$names" || fail "in $object"
+      count=$((count + 1))
+    done <"$first"
+    [ "$count" -gt 2 ] || fail "only $count objects"
+    echo "$count kernel objects define their own namespace only" ;;
+  baseline)
+    while read -r object; do
+      ! "$(tool llvm-objdump)" -d --no-show-raw-insn "$object" | grep -m3 '%[yz]mm' || fail "in $object"
+    done <"$first"
+    [ "$(wc -l <"$first")" -gt 10 ] || fail "too few objects"
+    echo "$(wc -l <"$first") objects without wide registers" ;;
+  no_initialisers)
+    while read -r object; do
+      ! "$(tool llvm-readobj)" --sections "$object" | grep -m3 'Name: \.CRT\$X' || fail "in $object"
+    done <"$first"
+    [ "$(wc -l <"$first")" -gt 10 ] || fail "too few objects"
+    echo "$(wc -l <"$first") objects without start-up code" ;;
+  deleting_destructors)
+    slots=$(while read -r object; do "$(tool llvm-objdump)" -r "$object"; done <"$first" | grep ADDR64 | grep -oE '\?\?_[EG][^ ]*' | sort -u)
+    [ "$(grep -c '^??_E' <<<"$slots")" -ge 13 ] || fail "fewer virtual tables than classes"
+    ! grep '^??_G' <<<"$slots" || fail "scalar deleting destructor in a virtual table"
+    echo "$(wc -l <<<"$slots") virtual tables begin with the vector deleting destructor" ;;
+  *) fail "unknown check: $what" ;;
+esac

@@ -1,0 +1,20 @@
+# What makes the shared library the Windows module: its names, the loader entry, the version resource.
+
+enable_language(RC)
+configure_file(${PROJECT_SOURCE_DIR}/windows/version.rc.in ${PROJECT_BINARY_DIR}/version.rc @ONLY)
+target_sources(tessarn PRIVATE windows/dllmain.cpp ${PROJECT_BINARY_DIR}/version.rc)
+
+# The same file names from every compiler.
+set_target_properties(tessarn PROPERTIES
+  OUTPUT_NAME Tessarn_x64 PREFIX "" IMPORT_PREFIX ""
+  RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+
+if(MSVC)
+  # The same input gives the same file, and the debug information lies beside the module also in Release.
+  target_link_options(tessarn PRIVATE /debug /opt:ref /opt:icf /Brepro)
+  foreach(set "" _baseline _avx2 _avx512)
+    if(TARGET tessarn_objects${set})
+      target_compile_options(tessarn_objects${set} PRIVATE /Z7)
+    endif()
+  endforeach()
+endif()

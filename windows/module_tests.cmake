@@ -1,0 +1,26 @@
+# Checks of the built files with the tools of LLVM.
+
+set(here ${CMAKE_CURRENT_SOURCE_DIR})
+set(check ${here}/check_module.sh)
+set(names ${here}/exported_names.txt)
+set(module $<TARGET_FILE:tessarn>)
+
+set(objects $<TARGET_OBJECTS:tessarn_objects>)
+set(kernels)
+foreach(set ${TESSARN_INSTRUCTION_SETS})
+  list(APPEND kernels $<TARGET_OBJECTS:tessarn_objects_${set}>)
+endforeach()
+set(lists ${CMAKE_CURRENT_BINARY_DIR})
+file(GENERATE OUTPUT ${lists}/objects.txt CONTENT "$<JOIN:${objects},\n>\n")
+file(GENERATE OUTPUT ${lists}/kernels.txt CONTENT "$<JOIN:${kernels},\n>\n")
+file(GENERATE OUTPUT ${lists}/baseline.txt CONTENT "$<JOIN:${objects},\n>\n$<TARGET_OBJECTS:tessarn_objects_baseline>\n")
+
+add_test(NAME module/exported_names COMMAND ${here}/exported_names.sh ${module} ${names})
+add_test(NAME module/documented_members COMMAND ${check} documented ${names} ${here}/documented_members.txt)
+add_test(NAME module/every_member_called COMMAND ${check} called ${names} ${clients})
+add_test(NAME module/imports COMMAND ${check} imports ${module})
+add_test(NAME module/no_fused COMMAND ${check} no_fused ${module})
+add_test(NAME module/kernels COMMAND ${check} kernels ${lists}/kernels.txt)
+add_test(NAME module/baseline COMMAND ${check} baseline ${lists}/baseline.txt)
+add_test(NAME module/no_initialisers COMMAND ${check} no_initialisers ${lists}/objects.txt)
+add_test(NAME module/deleting_destructors COMMAND ${check} deleting_destructors ${lists}/objects.txt)
