@@ -189,20 +189,18 @@ double scan(Function f, double a, double b, double step, double eps) {
 struct search_inputs {
   explicit search_inputs(long size) : n(size), step(1 / double(size)), eps(step * 1e-3) {
     for (int i = 0; i < rotation; ++i) {
-      const double v = 1 - step * (1.3 + i);
-      // (v - x) (2 + x^4), and t^2 / 2 + t^4 / 100 with t = x - v.
-      add(zero, zero_curves, plain_zero, {2 * v, -2, 0, 0, v, -1});
-      add(bend, bend_curves, plain_bend,
-          {v * v / 2 + v * v * v * v / 100, -v - v * v * v / 25, 0.5 + 0.06 * v * v, -v / 25, 0.01,
-           0});
+      const double v = before_one(step, i);
+      add(zero, zero_curves, plain_zero, curve_with_zero(v));
+      add(bend, bend_curves, plain_bend, curve_with_bend(v));
     }
   }
   static void add(std::vector<coefficients>& c, std::vector<binom>& p, std::vector<plain::poly>& q,
-                  const coefficients& values) {
-    c.push_back(values);
+                  const values& v) {
+    c.emplace_back();
+    std::copy(v.begin(), v.end(), c.back().begin());
     p.emplace_back();
-    set(p.back(), values.data(), count);
-    q.push_back(plain_form(values));
+    set(p.back(), v.data(), count);
+    q.push_back({v});
   }
   long n;
   double step, eps;

@@ -37,6 +37,14 @@ values values_of(const library_parts& p) {
   return values_of(
       parts{to_eigen_matrix(p.u), to_eigen_matrix(p.v), to_eigen_matrix(p.s).diagonal()});
 }
+values bits_of(const library_parts& p) {
+  values all = bench::values_of(p.u);
+  for (const real_matrix* m : {&p.s, &p.v}) {
+    const values v = bench::values_of(*m);
+    all.insert(all.end(), v.begin(), v.end());
+  }
+  return all;
+}
 
 struct plain_parts {
   plain::decomposition d;

@@ -79,16 +79,9 @@ struct fit_inputs {
   explicit fit_inputs(long size)
       : n(size), rotation(rotation_for(24.0 * double(n))), gsl(std::size_t(n), M) {
     for (int i = 0; i < rotation; ++i) {
-      test::random_source r(8000 + std::uint64_t(i));
-      std::vector<vector> a;
-      std::vector<plain::vec2> p;
-      for (long k = 0; k < n; ++k) {
-        const double x = r.uniform(), y = 1 + x * (2 - x * (3 + x)) + 0.1 * r.uniform();
-        a.emplace_back(x, y);
-        p.push_back({x, y});
-      }
-      points.push_back(a);
-      plain_points.push_back(p);
+      plain_points.push_back(curve_points(n, 8000 + std::uint64_t(i)));
+      points.emplace_back();
+      for (const plain::vec2& p : plain_points.back()) points.back().emplace_back(p.x, p.y);
     }
   }
   long n;
@@ -144,16 +137,9 @@ template <int G>
 struct surface_inputs {
   explicit surface_inputs(long) : rotation(rotation_for(32.0 * double(n))), gsl(n, G * G) {
     for (int i = 0; i < rotation; ++i) {
-      test::random_source r(9000 + std::uint64_t(i));
-      std::vector<vector3d> a;
-      std::vector<plain::vec3> p;
-      for (std::size_t k = 0; k < n; ++k) {
-        const double x = r.uniform(), y = r.uniform(), z = 1 + x * y - x * x + 0.1 * r.uniform();
-        a.emplace_back(x, y, z);
-        p.push_back({x, y, z});
-      }
-      points.push_back(a);
-      plain_points.push_back(p);
+      plain_points.push_back(surface_points(n, 9000 + std::uint64_t(i)));
+      points.emplace_back();
+      for (const plain::vec3& p : plain_points.back()) points.back().emplace_back(p.x, p.y, p.z);
     }
   }
   static constexpr std::size_t n = 10000;

@@ -60,6 +60,23 @@ inline values transposed(const values& rows, long width, long height) {
   return t;
 }
 
+// Random points near a curve, a surface and a plane.
+std::vector<plain::vec2> curve_points(long n, std::uint64_t seed);
+std::vector<plain::vec3> surface_points(long n, std::uint64_t seed);
+std::vector<plain::vec3> plane_points(long n, std::uint64_t seed);
+
+// b is a turned copy of a, moved and with noise.
+struct point_pairs {
+  Eigen::Matrix3Xd a, b;
+};
+point_pairs matched_points(long n, std::uint64_t seed);
+
+// (v - x) (2 + x^4) with its zero at v, and t^2 / 2 + t^4 / 100 with t = x - v, whose curvature has
+// an extreme point there; a place a few steps before 1 to put it.
+values curve_with_zero(double v);
+values curve_with_bend(double v);
+double before_one(double step, int i);
+
 // Vectors and matrices of GSL with their release.
 struct gsl_release {
   void operator()(gsl_matrix* m) const { gsl_matrix_free(m); }

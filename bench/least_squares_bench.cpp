@@ -105,19 +105,10 @@ void add_system(long m, double reach) {
   });
 }
 
-// Pairs of points: b is a turned copy of a, moved and with noise.
 struct match_inputs {
   explicit match_inputs(long size) : n(size), rotation(rotation_for(64.0 * double(n))) {
     for (int i = 0; i < rotation; ++i) {
-      test::random_source r(6000 + static_cast<std::uint64_t>(i));
-      const Eigen::Matrix3d turn =
-          Eigen::AngleAxisd(0.3 + i, Eigen::Vector3d(1, 2, 3).normalized()).toRotationMatrix();
-      Eigen::Matrix3Xd p(3, n), q(3, n);
-      for (long k = 0; k < n; ++k) {
-        for (int c = 0; c < 3; ++c) p(c, k) = 10 * r.uniform();
-        q.col(k) = turn * p.col(k) + Eigen::Vector3d(1, -2, 5);
-        for (int c = 0; c < 3; ++c) q(c, k) += 0.01 * r.uniform();
-      }
+      const auto [p, q] = matched_points(n, 6000 + std::uint64_t(i));
       auto points = [this](const Eigen::Matrix3Xd& m) {
         std::vector<vector3d> v;
         for (long k = 0; k < n; ++k) v.emplace_back(m(0, k), m(1, k), m(2, k));

@@ -17,18 +17,15 @@ using kernel = CGAL::Simple_cartesian<double>;
 struct cloud_inputs {
   explicit cloud_inputs(long size) : n(size), rotation(rotation_for(32.0 * double(n))) {
     for (int i = 0; i < rotation; ++i) {
-      test::random_source r(40 + std::uint64_t(i));
+      plain.push_back(plane_points(n, 40 + std::uint64_t(i)));
       ours.emplace_back();
-      plain.emplace_back();
       cgal.emplace_back();
       eigen.emplace_back(3, n);
       for (long k = 0; k < n; ++k) {
-        const double x = r.uniform(), y = r.uniform();
-        const double z = 0.2 * x - 0.3 * y + 1 + 0.05 * r.uniform();
-        ours.back().emplace_back(x, y, z);
-        plain.back().push_back({x, y, z});
-        cgal.back().emplace_back(x, y, z);
-        eigen.back().col(k) = Eigen::Vector3d(x, y, z);
+        const plain::vec3& p = plain.back()[std::size_t(k)];
+        ours.back().emplace_back(p.x, p.y, p.z);
+        cgal.back().emplace_back(p.x, p.y, p.z);
+        eigen.back().col(k) = Eigen::Vector3d(p.x, p.y, p.z);
       }
     }
   }

@@ -128,4 +128,10 @@ inline values values_of(const Eigen::MatrixXcd& m) {
 inline values values_of(const gsl_vector& v) { return values(v.data, v.data + v.size); }
 inline values values_of(const gsl_matrix& m) { return values(m.data, m.data + m.size1 * m.size2); }
 
+// What is hashed, where that is more than what can be compared.
+template <class Result>
+values bits_of(const Result& r) {
+  return values_of(r);
+}
+
 }  // namespace bench

@@ -45,14 +45,12 @@ namespace detail {
 /// a * b, rounded once. A product that feeds a sum, here or after inlining in the caller's expression,
 /// goes through this function, because callers compile these headers with flags of their own and a
 /// fused multiply-add would change the bits. Without fused instructions it is an ordinary product; with
-/// them it stays one in a register: GCC 12 keeps it apart by a barrier that also vectorises, and for the
-/// others the value passes through an empty assembly statement, since clang fuses under
-/// -ffp-contract=fast whatever a pragma says. The library itself is compiled without contraction.
+/// them the value passes through an empty assembly statement: clang fuses under -ffp-contract=fast
+/// whatever a pragma says, and GCC loses __builtin_assoc_barrier when it vectorises. The library itself
+/// is compiled without contraction.
 inline real product(real a, real b) noexcept {
 #if defined(TESSARN_BUILD) || (defined(__x86_64__) && !defined(__FMA__))
   return a * b;
-#elif defined(__GNUC__) && !defined(__clang__) && __GNUC__ >= 12
-  return __builtin_assoc_barrier(a * b);
 #elif (defined(__GNUC__) || defined(__clang__)) && defined(__x86_64__)
   real p = a * b;
   __asm__("" : "+x"(p));

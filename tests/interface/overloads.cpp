@@ -169,9 +169,43 @@ void polynomials() {
   print("vectormat", static_cast<double>(copied.average().y) + static_cast<double>(centre.x) + static_cast<double>(copied.avdir().y));
 }
 
+// Loops that compilers vectorise: the lanes must round as a single call does.
+void loops() {
+  constexpr std::size_t n = 97;
+  std::vector<vector3d> a(n), b(n), c(n);
+  std::vector<vector> p(n), q(n);
+  std::vector<cplx> u(n), v(n), w(n);
+  std::uint32_t seed = 1;
+  auto next = [&seed] { return static_cast<double>(seed = seed * 1664525u + 1013904223u) * 0x1p-32; };
+  for (std::size_t k = 0; k < n; ++k) {
+    a[k].x = next(), a[k].y = next(), a[k].z = next();
+    b[k].x = next(), b[k].y = next(), b[k].z = next();
+    p[k] = vector(a[k].x, b[k].y);
+    u[k] = cplx(a[k].y, b[k].z);
+    v[k] = cplx(b[k].x, a[k].z);
+  }
+  double dots = 0, lengths = 0;
+  for (std::size_t k = 0; k < n; ++k) dots += a[k] * b[k];
+  for (std::size_t k = 0; k < n; ++k) lengths += static_cast<double>(a[k].lenld() + p[k].lenld());
+  for (std::size_t k = 0; k < n; ++k) c[k] = a[k].cross(b[k]);
+  for (std::size_t k = 0; k < n; ++k) c[k] = c[k] + b[k] * 0.3;
+  for (std::size_t k = 0; k < n; ++k) q[k] = p[k] + p[k] * 0.7;
+  for (std::size_t k = 0; k < n; ++k) w[k] = u[k] * v[k];
+  for (std::size_t k = 0; k < n; ++k) w[k] = w[k] / v[k];
+  print("loop of dot products", dots);
+  print("loop of lengths", lengths);
+  double sum[7] = {};
+  for (std::size_t k = 0; k < n; ++k) {
+    const double parts[7] = {c[k].x, c[k].y, c[k].z, q[k].x, q[k].y, w[k].re, w[k].im};
+    for (int i = 0; i < 7; ++i) sum[i] = sum[i] / 2 + parts[i];
+  }
+  for (double s : sum) print("loops over arrays", s);
+}
+
 }  // namespace
 
 int main() {
+  loops();
   complex_numbers();
   plane_vectors();
   space_vectors();

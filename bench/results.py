@@ -1,0 +1,122 @@
+"""Reads the raw results of the two benchmark programs and joins them into rows."""
+
+import json
+import statistics
+
+PEER_FAMILIES = ["Eigen", "LAPACK", "GSL", "other"]
+
+
+class Call:
+    """One call of a row: its times in nanoseconds, for each program that timed it."""
+
+    def __init__(self, family, name):
+        self.family = family
+        self.name = name
+        self.times = {}
+
+    def program(self):
+        """The program in which the call was faster."""
+        return min(self.times, key=lambda p: statistics.median(self.times[p]))
+
+    def median(self):
+        return statistics.median(self.times[self.program()])
+
+    def spread(self):
+        """Half of the range over the median."""
+        times = self.times[self.program()]
+        return (max(times) - min(times)) / 2 / self.median()
+
+
+class Row:
+    def __init__(self, operation, size):
+        self.operation = operation
+        self.size = size
+        self.calls = {}
+        self.hashes = {}
+        self.operations = self.bytes = self.reach = 0
+        self.note = ""
+
+    @property
+    def ours(self):
+        return self.calls.get(("ours", "tessarn"))
+
+    @property
+    def plain(self):
+        return self.calls.get(("plain", "plain form"))
+
+    def peers(self, family=None):
+        return [c for c in self.calls.values()
+                if c.family in PEER_FAMILIES and family in (None, c.family)]
+
+    def best_peer(self, family=None):
+        return min(self.peers(family), key=Call.median, default=None)
+
+    def ratio(self):
+        best = self.best_peer()
+        return best.median() / self.ours.median() if best and self.ours else None
+
+
+class Results:
+    """Rows in the order of the programs, the machine's limits, and the errors that were met."""
+
+    def __init__(self):
+        self.rows = {}
+        self.machine = {}
+        self.context = {}
+        self.errors = []
+
+    def read(self, program, path):
+        with open(path) as f:
+            data = json.load(f)
+        self.context[program] = data["context"]
+        for b in data["benchmarks"]:
+            if b["run_type"] == "iteration":
+                self._add(program, b)
+
+    def _add(self, program, b):
+        name = b["run_name"].removesuffix("/repeats:1")
+        operation, size, family, call = name.split("|")
+        if b.get("error_occurred"):
+            self.errors.append(f"{program}: {operation} {size}, {call}: {b['error_message']}")
+            return
+        time = b["cpu_time"]  # the processor is shared; this counts our own time only
+        rows = self.machine if family == "machine" else self.rows
+        row = rows.setdefault((operation, int(size)) if family != "machine" else (call, int(size)),
+                              Row(operation, int(size)))
+        entry = row.calls.setdefault((family, call), Call(family, call))
+        entry.times.setdefault(program, []).append(time)
+        row.operations, row.bytes, row.reach = b["operations"], b["bytes"], b["reach"]
+        digest, row.note = b["label"].split("|", 1)
+        row.hashes[program] = digest
+
+    def check(self):
+        """The two programs call the same library: their results must have the same bits."""
+        for row in self.rows.values():
+            if len(set(row.hashes.values())) > 1:
+                self.errors.append(f"{row.operation} {row.size}: results differ between the programs")
+
+    # ------------------------------------------------------------------ limits of the machine
+
+    def rate(self, row):
+        """Operations or bytes in a nanosecond."""
+        call = next(iter(row.calls.values()))
+        return max(row.operations, row.bytes) / call.median()
+
+    def arithmetic_rate(self):
+        return max((self.rate(r) for (call, _), r in self.machine.items() if call == "multiply and add"),
+                   default=None)
+
+    def copy_rate(self, size):
+        """The rate in the smallest level of memory that holds so many bytes."""
+        copies = sorted((s, self.rate(r)) for (call, s), r in self.machine.items() if call == "copy")
+        return next((rate for s, rate in copies if s >= size), copies[-1][1] if copies else None)
+
+    def limit(self, row):
+        """The least time in nanoseconds, and whether operations or bytes set it."""
+        if not self.machine:
+            return None, ""
+        by_operations = row.operations / self.arithmetic_rate()
+        by_bytes = row.bytes / self.copy_rate(row.bytes)
+        if max(by_operations, by_bytes) == 0:
+            return None, ""
+        return (by_operations, "operations") if by_operations >= by_bytes else (by_bytes, "bytes")

@@ -1,0 +1,92 @@
+#!/usr/bin/env python3
+"""Runs both benchmark programs and writes the raw results, the table, the pictures and a page of them.
+
+Everything goes to the output directory: results-*.json (raw), table.md, plots/*.svg, index.html. The
+table is printed as well. With --update-docs it replaces the one in docs/benchmarks.md and README.md.
+"""
+
+import argparse
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import time
+
+import plots
+import report
+from results import Results
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+PROGRAMS = ["default", "native"]
+BEGIN, END = "<!-- benchmarks: begin -->", "<!-- benchmarks: end -->"
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--programs", type=pathlib.Path, default=ROOT / "build/bench/bench",
+                        help="where bench_default and bench_native are")
+    parser.add_argument("--output", type=pathlib.Path, default=ROOT / "build/bench", help="where results go")
+    parser.add_argument("--quick", action="store_true", help="about a minute, with little precision")
+    parser.add_argument("--filter", default="", help="only the operations that match this regular expression")
+    parser.add_argument("--report-only", action="store_true", help="from the raw results of the last run")
+    parser.add_argument("--update-docs", action="store_true", help="put the table into the documentation")
+    return parser.parse_args()
+
+
+def run_program(program, options, output):
+    minimum, repetitions = (0.002, 3) if options.quick else (0.03, 7)
+    command = [
+        options.programs / f"bench_{program}",
+        f"--benchmark_out={output}", "--benchmark_out_format=json",
+        f"--benchmark_min_time={minimum}", f"--benchmark_repetitions={repetitions}",
+    ]
+    if options.filter:
+        command.append(f"--benchmark_filter=^({options.filter}|machine)")
+    environment = dict(os.environ, OPENBLAS_NUM_THREADS="1", OMP_NUM_THREADS="1")
+    subprocess.run(command, env=environment, check=True, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL)
+
+
+def update_documentation(text):
+    for path in (ROOT / "docs/benchmarks.md", ROOT / "README.md"):
+        if not path.exists() or BEGIN not in path.read_text():
+            continue
+        old = path.read_text()
+        new = re.sub(re.escape(BEGIN) + ".*?" + re.escape(END), lambda _: f"{BEGIN}\n{text}{END}", old,
+                     flags=re.DOTALL)
+        path.write_text(new)
+        print(f"updated {path.relative_to(ROOT)}", file=sys.stderr)
+
+
+def main():
+    options = arguments()
+    options.output.mkdir(parents=True, exist_ok=True)
+    files = {p: options.output / f"results-{p}.json" for p in PROGRAMS}
+    if not options.report_only:
+        for program in PROGRAMS:
+            start = time.monotonic()
+            run_program(program, options, files[program])
+            print(f"bench_{program}: {time.monotonic() - start:.0f} s", file=sys.stderr)
+
+    results = Results()
+    for program in PROGRAMS:
+        results.read(program, files[program])
+    results.check()
+
+    text = report.markdown(results)
+    (options.output / "table.md").write_text(text)
+    pictures = plots.draw(results, options.output / "plots")
+    (options.output / "index.html").write_text(
+        report.page(results, [(title, f"plots/{name}") for title, name in pictures]))
+    print(text)
+    print(f"{options.output}/index.html shows the pictures", file=sys.stderr)
+    if options.update_docs and not results.errors:
+        update_documentation(text)
+    for error in results.errors:
+        print("error: " + error, file=sys.stderr)
+    return 1 if results.errors else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
