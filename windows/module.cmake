@@ -11,7 +11,7 @@ set_target_properties(tessarn PROPERTIES
 
 if(MSVC)
   # The same input gives the same file, and the debug information lies beside the module also in Release.
-  target_link_options(tessarn PRIVATE /debug /opt:ref /opt:icf /Brepro)
+  target_link_options(tessarn PRIVATE /debug /opt:ref /opt:icf /Brepro /natvis:${PROJECT_SOURCE_DIR}/tools/tessarn.natvis)
   foreach(set "" _baseline _avx2 _avx512)
     if(TARGET tessarn_objects${set})
       target_compile_options(tessarn_objects${set} PRIVATE /Z7)
