@@ -25,13 +25,16 @@ sqmat<cplx> to_complex_sqmat(const complex_rows& m) {
 }
 plain::csquare to_plain_csquare(const complex_rows& m) {
   plain::csquare r(plain::u32(m.rows()));
-  for (std::size_t k = 0; k < r.data.size(); ++k) r.data[k] = {m.data()[k].real(), m.data()[k].imag()};
+  for (std::size_t k = 0; k < r.data.size(); ++k)
+    r.data[k] = {m.data()[k].real(), m.data()[k].imag()};
   return r;
 }
 
 struct complex_inputs {
   explicit complex_inputs(long size)
-      : n(size), rotation(rotation_for(16.0 * double(n) * double(n))), pivots(std::size_t(n)),
+      : n(size),
+        rotation(rotation_for(16.0 * double(n) * double(n))),
+        pivots(std::size_t(n)),
         gsl_a(gsl_matrix_complex_alloc(std::size_t(n), std::size_t(n)), gsl_matrix_complex_free),
         gsl_x(gsl_vector_complex_alloc(std::size_t(n)), gsl_vector_complex_free),
         permutation(gsl_permutation_alloc(std::size_t(n)), gsl_permutation_free) {
@@ -98,8 +101,9 @@ void add_product(long n, double reach) {
     const int k = int(in.n);
     const complex one = 1, zero = 0;
     Eigen::MatrixXcd c(k, k);
-    cblas_zgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, k, k, k, &one, in.eigen[std::size_t(i)].data(), k,
-                in.eigen[in.next(i)].data(), k, &zero, c.data(), k);
+    cblas_zgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, k, k, k, &one,
+                in.eigen[std::size_t(i)].data(), k, in.eigen[in.next(i)].data(), k, &zero, c.data(),
+                k);
     return c;
   });
   r.plain([](complex_inputs& in, int i) {
@@ -111,9 +115,10 @@ void add_product(long n, double reach) {
 
 void add_solve(long n, double reach) {
   const double m = double(n);
-  row<complex_inputs> r("complex solve", n, {8.0 / 3 * m * m * m + 8 * m * m, sizeof(cplx) * m * m});
+  row<complex_inputs> r("complex solve", n,
+                        {8.0 / 3 * m * m * m + 8 * m * m, sizeof(cplx) * m * m});
   r.reach(reach).agree({1e-9});
-  r.ours([](complex_inputs& in, int i) -> auto& {
+  r.ours([](complex_inputs & in, int i) -> auto& {
     const mat<cplx>& b = in.ours_right[std::size_t(i)];
     std::copy(b.getData(), b.getData() + in.n, in.x.getData());
     in.ours[std::size_t(i)].solve(in.x);
@@ -127,7 +132,8 @@ void add_solve(long n, double reach) {
     in.scratch_b = in.right[std::size_t(i)];
     int k = int(in.n), one = 1, info = 0;
     LAPACK_zgesv(&k, &one, reinterpret_cast<lapack_complex_double*>(in.scratch_a.data()), &k,
-                 in.pivots.data(), reinterpret_cast<lapack_complex_double*>(in.scratch_b.data()), &k, &info);
+                 in.pivots.data(), reinterpret_cast<lapack_complex_double*>(in.scratch_b.data()),
+                 &k, &info);
     return in.scratch_b;
   });
   r.peer("GSL", "GSL LU", [](complex_inputs& in, int i) -> values {

@@ -35,11 +35,13 @@ void set(binom& p, const double* c, long n) {
 // ---------------------------------------------------------------------------- over arrays
 
 struct array_inputs {
-  explicit array_inputs(long size) : n(size), rotation(rotation_for(16.0 * double(n))), y(std::size_t(n)) {
+  explicit array_inputs(long size)
+      : n(size), rotation(rotation_for(16.0 * double(n))), y(std::size_t(n)) {
     const values drawn = random_values(count, 10);
     std::copy(drawn.begin(), drawn.end(), c.begin());
     set(p, c.data(), count);
-    for (int i = 0; i < rotation; ++i) x.push_back(random_values(std::size_t(n), 11 + std::uint64_t(i)));
+    for (int i = 0; i < rotation; ++i)
+      x.push_back(random_values(std::size_t(n), 11 + std::uint64_t(i)));
   }
   long n;
   int rotation;
@@ -52,31 +54,37 @@ struct array_inputs {
 plain::poly plain_form(const coefficients& c) { return {values(c.begin(), c.end())}; }
 
 void add_func(long n, double reach) {
-  row<array_inputs> r("func over an array, 6 coefficients", n, {3.0 * (count - 1) * double(n), 16.0 * double(n)});
+  row<array_inputs> r("func over an array, 6 coefficients", n,
+                      {3.0 * (count - 1) * double(n), 16.0 * double(n)});
   r.reach(reach).agree({1e-13});
-  r.ours([](array_inputs& in, int i) -> auto& {
+  r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
     return in.y;
   });
-  r.peer("other", "Horner loop", [](array_inputs& in, int i) -> auto& {
-    const coefficients c = in.c;
-    const values& x = in.x[std::size_t(i)];
-    for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = horner(c, x[k]);
-    return in.y;
-  });
-  r.peer("other", "Boost.Math", [](array_inputs& in, int i) -> auto& {
-    double c[count];
-    std::copy(in.c.begin(), in.c.end(), c);
-    const values& x = in.x[std::size_t(i)];
-    for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = boost::math::tools::evaluate_polynomial(c, x[k]);
-    return in.y;
-  });
-  r.peer("GSL", "gsl_poly_eval", [](array_inputs& in, int i) -> auto& {
-    const values& x = in.x[std::size_t(i)];
-    for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = gsl_poly_eval(in.c.data(), count, x[k]);
-    return in.y;
-  });
-  r.plain([](array_inputs& in, int i) -> auto& {
+  r.peer(
+      "other", "Horner loop", [](array_inputs & in, int i) -> auto& {
+        const coefficients c = in.c;
+        const values& x = in.x[std::size_t(i)];
+        for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = horner(c, x[k]);
+        return in.y;
+      });
+  r.peer(
+      "other", "Boost.Math", [](array_inputs & in, int i) -> auto& {
+        double c[count];
+        std::copy(in.c.begin(), in.c.end(), c);
+        const values& x = in.x[std::size_t(i)];
+        for (std::size_t k = 0; k < x.size(); ++k)
+          in.y[k] = boost::math::tools::evaluate_polynomial(c, x[k]);
+        return in.y;
+      });
+  r.peer(
+      "GSL", "gsl_poly_eval", [](array_inputs & in, int i) -> auto& {
+        const values& x = in.x[std::size_t(i)];
+        for (std::size_t k = 0; k < x.size(); ++k)
+          in.y[k] = gsl_poly_eval(in.c.data(), count, x[k]);
+        return in.y;
+      });
+  r.plain([](array_inputs & in, int i) -> auto& {
     const plain::poly p = plain_form(in.c);
     for (std::size_t k = 0; k < in.y.size(); ++k) in.y[k] = plain::func(p, in.x[std::size_t(i)][k]);
     return in.y;
@@ -87,28 +95,32 @@ void add_derivative(long n, double reach) {
   row<array_inputs> r("func_1 over an array, 6 coefficients", n,
                       {4.0 * (count - 1) * double(n), 16.0 * double(n)});
   r.reach(reach).agree({1e-13});
-  r.ours([](array_inputs& in, int i) -> auto& {
+  r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func_1(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
     return in.y;
   });
-  r.peer("other", "Horner loop", [](array_inputs& in, int i) -> auto& {
-    const auto d = derivative(in.c);
-    const values& x = in.x[std::size_t(i)];
-    for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = horner(d, x[k]);
-    return in.y;
-  });
-  r.peer("other", "Boost.Math", [](array_inputs& in, int i) -> auto& {
-    const auto known = derivative(in.c);
-    double d[count - 1];
-    std::copy(known.begin(), known.end(), d);
-    const values& x = in.x[std::size_t(i)];
-    for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = boost::math::tools::evaluate_polynomial(d, x[k]);
-    return in.y;
-  });
+  r.peer(
+      "other", "Horner loop", [](array_inputs & in, int i) -> auto& {
+        const auto d = derivative(in.c);
+        const values& x = in.x[std::size_t(i)];
+        for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = horner(d, x[k]);
+        return in.y;
+      });
+  r.peer(
+      "other", "Boost.Math", [](array_inputs & in, int i) -> auto& {
+        const auto known = derivative(in.c);
+        double d[count - 1];
+        std::copy(known.begin(), known.end(), d);
+        const values& x = in.x[std::size_t(i)];
+        for (std::size_t k = 0; k < x.size(); ++k)
+          in.y[k] = boost::math::tools::evaluate_polynomial(d, x[k]);
+        return in.y;
+      });
   if (n <= 10000) {
-    r.plain([](array_inputs& in, int i) -> auto& {
+    r.plain([](array_inputs & in, int i) -> auto& {
       const plain::poly p = plain_form(in.c);
-      for (std::size_t k = 0; k < in.y.size(); ++k) in.y[k] = plain::func_1(p, in.x[std::size_t(i)][k]);
+      for (std::size_t k = 0; k < in.y.size(); ++k)
+        in.y[k] = plain::func_1(p, in.x[std::size_t(i)][k]);
       return in.y;
     });
   }
@@ -120,18 +132,18 @@ struct point_inputs {
   explicit point_inputs(long size)
       : n(size), c(random_values(std::size_t(n), 12)), x(random_values(std::size_t(rotation), 13)) {
     set(p, c.data(), n);
-    for (long k = 1; k < n; ++k) derivative.push_back(double(k) * c[std::size_t(k)]);
     plain.cof = c;
   }
   long n;
   int rotation = 251;
-  values c, derivative, x;
+  values c, x;
   binom p;
   plain::poly plain;
 };
 
 void add_point(long n, double reach) {
-  row<point_inputs> r("func_1 by number of coefficients", n, {4.0 * double(n - 1), 8.0 * double(n)});
+  row<point_inputs> r("func_1 by number of coefficients", n,
+                      {4.0 * double(n - 1), 8.0 * double(n)});
   r.reach(reach).agree({1e-12});
   r.ours([](point_inputs& in, int i) { return in.p.func_1(in.x[std::size_t(i)]); });
   r.peer("other", "Horner", [](point_inputs& in, int i) {
@@ -139,10 +151,6 @@ void add_point(long n, double reach) {
     double s = 0;
     for (std::size_t k = in.c.size(); k-- > 1;) s = s * x + double(k) * in.c[k];
     return s;
-  });
-  r.peer("other", "Boost.Math, derivative known", [](point_inputs& in, int i) {
-    return boost::math::tools::evaluate_polynomial(in.derivative.data(), in.x[std::size_t(i)],
-                                                   in.derivative.size());
   });
   r.peer("GSL", "gsl_poly_eval_derivs", [](point_inputs& in, int i) {
     double result[2];
@@ -154,8 +162,8 @@ void add_point(long n, double reach) {
 
 // ---------------------------------------------------------------------------- searches
 
-// The scheme of our searches, with one evaluation of f a sample: scan for a change of sign, refine the
-// step a hundredfold.
+// The scheme of our searches, with one evaluation of f a sample: scan for a change of sign, refine
+// the step a hundredfold.
 template <class Function>
 double scan(Function f, double a, double b, double step, double eps) {
   while (step >= eps) {
@@ -185,7 +193,8 @@ struct search_inputs {
       // (v - x) (2 + x^4), and t^2 / 2 + t^4 / 100 with t = x - v.
       add(zero, zero_curves, plain_zero, {2 * v, -2, 0, 0, v, -1});
       add(bend, bend_curves, plain_bend,
-          {v * v / 2 + v * v * v * v / 100, -v - v * v * v / 25, 0.5 + 0.06 * v * v, -v / 25, 0.01, 0});
+          {v * v / 2 + v * v * v * v / 100, -v - v * v * v / 25, 0.5 + 0.06 * v * v, -v / 25, 0.01,
+           0});
     }
   }
   static void add(std::vector<coefficients>& c, std::vector<binom>& p, std::vector<plain::poly>& q,
@@ -206,17 +215,22 @@ struct search_inputs {
 void add_find_zero(long n, double reach) {
   row<search_inputs> r("find_zero by samples", n, {(3.0 * (count - 1) + 1) * double(n), 0});
   r.reach(reach).agree({1e-6});
-  r.ours([](search_inputs& in, int i) { return in.zero_curves[std::size_t(i)].find_zero(0, 1, in.step, in.eps); });
+  r.ours([](search_inputs& in, int i) {
+    return in.zero_curves[std::size_t(i)].find_zero(0, 1, in.step, in.eps);
+  });
   r.peer("other", "Horner scan", [](search_inputs& in, int i) {
     const coefficients c = in.zero[std::size_t(i)];
     return scan([&](double x) { return horner(c, x); }, 0, 1, in.step, in.eps);
   });
-  r.plain([](search_inputs& in, int i) { return plain::find_zero(in.plain_zero[std::size_t(i)], 0, 1, in.step, in.eps); });
+  r.plain([](search_inputs& in, int i) {
+    return plain::find_zero(in.plain_zero[std::size_t(i)], 0, 1, in.step, in.eps);
+  });
 }
 
 void add_find_extreme(long n, double reach) {
   // Three derivatives from shared powers, and the formula of the curvature's derivative.
-  row<search_inputs> r("find_extrpoint_arc by samples", n, {(4 + 3 * (5 + 4 + 3) + 18.0) * double(n), 0});
+  row<search_inputs> r("find_extrpoint_arc by samples", n,
+                       {(4 + 3 * (5 + 4 + 3) + 18.0) * double(n), 0});
   r.reach(reach).agree({1e-6});
   r.ours([](search_inputs& in, int i) {
     return in.bend_curves[std::size_t(i)].find_extrpoint_arc(0, 1, in.step, in.eps);
@@ -260,7 +274,8 @@ struct polynomial_inputs {
 };
 
 void add_polynomial_product(long n, double reach) {
-  row<polynomial_inputs> r("polynomial product", n, {2.0 * double(n) * double(n), 32.0 * double(n)});
+  row<polynomial_inputs> r("polynomial product", n,
+                           {2.0 * double(n) * double(n), 32.0 * double(n)});
   r.reach(reach).agree({1e-13});
   r.ours([](polynomial_inputs& in, int i) {
     binom p;

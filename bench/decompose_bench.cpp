@@ -20,7 +20,8 @@ struct parts {
 // Signs are free, so decompositions are compared by their singular values and by U S V'.
 values values_of(const parts& p) {
   values all = bench::values_of(p.s);
-  const values product = bench::values_of(Eigen::MatrixXd(p.u * p.s.asDiagonal() * p.v.transpose()));
+  const values product =
+      bench::values_of(Eigen::MatrixXd(p.u * p.s.asDiagonal() * p.v.transpose()));
   all.insert(all.end(), product.begin(), product.end());
   return all;
 }
@@ -33,13 +34,14 @@ Eigen::MatrixXd to_eigen_matrix(const real_matrix& m) {
   return to_eigen(bench::values_of(m), m.getWidth(), m.getHeight());
 }
 values values_of(const library_parts& p) {
-  return values_of(parts{to_eigen_matrix(p.u), to_eigen_matrix(p.v), to_eigen_matrix(p.s).diagonal()});
+  return values_of(
+      parts{to_eigen_matrix(p.u), to_eigen_matrix(p.v), to_eigen_matrix(p.s).diagonal()});
 }
 
 struct plain_parts {
   plain::decomposition d;
 };
-values values_of(const plain_parts& p) {
+[[maybe_unused]] values values_of(const plain_parts& p) {
   auto convert = [](const plain::matrix& m) { return to_eigen(m.data, m.width, m.height); };
   return values_of(parts{convert(p.d.u), convert(p.d.v), convert(p.d.s).diagonal()});
 }
@@ -47,7 +49,9 @@ values values_of(const plain_parts& p) {
 template <long Columns>  // 0 for a square matrix
 struct matrix_inputs {
   explicit matrix_inputs(long size)
-      : m(size), n(Columns == 0 ? size : Columns), rotation(rotation_for(8.0 * double(m) * double(n))) {
+      : m(size),
+        n(Columns == 0 ? size : Columns),
+        rotation(rotation_for(8.0 * double(m) * double(n))) {
     for (int i = 0; i < rotation; ++i) {
       const values rows =
           random_values(static_cast<std::size_t>(m * n), 3000 + static_cast<std::uint64_t>(i));
@@ -106,7 +110,9 @@ struct matrix_inputs {
 struct lapack_parts {
   parts* p;
 };
-values values_of(const lapack_parts& l) { return values_of(parts{l.p->u, l.p->v.transpose(), l.p->s}); }
+values values_of(const lapack_parts& l) {
+  return values_of(parts{l.p->u, l.p->v.transpose(), l.p->s});
+}
 struct gsl_parts {
   gsl_matrix *u, *v;
   gsl_vector* s;
@@ -116,8 +122,8 @@ values values_of(const gsl_parts& g) {
     return to_eigen(bench::values_of(*m), long(m->size2), long(m->size1));
   };
   const values s = bench::values_of(*g.s);
-  return values_of(
-      parts{convert(g.u), convert(g.v), Eigen::Map<const Eigen::VectorXd>(s.data(), long(s.size()))});
+  return values_of(parts{convert(g.u), convert(g.v),
+                         Eigen::Map<const Eigen::VectorXd>(s.data(), long(s.size()))});
 }
 
 template <long Columns>
@@ -129,12 +135,13 @@ void add(const std::string& operation, long m, double reach) {
                 {14 * rows * columns * columns + 8 * columns * columns * columns,
                  8 * (2 * rows * columns + 2 * columns * columns)});
   r.reach(reach).agree({1e-10, false});
-  r.ours([](inputs& in, int i) -> auto& {
+  r.ours([](inputs & in, int i) -> auto& {
     in.ours[std::size_t(i)].decompose(in.result.u, in.result.s, in.result.v);
     return in.result;
   });
   r.peer("Eigen", "Eigen BDC", [](inputs& in, int i) {
-    const Eigen::BDCSVD<Eigen::MatrixXd> d(in.eigen[std::size_t(i)], Eigen::ComputeThinU | Eigen::ComputeThinV);
+    const Eigen::BDCSVD<Eigen::MatrixXd> d(in.eigen[std::size_t(i)],
+                                           Eigen::ComputeThinU | Eigen::ComputeThinV);
     return parts{d.matrixU(), d.matrixV(), d.singularValues()};
   });
   if (columns <= 64) {
@@ -162,7 +169,8 @@ void add(const std::string& operation, long m, double reach) {
       return gsl_parts{in.gsl_u.get(), in.gsl_v.get(), in.gsl_s.get()};
     });
   }
-  r.plain([](inputs& in, int i) { return plain_parts{plain::decompose(in.plain[std::size_t(i)])}; });
+  r.plain(
+      [](inputs& in, int i) { return plain_parts{plain::decompose(in.plain[std::size_t(i)])}; });
 }
 
 }  // namespace

@@ -11,8 +11,8 @@ namespace bench {
 
 namespace {
 
-// The normal equations as a careful user writes them: each point once, powers by running products, each
-// distinct sum once.
+// The normal equations as a careful user writes them: each point once, powers by running products,
+// each distinct sum once.
 template <int M>
 Eigen::VectorXd fit_by_running_powers(const std::vector<plain::vec2>& points) {
   double sums[2 * M - 1] = {}, moments[M] = {};
@@ -57,12 +57,15 @@ Eigen::VectorXd fit_by_running_powers(const std::vector<plain::vec3>& points) {
 // The design matrix of GSL's general least squares is filled in every call, like our sums.
 struct gsl_fit {
   gsl_fit(std::size_t n, std::size_t unknowns)
-      : x(gsl_vector_alloc(unknowns)), covariance(gsl_matrix_alloc(unknowns, unknowns)),
-        design(gsl_matrix_alloc(n, unknowns)), right(gsl_vector_alloc(n)),
+      : x(gsl_vector_alloc(unknowns)),
+        covariance(gsl_matrix_alloc(unknowns, unknowns)),
+        design(gsl_matrix_alloc(n, unknowns)),
+        right(gsl_vector_alloc(n)),
         work(gsl_multifit_linear_alloc(n, unknowns), gsl_multifit_linear_free) {}
   gsl_vector& solve() {
     double residual = 0;
-    gsl_multifit_linear(design.get(), right.get(), x.get(), covariance.get(), &residual, work.get());
+    gsl_multifit_linear(design.get(), right.get(), x.get(), covariance.get(), &residual,
+                        work.get());
     return *x;
   }
   gsl_vector_ptr x;
@@ -73,7 +76,8 @@ struct gsl_fit {
 
 template <int M>
 struct fit_inputs {
-  explicit fit_inputs(long size) : n(size), rotation(rotation_for(24.0 * double(n))), gsl(std::size_t(n), M) {
+  explicit fit_inputs(long size)
+      : n(size), rotation(rotation_for(24.0 * double(n))), gsl(std::size_t(n), M) {
     for (int i = 0; i < rotation; ++i) {
       test::random_source r(8000 + std::uint64_t(i));
       std::vector<vector> a;
@@ -101,12 +105,13 @@ void add_fit(long n, double reach) {
   row<inputs> r("fit, " + std::to_string(M) + " coefficients", n,
                 {(6.0 * M - 4) * double(n), sizeof(vector) * double(n)});
   r.reach(reach).agree({1e-7});
-  r.ours([](inputs& in, int i) -> auto& {
+  r.ours([](inputs & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), index(in.n), M);
     return in.result;
   });
-  r.peer("other", "running powers",
-         [](inputs& in, int i) { return fit_by_running_powers<M>(in.plain_points[std::size_t(i)]); });
+  r.peer("other", "running powers", [](inputs& in, int i) {
+    return fit_by_running_powers<M>(in.plain_points[std::size_t(i)]);
+  });
   r.peer("Eigen", "Eigen QR", [](inputs& in, int i) -> Eigen::VectorXd {
     Eigen::MatrixXd design(in.n, M);
     Eigen::VectorXd right(in.n);
@@ -119,17 +124,18 @@ void add_fit(long n, double reach) {
     return design.householderQr().solve(right);
   });
   if (n <= 10000) {
-    r.peer("GSL", "gsl_multifit", [](inputs& in, int i) -> auto& {
-      for (long k = 0; k < in.n; ++k) {
-        const plain::vec2 p = in.plain_points[std::size_t(i)][std::size_t(k)];
-        gsl_vector_set(in.gsl.right.get(), std::size_t(k), p.y);
-        double power = 1;
-        for (int c = 0; c < M; ++c, power *= p.x) {
-          gsl_matrix_set(in.gsl.design.get(), std::size_t(k), std::size_t(c), power);
-        }
-      }
-      return in.gsl.solve();
-    });
+    r.peer(
+        "GSL", "gsl_multifit", [](inputs & in, int i) -> auto& {
+          for (long k = 0; k < in.n; ++k) {
+            const plain::vec2 p = in.plain_points[std::size_t(i)][std::size_t(k)];
+            gsl_vector_set(in.gsl.right.get(), std::size_t(k), p.y);
+            double power = 1;
+            for (int c = 0; c < M; ++c, power *= p.x) {
+              gsl_matrix_set(in.gsl.design.get(), std::size_t(k), std::size_t(c), power);
+            }
+          }
+          return in.gsl.solve();
+        });
     r.plain([](inputs& in, int i) { return plain::fit(in.plain_points[std::size_t(i)], M); });
   }
 }
@@ -165,12 +171,13 @@ void add_surface(double reach) {
   row<inputs> r("surface fit by grade, 10000 points", G,
                 {n * (2 * (2 * G - 3) + 2 * distinct + 2 * G * G), sizeof(vector3d) * n});
   r.reach(reach).agree({1e-7});
-  r.ours([](inputs& in, int i) -> auto& {
+  r.ours([](inputs & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), inputs::n, G);
     return in.result;
   });
-  r.peer("other", "running powers",
-         [](inputs& in, int i) { return fit_by_running_powers<G>(in.plain_points[std::size_t(i)]); });
+  r.peer("other", "running powers", [](inputs& in, int i) {
+    return fit_by_running_powers<G>(in.plain_points[std::size_t(i)]);
+  });
   r.peer("Eigen", "Eigen normal equations", [](inputs& in, int i) -> Eigen::VectorXd {
     const auto& points = in.plain_points[std::size_t(i)];
     Eigen::Matrix<double, G * G, Eigen::Dynamic> design(G * G, inputs::n);
@@ -185,22 +192,25 @@ void add_surface(double reach) {
     }
     return (design * design.transpose()).ldlt().solve(design * right);
   });
-  r.peer("GSL", "gsl_multifit", [](inputs& in, int i) -> auto& {
-    const auto& points = in.plain_points[std::size_t(i)];
-    for (std::size_t k = 0; k < inputs::n; ++k) {
-      gsl_vector_set(in.gsl.right.get(), k, points[k].z);
-      double of_y = 1;
-      for (int j = 0; j < G; ++j, of_y *= points[k].y) {
-        double power = of_y;
-        for (int c = 0; c < G; ++c, power *= points[k].x) {
-          gsl_matrix_set(in.gsl.design.get(), k, std::size_t(j * G + c), power);
+  r.peer(
+      "GSL", "gsl_multifit", [](inputs & in, int i) -> auto& {
+        const auto& points = in.plain_points[std::size_t(i)];
+        for (std::size_t k = 0; k < inputs::n; ++k) {
+          gsl_vector_set(in.gsl.right.get(), k, points[k].z);
+          double of_y = 1;
+          for (int j = 0; j < G; ++j, of_y *= points[k].y) {
+            double power = of_y;
+            for (int c = 0; c < G; ++c, power *= points[k].x) {
+              gsl_matrix_set(in.gsl.design.get(), k, std::size_t(j * G + c), power);
+            }
+          }
         }
-      }
-    }
-    return in.gsl.solve();
-  });
+        return in.gsl.solve();
+      });
   if (G == 2) {
-    r.plain([](inputs& in, int i) { return plain::fit_surface(in.plain_points[std::size_t(i)], {}, G); });
+    r.plain([](inputs& in, int i) {
+      return plain::fit_surface(in.plain_points[std::size_t(i)], {}, G);
+    });
   }
 }
 

@@ -40,8 +40,8 @@ double minor_operations(double n) {
   return sum;
 }
 
-// The determinants of all n^2 minors, with the leading steps that several minors have in common counted
-// once: the minors without column x go the same way until row y is reached, and conversely.
+// The determinants of all n^2 minors, with the leading steps that several minors have in common
+// counted once: the minors without column x go the same way until row y is reached, and conversely.
 double adjugate_operations(long n) {
   double sum = minor_operations(double(n));
   for (long x = 0; x < n; ++x) {
@@ -63,29 +63,36 @@ void add_inversions() {
     row<invert_inputs> r("invert", n, {adjugate_operations(n), 16.0 * double(n) * double(n)});
     r.reach(reach).agree({1e-5});
     if (n >= 16) r.note("adjugate formula, O(n^5)");
-    r.ours([](invert_inputs& in, int i) -> auto& {
+    r.ours([](invert_inputs & in, int i) -> auto& {
       in.matrices[std::size_t(i)].invert(in.result);
       return in.result;
     });
     r.peer("Eigen", "Eigen LU", [](invert_inputs& in, int i) -> Eigen::MatrixXd {
       return in.eigen[std::size_t(i)].inverse();
     });
-    // The inverse of the transpose is the transpose of the inverse: rows can be handed over as columns.
-    r.peer("LAPACK", "dgetri", [](invert_inputs& in, int i) -> auto& {
-      std::copy(in.rows[std::size_t(i)].begin(), in.rows[std::size_t(i)].end(), in.inverse.begin());
-      int k = static_cast<int>(in.n), length = static_cast<int>(in.lapack_work.size()), info = 0;
-      lapack_factorise(k, in.inverse.data(), in.pivots.data());
-      LAPACK_dgetri(&k, in.inverse.data(), &k, in.pivots.data(), in.lapack_work.data(), &length, &info);
-      return in.inverse;
-    });
-    r.peer("GSL", "GSL LU", [](invert_inputs& in, int i) -> auto& {
-      std::copy(in.rows[std::size_t(i)].begin(), in.rows[std::size_t(i)].end(), in.gsl_a->data);
-      int sign = 0;
-      gsl_linalg_LU_decomp(in.gsl_a.get(), in.permutation.get(), &sign);
-      gsl_linalg_LU_invert(in.gsl_a.get(), in.permutation.get(), in.gsl_inverse.get());
-      return *in.gsl_inverse;
-    });
-    r.plain([](invert_inputs& in, int i) { return plain::inverse(in.plain_matrices[std::size_t(i)]); });
+    // The inverse of the transpose is the transpose of the inverse: rows can be handed over as
+    // columns.
+    r.peer(
+        "LAPACK", "dgetri", [](invert_inputs & in, int i) -> auto& {
+          std::copy(in.rows[std::size_t(i)].begin(), in.rows[std::size_t(i)].end(),
+                    in.inverse.begin());
+          int k = static_cast<int>(in.n), length = static_cast<int>(in.lapack_work.size()),
+              info = 0;
+          lapack_factorise(k, in.inverse.data(), in.pivots.data());
+          LAPACK_dgetri(&k, in.inverse.data(), &k, in.pivots.data(), in.lapack_work.data(), &length,
+                        &info);
+          return in.inverse;
+        });
+    r.peer(
+        "GSL", "GSL LU", [](invert_inputs & in, int i) -> auto& {
+          std::copy(in.rows[std::size_t(i)].begin(), in.rows[std::size_t(i)].end(), in.gsl_a->data);
+          int sign = 0;
+          gsl_linalg_LU_decomp(in.gsl_a.get(), in.permutation.get(), &sign);
+          gsl_linalg_LU_invert(in.gsl_a.get(), in.permutation.get(), in.gsl_inverse.get());
+          return *in.gsl_inverse;
+        });
+    r.plain(
+        [](invert_inputs& in, int i) { return plain::inverse(in.plain_matrices[std::size_t(i)]); });
   }
 }
 

@@ -17,7 +17,10 @@ constexpr long unknowns = 4;
 
 struct tall_inputs {
   explicit tall_inputs(long size)
-      : m(size), rotation(rotation_for(8.0 * double(m * unknowns))), work(4096), gsl_x(gsl_vector_alloc(unknowns)),
+      : m(size),
+        rotation(rotation_for(8.0 * double(m * unknowns))),
+        work(4096),
+        gsl_x(gsl_vector_alloc(unknowns)),
         gsl_covariance(gsl_matrix_alloc(unknowns, unknowns)),
         gsl_work(gsl_multifit_linear_alloc(std::size_t(m), unknowns), gsl_multifit_linear_free) {
     for (int i = 0; i < rotation; ++i) {
@@ -56,7 +59,7 @@ void add_system(long m, double reach) {
   row<tall_inputs> r("least squares, 4 columns", m,
                      {rows * (n * (n + 1) + 2 * n), 8 * rows * (n + 1)});
   r.reach(reach).agree({1e-10});
-  r.ours([](tall_inputs& in, int i) -> auto& {
+  r.ours([](tall_inputs & in, int i) -> auto& {
     in.x.solve(in.ours_a[std::size_t(i)], in.ours_b[std::size_t(i)]);
     return in.x;
   });
@@ -67,17 +70,19 @@ void add_system(long m, double reach) {
   r.peer("Eigen", "Eigen QR", [](tall_inputs& in, int i) -> Eigen::VectorXd {
     return in.eigen_a[std::size_t(i)].householderQr().solve(in.eigen_b[std::size_t(i)]);
   });
-  r.peer("LAPACK", "dsyrk, dposv", [](tall_inputs& in, int i) -> auto& {
-    const Eigen::MatrixXd& a = in.eigen_a[std::size_t(i)];
-    int n = unknowns, one = 1, rows = int(in.m), info = 0;
-    double normal[unknowns * unknowns];
-    in.scratch_b.resize(unknowns);
-    cblas_dsyrk(CblasColMajor, CblasUpper, CblasTrans, n, rows, 1.0, a.data(), rows, 0.0, normal, n);
-    cblas_dgemv(CblasColMajor, CblasTrans, rows, n, 1.0, a.data(), rows,
-                in.eigen_b[std::size_t(i)].data(), 1, 0.0, in.scratch_b.data(), 1);
-    LAPACK_dposv("U", &n, &one, normal, &n, in.scratch_b.data(), &n, &info);
-    return in.scratch_b;
-  });
+  r.peer(
+      "LAPACK", "dsyrk, dposv", [](tall_inputs & in, int i) -> auto& {
+        const Eigen::MatrixXd& a = in.eigen_a[std::size_t(i)];
+        int n = unknowns, one = 1, rows = int(in.m), info = 0;
+        double normal[unknowns * unknowns];
+        in.scratch_b.resize(unknowns);
+        cblas_dsyrk(CblasColMajor, CblasUpper, CblasTrans, n, rows, 1.0, a.data(), rows, 0.0,
+                    normal, n);
+        cblas_dgemv(CblasColMajor, CblasTrans, rows, n, 1.0, a.data(), rows,
+                    in.eigen_b[std::size_t(i)].data(), 1, 0.0, in.scratch_b.data(), 1);
+        LAPACK_dposv("U", &n, &one, normal, &n, in.scratch_b.data(), &n, &info);
+        return in.scratch_b;
+      });
   r.peer("LAPACK", "dgels", [](tall_inputs& in, int i) -> Eigen::VectorXd {
     in.scratch_a = in.eigen_a[std::size_t(i)];
     in.scratch_b = in.eigen_b[std::size_t(i)];
@@ -86,14 +91,15 @@ void add_system(long m, double reach) {
                  in.work.data(), &length, &info);
     return in.scratch_b.head(unknowns);
   });
-  r.peer("GSL", "gsl_multifit", [](tall_inputs& in, int i) -> auto& {
-    double residual = 0;
-    const gsl_vector_const_view b = gsl_matrix_const_column(in.gsl_b[std::size_t(i)].get(), 0);
-    gsl_multifit_linear(in.gsl_a[std::size_t(i)].get(), &b.vector, in.gsl_x.get(), in.gsl_covariance.get(),
-                        &residual, in.gsl_work.get());
-    return *in.gsl_x;
-  });
-  r.plain([](tall_inputs& in, int i) -> auto& {
+  r.peer(
+      "GSL", "gsl_multifit", [](tall_inputs & in, int i) -> auto& {
+        double residual = 0;
+        const gsl_vector_const_view b = gsl_matrix_const_column(in.gsl_b[std::size_t(i)].get(), 0);
+        gsl_multifit_linear(in.gsl_a[std::size_t(i)].get(), &b.vector, in.gsl_x.get(),
+                            in.gsl_covariance.get(), &residual, in.gsl_work.get());
+        return *in.gsl_x;
+      });
+  r.plain([](tall_inputs & in, int i) -> auto& {
     plain::least_squares(in.plain_x, in.plain_a[std::size_t(i)], in.plain_b[std::size_t(i)]);
     return in.plain_x;
   });
@@ -159,11 +165,12 @@ void add_match(long n, double reach) {
     return rotation_of_library{&in.transform};
   });
   r.peer("Eigen", "Eigen umeyama", [](match_inputs& in, int i) -> Eigen::Matrix3d {
-    return Eigen::umeyama(in.eigen_b[std::size_t(i)], in.eigen_a[std::size_t(i)], false).topLeftCorner<3, 3>();
+    return Eigen::umeyama(in.eigen_b[std::size_t(i)], in.eigen_a[std::size_t(i)], false)
+        .topLeftCorner<3, 3>();
   });
   r.plain([](match_inputs& in, int i) -> values {
-    plain::calc_match(in.plain_transform, in.plain_a[std::size_t(i)].data(), in.plain_b[std::size_t(i)].data(),
-                      plain::u32(in.n));
+    plain::calc_match(in.plain_transform, in.plain_a[std::size_t(i)].data(),
+                      in.plain_b[std::size_t(i)].data(), plain::u32(in.n));
     values v;
     for (plain::u32 y = 0; y < 3; ++y) {
       for (plain::u32 x = 0; x < 3; ++x) v.push_back(in.plain_transform.get(x, y));

@@ -1,5 +1,6 @@
-// The limits of the machine: multiplications and additions apart, as our arithmetic needs them, with
-// registers of each width; fused ones for comparison; and the copy rate in each level of memory.
+// The limits of the machine: multiplications and additions apart, as our arithmetic needs them,
+// with registers of each width; fused ones for comparison; and the copy rate in each level of
+// memory.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -19,7 +20,9 @@ detail::labels machine_row(long size, double operations, double bytes) {
   return {"machine", size, {operations, bytes}, 0, "", {}};
 }
 
-void report(benchmark::State& state, const detail::labels& row) { detail::set_counters(state, row, ""); }
+void report(benchmark::State& state, const detail::labels& row) {
+  detail::set_counters(state, row, "");
+}
 
 #if defined(__x86_64__)
 
@@ -27,30 +30,25 @@ typedef double v2 __attribute__((vector_size(16)));
 typedef double v4 __attribute__((vector_size(32)));
 typedef double v8 __attribute__((vector_size(64)));
 
-// One body for all widths; the factor passes through an empty statement, so that no product is shared.
-#define BENCH_APART(name, type, features)                          \
-  __attribute__((target(features))) void name() {                  \
-    type sum[chains], a = {}, b = {};                              \
-    for (type& s : sum) s = a;                                     \
-    for (int k = 0; k < rounds; ++k) {                             \
-      _Pragma("GCC unroll 12") for (int j = 0; j < chains; ++j) {  \
-        asm volatile("" : "+v"(a));                                \
-        sum[j] = sum[j] + a * b;                                   \
-      }                                                            \
-    }                                                              \
+// One body for all widths; the factor passes through an empty statement, so that no product is
+// shared.
+#define BENCH_RATE(name, type, features, step)                                                  \
+  __attribute__((target(features))) void name() {                                               \
+    type sum[chains], a = {}, b = {};                                                           \
+    for (type & s : sum) s = b;                                                                 \
+    for (int k = 0; k < rounds; ++k) {                                                          \
+      _Pragma("GCC unroll 12") for (int j = 0; j < chains; ++j) {                               \
+        type s = sum[j];                                                                        \
+        asm volatile("" : "+v"(a));                                                             \
+        step;                                                                                   \
+        sum[j] = s;                                                                             \
+      }                                                                                         \
+    }                                                                                           \
     _Pragma("GCC unroll 12") for (int j = 0; j < chains; ++j) asm volatile("" : : "v"(sum[j])); \
   }
-
-#define BENCH_FUSED(name, type, features)                          \
-  __attribute__((target(features))) void name() {                  \
-    type sum[chains], a = {}, b = {};                              \
-    for (type& s : sum) s = a;                                     \
-    for (int k = 0; k < rounds; ++k) {                             \
-      _Pragma("GCC unroll 12") for (int j = 0; j < chains; ++j) {  \
-        asm volatile("vfmadd231pd %1, %2, %0" : "+v"(sum[j]) : "v"(a), "v"(b)); \
-      }                                                            \
-    }                                                              \
-  }
+#define BENCH_APART(name, type, features) BENCH_RATE(name, type, features, s = s + a * b)
+#define BENCH_FUSED(name, type, features) \
+  BENCH_RATE(name, type, features, asm("vfmadd231pd %1, %2, %0" : "+v"(s) : "v"(a), "v"(b)))
 
 BENCH_APART(apart_128, v2, "sse2")
 BENCH_APART(apart_256, v4, "avx2")
@@ -60,13 +58,13 @@ BENCH_FUSED(fused_512, v8, "avx512f")
 
 void add_rate(const char* name, long bits, void (*run)()) {
   const detail::labels row = machine_row(bits, 2.0 * chains * rounds * double(bits) / 64, 0);
-  detail::configure(benchmark::RegisterBenchmark(
-                        detail::benchmark_name(row, "machine", name).c_str(),
-                        [row, run](benchmark::State& state) {
-                          for (auto _ : state) run();
-                          report(state, row);
-                        }),
-                    "machine");
+  detail::configure(
+      benchmark::RegisterBenchmark(detail::benchmark_name(row, "machine", name).c_str(),
+                                   [row, run](benchmark::State& state) {
+                                     for (auto _ : state) run();
+                                     report(state, row);
+                                   }),
+      "machine");
 }
 
 void add_rates() {
@@ -81,22 +79,22 @@ void add_rates() {
 
 void add_rates() {
   const detail::labels row = machine_row(64, 2.0 * chains * rounds, 0);
-  detail::configure(
-      benchmark::RegisterBenchmark(detail::benchmark_name(row, "machine", "multiply and add").c_str(),
-                                   [row](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                       double sum[chains] = {}, a = 0;
-                                       for (int k = 0; k < rounds; ++k) {
-                                         for (double& s : sum) {
-                                           benchmark::DoNotOptimize(a);
-                                           s = s + a * a;
-                                         }
-                                       }
-                                       benchmark::DoNotOptimize(sum);
-                                     }
-                                     report(state, row);
-                                   }),
-      "machine");
+  detail::configure(benchmark::RegisterBenchmark(
+                        detail::benchmark_name(row, "machine", "multiply and add").c_str(),
+                        [row](benchmark::State& state) {
+                          for (auto _ : state) {
+                            double sum[chains] = {}, a = 0;
+                            for (int k = 0; k < rounds; ++k) {
+                              for (double& s : sum) {
+                                benchmark::DoNotOptimize(a);
+                                s = s + a * a;
+                              }
+                            }
+                            benchmark::DoNotOptimize(sum);
+                          }
+                          report(state, row);
+                        }),
+                    "machine");
 }
 
 #endif
@@ -108,17 +106,17 @@ void add_machine_limits() {
   // Bytes read and written: caches of the first, second and third level, and memory.
   for (long bytes : {16L << 10, 512L << 10, 8L << 20, 128L << 20}) {
     const detail::labels row = machine_row(bytes, 0, double(bytes));
-    detail::configure(
-        benchmark::RegisterBenchmark(detail::benchmark_name(row, "machine", "copy").c_str(),
-                                     [row, bytes](benchmark::State& state) {
-                                       std::vector<char> from(std::size_t(bytes / 2), 1), to(from.size());
-                                       for (auto _ : state) {
-                                         std::memcpy(to.data(), from.data(), from.size());
-                                         use(to);
-                                       }
-                                       report(state, row);
-                                     }),
-        "machine");
+    detail::configure(benchmark::RegisterBenchmark(
+                          detail::benchmark_name(row, "machine", "copy").c_str(),
+                          [row, bytes](benchmark::State& state) {
+                            std::vector<char> from(std::size_t(bytes / 2), 1), to(from.size());
+                            for (auto _ : state) {
+                              std::memcpy(to.data(), from.data(), from.size());
+                              use(to);
+                            }
+                            report(state, row);
+                          }),
+                      "machine");
   }
 }
 

@@ -1,4 +1,5 @@
-// Runs the benchmarks on one core, with OpenBLAS on one thread, and names everything that was measured.
+// Runs the benchmarks on one core, with OpenBLAS on one thread, and names everything that was
+// measured.
 #include <CGAL/version.h>
 #include <benchmark/benchmark.h>
 #include <gsl/gsl_errno.h>
@@ -7,6 +8,7 @@
 
 #include <Eigen/Core>
 #include <boost/version.hpp>
+#include <fstream>
 #include <string>
 
 #include "core/isa.h"
@@ -36,15 +38,26 @@ int pin_to_one_core() {
   return -1;
 }
 
+std::string processor() {
+  std::ifstream info("/proc/cpuinfo");
+  for (std::string line; std::getline(info, line);) {
+    if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
+  }
+  return "unknown";
+}
+
 std::string version(int a, int b, int c) {
   return std::to_string(a) + "." + std::to_string(b) + "." + std::to_string(c);
 }
 
 const char* name_of(tessarn::detail::isa set) {
   switch (set) {
-    case tessarn::detail::isa::avx512: return "AVX-512";
-    case tessarn::detail::isa::avx2: return "AVX2";
-    default: return "baseline";
+    case tessarn::detail::isa::avx512:
+      return "AVX-512";
+    case tessarn::detail::isa::avx2:
+      return "AVX2";
+    default:
+      return "baseline";
   }
 }
 
@@ -52,15 +65,16 @@ void describe(int core) {
   int major = 0, minor = 0, patch = 0;
   ilaver_(&major, &minor, &patch);
   using benchmark::AddCustomContext;
+  AddCustomContext("processor", processor());
   AddCustomContext("core", std::to_string(core));
   AddCustomContext("compiler", "g++ " __VERSION__);
   AddCustomContext("flags", BENCH_FLAGS);
   AddCustomContext("library flags", BENCH_LIBRARY_FLAGS);
   AddCustomContext("kernels in use", name_of(tessarn::detail::chosen_isa()));
-  AddCustomContext("version Tessarn", version(TESSARN_VERSION_MAJOR, TESSARN_VERSION_MINOR,
-                                              TESSARN_VERSION_PATCH));
-  AddCustomContext("version Eigen", version(EIGEN_WORLD_VERSION, EIGEN_MAJOR_VERSION,
-                                            EIGEN_MINOR_VERSION));
+  AddCustomContext("version Tessarn",
+                   version(TESSARN_VERSION_MAJOR, TESSARN_VERSION_MINOR, TESSARN_VERSION_PATCH));
+  AddCustomContext("version Eigen",
+                   version(EIGEN_WORLD_VERSION, EIGEN_MAJOR_VERSION, EIGEN_MINOR_VERSION));
   AddCustomContext("version OpenBLAS", openblas_get_config());
   AddCustomContext("version LAPACK", version(major, minor, patch));
   AddCustomContext("version GSL", gsl_version);

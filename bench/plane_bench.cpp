@@ -43,30 +43,39 @@ struct cloud_inputs {
 Eigen::Vector3d upwards(const Eigen::Vector3d& n) { return n.z() < 0 ? Eigen::Vector3d(-n) : n; }
 
 void add(long n, double reach) {
-  // The centroid, three passes for the extreme points, the second moments and one direct pass over the
-  // points for the offset and the sum of squares: about 62 operations a point.
+  // The centroid, three passes for the extreme points, the second moments and one direct pass over
+  // the points for the offset and the sum of squares: about 62 operations a point.
   row<cloud_inputs> r("plane fit", n, {62.0 * double(n), sizeof(vector3d) * double(n)});
   r.reach(reach).agree({1e-5});
-  r.ours([](cloud_inputs& in, int i) { return plane(in.ours[std::size_t(i)].data(), index(in.n)).normal; });
+  r.ours([](cloud_inputs& in, int i) {
+    return plane(in.ours[std::size_t(i)].data(), index(in.n)).normal;
+  });
   r.peer("Eigen", "Eigen SVD", [](cloud_inputs& in, int i) -> Eigen::Vector3d {
     const Eigen::Matrix3Xd& p = in.eigen[std::size_t(i)];
     const Eigen::MatrixXd centred = (p.colwise() - p.rowwise().mean()).transpose();
-    return upwards(Eigen::BDCSVD<Eigen::MatrixXd>(centred, Eigen::ComputeThinU | Eigen::ComputeThinV).matrixV().col(2));
+    return upwards(
+        Eigen::BDCSVD<Eigen::MatrixXd>(centred, Eigen::ComputeThinU | Eigen::ComputeThinV)
+            .matrixV()
+            .col(2));
   });
   r.peer("Eigen", "Eigen covariance", [](cloud_inputs& in, int i) -> Eigen::Vector3d {
     const Eigen::Matrix3Xd& p = in.eigen[std::size_t(i)];
     const Eigen::Matrix3Xd centred = p.colwise() - p.rowwise().mean();
     const Eigen::Matrix3d covariance = centred * centred.transpose();
-    return upwards(Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(covariance).eigenvectors().col(0));
+    return upwards(
+        Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(covariance).eigenvectors().col(0));
   });
   r.peer("other", "CGAL", [](cloud_inputs& in, int i) -> Eigen::Vector3d {
     kernel::Plane_3 fitted;
-    CGAL::linear_least_squares_fitting_3(in.cgal[std::size_t(i)].begin(), in.cgal[std::size_t(i)].end(), fitted,
+    CGAL::linear_least_squares_fitting_3(in.cgal[std::size_t(i)].begin(),
+                                         in.cgal[std::size_t(i)].end(), fitted,
                                          CGAL::Dimension_tag<0>());
     const kernel::Vector_3 v = fitted.orthogonal_vector();
     return upwards(Eigen::Vector3d(v.x(), v.y(), v.z()).normalized());
   });
-  if (n <= 10000) r.plain([](cloud_inputs& in, int i) { return plain::fit_plane(in.plain[std::size_t(i)]).normal; });
+  if (n <= 10000)
+    r.plain(
+        [](cloud_inputs& in, int i) { return plain::fit_plane(in.plain[std::size_t(i)]).normal; });
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ void add_products() {
   struct {
     long n;
     double reach;
-  } const sizes[] = {{3, 1.1},  {4, 1.1},   {8, 1.1},    {16, 0.9},  {32, 0.8},
+  } const sizes[] = {{3, 1.1},   {4, 1.1},    {8, 1.1},    {16, 0.9},  {32, 0.8},
                      {64, 0.75}, {128, 0.72}, {256, 0.75}, {512, 0.75}};
   for (auto [n, reach] : sizes) {
     const double m = double(n);
@@ -39,8 +39,8 @@ void add_products() {
     r.peer("LAPACK", "dgemm", [](product_inputs& in, int i) {
       const int k = static_cast<int>(in.n);
       Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor> c(k, k);
-      cblas_dgemm(CblasRowMajor, CblasNoTrans, CblasNoTrans, k, k, k, 1.0, in.rows[in.at(i)].data(), k,
-                  in.rows[in.next(i)].data(), k, 0.0, c.data(), k);
+      cblas_dgemm(CblasRowMajor, CblasNoTrans, CblasNoTrans, k, k, k, 1.0, in.rows[in.at(i)].data(),
+                  k, in.rows[in.next(i)].data(), k, 0.0, c.data(), k);
       return c;
     });
     r.plain([](product_inputs& in, int i) {

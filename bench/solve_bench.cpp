@@ -50,15 +50,15 @@ struct system_inputs : square_inputs {
 };
 
 // Divisions, multiplications and additions of the elimination of an n x n matrix.
-double elimination_operations(double n) { return 2.0 / 3.0 * n * (n - 1) * (n + 1) - n * (n - 1) / 2; }
-
-
+double elimination_operations(double n) {
+  return 2.0 / 3.0 * n * (n - 1) * (n + 1) - n * (n - 1) / 2;
+}
 
 void add_solve(long n, double reach) {
   const double m = double(n);
   row<system_inputs> r("solve", n, {elimination_operations(m) + 2 * m * m, 8 * m * m + 16 * m});
   r.reach(reach).agree({1e-7});
-  r.ours([](system_inputs& in, int i) -> auto& {
+  r.ours([](system_inputs & in, int i) -> auto& {
     std::copy(in.b[std::size_t(i)].begin(), in.b[std::size_t(i)].end(), in.x.getData());
     in.ours[std::size_t(i)].solve(in.x);
     return in.x;
@@ -66,20 +66,23 @@ void add_solve(long n, double reach) {
   r.peer("Eigen", "Eigen LU", [](system_inputs& in, int i) -> Eigen::VectorXd {
     return in.eigen[std::size_t(i)].partialPivLu().solve(in.eigen_b[std::size_t(i)]);
   });
-  r.peer("LAPACK", "dgesv", [](system_inputs& in, int i) -> auto& {
-    in.take_for_lapack(i);
-    lapack_solve(static_cast<int>(in.n), in.work_a.data(), in.pivots.data(), in.work_b.data());
-    return in.work_b;
-  });
-  r.peer("GSL", "GSL LU", [](system_inputs& in, int i) -> auto& {
-    in.take_for_gsl(i);
-    int sign = 0;
-    const gsl_vector_const_view b = gsl_vector_const_view_array(in.b[std::size_t(i)].data(), in.gsl_x->size);
-    gsl_linalg_LU_decomp(in.gsl_a.get(), in.permutation.get(), &sign);
-    gsl_linalg_LU_solve(in.gsl_a.get(), in.permutation.get(), &b.vector, in.gsl_x.get());
-    return *in.gsl_x;
-  });
-  r.plain([](system_inputs& in, int i) -> auto& {
+  r.peer(
+      "LAPACK", "dgesv", [](system_inputs & in, int i) -> auto& {
+        in.take_for_lapack(i);
+        lapack_solve(static_cast<int>(in.n), in.work_a.data(), in.pivots.data(), in.work_b.data());
+        return in.work_b;
+      });
+  r.peer(
+      "GSL", "GSL LU", [](system_inputs & in, int i) -> auto& {
+        in.take_for_gsl(i);
+        int sign = 0;
+        const gsl_vector_const_view b =
+            gsl_vector_const_view_array(in.b[std::size_t(i)].data(), in.gsl_x->size);
+        gsl_linalg_LU_decomp(in.gsl_a.get(), in.permutation.get(), &sign);
+        gsl_linalg_LU_solve(in.gsl_a.get(), in.permutation.get(), &b.vector, in.gsl_x.get());
+        return *in.gsl_x;
+      });
+  r.plain([](system_inputs & in, int i) -> auto& {
     in.plain_x.data = in.b[std::size_t(i)];
     plain::solve(in.plain[std::size_t(i)], in.plain_x);
     return in.plain_x;
@@ -91,7 +94,8 @@ void add_det(long n, double reach) {
   row<system_inputs> r("det", n, {n == 3 ? 17 : elimination_operations(m) + m, 8 * m * m});
   r.reach(reach).agree({1e-6});
   r.ours([](system_inputs& in, int i) { return in.ours[std::size_t(i)].det(); });
-  r.peer("Eigen", "Eigen LU", [](system_inputs& in, int i) { return in.eigen[std::size_t(i)].determinant(); });
+  r.peer("Eigen", "Eigen LU",
+         [](system_inputs& in, int i) { return in.eigen[std::size_t(i)].determinant(); });
   r.peer("LAPACK", "dgetrf", [](system_inputs& in, int i) {
     in.take_for_lapack(i);
     lapack_factorise(static_cast<int>(in.n), in.work_a.data(), in.pivots.data());
@@ -117,8 +121,9 @@ void add_solves() {
   struct {
     long n;
     double reach;
-  } const solves[] = {{3, 1.6}, {4, 1.5}, {8, 1.1}, {16, 1.0}, {32, 1.0}, {64, 1.0}, {128, 1.0}, {256, 1.0}, {512, 0.85}},
-      dets[] = {{3, 12}, {4, 4}, {8, 2}, {16, 1.6}, {32, 1.3}, {64, 1.2}, {256, 1.0}};
+  } const solves[] = {{3, 1.6},  {4, 1.5},   {8, 1.1},   {16, 1.0},  {32, 1.0},
+                      {64, 1.0}, {128, 1.0}, {256, 1.0}, {512, 0.85}},
+          dets[] = {{3, 12}, {4, 4}, {8, 2}, {16, 1.6}, {32, 1.3}, {64, 1.2}, {256, 1.0}};
   for (auto [n, reach] : solves) add_solve(n, reach);
   for (auto [n, reach] : dets) add_det(n, reach);
 }

@@ -1,10 +1,10 @@
-// The registry of the benchmarks: a row is one operation at one size, with our call, those of the peers
-// and the plain form, written once and timed alike.
+// The registry of the benchmarks: a row is one operation at one size, with our call, those of the
+// peers and the plain form, written once and timed alike.
 //
 // A row names a struct of inputs, constructed from the size when the row's first call is timed and
-// released when the next row begins. It has a member `rotation`, the number of its inputs: call i works
-// on input i % rotation, so that neither caches nor branch prediction see the same numbers every time.
-// Before a peer is timed its results on the first inputs are compared with ours.
+// released when the next row begins. It has a member `rotation`, the number of its inputs: call i
+// works on input i % rotation, so that neither caches nor branch prediction see the same numbers
+// every time. Before a peer is timed its results on the first inputs are compared with ours.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -103,8 +103,8 @@ class row {
     return *this;
   }
 
-  // A call is f(inputs, i), giving its result by value or reference. What it overwrites is restored by
-  // prepare(inputs), which is not timed, once a rotation.
+  // A call is f(inputs, i), giving its result by value or reference. What it overwrites is restored
+  // by prepare(inputs), which is not timed, once a rotation.
   template <class Call, class Prepare = no_preparation>
   row& ours(Call f, Prepare prepare = {}) {
     state_->ours = [f, prepare](Inputs& in, int i) {
@@ -170,7 +170,8 @@ class row {
 
   template <class Call, class Prepare>
   void add(const std::string& family, const std::string& call, Call f, Prepare prepare) {
-    auto timed = [s = state_, family, f, prepare, checked = false](benchmark::State& state) mutable {
+    auto timed = [s = state_, family, f, prepare,
+                  checked = false](benchmark::State& state) mutable {
       enter(*s);
       if (!checked) {
         const std::string reason = check(*s, family, f, prepare);

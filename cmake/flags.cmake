@@ -29,6 +29,11 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
     set(TESSARN_FLAGS_avx2 -mavx2)
     set(TESSARN_FLAGS_avx512 -mavx512f -mavx512dq -mavx512cd -mavx512bw -mavx512vl -mprefer-vector-width=512)
   endif()
+  if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # GCC takes the stack for aligned to 32 bytes where Windows promises 16 (GCC bug 54412).
+    list(APPEND TESSARN_FLAGS_avx2 -Wa,-muse-unaligned-vector-move)
+    list(APPEND TESSARN_FLAGS_avx512 -Wa,-muse-unaligned-vector-move)
+  endif()
 endif()
 
 if(TESSARN_SANITIZE)

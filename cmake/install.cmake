@@ -13,6 +13,10 @@ install(TARGETS ${installed} EXPORT tessarn-targets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/tessarn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
+if(MSVC)
+  install(FILES $<TARGET_PDB_FILE:tessarn> DESTINATION ${CMAKE_INSTALL_BINDIR} OPTIONAL)
+endif()
+
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tessarn)
 install(EXPORT tessarn-targets NAMESPACE tessarn:: DESTINATION ${package_dir})
 export(EXPORT tessarn-targets NAMESPACE tessarn:: FILE ${PROJECT_BINARY_DIR}/tessarn-targets.cmake)

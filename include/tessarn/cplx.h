@@ -120,7 +120,7 @@ class TESSARN_API cplx {
 
   /// The square root with half of the argument phi(), so its imaginary part is never negative:
   /// the root of (0, -4) is (-sqrt 2, sqrt 2).
-  cplx sqrt() noexcept;
+  inline cplx sqrt() noexcept;
 
   /// \name The same for constants and temporaries
   /// @{

@@ -91,7 +91,7 @@ class TESSARN_API vector {
     return a != a ? 0 : a;
   }
   /// The direction angle in (-pi, pi], by the arc sine; 0 for the zero vector.
-  real dirarc() noexcept;
+  inline real dirarc() noexcept;
   /// The signed angle from this direction to that of b, in (-pi, pi]; positive counter-clockwise.
   real dirarc(vector& b) noexcept {
     const real d = b.dirarc() - dirarc();
@@ -169,9 +169,9 @@ class TESSARN_API vector3d {
   vector3d(const vector3d&) = default;
   /// The Cartesian form of a polar vector: (cos alpha t, sin alpha t, sin beta len), t = cos beta len.
   /// Explicit, so that `vector3d v = p` has one way to go: the conversion of polarvector3d.
-  explicit vector3d(polarvector3d& p) noexcept;
+  inline explicit vector3d(polarvector3d& p) noexcept;
   /// The same of *p, which must not be null.
-  explicit vector3d(polarvector3d* p) noexcept;
+  inline explicit vector3d(polarvector3d* p) noexcept;
   virtual ~vector3d() = default;
 
   vector3d& operator=(vector3d& b) noexcept {
@@ -211,10 +211,10 @@ class TESSARN_API vector3d {
   }
   /// The azimuth decreased by a1 (clockwise seen from +z), then the elevation increased by a2, radians.
   /// NaN in x and y for a vector on the z axis.
-  vector3d rotate(real a1, real a2) noexcept;
+  inline vector3d rotate(real a1, real a2) noexcept;
   /// This vector turned about the line along axis by the angle in radians, clockwise seen from the tip
   /// of the axis: a positive angle about +z takes +x towards -y. NaN for a zero axis.
-  vector3d rotate(vector3d& axis, real angle) noexcept;
+  inline vector3d rotate(vector3d& axis, real angle) noexcept;
 
   void operator+=(vector3d& b) noexcept {
     x += b.x;
@@ -255,8 +255,8 @@ class TESSARN_API vector3d {
 
   /// \name The same for constants and temporaries
   /// @{
-  explicit vector3d(const polarvector3d& p) noexcept;
-  explicit vector3d(const polarvector3d* p) noexcept;
+  inline explicit vector3d(const polarvector3d& p) noexcept;
+  inline explicit vector3d(const polarvector3d* p) noexcept;
   vector3d& operator=(const vector3d& b) noexcept { return *this = other(b); }
   vector3d operator+(const vector3d& b) const noexcept { return self() + other(b); }
   vector3d operator-(const vector3d& b) const noexcept { return self() - other(b); }
@@ -334,10 +334,10 @@ class TESSARN_API polarvector3d {
   polarvector3d(const polarvector3d&) = default;
   /// The polar form of v, careful about the axes: angles 0 for the zero vector, alpha 0 on the z axis
   /// and exact for y = 0, the cosine of alpha clamped to [-1, 1].
-  polarvector3d(vector3d& v) noexcept;
+  inline polarvector3d(vector3d& v) noexcept;
   /// The polar form of *v, which must not be null, computed plainly: a cosine that rounding pushes
   /// past 1 gives a NaN alpha.
-  explicit polarvector3d(vector3d* v) noexcept;
+  inline explicit polarvector3d(vector3d* v) noexcept;
   virtual ~polarvector3d() = default;
 
   /// The Cartesian form (cos alpha t, sin alpha t, sin beta len) with t = cos beta len.
@@ -383,7 +383,7 @@ class TESSARN_API polarvector3d {
   /// The cross product this x o of the Cartesian forms, converted back with care.
   polarvector3d cross(polarvector3d& o) noexcept { return vector3d(*this).cross(vector3d(o)); }
   /// The angle between the directions in [0, pi]; 0 where the arc cosine is NaN. Lengths play no part.
-  real arc(polarvector3d& o) noexcept;
+  inline real arc(polarvector3d& o) noexcept;
   /// True when all fields are equal; a NaN field counts as equal.
   bool operator==(polarvector3d& o) noexcept {
     using tessarn::detail::equal_or_unordered;

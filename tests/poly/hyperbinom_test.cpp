@@ -109,7 +109,7 @@ TEST(Hyperbinom, NegativeGradesAreKeptAndReachNothing) {
 
 // Also where the 32-bit product would wrap to a small number.
 TEST(Hyperbinom, TablesBeyond32BitsCannotBeAllocated) {
-  for (const tessarn::slong g : {46341, 65536, 65537, 92682, 131072, 2147483647, -46341, -65536,
+  for (const tessarn::slong g : std::initializer_list<tessarn::slong>{46341, 65536, 65537, 92682, 131072, 2147483647, -46341, -65536,
                                  std::numeric_limits<tessarn::slong>::min()}) {
     hyperbinom p;
     EXPECT_THROW(p.create(g), std::bad_alloc) << g;

@@ -33,7 +33,11 @@ void* allocate_aligned(std::size_t size, std::align_val_t alignment) {
     throw std::bad_alloc();
   }
   const auto a = static_cast<std::size_t>(alignment);
+#if defined(_WIN32)
+  void* p = _aligned_malloc(size, a);
+#else
   void* p = std::aligned_alloc(a, (size + a - 1) / a * a);
+#endif
   if (!p) throw std::bad_alloc();
   ++live;
   return p;
@@ -43,6 +47,16 @@ void release(void* p) noexcept {
   if (!p) return;
   --live;
   std::free(p);
+}
+
+void release_aligned(void* p) noexcept {
+#if defined(_WIN32)
+  if (!p) return;
+  --live;
+  _aligned_free(p);
+#else
+  release(p);
+#endif
 }
 
 }  // namespace
@@ -75,7 +89,7 @@ void operator delete(void* p, std::size_t) noexcept { release(p); }
 void operator delete[](void* p, std::size_t) noexcept { release(p); }
 void operator delete(void* p, const std::nothrow_t&) noexcept { release(p); }
 void operator delete[](void* p, const std::nothrow_t&) noexcept { release(p); }
-void operator delete(void* p, std::align_val_t) noexcept { release(p); }
-void operator delete[](void* p, std::align_val_t) noexcept { release(p); }
-void operator delete(void* p, std::size_t, std::align_val_t) noexcept { release(p); }
-void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { release(p); }
+void operator delete(void* p, std::align_val_t) noexcept { release_aligned(p); }
+void operator delete[](void* p, std::align_val_t) noexcept { release_aligned(p); }
+void operator delete(void* p, std::size_t, std::align_val_t) noexcept { release_aligned(p); }
+void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { release_aligned(p); }

@@ -1,0 +1,54 @@
+# Shared by the scripts of this folder. Sourced in the root of the sources.
+
+# The run-time parts of the two toolchains, and what the scripts call.
+tools="clang-cl-22 lld-link-22 llvm-lib-22 llvm-rc-22 llvm-dlltool-22 llvm-readobj-22 llvm-undname-22 llvm-nm-22
+       llvm-objdump-22 wine wineserver x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-windres cmake ninja"
+
+# Fails with the names of the tools that are missing.
+check_tools() {
+  local missing="" tool
+  for tool in $tools "$@"; do
+    command -v "$tool" >/dev/null || missing="$missing $tool"
+  done
+  [ -d /usr/include/wine/wine/msvcrt ] || missing="$missing libwine-dev"
+  [ -d /usr/lib/llvm-22/include/c++/v1 ] || missing="$missing libc++-22-dev"
+  [ -f /usr/src/googletest/CMakeLists.txt ] || missing="$missing libgtest-dev"
+  [ -z "$missing" ] && return
+  echo "missing:$missing (tools/install.sh build windows)"
+  return 1
+}
+
+# Runs a command quietly; shows the end of its output when it fails.
+quietly() {
+  local log
+  log=$(mktemp)
+  "$@" >"$log" 2>&1 && rm "$log" && return
+  tail -40 "$log"
+  rm -f "$log"
+  echo "failed: $*"
+  return 1
+}
+
+# Writes the operations with the native build: the one of the tests when it is there.
+write_replay_file() {
+  local folder=build/release
+  if [ ! -x "$folder/tests/replay/replay" ]; then
+    folder=build/replay
+    quietly cmake -S . -B "$folder" -G Ninja -DTESSARN_TESTS=OFF -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF || return
+  fi
+  quietly cmake --build "$folder" --target replay && mkdir -p build && "$folder/tests/replay/replay" write build/operations.bin
+}
+
+configure() {
+  quietly cmake --preset "$1" -DTESSARN_REPLAY_FILE="$PWD/build/operations.bin"
+}
+
+# One prefix and one server for both builds; the server ends with the script.
+start_wine() {
+  export TESSARN_WINEPREFIX=$PWD/build/wine
+  trap stop_wine EXIT
+}
+stop_wine() {
+  [ -d "$TESSARN_WINEPREFIX" ] && cmake/run-wine.sh "$TESSARN_WINEPREFIX" --stop
+  true
+}

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Makes the ZIP for Windows callers and proves it: a project outside finds the unpacked package, links and runs.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. windows/common.sh
+check_tools zip unzip
+start_wine
+version=$(sed -n 's/^#define TESSARN_VERSION_[A-Z]* *//p' include/tessarn/version.h | paste -sd.)
+name=tessarn-$version-windows-x64
+stage=$PWD/build/package
+rm -rf "$stage"
+mkdir -p "$stage"
+
+echo "== building"
+quietly cmake --preset windows-msvc-abi -DTESSARN_REPLAY_FILE=
+quietly cmake --build --preset windows-msvc-abi --target tessarn
+quietly cmake --install build/windows-msvc-abi --prefix "$stage/$name"
+sed "s/@VERSION@/$version/" windows/README.txt.in | sed 's/$/\r/' >"$stage/$name/README.txt"
+[ -f LICENSE ] && cp LICENSE "$stage/$name/"
+(cd "$stage" && TZ=UTC zip -qrX "$name.zip" "$name")
+rm -rf "${stage:?}/$name"
+
+echo "== a project that uses the package"
+mkdir "$stage/elsewhere"
+(cd "$stage/elsewhere" && unzip -q "../$name.zip")
+for way in CMAKE_PREFIX_PATH="$stage/elsewhere/$name" tessarn_DIR="$stage/elsewhere/$name/lib/cmake/tessarn"; do
+  rm -rf "$stage/consumer"
+  quietly cmake -S tests/consumers -B "$stage/consumer" -G Ninja -DCMAKE_BUILD_TYPE=Release "-D$way" \
+    --toolchain "$PWD/cmake/windows-msvc-abi.cmake"
+  quietly cmake --build "$stage/consumer"
+  cp "$stage/elsewhere/$name/bin/Tessarn_x64.dll" "$stage/consumer"
+  cmake/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/consumer/consumer_tessarn.exe"
+done
+rm -rf "$stage/consumer" "$stage/elsewhere"
+unzip -l "$stage/$name.zip"
+echo "build/package/$name.zip"
