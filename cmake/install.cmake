@@ -31,6 +31,11 @@ if(NOT WIN32)
   # The package may be moved: its prefix is found from the folder of the file, also below lib/<architecture>.
   file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
+  # gdb loads it by itself for a library in this folder, when it looks under this prefix (as it does for /usr).
+  if(NOT APPLE)
+    install(FILES tools/gdb/tessarn.py DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
+            RENAME libtessarn.so.${PROJECT_VERSION}-gdb.py)
+  endif()
   configure_file(cmake/tessarn.pc.in ${PROJECT_BINARY_DIR}/tessarn.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/tessarn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endif()
