@@ -21,4 +21,4 @@ echo "Lines not covered"
 table --txt | grep -vE ' 100% *$' | sed -n '/^File/,$p'
 echo "Branches not taken"
 table --branches --txt | grep -vE ' 100% *$' | sed -n '/^File/,$p'
-table --print-summary --output /dev/null
+table --print-summary --output build/coverage/report/summary.txt

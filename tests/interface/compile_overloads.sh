@@ -26,8 +26,9 @@ done
 if grep -q '\bfma\b' /proc/cpuinfo; then
   for compiler in g++ clang++-14 clang++-22; do one $compiler 17 -O3 -march=native -ffp-contract=fast; done
 fi
+echo >"$work/empty.cpp"
 for compiler in g++ clang++-14 clang++-22; do
   for header in "$root"/include/tessarn/*.h; do
-    "$compiler" -std=c++17 "${warnings[@]}" -fsyntax-only -x c++ -I"$root/include" -include "$header" /dev/null
+    "$compiler" -std=c++17 "${warnings[@]}" -fsyntax-only -I"$root/include" -include "$header" "$work/empty.cpp"
   done
 done
