@@ -66,8 +66,7 @@ struct matrix_kernels {
   // t[r] = sum of b_r - (((0 + R[r][0] a_0) + R[r][1] a_1) + R[r][2] a_2).
   void (*sum_residuals)(const double* a, const double* b, size_t n, const double* R, double* t);
 
-  // a += f b, and (y, z) = (y c + z s, z c - y s), for n entries.
-  void (*add_scaled)(double* a, double f, const double* b, size_t n);
+  // (y, z) = (y c + z s, z c - y s), for n entries.
   void (*rotate)(double* y, double* z, double c, double s, size_t n);
 };
 

@@ -98,12 +98,16 @@ bool rotation_from(const real_mat& h, real_mat& rotation) {
   return is_rotation_or_reflection(tessarn::detail::determinant(rotation.getData(), 3));
 }
 
-// The mean of b - R a, summed in order.
+// The mean of b - R a, summed in order; in lanes, and under the NaN rule where these meet a NaN.
 real_mat translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, const real_mat& rotation) {
   real_mat sum;
   sum.create(1, 3);
-  std::fill_n(sum.getData(), 3, static_cast<real>(0));
   const real* R = rotation.getData();
+  double lanes[3];
+  tessarn::detail::matrix().sum_residuals(as_doubles(&a->x), as_doubles(&b->x), n, as_doubles(R), lanes);
+  std::copy_n(lanes, 3, sum.getData());
+  if (lanes[0] == lanes[0] && lanes[1] == lanes[1] && lanes[2] == lanes[2]) return sum / static_cast<real>(n);
+  std::fill_n(sum.getData(), 3, static_cast<real>(0));
   for (tessarn::ulong i = 0; i < n; ++i) {
     const point pa = coordinates(a[i]);
     const point pb = coordinates(b[i]);

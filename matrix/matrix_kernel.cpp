@@ -25,13 +25,6 @@ void multiply(const double* a, const double* b, double* c, size_t rows, size_t i
     multiply_packed<add_products>(a, inner, b, columns, c, columns, rows, inner, columns, true, true, workspace);
 }
 
-void add_scaled(double* a, double f, const double* b, size_t n) {
-  const vec factor = broadcast(f);
-  size_t k = 0;
-  for (; k + width <= n; k += width) store(a + k, load(a + k) + factor * load(b + k));
-  for (; k < n; ++k) a[k] += f * b[k];
-}
-
 void rotate(double* y, double* z, double c, double s, size_t n) {
   const vec cosine = broadcast(c);
   const vec sine = broadcast(s);
@@ -57,7 +50,6 @@ const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, el
                                      complex_multiply, complex_stride, complex_workspace, complex_eliminate,
                                      normal_equations, normal_stride, normal_workspace,
                                      dot, sum_of_magnitudes, reflect, combine, add_outer, rotate_columns,
-                                     sum_points, sum_products, sum_residuals,
-                                     add_scaled, rotate};
+                                     sum_points, sum_products, sum_residuals, rotate};
 
 }  // namespace tessarn::detail::TESSARN_ISA

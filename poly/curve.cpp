@@ -38,17 +38,6 @@ slong falling_factorial(slong i, unsigned k) noexcept {
   return static_cast<slong>(f);
 }
 
-real value_at(coefficients p, real x) noexcept {
-  if (p.n < 1) return 0;
-  real s = p.cof[0];
-  real w = 1;
-  for (slong i = 1; i < p.n; ++i) {
-    w *= x;
-    s += w * p.cof[i];
-  }
-  return s;
-}
-
 real derivative_at(coefficients p, unsigned k, real x) noexcept {
   const auto first = static_cast<slong>(k);
   if (p.n <= first) return 0;

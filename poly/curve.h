@@ -17,9 +17,6 @@ struct coefficients {
 // i (i-1) ... (i-k+1) in 32 bits; for very long polynomials it wraps.
 slong falling_factorial(slong i, unsigned k) noexcept;
 
-// p(x) by a running power, terms in ascending order.
-real value_at(coefficients p, real x) noexcept;
-
 // The k-th derivative, k = 1 .. 4: the sum of (x^(i-k) F(i)) c_i in ascending i with correctly rounded
 // powers, F the falling factorial in wrapping 32-bit integers.
 real derivative_at(coefficients p, unsigned k, real x) noexcept;

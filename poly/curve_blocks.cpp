@@ -19,7 +19,7 @@ void block_values::operator()(const double* x, double* y) const {
   if (p_.n < 1)
     std::fill_n(y, point_block, 0.0);
   else
-    poly().values(as_doubles(p_.cof), static_cast<std::size_t>(p_.n), x, y, point_block);
+    poly().values(as_doubles(p_.cof), static_cast<std::size_t>(p_.n), x, y);
 }
 
 block_derivative::block_derivative(coefficients p, unsigned k)

@@ -31,8 +31,8 @@ struct poly_kernels {
   void (*add_products)(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
                        double* moments);
 
-  // y[i] = p(x[i]) by a running power for n points; y may be x.
-  void (*values)(const double* cof, size_t count, const double* x, double* y, size_t n);
+  // y[i] = p(x[i]) by a running power for a block of abscissas; y may be x.
+  void (*values)(const double* cof, size_t count, const double* x, double* y);
 
   // y[i] = the sum over e of (x[i]^e factor[e]) cof[e] ascending for e below count, and a block of abscissas for which
   // the chain of powers is safe.

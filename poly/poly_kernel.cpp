@@ -178,20 +178,10 @@ TESSARN_INLINE void value_group(const double* cof, size_t count, const double* x
   for (size_t v = 0; v < GROUP; ++v) store(y + v * width, sum[v]);
 }
 
-void values(const double* cof, size_t count, const double* x, double* y, size_t n) {
-  size_t i = 0;
-  for (; i + 4 * width <= n; i += 4 * width) value_group<4>(cof, count, x + i, y + i);
-  for (; i + width <= n; i += width) value_group<1>(cof, count, x + i, y + i);
-  for (; i < n; ++i) {
-    const double point = x[i];
-    double sum = cof[0];
-    double power = 1;
-    for (size_t k = 1; k < count; ++k) {
-      power *= point;
-      sum += power * cof[k];
-    }
-    y[i] = sum;
-  }
+void values(const double* cof, size_t count, const double* x, double* y) {
+  constexpr size_t vectors = 4;
+  static_assert(point_block % (vectors * width) == 0);
+  for (size_t i = 0; i < point_block; i += vectors * width) value_group<vectors>(cof, count, x + i, y + i);
 }
 
 void power_series(const double* cof, const double* factor, size_t count, const double* x, double* y) {

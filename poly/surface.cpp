@@ -90,7 +90,12 @@ real hyperbinom::func(real x, real y) {
 }
 
 void hyperbinom::func(const real* x, const real* y, real* z, tessarn::ulong n) const {
-  for (tessarn::ulong k = 0; k < n; ++k) z[k] = self().func(x[k], y[k]);
+  using tessarn::detail::as_doubles;
+  if (grade < 1)
+    std::fill_n(z, n, static_cast<real>(0));
+  else
+    tessarn::detail::poly().surface_values(as_doubles(cof), static_cast<std::size_t>(grade), as_doubles(x),
+                                           as_doubles(y), as_doubles(z), n);
 }
 
 void hyperbinom::operator+=(hyperbinom& q) {

@@ -1,6 +1,6 @@
 /// \file
 /// Printing, for those who want it: `operator<<` for every class and, where the standard library
-/// has <format>, `std::formatter`. Nothing of it is in the compiled library, and tessarn.h leaves
+/// has the header `format`, `std::formatter`. Nothing of it is in the compiled library, and tessarn.h leaves
 /// it out.
 ///
 ///     cplx            1-2i

@@ -107,6 +107,32 @@ TEST(CalcNormale, AgreesWithThePlainForm) {
   }
 }
 
+TEST(CalcNormale, LargeSetsAgreeWithThePlainForm) {
+  test::random_source r(143);
+  for (int round = 0; round < 60; ++round) {
+    const vec3 along = plain::unit({r.uniform(), r.uniform(), r.uniform()});
+    const unsigned kind = round % 4;
+    auto draw = [&](std::size_t n) {
+      std::vector<vec3> v;
+      for (std::size_t i = 0; i < n; ++i) {
+        const vec3 d{r.uniform(), r.uniform(), r.uniform()};
+        if (kind == 0)  // close to one direction
+          v.push_back(plain::unit({along.x + 1e-3 * d.x, along.y + 1e-3 * d.y, along.z + 1e-3 * d.z}));
+        else if (kind == 1)  // every cost the same, or nearly so
+          v.push_back({r.below(3) - 1.0, r.below(3) - 1.0, r.below(3) - 1.0});
+        else if (kind == 2)
+          v.push_back(i == n / 2 ? test::draw_vec3(r) : d);
+        else
+          v.push_back({1e3 * d.x, 1e-3 * d.y, d.z});
+      }
+      return v;
+    };
+    const std::vector<vec3> par = draw(r.below(200));
+    const std::vector<vec3> perp = draw(64 + r.below(200));
+    ASSERT_TRUE(same(estimated(par, perp), plain::calc_normale(par, perp))) << "round " << round;
+  }
+}
+
 TEST(CalcNormale, EndsForNanAndInfinity) {
   for (const double bad : {nan, inf, -inf, 1e200}) {
     EXPECT_TRUE(same(estimated({{bad, 0, 0}}, {}), plain::calc_normale({{bad, 0, 0}}, {})));

@@ -161,6 +161,25 @@ TEST(Binom, Products) {
   EXPECT_TRUE(same(s, {{0.5, 2, 2}}));
 }
 
+TEST(Binom, LongProductsAgreeWithThePlainForm) {
+  test::random_source r(75);
+  for (int round = 0; round < 400; ++round) {
+    plain::poly pa, pb;
+    for (plain::poly* p : {&pa, &pb}) {
+      const bool hostile = r.below(4) == 0;
+      p->cof.resize(14 + r.below(60));
+      for (double& v : p->cof) v = hostile ? test::draw(r) : r.uniform(-1, 1);
+    }
+    binom a, b;
+    fill(a, pa);
+    fill(b, pb);
+    a *= b, plain::mul(pa, pb);
+    ASSERT_TRUE(same(a, pa)) << "round " << round;
+    b *= b, plain::mul(pb, pb);
+    ASSERT_TRUE(same(b, pb)) << "round " << round;
+  }
+}
+
 TEST(Binom, SumsTakeTheLargerCount) {
   binom p = of({1, 2}), q = of({10, 20, 30, 40});
   p += q;
