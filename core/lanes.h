@@ -36,6 +36,16 @@ typedef int64_t mask __attribute__((vector_size(width * 8), may_alias));
 TESSARN_INLINE vec load(const double* p) { return *reinterpret_cast<const unaligned_vec*>(p); }
 TESSARN_INLINE void store(double* p, vec v) { *reinterpret_cast<unaligned_vec*>(p) = v; }
 TESSARN_INLINE vec broadcast(double v) { return v - vec{}; }
+// The number at p in every lane. On 512 bits it travels as an integer: the broadcast of a double from memory takes a
+// slot of the floating-point units on processors that halve such vectors, that of an integer none.
+TESSARN_INLINE vec broadcast_from(const double* p) {
+#if defined(TESSARN_ISA_avx512)
+  typedef int64_t aliasing_int64 __attribute__((may_alias));
+  return (vec)(*reinterpret_cast<const aliasing_int64*>(p) - mask{});
+#else
+  return *p - vec{};
+#endif
+}
 // a where m is set, else b.
 TESSARN_INLINE vec select(mask m, vec a, vec b) {
   return (vec)(((mask)a & m) | ((mask)b & ~m));
@@ -74,6 +84,7 @@ typedef int64_t mask;
 TESSARN_INLINE vec load(const double* p) { return *p; }
 TESSARN_INLINE void store(double* p, vec v) { *p = v; }
 TESSARN_INLINE vec broadcast(double v) { return v; }
+TESSARN_INLINE vec broadcast_from(const double* p) { return *p; }
 TESSARN_INLINE vec select(mask m, vec a, vec b) { return m ? a : b; }
 TESSARN_INLINE vec without_nan(vec v) { return v == v ? v : 0.0; }
 TESSARN_INLINE vec square_root(vec v) { return sqrt(v); }

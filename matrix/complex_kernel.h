@@ -34,8 +34,8 @@ TESSARN_INLINE void complex_tile(const double* a_re, const double* a_im, size_t 
       const vec b_re = load(panel + v * width);
       const vec b_im = load(panel + complex_panel + v * width);
       for (size_t r = 0; r < ROWS; ++r) {
-        const vec f_re = broadcast(a_re[r * n + k]);
-        const vec f_im = broadcast(a_im[r * n + k]);
+        const vec f_re = broadcast_from(a_re + r * n + k);
+        const vec f_im = broadcast_from(a_im + r * n + k);
         re[r][v] += f_re * b_re - f_im * b_im;
         im[r][v] += f_re * b_im + f_im * b_re;
       }

@@ -33,7 +33,7 @@ TESSARN_INLINE void tile(const double* a, size_t row_stride, size_t k_stride, co
     vec row[VECTORS];
     for (size_t v = 0; v < VECTORS; ++v) row[v] = load(b + v * width);
     for (size_t r = 0; r < ROWS; ++r) {
-      const vec factor = broadcast(a[r * row_stride]);
+      const vec factor = broadcast_from(a + r * row_stride);
       for (size_t v = 0; v < VECTORS; ++v) {
         if (MODE == add_products)
           sum[r][v] += factor * row[v];
