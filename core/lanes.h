@@ -91,7 +91,7 @@ TESSARN_INLINE vec square_root(vec v) { return sqrt(v); }
 
 struct quad {
   double lane[4];
-  double operator[](int i) const { return lane[i]; }
+  double operator[](size_t i) const { return lane[i]; }
 };
 TESSARN_INLINE quad operator+(quad a, quad b) {
   return {{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]}};

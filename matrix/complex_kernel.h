@@ -1,5 +1,5 @@
-// Product and elimination of complex matrices whose parts stand in arrays of their own. Every product is rounded,
-// (re re' - im im', re im' + im re'), and every sum runs in the stated order. Kernel sources only.
+// Product and elimination of complex matrices. Every product is rounded, (re re' - im im', re im' + im re'), and every
+// sum runs in the stated order. Kernel sources only.
 #pragma once
 
 #include "core/lanes.h"
@@ -13,59 +13,145 @@ static constexpr size_t complex_rows = 4, complex_vectors = 2;
 static constexpr size_t complex_rows = 2, complex_vectors = 1;
 #endif
 static constexpr size_t complex_panel = complex_vectors * width;
+static constexpr size_t complex_block = 32;  // rows of the left factor that are packed at a time
 
-// b in panels of complex_panel columns, k by k the real parts and then the imaginary parts, padded with zeros.
-TESSARN_INLINE void pack_panel(const double* re, const double* im, size_t n, size_t column, double* to) {
-  const size_t columns = n - column < complex_panel ? n - column : complex_panel;
-  for (size_t k = 0; k < n; ++k) {
-    for (size_t x = 0; x < complex_panel; ++x) to[x] = x < columns ? re[k * n + column + x] : 0.0;
-    for (size_t x = 0; x < complex_panel; ++x) to[complex_panel + x] = x < columns ? im[k * n + column + x] : 0.0;
-    to += 2 * complex_panel;
-  }
+// The columns of a panel that begins at column x of n: whole vectors.
+TESSARN_INLINE size_t panel_columns(size_t n, size_t x) {
+  return n - x > width ? complex_panel : width;
 }
 
-template <size_t ROWS>
-TESSARN_INLINE void complex_tile(const double* a_re, const double* a_im, size_t n, const double* panel, double* c_re,
-                                 double* c_im, size_t c_stride) {
-  vec re[ROWS][complex_vectors] = {};
-  vec im[ROWS][complex_vectors] = {};
+// count entries of which the imaginary part follows the real one, step doubles apart; the real parts to re and the
+// imaginary ones to im, room doubles each, zero behind the last entry.
+TESSARN_INLINE void part(const double* entries, size_t step, size_t count, size_t room, double* re, double* im) {
+  for (size_t x = 0; x < count; ++x) {
+    re[x] = entries[x * step];
+    im[x] = entries[x * step + 1];
+  }
+  for (size_t x = count; x < room; ++x) re[x] = im[x] = 0;
+}
+
+// Where the rows of the left factor are: the distance from row to row, from a real part to its imaginary part, and
+// from column to column.
+struct left_rows {
+  const double* a;
+  size_t row, imaginary, column;
+};
+
+// ROWS rows of the product's columns of one panel.
+template <size_t ROWS, size_t VECTORS>
+TESSARN_INLINE void complex_tile(left_rows left, const double* panel, size_t n, double* c, size_t step,
+                                 size_t columns) {
+  vec re[ROWS][VECTORS] = {};
+  vec im[ROWS][VECTORS] = {};
   for (size_t k = 0; k < n; ++k) {
-    for (size_t v = 0; v < complex_vectors; ++v) {
+    for (size_t v = 0; v < VECTORS; ++v) {
       const vec b_re = load(panel + v * width);
-      const vec b_im = load(panel + complex_panel + v * width);
+      const vec b_im = load(panel + (VECTORS + v) * width);
       for (size_t r = 0; r < ROWS; ++r) {
-        const vec f_re = broadcast_from(a_re + r * n + k);
-        const vec f_im = broadcast_from(a_im + r * n + k);
+        const vec f_re = broadcast_from(left.a + r * left.row);
+        const vec f_im = broadcast_from(left.a + r * left.row + left.imaginary);
         re[r][v] += f_re * b_re - f_im * b_im;
         im[r][v] += f_re * b_im + f_im * b_re;
       }
     }
-    panel += 2 * complex_panel;
+    left.a += left.column;
+    panel += 2 * VECTORS * width;
   }
-  for (size_t r = 0; r < ROWS; ++r)
-    for (size_t v = 0; v < complex_vectors; ++v) {
-      store(c_re + r * c_stride + v * width, re[r][v]);
-      store(c_im + r * c_stride + v * width, im[r][v]);
+  for (size_t r = 0; r < ROWS; ++r) {
+    double parts[2][VECTORS * width];
+    for (size_t v = 0; v < VECTORS; ++v) {
+      store(parts[0] + v * width, re[r][v]);
+      store(parts[1] + v * width, im[r][v]);
     }
-}
-
-static size_t complex_stride(size_t n) { return (n + complex_panel - 1) / complex_panel * complex_panel; }
-
-// c = a b, n x n; the parts of c in rows of complex_stride(n). The workspace holds 2 n complex_panel doubles.
-static void complex_multiply(const double* a_re, const double* a_im, const double* b_re, const double* b_im,
-                             double* c_re, double* c_im, size_t n, double* workspace) {
-  const size_t stride = complex_stride(n);
-  for (size_t x = 0; x < n; x += complex_panel) {
-    pack_panel(b_re, b_im, n, x, workspace);
-    size_t r = 0;
-    for (; r + complex_rows <= n; r += complex_rows)
-      complex_tile<complex_rows>(a_re + r * n, a_im + r * n, n, workspace, c_re + r * stride + x, c_im + r * stride + x, stride);
-    for (; r < n; ++r)
-      complex_tile<1>(a_re + r * n, a_im + r * n, n, workspace, c_re + r * stride + x, c_im + r * stride + x, stride);
+    double* row = c + r * n * step;
+    for (size_t x = 0; x < columns; ++x) {
+      row[x * step] = parts[0][x];
+      row[x * step + 1] = parts[1][x];
+    }
   }
 }
 
-static size_t complex_workspace(size_t n) { return 2 * n * complex_panel; }
+template <size_t ROWS>
+TESSARN_INLINE void complex_strip(left_rows left, const double* panel, size_t n, double* c, size_t step,
+                                  size_t columns) {
+  if (columns > width)
+    complex_tile<ROWS, complex_vectors>(left, panel, n, c, step, columns);
+  else
+    complex_tile<ROWS, 1>(left, panel, n, c, step, columns);
+}
+
+// Strips of complex_rows rows, then of one, each k by k.
+TESSARN_INLINE void pack_strips(const double* a, size_t step, size_t n, size_t rows, double* to) {
+  for (size_t r = 0; r < rows;) {
+    const size_t count = rows - r < complex_rows ? 1 : complex_rows;
+    for (size_t k = 0; k < n; ++k, to += 2 * count) part(a + (r * n + k) * step, n * step, count, count, to, to + count);
+    r += count;
+  }
+}
+
+// Up to four columns: a row of the result is one vector for each part.
+TESSARN_INLINE void complex_multiply_four(double* a, const double* b, size_t n, size_t step) {
+  quad b_re[4], b_im[4];
+  const auto row_of = [&](const double* p) {
+    return quad{p[0], n > 1 ? p[step] : 0, n > 2 ? p[2 * step] : 0, n > 3 ? p[3 * step] : 0};
+  };
+  for (size_t k = 0; k < n; ++k) {
+    b_re[k] = row_of(b + k * n * step);
+    b_im[k] = row_of(b + k * n * step + 1);
+  }
+  for (size_t r = 0; r < n; ++r) {
+    double* row = a + r * n * step;
+    quad re = all_lanes(0), im = all_lanes(0);
+    for (size_t k = 0; k < n; ++k) {
+      const quad f_re = all_lanes(row[k * step]);
+      const quad f_im = all_lanes(row[k * step + 1]);
+      re = re + (f_re * b_re[k] - f_im * b_im[k]);
+      im = im + (f_re * b_im[k] + f_im * b_re[k]);
+    }
+    for (size_t x = 0; x < n; ++x) {
+      row[x * step] = re[x];
+      row[x * step + 1] = im[x];
+    }
+  }
+}
+
+static size_t complex_workspace(size_t n) {
+  const size_t columns = (n + complex_panel - 1) / complex_panel * complex_panel;
+  return 2 * n * (columns + (n < complex_block ? n : complex_block));
+}
+
+static void complex_multiply(double* a, const double* b, size_t n, size_t step, double* workspace) {
+  if (n <= 4) return complex_multiply_four(a, b, n, step);
+  double* packed = workspace;
+  for (size_t x = 0; x < n; x += complex_panel) {
+    const size_t columns = panel_columns(n, x);
+    for (size_t k = 0; k < n; ++k, packed += 2 * columns)
+      part(b + (k * n + x) * step, step, n - x < columns ? n - x : columns, columns, packed, packed + columns);
+  }
+  // With one panel a row is read to its end before it is overwritten.
+  const bool copied = n > complex_panel;
+  double* strips = packed;
+  for (size_t first = 0; first < n; first += complex_block) {
+    const size_t rows = n - first < complex_block ? n - first : complex_block;
+    if (copied) pack_strips(a + first * n * step, step, n, rows, strips);
+    const double* panel = workspace;
+    for (size_t x = 0; x < n; x += complex_panel) {
+      const size_t columns = n - x < complex_panel ? n - x : complex_panel;
+      double* c = a + (first * n + x) * step;
+      for (size_t r = 0; r < rows;) {
+        const size_t count = rows - r < complex_rows ? 1 : complex_rows;
+        const left_rows left = copied ? left_rows{strips + 2 * r * n, 1, count, 2 * count}
+                                      : left_rows{c + r * n * step, n * step, 1, step};
+        if (count == 1)
+          complex_strip<1>(left, panel, n, c + r * n * step, step, columns);
+        else
+          complex_strip<complex_rows>(left, panel, n, c + r * n * step, step, columns);
+        r += count;
+      }
+      panel += 2 * n * panel_columns(n, x);
+    }
+  }
+}
 
 // Forward elimination without pivoting of rows x columns entries in rows of stride, columns <= stride - width: row r
 // becomes f row p + row r from the pivot's column on, f = entry / -pivot by the reciprocal of |pivot|^2 and 0

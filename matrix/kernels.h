@@ -29,11 +29,9 @@ struct matrix_kernels {
   void (*adjugate)(const double* m, size_t n, double q, double* dst, double* workspace);
   size_t (*adjugate_workspace)(size_t n);
 
-  // c = a b for n x n complex matrices with the parts apart, each entry the sum over k ascending from 0. The
-  // parts of c stand in rows of complex_stride(n); workspace holds complex_workspace(n) doubles.
-  void (*complex_multiply)(const double* a_re, const double* a_im, const double* b_re, const double* b_im, double* c_re,
-                           double* c_im, size_t n, double* workspace);
-  size_t (*complex_stride)(size_t n);
+  // a = a b for n x n complex matrices whose entries lie step doubles apart, the imaginary part behind the real one;
+  // each entry the sum over k ascending from 0. b may be a. workspace holds complex_workspace(n) doubles.
+  void (*complex_multiply)(double* a, const double* b, size_t n, size_t step, double* workspace);
   size_t (*complex_workspace)(size_t n);
 
   // Forward elimination without pivoting from the pivots' columns on, rows x columns complex entries with the

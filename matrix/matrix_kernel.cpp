@@ -47,7 +47,7 @@ void rotate(double* y, double* z, double c, double s, size_t n) {
 
 const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate,
                                      elimination_workspace, adjugate, adjugate_workspace,
-                                     complex_multiply, complex_stride, complex_workspace, complex_eliminate,
+                                     complex_multiply, complex_workspace, complex_eliminate,
                                      normal_equations, normal_stride, normal_workspace,
                                      dot, sum_of_magnitudes, reflect, combine, add_outer, rotate_columns,
                                      sum_points, sum_products, sum_residuals, rotate};

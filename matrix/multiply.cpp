@@ -20,22 +20,8 @@ void multiply_small(const real* a, const real* b, real* c, std::size_t rows, std
     }
 }
 
-constexpr std::size_t complex_kernel_size = 8;
-
-void multiply_small(const cplx* a, const cplx* b, cplx* c, std::size_t n) {
-  for (std::size_t r = 0; r < n; ++r)
-    for (std::size_t x = 0; x < n; ++x) {
-      real re = 0, im = 0;
-      for (std::size_t k = 0; k < n; ++k) {
-        const cplx& u = a[r * n + k];
-        const cplx& v = b[k * n + x];
-        re += u.re * v.re - u.im * v.im;
-        im += u.re * v.im + u.im * v.re;
-      }
-      c[r * n + x].re = re;
-      c[r * n + x].im = im;
-    }
-}
+constexpr std::size_t complex_stack_size = 16;  // up to here nothing is allocated
+constexpr std::size_t complex_stack = 2 * complex_stack_size * (complex_stack_size + complex_stack_size);
 
 // 3 x 3, a row of sums at a time.
 void multiply_three(const real* a, const real* b, real* c) {
@@ -59,30 +45,16 @@ void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size
   kernels.multiply(as_doubles(a), as_doubles(b), as_doubles(c), rows, inner, columns, as_doubles(workspace.get()));
 }
 
-void multiply(const cplx* a, const cplx* b, cplx* c, std::size_t n) {
-  if (n < complex_kernel_size) return multiply_small(a, b, c, n);
+void multiply(cplx* a, const cplx* b, std::size_t n) {
+  static_assert(sizeof(cplx) % sizeof(real) == 0, "the kernel steps from entry to entry by whole reals");
+  constexpr std::size_t step = sizeof(cplx) / sizeof(real);
   const matrix_kernels& kernels = matrix();
-  const std::size_t entries = n * n;
-  const std::size_t stride = kernels.complex_stride(n);
-  const real_array parts = allocate(4 * entries + 2 * n * stride + kernels.complex_workspace(n));
-  double* a_re = as_doubles(parts.get());
-  double* a_im = a_re + entries;
-  double* b_re = a_im + entries;
-  double* b_im = b_re + entries;
-  double* c_re = b_im + entries;
-  double* c_im = c_re + n * stride;
-  for (std::size_t i = 0; i < entries; ++i) {
-    a_re[i] = static_cast<double>(a[i].re);
-    a_im[i] = static_cast<double>(a[i].im);
-    b_re[i] = static_cast<double>(b[i].re);
-    b_im[i] = static_cast<double>(b[i].im);
+  if (n <= complex_stack_size) {
+    double workspace[complex_stack];
+    return kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), n, step, workspace);
   }
-  kernels.complex_multiply(a_re, a_im, b_re, b_im, c_re, c_im, n, c_im + n * stride);
-  for (std::size_t r = 0; r < n; ++r)
-    for (std::size_t x = 0; x < n; ++x) {
-      c[r * n + x].re = c_re[r * stride + x];
-      c[r * n + x].im = c_im[r * stride + x];
-    }
+  const real_array workspace = allocate(kernels.complex_workspace(n));
+  kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), n, step, as_doubles(workspace.get()));
 }
 
 }  // namespace tessarn::detail

@@ -11,8 +11,7 @@ namespace tessarn::detail {
 // +0.0, a NaN stored as 0.0. c is neither a nor b.
 void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size_t inner, std::size_t columns);
 
-// c = a b for n x n matrices of complex numbers, each entry the sum over k ascending from 0 + 0i. c is
-// neither a nor b.
-void multiply(const cplx* a, const cplx* b, cplx* c, std::size_t n);
+// a = a b for n x n matrices of complex numbers, each entry the sum over k ascending from 0 + 0i. b may be a.
+void multiply(cplx* a, const cplx* b, std::size_t n);
 
 }  // namespace tessarn::detail

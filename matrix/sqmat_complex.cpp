@@ -1,6 +1,5 @@
 // The complex square matrix: storage, columns, product.
 #include <algorithm>
-#include <memory>
 
 #include "core/access.h"
 #include "core/storage.h"
@@ -61,7 +60,5 @@ void complex_sqmat::setColumn(tessarn::ulong x, complex_mat column) {
 
 void complex_sqmat::operator*=(sqmat& b) {
   if (b.size != size || size == 0) return;
-  std::unique_ptr<cplx[]> product(new cplx[entry_count(size)]);
-  tessarn::detail::multiply(data, b.data, product.get(), size);
-  std::copy_n(product.get(), entry_count(size), data);
+  tessarn::detail::multiply(data, b.data, size);
 }

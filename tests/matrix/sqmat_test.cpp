@@ -391,7 +391,7 @@ TEST_EVERY_BUILD(Sqmat, ComplexOperationsMatchThePlainForm) {
       a *= b;
       plain::multiply(p, q);
       EXPECT_TRUE(same(a, p));
-      if (n <= 20) {
+      if (n <= 70) {
         a *= a;
         plain::multiply(p, plain::csquare(p));
         EXPECT_TRUE(same(a, p));
