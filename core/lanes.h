@@ -46,6 +46,12 @@ TESSARN_INLINE vec broadcast_from(const double* p) {
   return *p - vec{};
 #endif
 }
+// 0, 1, 2, ...
+TESSARN_INLINE vec lane_numbers() {
+  const double numbers[] = {0, 1, 2, 3, 4, 5, 6, 7};
+  return load(numbers);
+}
+TESSARN_INLINE vec absolute(vec v) { return (vec)((mask)v & (mask{} + INT64_MAX)); }
 // a where m is set, else b.
 TESSARN_INLINE vec select(mask m, vec a, vec b) {
   return (vec)(((mask)a & m) | ((mask)b & ~m));
@@ -85,6 +91,8 @@ TESSARN_INLINE vec load(const double* p) { return *p; }
 TESSARN_INLINE void store(double* p, vec v) { *p = v; }
 TESSARN_INLINE vec broadcast(double v) { return v; }
 TESSARN_INLINE vec broadcast_from(const double* p) { return *p; }
+TESSARN_INLINE vec lane_numbers() { return 0; }
+TESSARN_INLINE vec absolute(vec v) { return fabs(v); }
 TESSARN_INLINE vec select(mask m, vec a, vec b) { return m ? a : b; }
 TESSARN_INLINE vec without_nan(vec v) { return v == v ? v : 0.0; }
 TESSARN_INLINE vec square_root(vec v) { return sqrt(v); }

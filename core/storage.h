@@ -29,6 +29,12 @@ inline real_array allocate_counted(std::int64_t n) {
   return allocate_zeroed(n < 0 ? static_cast<std::size_t>(-1) : static_cast<std::size_t>(n));
 }
 
+// The first multiple of 64 bytes among the eight reals from p on.
+inline real* whole_cache_line(real* p) noexcept {
+  const auto address = reinterpret_cast<std::uintptr_t>(p);
+  return p + (64 - address % 64) % 64 / sizeof(real);
+}
+
 // Reals as the kernels take them: the same 64-bit format under another name where real is long double.
 inline double* as_doubles(real* p) noexcept { return reinterpret_cast<double*>(p); }
 inline const double* as_doubles(const real* p) noexcept { return reinterpret_cast<const double*>(p); }

@@ -13,15 +13,18 @@ struct matrix_kernels {
                    double* workspace);
   size_t (*multiply_workspace)(size_t rows, size_t inner, size_t columns);
 
-  // Factorises the n x n matrix w in place with partial pivoting, multipliers below the diagonal, order[i]
-  // the original row of row i. False when a column of candidate pivots is exactly 0. Without the NaN rule: a
-  // NaN stays in w, and the caller looks for it.
-  bool (*factorise)(double* w, size_t n, unsigned* order, double* workspace);
+  // LU factorisation with partial pivoting of the n x n matrix w in rows of lu_stride(n) doubles, zero behind each row:
+  // its upper triangle is left in w, and b becomes the intermediate column L^-1 P b, each entry b - s with s summed
+  // ascending from +0.0 and under the NaN rule. False when a column of candidate pivots is exactly 0 - or when the
+  // factorisation meets a NaN, which spreads until a column of candidates has nothing else. w begins at a whole
+  // cache line; workspace holds lu_workspace(n) doubles.
+  bool (*factorise)(double* w, size_t n, double* b, double* workspace);
+  size_t (*lu_stride)(size_t n);
+  size_t (*lu_workspace)(size_t n);
 
   // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, the
-  // factors left in the eliminated entries. Without the NaN rule.
+  // factors left in the eliminated entries. Without the NaN rule. workspace holds elimination_workspace(n) doubles.
   void (*eliminate)(double* w, size_t n, double* workspace);
-  // The doubles that either works on.
   size_t (*elimination_workspace)(size_t n);
 
   // dst = q times the adjugate of the n x n matrix m, without the NaN rule. workspace holds

@@ -13,8 +13,8 @@
 namespace tessarn::detail {
 namespace {
 
-constexpr std::size_t kernel_size = 8;  // from here on a kernel factorises
-constexpr std::size_t stack_size = 16;  // up to here nothing is allocated
+constexpr std::size_t kernel_size = 16;  // from here on a kernel factorises
+constexpr std::size_t stack_size = 1024;  // up to so many reals nothing is allocated
 
 using permutation = std::unique_ptr<std::uint32_t[]>;
 
@@ -80,58 +80,75 @@ bool factorise_small(real* w, std::size_t n, std::uint32_t* order) {
   return true;
 }
 
-// The same under the rule. A NaN that appears in an entry stays in the entries that depend on it, so a result
-// without NaN is the result under the rule, and otherwise the work is done again.
-bool factorise(const real* a, std::size_t n, real* w, std::uint32_t* order, real* workspace) {
-  std::copy_n(a, n * n, w);
-  const bool regular = n < kernel_size ? factorise_small(w, n, order)
-                                       : matrix().factorise(as_doubles(w), n, order, as_doubles(workspace));
-  if (!has_nan(w, n * n)) return regular;
-  std::copy_n(a, n * n, w);
-  return factorise_by_rule(w, n, order);
-}
-
-// v = L^-1 P b: each sum ascending from +0.0, those of four rows side by side.
+// v = L^-1 P b from the factorised w, each sum ascending from +0.0.
 void substitute_forward(const real* w, std::size_t n, const std::uint32_t* order, column_view<real> b, real* v) {
-  constexpr std::size_t group = 4;
-  for (std::size_t first = 0; first < n; first += group) {
-    const std::size_t rows = std::min(group, n - first);
-    real s[group] = {};
-    if (rows == group)
-      for (std::size_t j = 0; j < first; ++j)
-        for (std::size_t k = 0; k < group; ++k) s[k] += w[(first + k) * n + j] * v[j];
-    for (std::size_t k = 0; k < rows; ++k) {
-      const std::size_t i = first + k;
-      for (std::size_t j = rows == group ? first : 0; j < i; ++j) s[k] += w[i * n + j] * v[j];
-      v[i] = computed(b[order[i]] - s[k]);
-    }
+  for (std::size_t i = 0; i < n; ++i) {
+    real s = 0;
+    for (std::size_t j = 0; j < i; ++j) s += w[i * n + j] * v[j];
+    v[i] = computed(b[order[i]] - s);
   }
 }
 
-// w holds n n reals, n more for the intermediate column and the workspace of the elimination, order n integers.
-bool solve_in(const real* a, std::size_t n, column_view<real> b, real* w, std::uint32_t* order) {
-  real* v = w + n * n;
-  if (!factorise(a, n, w, order, v + n)) return false;
-  substitute_forward(w, n, order, b, v);
+// b = U^-1 v, the rows of w stride apart.
+void substitute_back(const real* w, std::size_t n, std::size_t stride, const real* v, column_view<real> b) {
   for (std::size_t i = n; i-- > 0;) {
     real s = 0;
-    for (std::size_t j = i + 1; j < n; ++j) s += w[i * n + j] * b[j];
-    b[i] = computed((v[i] - s) / w[i * n + i]);
+    for (std::size_t j = i + 1; j < n; ++j) s += w[i * stride + j] * b[j];
+    b[i] = computed((v[i] - s) / w[i * stride + i]);
   }
+}
+
+// Without the kernel. A NaN that appears in an entry stays in the entries that depend on it, down to a column of
+// candidate pivots that has nothing else: a regular result is the result under the rule, and otherwise the work is
+// done again.
+// w holds n (n + 1) reals, order n integers.
+bool solve_by_steps(const real* a, std::size_t n, column_view<real> b, real* w, std::uint32_t* order, bool small) {
+  std::copy_n(a, n * n, w);
+  if (!small || !factorise_small(w, n, order)) {
+    std::copy_n(a, n * n, w);
+    if (!factorise_by_rule(w, n, order)) return false;
+  }
+  real* v = w + n * n;
+  substitute_forward(w, n, order, b, v);
+  substitute_back(w, n, n, v, b);
+  return true;
+}
+
+bool solve_by_rule(const real* a, std::size_t n, column_view<real> b) {
+  const real_array w = allocate(n * (n + 1));
+  const permutation order(new std::uint32_t[n]);
+  return solve_by_steps(a, n, b, w.get(), order.get(), false);
+}
+
+// room begins at a whole cache line and holds the matrix in rows of stride, a column and the kernel's workspace.
+bool solve_by_kernel(const real* a, std::size_t n, column_view<real> b, real* room, std::size_t stride) {
+  real* v = room + n * stride;
+  for (std::size_t r = 0; r < n; ++r) {
+    std::copy_n(a + r * n, n, room + r * stride);
+    std::fill_n(room + r * stride + n, stride - n, static_cast<real>(0));
+    v[r] = b[r];
+  }
+  if (!matrix().factorise(as_doubles(room), n, as_doubles(v), as_doubles(v + stride))) return solve_by_rule(a, n, b);
+  substitute_back(room, n, stride, v, b);
   return true;
 }
 
 }  // namespace
 
 bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
-  if (n <= stack_size) {
-    real w[stack_size * (stack_size + 1)];
-    std::uint32_t order[stack_size];
-    return solve_in(a, n, b, w, order);
+  if (n < kernel_size) {
+    real w[kernel_size * (kernel_size + 1)];
+    std::uint32_t order[kernel_size];
+    return solve_by_steps(a, n, b, w, order, true);
   }
-  const real_array w = allocate(n * n + n + matrix().elimination_workspace(n));
-  const permutation order(new std::uint32_t[n]);
-  return solve_in(a, n, b, w.get(), order.get());
+  const std::size_t stride = matrix().lu_stride(n);
+  const std::size_t size = (n + 1) * stride + matrix().lu_workspace(n);
+  if (size <= stack_size) {
+    alignas(64) real room[stack_size];
+    return solve_by_kernel(a, n, b, room, stride);
+  }
+  const real_array storage = allocate(size + 8);
+  return solve_by_kernel(a, n, b, whole_cache_line(storage.get()), stride);
 }
 
 }  // namespace tessarn::detail

@@ -4,6 +4,7 @@
 #include "matrix/complex_kernel.h"
 #include "matrix/elimination_kernel.h"
 #include "matrix/kernels.h"
+#include "matrix/lu_kernel.h"
 #include "matrix/match_kernel.h"
 #include "matrix/normal_kernel.h"
 #include "matrix/product_kernel.h"
@@ -45,8 +46,8 @@ void rotate(double* y, double* z, double c, double s, size_t n) {
 
 }  // namespace
 
-const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, eliminate,
-                                     elimination_workspace, adjugate, adjugate_workspace,
+const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, lu_stride, lu_workspace,
+                                     eliminate, elimination_workspace, adjugate, adjugate_workspace,
                                      complex_multiply, complex_workspace, complex_eliminate,
                                      normal_equations, normal_stride, normal_workspace,
                                      dot, sum_of_magnitudes, reflect, combine, add_outer, rotate_columns,
