@@ -11,10 +11,17 @@
 #if defined(__GNUC__) || defined(__clang__)
 #define TESSARN_INLINE static inline __attribute__((always_inline))
 #define TESSARN_MEMBER inline __attribute__((always_inline))
+// Before a loop of at most eight rounds over an array of vectors, so that the array stays in registers.
+#if defined(__clang__)
+#define TESSARN_UNROLL _Pragma("clang loop unroll(full)")
+#else
+#define TESSARN_UNROLL _Pragma("GCC unroll 8")
+#endif
 #else
 #include <math.h>
 #define TESSARN_INLINE static __forceinline
 #define TESSARN_MEMBER __forceinline
+#define TESSARN_UNROLL
 #endif
 
 namespace tessarn::detail::TESSARN_ISA {
@@ -35,6 +42,10 @@ typedef int64_t mask __attribute__((vector_size(width * 8), may_alias));
 
 TESSARN_INLINE vec load(const double* p) { return *reinterpret_cast<const unaligned_vec*>(p); }
 TESSARN_INLINE void store(double* p, vec v) { *reinterpret_cast<unaligned_vec*>(p) = v; }
+TESSARN_INLINE mask load_mask(const int64_t* p) {
+  typedef int64_t unaligned_mask __attribute__((vector_size(width * 8), aligned(8), may_alias));
+  return *reinterpret_cast<const unaligned_mask*>(p);
+}
 TESSARN_INLINE vec broadcast(double v) { return v - vec{}; }
 // The number at p in every lane. On 512 bits it travels as an integer: the broadcast of a double from memory takes a
 // slot of the floating-point units on processors that halve such vectors, that of an integer none.
@@ -89,6 +100,7 @@ typedef double vec;
 typedef int64_t mask;
 TESSARN_INLINE vec load(const double* p) { return *p; }
 TESSARN_INLINE void store(double* p, vec v) { *p = v; }
+TESSARN_INLINE mask load_mask(const int64_t* p) { return *p; }
 TESSARN_INLINE vec broadcast(double v) { return v; }
 TESSARN_INLINE vec broadcast_from(const double* p) { return *p; }
 TESSARN_INLINE vec lane_numbers() { return 0; }

@@ -25,8 +25,9 @@ real minor_from_scratch(const real* m, std::size_t n, std::size_t j, std::size_t
 // are computed again from their own minors.
 void shared_adjugate(const real* m, std::size_t n, real q, real* dst) {
   const matrix_kernels& kernels = matrix();
-  const real_array workspace = allocate(kernels.adjugate_workspace(n));
-  kernels.adjugate(as_doubles(m), n, static_cast<double>(q), as_doubles(dst), as_doubles(workspace.get()));
+  const real_array storage = allocate(kernels.adjugate_workspace(n) + 8);
+  double* workspace = as_doubles(whole_cache_line(storage.get()));
+  kernels.adjugate(as_doubles(m), n, static_cast<double>(q), as_doubles(dst), workspace);
   for (std::size_t i = 0; i < n; ++i)
     for (std::size_t j = 0; j < n; ++j) {
       real& entry = dst[i * n + j];

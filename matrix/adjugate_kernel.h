@@ -1,100 +1,223 @@
 // The minors of a matrix share their leading elimination steps: those of the rows and columns before the removed
 // ones. Removing row p or column p leaves the first p steps those of the whole matrix; then, with row p gone, the
 // steps before column q are shared by all minors that remove a later column, and likewise with the roles
-// exchanged. Each entry sees the same operations in the same order as in an elimination of its own, at
-// about a tenth of the work. Kernel sources only.
+// exchanged. The minors whose later removed index is the same are of one size: several are finished side by side, one
+// in a lane. Each entry sees the same operations in the same order as in an elimination of its own. Kernel sources
+// only.
 #pragma once
 
 #include "core/lanes.h"
+#include "matrix/elimination_kernel.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 
-// Rows are padded to whole vectors. A step works on whole vectors from the one that holds the pivot's column on:
-// what it makes of eliminated columns and of the padding is never read.
-struct padded_matrix {
+// Matrices side by side: a vector holds entry (i, j) of each.
+struct lane_matrix {
   double* w;
   size_t stride;
-  size_t rows;
+  double* at(size_t i, size_t j) const { return w + (i * stride + j) * width; }
+  lane_matrix from(size_t i, size_t j) const { return {at(i, j), stride}; }
 };
 
-static constexpr size_t padded(size_t n) { return (n + width - 1) / width * width; }
-
-// Rows below r: row += ((-1 / pivot) * entry) * row r, the pivot in row r and column c.
-TESSARN_INLINE void eliminate_below(const padded_matrix& t, size_t r, size_t c) {
-  const double* upper = t.w + r * t.stride;
-  const double reciprocal = -1 / upper[c];
-  const size_t first = (c + 1) / width * width;
-  for (size_t below = r + 1; below < t.rows; ++below) {
-    double* row = t.w + below * t.stride;
-    const vec f = broadcast(reciprocal * row[c]);
-    for (size_t x = first; x < t.stride; x += width) store(row + x, f * load(upper + x) + load(row + x));
+// One step of the elimination of t, the result in to, which may be t: rows below the first become f times the first row
+// plus themselves, f = (-1 / pivot) times their first entry, in the columns behind it.
+TESSARN_INLINE void eliminate_step(lane_matrix t, lane_matrix to, size_t size) {
+  const vec reciprocal = broadcast(-1) / load(t.w);
+  for (size_t i = 1; i < size; ++i) {
+    const vec f = reciprocal * load(t.at(i, 0));
+    for (size_t j = 1; j < size; ++j) store(to.at(i, j), f * load(t.at(0, j)) + load(t.at(i, j)));
   }
 }
 
-// The rows and columns of t from the given ones on, size x size, copied into w.
-TESSARN_INLINE padded_matrix copied(const padded_matrix& t, size_t row, size_t column, size_t rows, size_t columns,
-                                    double* w) {
-  const padded_matrix copy = {w, padded(columns), rows};
-  for (size_t r = 0; r < rows; ++r) {
-    const double* from = t.w + (row + r) * t.stride + column;
-    for (size_t x = 0; x < copy.stride; x += width) store(w + r * copy.stride + x, load(from + x));
+// Steps are done several at a time, so that entries are loaded and stored once for all of them: eight beyond the first
+// of these sizes, four beyond the second.
+static constexpr size_t eight_steps_size = 24, four_steps_size = 6;
+
+// entries = factors (one a step, left in to) times the rows of the steps, added one after the other.
+template <size_t STEPS, size_t ROWS, size_t COLUMNS>
+TESSARN_INLINE void joint_tile(lane_matrix t, lane_matrix to, size_t row, size_t column) {
+  vec sum[ROWS][COLUMNS];
+  for (size_t i = 0; i < ROWS; ++i)
+    for (size_t j = 0; j < COLUMNS; ++j) sum[i][j] = load(t.at(row + i, column + j));
+  for (size_t s = 0; s < STEPS; ++s) {
+    vec upper[COLUMNS];
+    for (size_t j = 0; j < COLUMNS; ++j) upper[j] = load(to.at(s, column + j));
+    for (size_t i = 0; i < ROWS; ++i) {
+      const vec f = load(to.at(row + i, s));
+      for (size_t j = 0; j < COLUMNS; ++j) sum[i][j] = f * upper[j] + sum[i][j];
+    }
   }
-  return copy;
+  for (size_t i = 0; i < ROWS; ++i)
+    for (size_t j = 0; j < COLUMNS; ++j) store(to.at(row + i, column + j), sum[i][j]);
 }
 
-// The determinant of what is left of t from the given row and column on, times the product of the pivots before.
-TESSARN_INLINE double finished(const padded_matrix& t, size_t row, size_t column, size_t size, double product,
-                               double* w) {
-  if (size == 0) return product;
-  if (size == 1) return product * t.w[row * t.stride + column];
-  if (size == 2) {
-    const double* upper = t.w + row * t.stride + column;
-    const double* lower = upper + t.stride;
-    const double f = (-1 / upper[0]) * lower[0];
-    return product * upper[0] * (f * upper[1] + lower[1]);
+template <size_t STEPS, size_t COLUMNS>
+TESSARN_INLINE void joint_tiles(lane_matrix t, lane_matrix to, size_t size, size_t column) {
+  size_t i = STEPS;
+  for (; i + 4 <= size; i += 4) joint_tile<STEPS, 4, COLUMNS>(t, to, i, column);
+  for (; i < size; ++i) joint_tile<STEPS, 1, COLUMNS>(t, to, i, column);
+}
+
+// The factors of a row, which depend on each other, in registers from step to step. Rows of the steps themselves have
+// one factor fewer than rows above them, and their entries from the diagonal on are left instead.
+template <size_t STEPS>
+TESSARN_INLINE void joint_factors(lane_matrix t, lane_matrix to, size_t row, const vec* reciprocal) {
+  vec entry[STEPS];
+  TESSARN_UNROLL for (size_t s = 0; s < STEPS; ++s) entry[s] = load(t.at(row, s));
+  TESSARN_UNROLL for (size_t s = 0; s < STEPS; ++s) {
+    if (s < row) {
+      entry[s] = reciprocal[s] * entry[s];
+      TESSARN_UNROLL for (size_t j = s + 1; j < STEPS; ++j) entry[j] = entry[s] * load(to.at(s, j)) + entry[j];
+    }
+    store(to.at(row, s), entry[s]);
   }
-  const padded_matrix own = copied(t, row, column, size, size, w);
-  for (size_t k = 0; k < size; ++k) {
-    product *= w[k * own.stride + k];
-    if (k + 1 < size) eliminate_below(own, k, k);
+}
+
+// The rows of the steps in one column behind them.
+template <size_t STEPS>
+TESSARN_INLINE void joint_column(lane_matrix t, lane_matrix to, size_t column) {
+  vec x[STEPS];
+  TESSARN_UNROLL for (size_t i = 0; i < STEPS; ++i) {
+    x[i] = load(t.at(i, column));
+    TESSARN_UNROLL for (size_t s = 0; s < i; ++s) x[i] = load(to.at(i, s)) * x[s] + x[i];
+    store(to.at(i, column), x[i]);
+  }
+}
+
+// The leading STEPS steps on a matrix of the given size, the result in to, which may be t; the product goes on with the
+// pivots.
+template <size_t STEPS>
+static void eliminate_jointly(lane_matrix t, lane_matrix to, size_t size, vec& product) {
+  vec reciprocal[STEPS];
+  for (size_t i = 0; i < STEPS; ++i) {
+    joint_factors<STEPS>(t, to, i, reciprocal);
+    const vec pivot = load(to.at(i, i));
+    product *= pivot;
+    reciprocal[i] = broadcast(-1) / pivot;
+  }
+  for (size_t i = STEPS; i < size; ++i) joint_factors<STEPS>(t, to, i, reciprocal);
+  for (size_t j = STEPS; j < size; ++j) joint_column<STEPS>(t, to, j);
+  size_t j = STEPS;
+  for (; j + 4 <= size; j += 4) joint_tiles<STEPS, 4>(t, to, size, j);
+  for (; j < size; ++j) joint_tiles<STEPS, 1>(t, to, size, j);
+}
+
+// product times the diagonal of the eliminated matrix, in order; room is for a matrix of the same size.
+static vec times_determinant(lane_matrix t, size_t size, vec product, double* room) {
+  lane_matrix to = {room, size};
+  const auto next = [&](size_t steps) {
+    to = to.from(steps, steps);
+    t = to;
+    size -= steps;
+  };
+  while (size > eight_steps_size) {
+    eliminate_jointly<8>(t, to, size, product);
+    next(8);
+  }
+  while (size > four_steps_size) {
+    eliminate_jointly<4>(t, to, size, product);
+    next(4);
+  }
+  while (size > 0) {
+    product *= load(t.w);
+    eliminate_step(t, to, size);
+    next(1);
   }
   return product;
 }
 
-// The number of doubles that adjugate() works on: the whole matrix, a shared copy, a minor's own copy, each with a
-// vector of room behind it for loads that begin late in the last row.
-static size_t adjugate_workspace(size_t n) { return 3 * ((n + 1) * (padded(n) + width)); }
+// Step k of the elimination of the matrix itself.
+TESSARN_INLINE void eliminate_whole(double* w, size_t n, size_t k) {
+  const double reciprocal = -1 / w[k * n + k];
+  for (size_t r = k + 1; r < n; ++r) add_multiple(w + r * n, reciprocal * w[r * n + k], w + k * n, k + 1, n);
+}
+
+// A walk has lost row p (walks of even number) or column p (odd ones). Before the other removed index comes to t, its
+// rows and columns behind t are those of a minor. Besides, a walk without row p still has column t, and with it the
+// pivot above the minor's rows; one without column p still has row t. These stand in the border.
+struct minor_walks {
+  lane_matrix block;
+  double* border;
+  vec product;
+  mask lost_row;
+};
+
+TESSARN_INLINE size_t walk_index(size_t walk) { return walk / 2; }
+TESSARN_INLINE bool loses_row(size_t walk) { return walk % 2 == 0; }
+
+// The walks in the lanes of beginning begin at t, from the matrix after its first t steps.
+TESSARN_INLINE void begin(minor_walks& walks, mask beginning, const double* whole, size_t n, size_t t, double product) {
+  const auto put = [&](double* to, vec v) { store(to, select(beginning, v, load(to))); };
+  for (size_t i = 0; t + 1 + i < n; ++i) {
+    const double* row = whole + (t + 1 + i) * n + t;
+    for (size_t j = 0; t + 1 + j < n; ++j) put(walks.block.at(i, j), broadcast_from(row + 1 + j));
+    put(walks.border + i * width, select(walks.lost_row, broadcast_from(row), broadcast_from(whole + t * n + t + 1 + i)));
+  }
+  walks.product = select(beginning, broadcast(product), walks.product);
+}
+
+// The step by which t moves on, for minors of the given size. The factors of the rows come from the border or from the
+// first column, the row that they multiply is the first one or the border.
+TESSARN_INLINE void move_on(minor_walks& walks, size_t size) {
+  const lane_matrix t = walks.block;
+  const vec pivot = load(walks.border);
+  const vec reciprocal = broadcast(-1) / pivot;
+  const vec corner = load(t.w);
+  const vec first_factor = reciprocal * corner;
+  walks.product *= pivot;
+  for (size_t j = 1; j < size; ++j) {
+    const vec first = load(t.at(0, j)), border = load(walks.border + j * width);
+    store(t.at(0, j), select(walks.lost_row, first, border));
+    // The next border of walks that lost a column: the first row after the step.
+    store(walks.border + j * width, select(walks.lost_row, border, first_factor * border + first));
+  }
+  for (size_t i = 1; i < size; ++i) {
+    const vec border = load(walks.border + i * width), first = load(t.at(i, 0));
+    const vec f = reciprocal * select(walks.lost_row, border, first);
+    store(walks.border + i * width, select(walks.lost_row, f * corner + first, border));
+    for (size_t j = 1; j < size; ++j) store(t.at(i, j), f * load(t.at(0, j)) + load(t.at(i, j)));
+  }
+  walks.block = t.from(1, 1);
+  walks.border += width;
+}
+
+// A group of walks with its border, room for their minors, the matrix itself.
+static size_t adjugate_workspace(size_t n) { return n * (2 * n + 2) * width + n * n; }
 
 static void adjugate(const double* m, size_t n, double q, double* dst, double* workspace) {
-  const size_t area = (n + 1) * (padded(n) + width);
-  for (size_t i = 0; i < 3 * area; ++i) workspace[i] = 0;
-  const padded_matrix whole = {workspace, padded(n), n};
-  double* shared = workspace + area;
-  double* own = shared + area;
-  for (size_t r = 0; r < n; ++r)
-    for (size_t c = 0; c < n; ++c) whole.w[r * whole.stride + c] = m[r * n + c];
-  double before = 1;
-  for (size_t p = 0; p < n; ++p) {
-    const auto put = [&](size_t row, size_t column, double minor) {
-      dst[column * n + row] = minor * ((row + column) % 2 == 0 ? 1.0 : -1.0) * q;
-    };
-    double product = before;
-    padded_matrix t = copied(whole, p + 1, p, n - 1 - p, n - p, shared);
-    for (size_t k = 0; p + k < n; ++k) {  // row p and column p + k removed
-      put(p, p + k, finished(t, k, k + 1, n - 1 - p - k, product, own));
-      if (k == t.rows) break;
-      product *= shared[k * t.stride + k];
-      eliminate_below(t, k, k);
+  double* blocks = workspace;
+  double* border = blocks + n * (n + 1) * width;
+  double* room = border + n * width;
+  double* whole = room + n * n * width;
+  for (size_t i = 0; i < n * n; ++i) whole[i] = m[i];
+  for (size_t i = 0; i < n * (n + 2) * width; ++i) blocks[i] = 0;
+  double product = 1;
+  size_t steps = 0;  // of the whole matrix
+  for (size_t first = 0; first < 2 * n; first += width) {
+    int64_t lost_row[width], starts[width];
+    for (size_t l = 0; l < width; ++l) lost_row[l] = loses_row(first + l) ? -1 : 0;
+    minor_walks walks = {{blocks, n + 1}, border, vec{}, load_mask(lost_row)};
+    size_t begun = 0;
+    for (size_t t = walk_index(first);; ++t) {
+      if (begun < width) {
+        for (; steps < t; ++steps) {
+          product *= whole[steps * n + steps];
+          eliminate_whole(whole, n, steps);
+        }
+        for (size_t l = 0; l < width; ++l) starts[l] = walk_index(first + l) == t ? -1 : 0;
+        while (begun < width && walk_index(first + begun) == t) ++begun;
+        begin(walks, load_mask(starts), whole, n, t, product);
+      }
+      const size_t size = n - 1 - t;
+      double values[width];
+      store(values, times_determinant(walks.block, size, walks.product, room));
+      for (size_t l = 0; l < begun; ++l) {
+        const size_t p = walk_index(first + l);
+        dst[loses_row(first + l) ? t * n + p : p * n + t] = values[l] * ((p + t) % 2 == 0 ? 1.0 : -1.0) * q;
+      }
+      if (size == 0) break;
+      move_on(walks, size);
     }
-    product = before;
-    t = copied(whole, p, p + 1, n - p, n - 1 - p, shared);
-    for (size_t k = 0; p + 1 + k < n; ++k) {  // column p and row p + 1 + k removed
-      product *= shared[k * t.stride + k];
-      eliminate_below(t, k, k);
-      put(p + 1 + k, p, finished(t, k + 2, k + 1, n - 2 - p - k, product, own));
-    }
-    before *= whole.w[p * whole.stride + p];
-    eliminate_below(whole, p, p);
   }
 }
 

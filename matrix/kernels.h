@@ -27,8 +27,8 @@ struct matrix_kernels {
   void (*eliminate)(double* w, size_t n, double* workspace);
   size_t (*elimination_workspace)(size_t n);
 
-  // dst = q times the adjugate of the n x n matrix m, without the NaN rule. workspace holds
-  // adjugate_workspace(n) doubles.
+  // dst = q times the adjugate of the n x n matrix m, without the NaN rule. workspace begins at a
+  // whole cache line and holds adjugate_workspace(n) doubles.
   void (*adjugate)(const double* m, size_t n, double q, double* dst, double* workspace);
   size_t (*adjugate_workspace)(size_t n);
 
