@@ -7,7 +7,6 @@
 #pragma once
 
 #include "core/lanes.h"
-#include "matrix/elimination_kernel.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 
@@ -19,19 +18,9 @@ struct lane_matrix {
   lane_matrix from(size_t i, size_t j) const { return {at(i, j), stride}; }
 };
 
-// One step of the elimination of t, the result in to, which may be t: rows below the first become f times the first row
-// plus themselves, f = (-1 / pivot) times their first entry, in the columns behind it.
-TESSARN_INLINE void eliminate_step(lane_matrix t, lane_matrix to, size_t size) {
-  const vec reciprocal = broadcast(-1) / load(t.w);
-  for (size_t i = 1; i < size; ++i) {
-    const vec f = reciprocal * load(t.at(i, 0));
-    for (size_t j = 1; j < size; ++j) store(to.at(i, j), f * load(t.at(0, j)) + load(t.at(i, j)));
-  }
-}
-
-// Steps are done several at a time, so that entries are loaded and stored once for all of them: eight beyond the first
-// of these sizes, four beyond the second.
-static constexpr size_t eight_steps_size = 24, four_steps_size = 6;
+// Steps are done several at a time, so that entries are loaded and stored once for all of them: eight beyond this size,
+// else four.
+static constexpr size_t eight_steps_size = 10, four_steps_size = 4;
 
 // entries = factors (one a step, left in to) times the rows of the steps, added one after the other.
 template <size_t STEPS, size_t ROWS, size_t COLUMNS>
@@ -102,34 +91,57 @@ static void eliminate_jointly(lane_matrix t, lane_matrix to, size_t size, vec& p
   for (; j < size; ++j) joint_tiles<STEPS, 1>(t, to, size, j);
 }
 
-// product times the diagonal of the eliminated matrix, in order; room is for a matrix of the same size.
-static vec times_determinant(lane_matrix t, size_t size, vec product, double* room) {
-  lane_matrix to = {room, size};
-  const auto next = [&](size_t steps) {
-    to = to.from(steps, steps);
-    t = to;
-    size -= steps;
-  };
-  while (size > eight_steps_size) {
-    eliminate_jointly<8>(t, to, size, product);
-    next(8);
-  }
-  while (size > four_steps_size) {
-    eliminate_jointly<4>(t, to, size, product);
-    next(4);
-  }
-  while (size > 0) {
-    product *= load(t.w);
-    eliminate_step(t, to, size);
-    next(1);
+// product times the diagonal of the eliminated matrix, which stays in registers.
+template <size_t SIZE>
+TESSARN_INLINE vec times_small_determinant(lane_matrix t, vec product) {
+  vec w[SIZE][SIZE];
+  TESSARN_UNROLL for (size_t i = 0; i < SIZE; ++i)
+    TESSARN_UNROLL for (size_t j = 0; j < SIZE; ++j) w[i][j] = load(t.at(i, j));
+  TESSARN_UNROLL for (size_t k = 0; k < SIZE; ++k) {
+    product *= w[k][k];
+    const vec reciprocal = broadcast(-1) / w[k][k];
+    TESSARN_UNROLL for (size_t i = k + 1; i < SIZE; ++i) {
+      const vec f = reciprocal * w[i][k];
+      TESSARN_UNROLL for (size_t j = k + 1; j < SIZE; ++j) w[i][j] = f * w[k][j] + w[i][j];
+    }
   }
   return product;
 }
 
-// Step k of the elimination of the matrix itself.
+// The same for any size; room is for a matrix of that size.
+static vec times_determinant(lane_matrix t, size_t size, vec product, double* room) {
+  lane_matrix to = {room, size};
+  for (; size > eight_steps_size; size -= 8) {
+    eliminate_jointly<8>(t, to, size, product);
+    t = to = to.from(8, 8);
+  }
+  for (; size > four_steps_size; size -= 4) {
+    eliminate_jointly<4>(t, to, size, product);
+    t = to = to.from(4, 4);
+  }
+  switch (size) {
+    case 4: return times_small_determinant<4>(t, product);
+    case 3: return times_small_determinant<3>(t, product);
+    case 2: return times_small_determinant<2>(t, product);
+    case 1: return product * load(t.w);
+    default: return product;
+  }
+}
+
+// The matrix itself, in rows of whole vectors.
+TESSARN_INLINE size_t whole_stride(size_t n) { return (n + width - 1) / width * width; }
+
+// Step k of its elimination. It works on whole vectors from the one with column k + 1 on: what it makes of eliminated
+// columns and of the padding is never read.
 TESSARN_INLINE void eliminate_whole(double* w, size_t n, size_t k) {
-  const double reciprocal = -1 / w[k * n + k];
-  for (size_t r = k + 1; r < n; ++r) add_multiple(w + r * n, reciprocal * w[r * n + k], w + k * n, k + 1, n);
+  const size_t stride = whole_stride(n);
+  const double* upper = w + k * stride;
+  const double reciprocal = -1 / upper[k];
+  for (size_t r = k + 1; r < n; ++r) {
+    double* row = w + r * stride;
+    const vec f = broadcast(reciprocal * row[k]);
+    for (size_t x = (k + 1) / width * width; x < stride; x += width) store(row + x, f * load(upper + x) + load(row + x));
+  }
 }
 
 // A walk has lost row p (walks of even number) or column p (odd ones). Before the other removed index comes to t, its
@@ -145,15 +157,17 @@ struct minor_walks {
 TESSARN_INLINE size_t walk_index(size_t walk) { return walk / 2; }
 TESSARN_INLINE bool loses_row(size_t walk) { return walk % 2 == 0; }
 
-// The walks in the lanes of beginning begin at t, from the matrix after its first t steps.
-TESSARN_INLINE void begin(minor_walks& walks, mask beginning, const double* whole, size_t n, size_t t, double product) {
-  const auto put = [&](double* to, vec v) { store(to, select(beginning, v, load(to))); };
-  for (size_t i = 0; t + 1 + i < n; ++i) {
-    const double* row = whole + (t + 1 + i) * n + t;
-    for (size_t j = 0; t + 1 + j < n; ++j) put(walks.block.at(i, j), broadcast_from(row + 1 + j));
-    put(walks.border + i * width, select(walks.lost_row, broadcast_from(row), broadcast_from(whole + t * n + t + 1 + i)));
+// The walks in the lanes of beginning begin at t, from the matrix after its first t steps; in the other lanes put()
+// leaves what is there.
+template <class Put>
+TESSARN_INLINE void begin(minor_walks& walks, const double* whole, size_t n, size_t t, Put put) {
+  const size_t stride = whole_stride(n);
+  const double* pivot = whole + t * stride + t;
+  for (size_t i = 1; t + i < n; ++i) {
+    const double* row = pivot + i * stride;
+    for (size_t j = 1; t + j < n; ++j) put(walks.block.at(i - 1, j - 1), broadcast_from(row + j));
+    put(walks.border + (i - 1) * width, select(walks.lost_row, broadcast_from(row), broadcast_from(pivot + i)));
   }
-  walks.product = select(beginning, broadcast(product), walks.product);
 }
 
 // The step by which t moves on, for minors of the given size. The factors of the rows come from the border or from the
@@ -182,15 +196,15 @@ TESSARN_INLINE void move_on(minor_walks& walks, size_t size) {
 }
 
 // A group of walks with its border, room for their minors, the matrix itself.
-static size_t adjugate_workspace(size_t n) { return n * (2 * n + 2) * width + n * n; }
+static size_t adjugate_workspace(size_t n) { return n * (2 * n + 2) * width + n * whole_stride(n); }
 
 static void adjugate(const double* m, size_t n, double q, double* dst, double* workspace) {
   double* blocks = workspace;
   double* border = blocks + n * (n + 1) * width;
   double* room = border + n * width;
   double* whole = room + n * n * width;
-  for (size_t i = 0; i < n * n; ++i) whole[i] = m[i];
-  for (size_t i = 0; i < n * (n + 2) * width; ++i) blocks[i] = 0;
+  for (size_t i = 0; i < n; ++i)
+    for (size_t j = 0; j < whole_stride(n); ++j) whole[i * whole_stride(n) + j] = j < n ? m[i * n + j] : 0;
   double product = 1;
   size_t steps = 0;  // of the whole matrix
   for (size_t first = 0; first < 2 * n; first += width) {
@@ -199,15 +213,20 @@ static void adjugate(const double* m, size_t n, double q, double* dst, double* w
     minor_walks walks = {{blocks, n + 1}, border, vec{}, load_mask(lost_row)};
     size_t begun = 0;
     for (size_t t = walk_index(first);; ++t) {
-      if (begun < width) {
-        for (; steps < t; ++steps) {
-          product *= whole[steps * n + steps];
-          eliminate_whole(whole, n, steps);
-        }
-        for (size_t l = 0; l < width; ++l) starts[l] = walk_index(first + l) == t ? -1 : 0;
-        while (begun < width && walk_index(first + begun) == t) ++begun;
-        begin(walks, load_mask(starts), whole, n, t, product);
+      for (; begun < width && steps < t; ++steps) {
+        product *= whole[steps * whole_stride(n) + steps];
+        eliminate_whole(whole, n, steps);
       }
+      if (begun == 0) {  // lanes whose walks begin later are copies until then
+        begin(walks, whole, n, t, [](double* to, vec v) { store(to, v); });
+        walks.product = broadcast(product);
+      } else if (begun < width) {
+        for (size_t l = 0; l < width; ++l) starts[l] = walk_index(first + l) == t ? -1 : 0;
+        const mask lanes = load_mask(starts);
+        begin(walks, whole, n, t, [&](double* to, vec v) { store(to, select(lanes, v, load(to))); });
+        walks.product = select(lanes, broadcast(product), walks.product);
+      }
+      while (begun < width && walk_index(first + begun) == t) ++begun;
       const size_t size = n - 1 - t;
       double values[width];
       store(values, times_determinant(walks.block, size, walks.product, room));
