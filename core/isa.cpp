@@ -1,6 +1,5 @@
 #include "core/isa.h"
 
-#include <atomic>
 
 #if defined(__x86_64__) || defined(_M_X64)
 #if defined(_MSC_VER)
@@ -68,23 +67,16 @@ isa detect() noexcept { return isa::baseline; }
 
 #endif
 
-// Constant-initialised, so there is neither start-up code nor a lock: threads that meet here for the first
-// time all store the same value.
-std::atomic<int> g_chosen{-1};
-
 }  // namespace
 
-isa best_isa() noexcept { return detect(); }
+std::atomic<int> g_chosen_isa{-1};
 
-isa chosen_isa() noexcept {
-  const int chosen = g_chosen.load(std::memory_order_relaxed);
-  return chosen >= 0 ? static_cast<isa>(chosen) : force_isa(isa::avx512);
-}
+isa best_isa() noexcept { return detect(); }
 
 isa force_isa(isa wanted) noexcept {
   const isa best = detect();
   const isa used = static_cast<int>(wanted) < static_cast<int>(best) ? wanted : best;
-  g_chosen.store(static_cast<int>(used), std::memory_order_relaxed);
+  g_chosen_isa.store(static_cast<int>(used), std::memory_order_relaxed);
   return used;
 }
 

@@ -2,6 +2,8 @@
 // chosen once per process. All builds of a kernel give the same bits.
 #pragma once
 
+#include <atomic>
+
 namespace tessarn::detail {
 
 enum class isa : int { baseline = 0, avx2 = 1, avx512 = 2 };
@@ -9,11 +11,18 @@ enum class isa : int { baseline = 0, avx2 = 1, avx512 = 2 };
 // The best instruction set that the processor and the operating system support.
 isa best_isa() noexcept;
 
-// The instruction set in use: the best one, unless a test chose another.
-isa chosen_isa() noexcept;
-
 // For tests: uses the given set from now on, or the best one if the processor does not have it; returns
 // the set in use.
 isa force_isa(isa wanted) noexcept;
+
+// The choice, -1 before it is made. Constant-initialised, so there is neither start-up code nor a lock: threads that
+// meet here for the first time all store the same value.
+extern std::atomic<int> g_chosen_isa;
+
+// The instruction set in use: the best one, unless a test chose another.
+inline isa chosen_isa() noexcept {
+  const int chosen = g_chosen_isa.load(std::memory_order_relaxed);
+  return chosen >= 0 ? static_cast<isa>(chosen) : force_isa(isa::avx512);
+}
 
 }  // namespace tessarn::detail

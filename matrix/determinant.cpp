@@ -63,13 +63,50 @@ static real determinant_in(const real* a, std::size_t n, real* w) {
   return diagonal_product(w, n);
 }
 
-real determinant(const real* a, std::size_t n) {
-  if (n == 3) return sarrus(a);
+// The same for small sizes and without the rule, step by step on values that stay in registers: product times the
+// pivots, NaN where the rule is needed.
+template <std::size_t N>
+static real times_pivots(const real (&w)[N][N], real product) {
+  product *= w[0][0];
+  if constexpr (N > 1) {
+    const real reciprocal = -1 / w[0][0];
+    real rest[N - 1][N - 1];
+    for (std::size_t r = 1; r < N; ++r) {
+      const real f = reciprocal * w[r][0];
+      for (std::size_t c = 1; c < N; ++c) rest[r - 1][c - 1] = f * w[0][c] + w[r][c];
+    }
+    product = times_pivots<N - 1>(rest, product);
+  }
+  return product;
+}
+
+template <std::size_t N>
+static real small_determinant(const real* a) {
+  real w[N][N];
+  for (std::size_t r = 0; r < N; ++r)
+    for (std::size_t c = 0; c < N; ++c) w[r][c] = a[N * r + c];
+  return times_pivots<N>(w, 1);
+}
+
+static real small_determinant(const real* a, std::size_t n) {
+  return n == 4 ? small_determinant<4>(a) : n == 5 ? small_determinant<5>(a) : small_determinant<6>(a);
+}
+
+static real determinant_of_any(const real* a, std::size_t n) {
   if (n <= stack_size) {
     real w[stack_size * (stack_size + 1)];
     return determinant_in(a, n, w);
   }
   return determinant_in(a, n, allocate(n * n + matrix().elimination_workspace(n)).get());
+}
+
+real determinant(const real* a, std::size_t n) {
+  if (n == 3) return sarrus(a);
+  if (n >= 4 && n <= 6) {
+    const real product = small_determinant(a, n);
+    if (product == product) return product;
+  }
+  return determinant_of_any(a, n);
 }
 
 }  // namespace tessarn::detail

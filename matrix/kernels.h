@@ -6,9 +6,12 @@
 
 namespace tessarn::detail {
 
+// Products of matrices with no more rows and columns than this are computed without packed copies.
+constexpr size_t unpacked_limit = 96;
+
 struct matrix_kernels {
   // c = a b, row-major, a rows x inner, b inner x columns: each entry the sum over k ascending from +0.0, a
-  // NaN stored as 0.0. workspace holds multiply_workspace(...) doubles.
+  // NaN stored as 0.0. workspace holds multiply_workspace(...) doubles, none up to the limit above.
   void (*multiply)(const double* a, const double* b, double* c, size_t rows, size_t inner, size_t columns,
                    double* workspace);
   size_t (*multiply_workspace)(size_t rows, size_t inner, size_t columns);

@@ -13,7 +13,6 @@
 namespace tessarn::detail {
 namespace {
 
-constexpr std::size_t kernel_size = 16;  // from here on a kernel factorises
 constexpr std::size_t stack_size = 1024;  // up to so many reals nothing is allocated
 
 using permutation = std::unique_ptr<std::uint32_t[]>;
@@ -60,22 +59,52 @@ bool factorise_by_rule(real* w, std::size_t n, std::uint32_t* order) {
   return true;
 }
 
-// The same without the rule, for sizes at which a call of the kernel does not pay.
-bool factorise_small(real* w, std::size_t n, std::uint32_t* order) {
-  for (std::size_t i = 0; i < n; ++i) order[i] = static_cast<std::uint32_t>(i);
-  for (std::size_t k = 0; k < n; ++k) {
-    const std::size_t p = pivot_row(w, n, k);
-    if (p == n) return false;
-    real* upper = w + k * n;
-    if (p != k) {
-      std::swap(order[k], order[p]);
-      for (std::size_t c = 0; c < n; ++c) std::swap(upper[c], w[p * n + c]);
+// A row of the system on its way through the factorisation.
+template <std::size_t N>
+struct system_row {
+  real w[N];
+  real b;    // the right-hand side, and then the intermediate entry
+  real sum;  // of the terms of the forward substitution
+};
+
+// The system of N equations without the rule, the rows exchanged by pointer and the forward substitution done on the
+// way. False when a column of candidate pivots is 0.
+//
+// A NaN that appears in an entry stays in the entries that depend on it, down to a column of candidate pivots that has
+// nothing else: a system that is solved is solved as under the rule.
+template <std::size_t N>
+bool solve_small(const real* a, column_view<real> b) {
+  system_row<N> rows[N];
+  system_row<N>* at[N];
+  for (std::size_t r = 0; r < N; ++r) {
+    std::copy_n(a + N * r, N, rows[r].w);
+    rows[r].b = b[r];
+    rows[r].sum = 0;
+    at[r] = &rows[r];
+  }
+  for (std::size_t k = 0; k < N; ++k) {
+    real best = 0;
+    std::size_t p = N;
+    for (std::size_t r = k; r < N; ++r) {
+      const real magnitude = std::fabs(at[r]->w[k]);
+      p = magnitude > best ? r : p;
+      best = magnitude > best ? magnitude : best;
     }
-    for (std::size_t r = k + 1; r < n; ++r) {
-      real* row = w + r * n;
-      const real multiplier = row[k] = row[k] / upper[k];
-      for (std::size_t c = k + 1; c < n; ++c) row[c] -= multiplier * upper[c];
+    if (p == N) return false;
+    std::swap(at[k], at[p]);
+    system_row<N>& upper = *at[k];
+    upper.b = computed(upper.b - upper.sum);
+    for (std::size_t r = k + 1; r < N; ++r) {
+      system_row<N>& row = *at[r];
+      const real multiplier = row.w[k] / upper.w[k];
+      for (std::size_t c = k + 1; c < N; ++c) row.w[c] -= multiplier * upper.w[c];
+      row.sum += multiplier * upper.b;
     }
+  }
+  for (std::size_t i = N; i-- > 0;) {
+    real s = 0;
+    for (std::size_t j = i + 1; j < N; ++j) s += at[i]->w[j] * b[j];
+    b[i] = computed((at[i]->b - s) / at[i]->w[i]);
   }
   return true;
 }
@@ -98,26 +127,15 @@ void substitute_back(const real* w, std::size_t n, std::size_t stride, const rea
   }
 }
 
-// Without the kernel. A NaN that appears in an entry stays in the entries that depend on it, down to a column of
-// candidate pivots that has nothing else: a regular result is the result under the rule, and otherwise the work is
-// done again.
-// w holds n (n + 1) reals, order n integers.
-bool solve_by_steps(const real* a, std::size_t n, column_view<real> b, real* w, std::uint32_t* order, bool small) {
-  std::copy_n(a, n * n, w);
-  if (!small || !factorise_small(w, n, order)) {
-    std::copy_n(a, n * n, w);
-    if (!factorise_by_rule(w, n, order)) return false;
-  }
-  real* v = w + n * n;
-  substitute_forward(w, n, order, b, v);
-  substitute_back(w, n, n, v, b);
-  return true;
-}
-
 bool solve_by_rule(const real* a, std::size_t n, column_view<real> b) {
   const real_array w = allocate(n * (n + 1));
   const permutation order(new std::uint32_t[n]);
-  return solve_by_steps(a, n, b, w.get(), order.get(), false);
+  std::copy_n(a, n * n, w.get());
+  if (!factorise_by_rule(w.get(), n, order.get())) return false;
+  real* v = w.get() + n * n;
+  substitute_forward(w.get(), n, order.get(), b, v);
+  substitute_back(w.get(), n, n, v, b);
+  return true;
 }
 
 // room begins at a whole cache line and holds the matrix in rows of stride, a column and the kernel's workspace.
@@ -136,11 +154,11 @@ bool solve_by_kernel(const real* a, std::size_t n, column_view<real> b, real* ro
 }  // namespace
 
 bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
-  if (n < kernel_size) {
-    real w[kernel_size * (kernel_size + 1)];
-    std::uint32_t order[kernel_size];
-    return solve_by_steps(a, n, b, w, order, true);
-  }
+  using solver = bool (*)(const real*, column_view<real>);
+  static constexpr solver small[] = {nullptr,        solve_small<1>, solve_small<2>,  solve_small<3>,  solve_small<4>,
+                                     solve_small<5>, solve_small<6>, solve_small<7>,  solve_small<8>,  solve_small<9>,
+                                     solve_small<10>, solve_small<11>, solve_small<12>};
+  if (n < sizeof small / sizeof *small) return small[n](a, b) || solve_by_rule(a, n, b);
   const std::size_t stride = matrix().lu_stride(n);
   const std::size_t size = (n + 1) * stride + matrix().lu_workspace(n);
   if (size <= stack_size) {

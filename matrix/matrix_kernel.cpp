@@ -20,6 +20,9 @@ size_t multiply_workspace(size_t rows, size_t inner, size_t columns) {
 
 void multiply(const double* a, const double* b, double* c, size_t rows, size_t inner, size_t columns,
               double* workspace) {
+#if defined(__GNUC__) || defined(__clang__)
+  if (rows == 4 && columns == 4) return four_columns<4, from_zero, add_products>(a, inner, b, 4, inner, c, 4, true);
+#endif
   if (multiply_workspace(rows, inner, columns) == 0 || inner == 0)
     multiply_unpacked<from_zero, add_products>(a, inner, b, columns, c, columns, rows, inner, columns, true);
   else

@@ -40,8 +40,9 @@ void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size
   if (rows < kernel_size && inner < kernel_size && columns < kernel_size)
     return multiply_small(a, b, c, rows, inner, columns);
   const matrix_kernels& kernels = matrix();
-  const std::size_t size = kernels.multiply_workspace(rows, inner, columns);
-  const real_array workspace = size == 0 ? nullptr : allocate(size);
+  if (rows <= unpacked_limit && inner <= unpacked_limit && columns <= unpacked_limit)
+    return kernels.multiply(as_doubles(a), as_doubles(b), as_doubles(c), rows, inner, columns, nullptr);
+  const real_array workspace = allocate(kernels.multiply_workspace(rows, inner, columns));
   kernels.multiply(as_doubles(a), as_doubles(b), as_doubles(c), rows, inner, columns, as_doubles(workspace.get()));
 }
 

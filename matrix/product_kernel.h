@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/lanes.h"
+#include "matrix/kernels.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 
@@ -15,7 +16,7 @@ static constexpr size_t tile_rows = 4, tile_vectors = 2;
 #else
 static constexpr size_t tile_rows = 4, tile_vectors = 2;
 #endif
-static constexpr size_t depth = 256, row_block = 96, unpacked_limit = 96;
+static constexpr size_t depth = 256, row_block = 96;
 
 enum start_mode { from_zero, from_stored };
 enum tile_mode { add_products, subtract_products };
