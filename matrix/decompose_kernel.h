@@ -19,9 +19,9 @@ static constexpr int sweep_limit = 30;  // a value that takes more is left as it
 // columns need no scaling.
 static constexpr double smallest_square = 1e-200;
 static constexpr double largest_square = 1e200;
-// Up to this many rows of U and V together the rotations of a sweep are applied as they are found: they hide behind
-// the sweep's own chain of roots and quotients.
-static constexpr size_t direct_rows = 128;
+// Up to this many rows of U and V together the rotations of a sweep are applied while it runs: they hide behind its own
+// chain of roots and quotients. More rows than that leave the cache, and are better served one group after the other.
+static constexpr size_t direct_rows = 512;
 
 struct block {
   vec s[block_vectors];
@@ -131,25 +131,27 @@ static void set_up(decomposition& d, size_t m, size_t n, double* memory) {
   for (double* p = d.v; p < d.w; ++p) *p = 0;
 }
 
-// The rows of a into columns, and the products of the first column with each; returns the sum of all squares.
+// The rows of a into columns, and the products of the first column with each; returns the sum of all squares. By
+// chunks of rows, so that no vector is read right behind the entries that make it up.
 static double take(decomposition& d, const double* a) {
-  for (size_t j = 0; j < block_rows * d.n; ++j) d.sums[j] = 0;
+  constexpr size_t chunk = 8 * block_rows;
   block total = {};
-  for (size_t k = 0; k < d.m; k += block_rows) {
-    const size_t rows = d.m - k < block_rows ? d.m - k : block_rows;
-    block first = {};
+  for (size_t j = 0; j < block_rows * d.n; ++j) d.sums[j] = 0;
+  for (size_t j = 0; j < d.n; ++j)
+    for (size_t k = d.m; k < whole_blocks(d.m); ++k) d.u[j * d.u_stride + k] = 0;
+  for (size_t start = 0; start < d.m; start += chunk) {
+    const size_t end = d.m - start < chunk ? d.m : start + chunk;
+    for (size_t k = start; k < end; k += block_rows)
+      for (size_t j = 0; j < d.n; ++j)
+        for (size_t r = k; r < k + block_rows && r < end; ++r) d.u[j * d.u_stride + r] = a[r * d.n + j];
     for (size_t j = 0; j < d.n; ++j) {
-      double* to = d.u + j * d.u_stride + k;
-      const double* from = a + k * d.n + j;
-      size_t r = 0;
-      for (; r < rows; ++r) to[r] = from[r * d.n];
-      for (; r < block_rows; ++r) to[r] = 0;
-      const block entries = load_block(to);
-      if (j == 0) first = entries;
       block sum = load_block(d.sums + j * block_rows);
-      add_product(sum, first, entries);
+      for (size_t k = start; k < end; k += block_rows) {
+        const block c = load_block(d.u + j * d.u_stride + k);
+        add_product(sum, load_block(d.u + k), c);
+        add_product(total, c, c);
+      }
       store_block(d.sums + j * block_rows, sum);
-      add_product(total, entries, entries);
     }
   }
   return tree_sum(total);
@@ -363,7 +365,92 @@ static void accumulate_left(decomposition& d) {
   }
 }
 
-TESSARN_INLINE void rotate(double* y, double* z, double c, double s, size_t rows) {
+// The whole reduction and accumulation of a 3 x 3 matrix, without the heads and tails of blocks. False, with nothing
+// done, where a sum of squares is out of range.
+static bool reduce_3(decomposition& d, const double* a) {
+  double c0[3], c1[3], c2[3];
+  for (size_t k = 0; k < 3; ++k) {
+    c0[k] = a[3 * k];
+    c1[k] = a[3 * k + 1];
+    c2[k] = a[3 * k + 2];
+  }
+  const auto squares = [](const double* c) { return (c[0] * c[0] + c[1] * c[1]) + c[2] * c[2]; };
+  const double s0 = squares(c0);
+  const double all = (s0 + squares(c1)) + squares(c2);
+  if (!(s0 >= smallest_square && all <= largest_square)) return false;
+  const reflection p0 = reflect_away(c0[0], s0);
+  c0[0] -= p0.g;
+  const double f1 = ((c0[0] * c1[0] + c0[1] * c1[1]) + c0[2] * c1[2]) / p0.denominator;
+  const double f2 = ((c0[0] * c2[0] + c0[1] * c2[1]) + c0[2] * c2[2]) / p0.denominator;
+  for (size_t k = 0; k < 3; ++k) {
+    c1[k] += f1 * c0[k];
+    c2[k] += f2 * c0[k];
+  }
+  const double s1 = c1[0] * c1[0] + c2[0] * c2[0];
+  if (!(s1 >= smallest_square)) return false;
+  const reflection p1 = reflect_away(c1[0], s1);
+  const double r1 = c1[0] - p1.g;
+  const double r2 = c2[0];
+  const double q1 = r1 / p1.denominator;
+  const double q2 = r2 / p1.denominator;
+  for (size_t k = 1; k < 3; ++k) {
+    const double product = r1 * c1[k] + r2 * c2[k];
+    c1[k] += product * q1;
+    c2[k] += product * q2;
+  }
+  const double s2 = c1[1] * c1[1] + c1[2] * c1[2];
+  if (!(s2 >= smallest_square)) return false;
+  const reflection p2 = reflect_away(c1[1], s2);
+  c1[1] -= p2.g;
+  const double f3 = (c1[1] * c2[1] + c1[2] * c2[2]) / p2.denominator;
+  c2[1] += f3 * c1[1];
+  c2[2] += f3 * c1[2];
+  // The reflections of a single entry change signs; that of a zero does nothing.
+  const double super = c2[1];
+  const double row_sign = super == 0 ? 1 : -1;
+  const double last = row_sign * c2[2];
+  const double column_sign = last == 0 ? 1 : -1;
+
+  d.w[0] = p0.g;
+  d.w[1] = p2.g;
+  d.w[2] = column_sign * last;
+  d.rv1[0] = 0;
+  d.rv1[1] = p1.g;
+  d.rv1[2] = row_sign * super;
+  for (size_t i = 0; i < 3; ++i) {
+    const double sum = magnitude(d.w[i]) + magnitude(d.rv1[i]);
+    if (d.norm < sum) d.norm = sum;
+  }
+
+  const double v1 = 1 / p1.g;
+  const double v2 = (r2 / r1) / p1.g;
+  const double t = row_sign * r2;
+  double* v = d.v;
+  v[0] = 1;
+  v[d.v_stride + 1] = 1 + r1 * v1;
+  v[d.v_stride + 2] = r1 * v2;
+  v[2 * d.v_stride + 1] = t * v1;
+  v[2 * d.v_stride + 2] = row_sign + t * v2;
+
+  const double g1 = 1 / p2.g;
+  const double t2 = ((c1[2] * column_sign) / c1[1]) * g1;
+  double u1[3] = {0, c1[1] * g1 + 1, c1[2] * g1};
+  double u2[3] = {0, t2 * c1[1], column_sign + t2 * c1[2]};
+  const double g0 = 1 / p0.g;
+  const double t3 = ((c0[1] * u1[1] + c0[2] * u1[2]) / c0[0]) * g0;
+  const double t4 = ((c0[1] * u2[1] + c0[2] * u2[2]) / c0[0]) * g0;
+  for (size_t k = 0; k < block_rows; ++k) {
+    d.u[k] = k < 3 ? c0[k] * g0 : 0;
+    d.u[d.u_stride + k] = k < 3 ? u1[k] + t3 * c0[k] : 0;
+    d.u[2 * d.u_stride + k] = k < 3 ? u2[k] + t4 * c0[k] : 0;
+  }
+  d.u[0] += 1;
+  return true;
+}
+
+// The column y and the one that stands distance behind it: (y, z) becomes (y c + z s, z c - y s).
+TESSARN_INLINE void rotate(double* y, size_t distance, double c, double s, size_t rows) {
+  double* z = y + distance;
   const vec cosine = broadcast(c);
   const vec sine = broadcast(s);
   for (size_t k = 0; k < rows; k += block_rows) {
@@ -415,7 +502,7 @@ static void cancel(decomposition& d, size_t l, size_t k) {
     const double r = 1 / d.w[i];
     c = g * r;
     s = -(f * r);
-    rotate(d.x + (l - 1) * d.x_stride, d.x + i * d.x_stride, c, s, d.x_rows);
+    rotate(d.x + (l - 1) * d.x_stride, (i - l + 1) * d.x_stride, c, s, d.x_rows);
   }
 }
 
@@ -430,12 +517,16 @@ static double shifted(const decomposition& d, size_t l, size_t k) {
   return ((x - z) * (x + z) + h * (y / (f + with_sign(hypotenuse(f, 1), f)) - h)) / x;
 }
 
-// One implicit QR sweep on the block l .. k. The rotations of the columns do not feed back into it.
+// One implicit QR sweep on the block l .. k. The rotations of the columns do not feed back into it: they are collected
+// and applied together, or each one step late, when it need not be waited for, in the shadow of the roots.
 template <bool DIRECT>
 static void sweep(decomposition& d, size_t l, size_t k) {
   double f = shifted(d, l, k);
   double x = d.w[l];
   double c = 1, s = 1;
+  const size_t v_rows = whole_blocks(d.n);
+  double* right = d.right;
+  double* left = d.left;
   for (size_t j = l; j < k; ++j) {
     double g = d.rv1[j + 1];
     double y = d.w[j + 1];
@@ -443,17 +534,14 @@ static void sweep(decomposition& d, size_t l, size_t k) {
     g = c * g;
     double length = hypotenuse(f, h);
     d.rv1[j] = length;
-    // The numerators do not wait for the root: one quotient less in the chain.
+    // The numerators do not wait for the root: one product and one sum less in the chain.
     const double next_f = (x * f + g * h) / length;
     const double next_g = (g * f - x * h) / length;
     c = f / length;
     s = h / length;
-    if (DIRECT) {
-      rotate(d.v + j * d.v_stride, d.v + (j + 1) * d.v_stride, c, s, whole_blocks(d.n));
-    } else {
-      d.right[2 * (j - l)] = c;
-      d.right[2 * (j - l) + 1] = s;
-    }
+    if (DIRECT && j > l) rotate(d.v + (j - 1) * d.v_stride, d.v_stride, right[0], right[1], v_rows);
+    right[0] = c;
+    right[1] = s;
     f = next_f;
     g = next_g;
     h = y * s;
@@ -470,18 +558,22 @@ static void sweep(decomposition& d, size_t l, size_t k) {
       f = c * g + s * y;
       x = c * y - s * g;
     }
-    if (DIRECT) {
-      rotate(d.x + j * d.x_stride, d.x + (j + 1) * d.x_stride, c, s, d.x_rows);
-    } else {
-      d.left[2 * (j - l)] = c;
-      d.left[2 * (j - l) + 1] = s;
+    if (DIRECT && j > l) rotate(d.x + (j - 1) * d.x_stride, d.x_stride, left[0], left[1], d.x_rows);
+    left[0] = c;
+    left[1] = s;
+    if (!DIRECT) {
+      right += 2;
+      left += 2;
     }
   }
   d.rv1[l] = 0;
   d.rv1[k] = f;
   d.w[k] = x;
-  if (!DIRECT) {
-    rotate_columns(d.v + l * d.v_stride, d.v_stride, whole_blocks(d.n), d.right, k - l);
+  if (DIRECT) {
+    rotate(d.v + (k - 1) * d.v_stride, d.v_stride, right[0], right[1], v_rows);
+    rotate(d.x + (k - 1) * d.x_stride, d.x_stride, left[0], left[1], d.x_rows);
+  } else {
+    rotate_columns(d.v + l * d.v_stride, d.v_stride, v_rows, d.right, k - l);
     rotate_columns(d.x + l * d.x_stride, d.x_stride, d.x_rows, d.left, k - l);
   }
 }
@@ -586,10 +678,12 @@ static void write(decomposition& d, double* U, double* S, double* V) {
 static void decompose(const double* a, size_t m, size_t n, double* U, double* S, double* V, double* memory) {
   decomposition d;
   set_up(d, m, n, memory);
-  const double squares = take(d, a);
-  bidiagonalise(d, !(squares >= smallest_square && squares <= largest_square));
-  accumulate_right(d);
-  accumulate_left(d);
+  if (m != 3 || n != 3 || !reduce_3(d, a)) {
+    const double squares = take(d, a);
+    bidiagonalise(d, !(squares >= smallest_square && squares <= largest_square));
+    accumulate_right(d);
+    accumulate_left(d);
+  }
   if (d.tall)
     for (size_t i = 0; i < n; ++i) d.x[i * d.x_stride + i] = 1;
   for (size_t k = n; k-- > 0;) diagonalise(d, k);
