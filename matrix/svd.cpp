@@ -3,18 +3,14 @@
 
 #include "core/access.h"
 #include "core/storage.h"
+#include "matrix/decompose.h"
 #include "matrix/kernels.h"
 
-using tessarn::real;
-using tessarn::detail::as_doubles;
-using tessarn::detail::real_mat;
-
-namespace {
-
-constexpr std::size_t stack_size = 1024;  // doubles of workspace up to which nothing but the results is allocated
+namespace tessarn::detail {
 
 void decompose(const real* a, std::size_t rows, std::size_t columns, real* U, real* S, real* V) {
-  const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
+  constexpr std::size_t stack_size = 1024;
+  const matrix_kernels& kernels = matrix();
   const std::size_t size = kernels.decompose_workspace(rows, columns);
   const auto run = [&](real* workspace) {
     kernels.decompose(as_doubles(a), rows, columns, as_doubles(U), as_doubles(S), as_doubles(V), as_doubles(workspace));
@@ -23,11 +19,14 @@ void decompose(const real* a, std::size_t rows, std::size_t columns, real* U, re
     real workspace[stack_size];
     run(workspace);
   } else {
-    run(tessarn::detail::allocate(size).get());
+    run(allocate(size).get());
   }
 }
 
-}  // namespace
+}  // namespace tessarn::detail
+
+using tessarn::real;
+using tessarn::detail::real_mat;
 
 void real_mat::decompose(mat& U, mat& S, mat& V) {
   tessarn::detail::require_countable(width, width);
@@ -36,7 +35,7 @@ void real_mat::decompose(mat& U, mat& S, mat& V) {
   values.create(width, width);
   right.create(width, width);
   std::fill_n(values.data, static_cast<tessarn::ulong>(width * width), static_cast<real>(0));
-  ::decompose(data, height, width, left.data, values.data, right.data);
+  tessarn::detail::decompose(data, height, width, left.data, values.data, right.data);
   U = static_cast<mat&&>(left);
   S = static_cast<mat&&>(values);
   V = static_cast<mat&&>(right);
