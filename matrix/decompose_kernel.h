@@ -1,18 +1,12 @@
 // The singular value decomposition by G. Golub and C. Reinsch (Singular value decomposition and least squares
 // solutions, Numerische Mathematik 14, 1970): Householder bidiagonalisation, accumulation of the transformations,
-// implicit-shift QR sweeps. Kernel sources only.
-//
-// The matrices are worked on as columns that are padded with zeros to whole blocks of eight rows. The order inside the
-// sums is free; the one chosen here holds in every build: eight partial sums, row k in sum k mod 8, added as a
-// balanced tree.
+// implicit-shift QR sweeps. The matrices are worked on as columns. Kernel sources only.
 #pragma once
 
-#include "core/lanes.h"
+#include "matrix/column_kernel.h"
 
 namespace tessarn::detail::TESSARN_ISA::svd {
 
-static constexpr size_t block_rows = 8;
-static constexpr size_t block_vectors = block_rows / width;
 static constexpr int sweep_limit = 30;  // a value that takes more is left as it stands
 
 // Sums of squares in this range come from entries whose squares neither overflow nor lose digits that count, so the
@@ -22,61 +16,6 @@ static constexpr double largest_square = 1e200;
 // Up to this many rows of U and V together the rotations of a sweep are applied while it runs: they hide behind its own
 // chain of roots and quotients. More rows than that leave the cache, and are better served one group after the other.
 static constexpr size_t direct_rows = 512;
-
-struct block {
-  vec s[block_vectors];
-};
-
-TESSARN_INLINE block load_block(const double* p) {
-  block b;
-  for (size_t i = 0; i < block_vectors; ++i) b.s[i] = load(p + i * width);
-  return b;
-}
-TESSARN_INLINE void store_block(double* p, const block& b) {
-  for (size_t i = 0; i < block_vectors; ++i) store(p + i * width, b.s[i]);
-}
-TESSARN_INLINE void add_product(block& sum, const block& a, const block& b) {
-  for (size_t i = 0; i < block_vectors; ++i) sum.s[i] += a.s[i] * b.s[i];
-}
-TESSARN_INLINE void add_multiple(block& sum, double f, const block& b) {
-  const vec factor = broadcast(f);
-  for (size_t i = 0; i < block_vectors; ++i) sum.s[i] += factor * b.s[i];
-}
-// b from row count of the block on, and 0 before; count may be up to the rows of a block.
-TESSARN_INLINE block from_row(const block& b, size_t count) {
-  static const double window[2 * block_rows] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1};
-  const block ones = load_block(window + block_rows - count);
-  block kept;
-  for (size_t i = 0; i < block_vectors; ++i) kept.s[i] = b.s[i] * ones.s[i];
-  return kept;
-}
-
-TESSARN_INLINE double tree_sum(const double* s) {
-  return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
-}
-TESSARN_INLINE double tree_sum(const block& b) {
-  double s[block_rows];
-  store_block(s, b);
-  return tree_sum(s);
-}
-
-TESSARN_INLINE double root(double v) {
-#if defined(__GNUC__) || defined(__clang__)
-  return __builtin_sqrt(v);
-#else
-  return sqrt(v);
-#endif
-}
-TESSARN_INLINE double magnitude(double v) { return v < 0 ? -v : v; }
-TESSARN_INLINE double with_sign(double a, double b) { return b >= 0 ? magnitude(a) : -magnitude(a); }
-TESSARN_INLINE double hypotenuse(double a, double b) { return root(a * a + b * b); }
-
-TESSARN_INLINE size_t whole_blocks(size_t n) { return (n + block_rows - 1) / block_rows * block_rows; }
-// The distance of two columns: an odd number of blocks for the longer ones, which would else share few cache lines.
-TESSARN_INLINE size_t column_stride(size_t rows) {
-  const size_t n = whole_blocks(rows);
-  return n >= 8 * block_rows && n % (2 * block_rows) == 0 ? n + block_rows : n;
-}
 
 struct decomposition {
   size_t m, n;                // rows and columns
@@ -294,34 +233,6 @@ static void bidiagonalise(decomposition& d, bool scaled) {
   }
 }
 
-template <size_t COUNT>
-TESSARN_INLINE void reflect_group(const double* p, const double* q, size_t rows, double d, double g, double* columns,
-                                  size_t stride) {
-  block sum[COUNT] = {};
-  for (size_t k = 0; k < rows; k += block_rows) {
-    const block b = load_block(p + k);
-    for (size_t j = 0; j < COUNT; ++j) add_product(sum[j], b, load_block(columns + j * stride + k));
-  }
-  double f[COUNT];
-  for (size_t j = 0; j < COUNT; ++j) f[j] = (tree_sum(sum[j]) / d) * g;
-  for (size_t k = 0; k < rows; k += block_rows) {
-    const block b = load_block(q + k);
-    for (size_t j = 0; j < COUNT; ++j) {
-      block c = load_block(columns + j * stride + k);
-      add_multiple(c, f[j], b);
-      store_block(columns + j * stride + k, c);
-    }
-  }
-}
-
-// Each of count columns becomes column + ((p . column) / d) g q.
-static void reflect(const double* p, const double* q, size_t rows, double d, double g, double* columns, size_t stride,
-                    size_t count) {
-  size_t j = 0;
-  for (; j + 4 <= count; j += 4) reflect_group<4>(p, q, rows, d, g, columns + j * stride, stride);
-  for (; j < count; ++j) reflect_group<1>(p, q, rows, d, g, columns + j * stride, stride);
-}
-
 static void accumulate_right(decomposition& d) {
   for (size_t i = d.n; i-- > 0;) {
     const size_t l = i + 1;
@@ -365,18 +276,29 @@ static void accumulate_left(decomposition& d) {
   }
 }
 
-// The whole reduction and accumulation of a 3 x 3 matrix, without the heads and tails of blocks. False, with nothing
-// done, where a sum of squares is out of range.
-static bool reduce_3(decomposition& d, const double* a) {
-  double c0[3], c1[3], c2[3];
+TESSARN_INLINE double sum_of_squares_3(const double* c) { return (c[0] * c[0] + c[1] * c[1]) + c[2] * c[2]; }
+
+// The reflections of a 3 x 3 matrix: those of columns 0 and 1 and of row 0. What reflects a single entry changes signs,
+// and does nothing to a zero.
+struct reflections_3 {
+  double c0[3], c1[3];  // of c1 rows 1 and 2
+  double r1, r2;
+  double row_sign, column_sign;
+};
+
+// The bidiagonal form of a 3 x 3 matrix, without heads and tails of blocks. False where a sum of squares is out of
+// range.
+static bool bidiagonalise_3(decomposition& d, const double* a, reflections_3& h) {
+  double c2[3];
   for (size_t k = 0; k < 3; ++k) {
-    c0[k] = a[3 * k];
-    c1[k] = a[3 * k + 1];
+    h.c0[k] = a[3 * k];
+    h.c1[k] = a[3 * k + 1];
     c2[k] = a[3 * k + 2];
   }
-  const auto squares = [](const double* c) { return (c[0] * c[0] + c[1] * c[1]) + c[2] * c[2]; };
-  const double s0 = squares(c0);
-  const double all = (s0 + squares(c1)) + squares(c2);
+  double* c0 = h.c0;
+  double* c1 = h.c1;
+  const double s0 = sum_of_squares_3(c0);
+  const double all = (s0 + sum_of_squares_3(c1)) + sum_of_squares_3(c2);
   if (!(s0 >= smallest_square && all <= largest_square)) return false;
   const reflection p0 = reflect_away(c0[0], s0);
   c0[0] -= p0.g;
@@ -389,12 +311,12 @@ static bool reduce_3(decomposition& d, const double* a) {
   const double s1 = c1[0] * c1[0] + c2[0] * c2[0];
   if (!(s1 >= smallest_square)) return false;
   const reflection p1 = reflect_away(c1[0], s1);
-  const double r1 = c1[0] - p1.g;
-  const double r2 = c2[0];
-  const double q1 = r1 / p1.denominator;
-  const double q2 = r2 / p1.denominator;
+  h.r1 = c1[0] - p1.g;
+  h.r2 = c2[0];
+  const double q1 = h.r1 / p1.denominator;
+  const double q2 = h.r2 / p1.denominator;
   for (size_t k = 1; k < 3; ++k) {
-    const double product = r1 * c1[k] + r2 * c2[k];
+    const double product = h.r1 * c1[k] + h.r2 * c2[k];
     c1[k] += product * q1;
     c2[k] += product * q2;
   }
@@ -405,89 +327,48 @@ static bool reduce_3(decomposition& d, const double* a) {
   const double f3 = (c1[1] * c2[1] + c1[2] * c2[2]) / p2.denominator;
   c2[1] += f3 * c1[1];
   c2[2] += f3 * c1[2];
-  // The reflections of a single entry change signs; that of a zero does nothing.
   const double super = c2[1];
-  const double row_sign = super == 0 ? 1 : -1;
-  const double last = row_sign * c2[2];
-  const double column_sign = last == 0 ? 1 : -1;
+  h.row_sign = super == 0 ? 1 : -1;
+  const double last = h.row_sign * c2[2];
+  h.column_sign = last == 0 ? 1 : -1;
 
   d.w[0] = p0.g;
   d.w[1] = p2.g;
-  d.w[2] = column_sign * last;
+  d.w[2] = h.column_sign * last;
   d.rv1[0] = 0;
   d.rv1[1] = p1.g;
-  d.rv1[2] = row_sign * super;
+  d.rv1[2] = h.row_sign * super;
   for (size_t i = 0; i < 3; ++i) {
     const double sum = magnitude(d.w[i]) + magnitude(d.rv1[i]);
     if (d.norm < sum) d.norm = sum;
   }
-
-  const double v1 = 1 / p1.g;
-  const double v2 = (r2 / r1) / p1.g;
-  const double t = row_sign * r2;
-  double* v = d.v;
-  v[0] = 1;
-  v[d.v_stride + 1] = 1 + r1 * v1;
-  v[d.v_stride + 2] = r1 * v2;
-  v[2 * d.v_stride + 1] = t * v1;
-  v[2 * d.v_stride + 2] = row_sign + t * v2;
-
-  const double g1 = 1 / p2.g;
-  const double t2 = ((c1[2] * column_sign) / c1[1]) * g1;
-  double u1[3] = {0, c1[1] * g1 + 1, c1[2] * g1};
-  double u2[3] = {0, t2 * c1[1], column_sign + t2 * c1[2]};
-  const double g0 = 1 / p0.g;
-  const double t3 = ((c0[1] * u1[1] + c0[2] * u1[2]) / c0[0]) * g0;
-  const double t4 = ((c0[1] * u2[1] + c0[2] * u2[2]) / c0[0]) * g0;
-  for (size_t k = 0; k < block_rows; ++k) {
-    d.u[k] = k < 3 ? c0[k] * g0 : 0;
-    d.u[d.u_stride + k] = k < 3 ? u1[k] + t3 * c0[k] : 0;
-    d.u[2 * d.u_stride + k] = k < 3 ? u2[k] + t4 * c0[k] : 0;
-  }
-  d.u[0] += 1;
   return true;
 }
 
-// The column y and the one that stands distance behind it: (y, z) becomes (y c + z s, z c - y s).
-TESSARN_INLINE void rotate(double* y, size_t distance, double c, double s, size_t rows) {
-  double* z = y + distance;
-  const vec cosine = broadcast(c);
-  const vec sine = broadcast(s);
-  for (size_t k = 0; k < rows; k += block_rows) {
-    const block a = load_block(y + k);
-    const block b = load_block(z + k);
-    for (size_t i = 0; i < block_vectors; ++i) {
-      store(y + k + i * width, a.s[i] * cosine + b.s[i] * sine);
-      store(z + k + i * width, b.s[i] * cosine - a.s[i] * sine);
-    }
-  }
-}
+static void accumulate_3(decomposition& d, const reflections_3& h) {
+  const double v1 = 1 / d.rv1[1];
+  const double v2 = (h.r2 / h.r1) / d.rv1[1];
+  const double t = h.row_sign * h.r2;
+  double* v = d.v;
+  v[0] = 1;
+  v[d.v_stride + 1] = 1 + h.r1 * v1;
+  v[d.v_stride + 2] = h.r1 * v2;
+  v[2 * d.v_stride + 1] = t * v1;
+  v[2 * d.v_stride + 2] = h.row_sign + t * v2;
 
-// VECTORS vectors of rows through a sequence of rotations; the second column of one is the first of the next, so it
-// stays in registers.
-template <size_t VECTORS>
-TESSARN_INLINE void rotate_rows(double* columns, size_t stride, const double* rotations, size_t count) {
-  vec y[VECTORS];
-  for (size_t v = 0; v < VECTORS; ++v) y[v] = load(columns + v * width);
-  for (size_t j = 0; j < count; ++j) {
-    const vec c = broadcast(rotations[2 * j]);
-    const vec s = broadcast(rotations[2 * j + 1]);
-    double* next = columns + stride;
-    for (size_t v = 0; v < VECTORS; ++v) {
-      const vec z = load(next + v * width);
-      store(columns + v * width, y[v] * c + z * s);
-      y[v] = z * c - y[v] * s;
-    }
-    columns = next;
+  const double g1 = 1 / d.w[1];
+  const double t2 = ((h.c1[2] * h.column_sign) / h.c1[1]) * g1;
+  double u1[3] = {0, h.c1[1] * g1 + 1, h.c1[2] * g1};
+  double u2[3] = {0, t2 * h.c1[1], h.column_sign + t2 * h.c1[2]};
+  const double g0 = 1 / d.w[0];
+  const double t3 = ((h.c0[1] * u1[1] + h.c0[2] * u1[2]) / h.c0[0]) * g0;
+  const double t4 = ((h.c0[1] * u2[1] + h.c0[2] * u2[2]) / h.c0[0]) * g0;
+  for (size_t k = 0; k < block_rows; ++k) {
+    d.u[k] = k < 3 ? h.c0[k] * g0 : 0;
+    d.u[d.u_stride + k] = k < 3 ? u1[k] + t3 * h.c0[k] : 0;
+    d.u[2 * d.u_stride + k] = k < 3 ? u2[k] + t4 * h.c0[k] : 0;
   }
-  for (size_t v = 0; v < VECTORS; ++v) store(columns + v * width, y[v]);
-}
-
-// count rotations (c, s) of neighbouring columns, the first and second, the second and third, ...
-static void rotate_columns(double* columns, size_t stride, size_t rows, const double* rotations, size_t count) {
-  size_t k = 0;
-  for (; k + 4 * width <= rows; k += 4 * width) rotate_rows<4>(columns + k, stride, rotations, count);
-  for (; k < rows; k += width) rotate_rows<1>(columns + k, stride, rotations, count);
+  d.u[0] += 1;
 }
 
 // Removes the superdiagonal entry l by rotations, since the diagonal entry before it is negligible.
@@ -678,7 +559,10 @@ static void write(decomposition& d, double* U, double* S, double* V) {
 static void decompose(const double* a, size_t m, size_t n, double* U, double* S, double* V, double* memory) {
   decomposition d;
   set_up(d, m, n, memory);
-  if (m != 3 || n != 3 || !reduce_3(d, a)) {
+  reflections_3 h;
+  if (m == 3 && n == 3 && bidiagonalise_3(d, a, h)) {
+    accumulate_3(d, h);
+  } else {
     const double squares = take(d, a);
     bidiagonalise(d, !(squares >= smallest_square && squares <= largest_square));
     accumulate_right(d);
