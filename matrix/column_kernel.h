@@ -1,105 +1,110 @@
-// Arithmetic on contiguous columns for the decomposition. The order inside its sums is free; the one chosen here
-// holds in every build: eight partial sums, entry k in sum k mod 8, added as a balanced tree. Kernel sources only.
+// Arithmetic on columns for the decomposition: padded with zeros to whole blocks of eight rows. The order inside its
+// sums is free; the one chosen here holds in every build: eight partial sums, row k in sum k mod 8, added as a balanced
+// tree. Kernel sources only.
 #pragma once
 
 #include "core/lanes.h"
 
-namespace tessarn::detail::TESSARN_ISA {
+namespace tessarn::detail::TESSARN_ISA::svd {
 
-static constexpr size_t partial_sums = 8;
-static constexpr size_t sum_vectors = partial_sums / width;
+static constexpr size_t block_rows = 8;
+static constexpr size_t block_vectors = block_rows / width;
 
-// Eight partial sums of products.
-struct partial_dot {
-  vec s[sum_vectors];
+struct block {
+  vec s[block_vectors];
 };
 
-TESSARN_INLINE double tree_sum(const partial_dot& d, const double* rest_a, const double* rest_b, size_t rest) {
-  double s[partial_sums];
-  for (size_t i = 0; i < sum_vectors; ++i) store(s + i * width, d.s[i]);
-  for (size_t i = 0; i < rest; ++i) s[i] += rest_a[i] * rest_b[i];
+TESSARN_INLINE block load_block(const double* p) {
+  block b;
+  for (size_t i = 0; i < block_vectors; ++i) b.s[i] = load(p + i * width);
+  return b;
+}
+TESSARN_INLINE void store_block(double* p, const block& b) {
+  for (size_t i = 0; i < block_vectors; ++i) store(p + i * width, b.s[i]);
+}
+TESSARN_INLINE void add_product(block& sum, const block& a, const block& b) {
+  for (size_t i = 0; i < block_vectors; ++i) sum.s[i] += a.s[i] * b.s[i];
+}
+TESSARN_INLINE void add_multiple(block& sum, double f, const block& b) {
+  const vec factor = broadcast(f);
+  for (size_t i = 0; i < block_vectors; ++i) sum.s[i] += factor * b.s[i];
+}
+// b from row count of the block on, and 0 before; count may be up to the rows of a block.
+TESSARN_INLINE block from_row(const block& b, size_t count) {
+  static const double window[2 * block_rows] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1};
+  const block ones = load_block(window + block_rows - count);
+  block kept;
+  for (size_t i = 0; i < block_vectors; ++i) kept.s[i] = b.s[i] * ones.s[i];
+  return kept;
+}
+
+TESSARN_INLINE double tree_sum(const double* s) {
   return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
 }
-
-// The products of h with COUNT columns side by side.
-template <size_t COUNT>
-TESSARN_INLINE void dots(const double* h, const double* columns, size_t stride, size_t length, double* result) {
-  partial_dot d[COUNT] = {};
-  size_t k = 0;
-  for (; k + partial_sums <= length; k += partial_sums)
-    for (size_t i = 0; i < sum_vectors; ++i) {
-      const vec v = load(h + k + i * width);
-      for (size_t j = 0; j < COUNT; ++j) d[j].s[i] += v * load(columns + j * stride + k + i * width);
-    }
-  for (size_t j = 0; j < COUNT; ++j) result[j] = tree_sum(d[j], h + k, columns + j * stride + k, length - k);
+TESSARN_INLINE double tree_sum(const block& b) {
+  double s[block_rows];
+  store_block(s, b);
+  return tree_sum(s);
 }
 
-static double dot(const double* a, const double* b, size_t n) {
-  double result;
-  dots<1>(a, b, 0, n, &result);
-  return result;
+TESSARN_INLINE double root(double v) {
+#if defined(__GNUC__) || defined(__clang__)
+  return __builtin_sqrt(v);
+#else
+  return sqrt(v);
+#endif
 }
+TESSARN_INLINE double magnitude(double v) { return v < 0 ? -v : v; }
+TESSARN_INLINE double with_sign(double a, double b) { return b >= 0 ? magnitude(a) : -magnitude(a); }
+TESSARN_INLINE double hypotenuse(double a, double b) { return root(a * a + b * b); }
 
-static double sum_of_magnitudes(const double* a, size_t n) {
-  double s[partial_sums] = {};
-  for (size_t k = 0; k < n; ++k) s[k % partial_sums] += a[k] < 0 ? -a[k] : a[k];
-  return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
+TESSARN_INLINE size_t whole_blocks(size_t n) { return (n + block_rows - 1) / block_rows * block_rows; }
+// The distance of two columns: an odd number of blocks for the longer ones, which would else share few cache lines.
+TESSARN_INLINE size_t column_stride(size_t rows) {
+  const size_t n = whole_blocks(rows);
+  return n >= 8 * block_rows && n % (2 * block_rows) == 0 ? n + block_rows : n;
 }
 
 template <size_t COUNT>
-TESSARN_INLINE void reflect_group(const double* h, size_t skip, size_t length, double d, double g, double* columns,
+TESSARN_INLINE void reflect_group(const double* p, const double* q, size_t rows, double d, double g, double* columns,
                                   size_t stride) {
+  block sum[COUNT] = {};
+  for (size_t k = 0; k < rows; k += block_rows) {
+    const block b = load_block(p + k);
+    for (size_t j = 0; j < COUNT; ++j) add_product(sum[j], b, load_block(columns + j * stride + k));
+  }
   double f[COUNT];
-  dots<COUNT>(h + skip, columns + skip, stride, length - skip, f);
-  for (size_t j = 0; j < COUNT; ++j) f[j] = (f[j] / d) * g;
-  size_t k = 0;
-  for (; k + width <= length; k += width) {
-    const vec v = load(h + k);
+  for (size_t j = 0; j < COUNT; ++j) f[j] = (tree_sum(sum[j]) / d) * g;
+  for (size_t k = 0; k < rows; k += block_rows) {
+    const block b = load_block(q + k);
     for (size_t j = 0; j < COUNT; ++j) {
-      double* entry = columns + j * stride + k;
-      store(entry, load(entry) + broadcast(f[j]) * v);
+      block c = load_block(columns + j * stride + k);
+      add_multiple(c, f[j], b);
+      store_block(columns + j * stride + k, c);
     }
   }
-  for (; k < length; ++k)
-    for (size_t j = 0; j < COUNT; ++j) columns[j * stride + k] += f[j] * h[k];
 }
 
-// Each of count columns becomes column + ((h . column) / d) g h, the product without the first skip entries.
-static void reflect(const double* h, size_t skip, size_t length, double d, double g, double* columns, size_t stride,
+// Each of count columns becomes column + ((p . column) / d) g q.
+static void reflect(const double* p, const double* q, size_t rows, double d, double g, double* columns, size_t stride,
                     size_t count) {
   size_t j = 0;
-  for (; j + 4 <= count; j += 4) reflect_group<4>(h, skip, length, d, g, columns + j * stride, stride);
-  for (; j < count; ++j) reflect_group<1>(h, skip, length, d, g, columns + j * stride, stride);
+  for (; j + 4 <= count; j += 4) reflect_group<4>(p, q, rows, d, g, columns + j * stride, stride);
+  for (; j < count; ++j) reflect_group<1>(p, q, rows, d, g, columns + j * stride, stride);
 }
 
-// sum = sum of f[j] column j over count columns ascending, for n rows.
-static void combine(const double* f, const double* columns, size_t stride, size_t count, double* sum, size_t n) {
-  size_t k = 0;
-  for (; k + 2 * width <= n; k += 2 * width) {
-    vec first = {}, second = {};
-    for (size_t j = 0; j < count; ++j) {
-      const vec factor = broadcast(f[j]);
-      first += factor * load(columns + j * stride + k);
-      second += factor * load(columns + j * stride + k + width);
+// The column y and the one that stands distance behind it: (y, z) becomes (y c + z s, z c - y s).
+TESSARN_INLINE void rotate(double* y, size_t distance, double c, double s, size_t rows) {
+  double* z = y + distance;
+  const vec cosine = broadcast(c);
+  const vec sine = broadcast(s);
+  for (size_t k = 0; k < rows; k += block_rows) {
+    const block a = load_block(y + k);
+    const block b = load_block(z + k);
+    for (size_t i = 0; i < block_vectors; ++i) {
+      store(y + k + i * width, a.s[i] * cosine + b.s[i] * sine);
+      store(z + k + i * width, b.s[i] * cosine - a.s[i] * sine);
     }
-    store(sum + k, first);
-    store(sum + k + width, second);
-  }
-  for (; k < n; ++k) {
-    double s = 0;
-    for (size_t j = 0; j < count; ++j) s += f[j] * columns[j * stride + k];
-    sum[k] = s;
-  }
-}
-
-// Column j += f[j] h for count columns of n rows.
-static void add_outer(const double* f, const double* h, double* columns, size_t stride, size_t count, size_t n) {
-  for (size_t j = 0; j < count; ++j) {
-    double* column = columns + j * stride;
-    const vec factor = broadcast(f[j]);
-    size_t k = 0;
-    for (; k + width <= n; k += width) store(column + k, load(column + k) + factor * load(h + k));
-    for (; k < n; ++k) column[k] += f[j] * h[k];
   }
 }
 
@@ -123,24 +128,11 @@ TESSARN_INLINE void rotate_rows(double* columns, size_t stride, const double* ro
   for (size_t v = 0; v < VECTORS; ++v) store(columns + v * width, y[v]);
 }
 
-// count rotations (c, s) of neighbouring columns, the first and second, the second and third, ...: (y, z) becomes
-// (y c + z s, z c - y s) in each of n rows.
-static void rotate_columns(double* columns, size_t stride, size_t n, const double* rotations, size_t count) {
+// count rotations (c, s) of neighbouring columns, the first and second, the second and third, ...
+static void rotate_columns(double* columns, size_t stride, size_t rows, const double* rotations, size_t count) {
   size_t k = 0;
-  for (; k + 4 * width <= n; k += 4 * width) rotate_rows<4>(columns + k, stride, rotations, count);
-  for (; k + width <= n; k += width) rotate_rows<1>(columns + k, stride, rotations, count);
-  for (; k < n; ++k) {
-    double* entry = columns + k;
-    double y = *entry;
-    for (size_t j = 0; j < count; ++j, entry += stride) {
-      const double c = rotations[2 * j];
-      const double s = rotations[2 * j + 1];
-      const double z = entry[stride];
-      *entry = y * c + z * s;
-      y = z * c - y * s;
-    }
-    *entry = y;
-  }
+  for (; k + 4 * width <= rows; k += 4 * width) rotate_rows<4>(columns + k, stride, rotations, count);
+  for (; k < rows; k += width) rotate_rows<1>(columns + k, stride, rotations, count);
 }
 
-}  // namespace tessarn::detail::TESSARN_ISA
+}  // namespace tessarn::detail::TESSARN_ISA::svd

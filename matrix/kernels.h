@@ -50,17 +50,11 @@ struct matrix_kernels {
   size_t (*normal_stride)(size_t n);
   size_t (*normal_workspace)(size_t n);
 
-  // Sums of the decomposition, in eight partial sums.
-  double (*dot)(const double* a, const double* b, size_t n);
-  double (*sum_of_magnitudes)(const double* a, size_t n);
-  // Each of count columns becomes column + ((h . column) / d) g h, the product without the first skip entries.
-  void (*reflect)(const double* h, size_t skip, size_t length, double d, double g, double* columns, size_t stride,
-                  size_t count);
-  // sum = sum of f[j] column j ascending; and column j += f[j] h.
-  void (*combine)(const double* f, const double* columns, size_t stride, size_t count, double* sum, size_t n);
-  void (*add_outer)(const double* f, const double* h, double* columns, size_t stride, size_t count, size_t n);
-  // Rotations (c, s) of neighbouring columns one after the other.
-  void (*rotate_columns)(double* columns, size_t stride, size_t n, const double* rotations, size_t count);
+  // a = U S V', the singular value decomposition of a row-major m x n matrix: U m x n, V n x n, and the singular
+  // values descending on the diagonal of the n x n matrix S, of which nothing else is written. workspace holds
+  // decompose_workspace(m, n) doubles.
+  void (*decompose)(const double* a, size_t m, size_t n, double* U, double* S, double* V, double* workspace);
+  size_t (*decompose_workspace)(size_t m, size_t n);
 
   // The passes of point-set matching over n points whose coordinates stand one after the other at a, a + 4, ...,
   // each sum ascending from +0.0 and without the NaN rule. sums[0..2] and [3..5]: the coordinate sums of a and b.
@@ -69,9 +63,6 @@ struct matrix_kernels {
   void (*sum_products)(const double* a, const double* b, size_t n, const double* ca, const double* cb, double* h);
   // t[r] = sum of b_r - (((0 + R[r][0] a_0) + R[r][1] a_1) + R[r][2] a_2).
   void (*sum_residuals)(const double* a, const double* b, size_t n, const double* R, double* t);
-
-  // (y, z) = (y c + z s, z c - y s), for n entries.
-  void (*rotate)(double* y, double* z, double c, double s, size_t n);
 };
 
 namespace baseline {

@@ -5,6 +5,7 @@
 #include "core/access.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "matrix/decompose.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels.h"
 #include "tessarn/vectors.h"
@@ -26,6 +27,10 @@ struct point {
   real c[3];
 };
 
+struct matrix_3 {
+  real entries[9];  // row by row
+};
+
 // The coordinates of a point under the quiet-NaN rule.
 point coordinates(const vector3d& v) {
   return {{without_quiet_nan(v.x), without_quiet_nan(v.y), without_quiet_nan(v.z)}};
@@ -43,38 +48,36 @@ point centroid(const vector3d* points, tessarn::ulong n) {
 }
 
 // H[r][c] = sum of (b - cb)_r (a - ca)_c over the pairs in order, the rule applied to every step, divided by n.
-real_mat cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n) {
+matrix_3 cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n) {
   const point ca = centroid(a, n);
   const point cb = centroid(b, n);
-  real_mat h;
-  h.create(3, 3);
-  std::fill_n(h.getData(), 9, static_cast<real>(0));
+  matrix_3 h{};
   for (tessarn::ulong i = 0; i < n; ++i) {
     const point pa = coordinates(a[i]);
     const point pb = coordinates(b[i]);
     for (int r = 0; r < 3; ++r)
       for (int c = 0; c < 3; ++c) {
-        real& entry = h.getData()[3 * r + c];
+        real& entry = h.entries[3 * r + c];
         entry = computed(entry + computed(computed(pb.c[r] - cb.c[r]) * computed(pa.c[c] - ca.c[c])));
       }
   }
-  return h / static_cast<real>(n);
+  for (real& entry : h.entries) entry = computed(entry / static_cast<real>(n));
+  return h;
 }
 
 // The same in lanes. The kernels leave the NaN rule out; a NaN stays in the sums that it enters, so sums without NaN
 // are the sums under the rule.
-bool cross_covariance_without_nan(const vector3d* a, const vector3d* b, tessarn::ulong n, real_mat& h) {
+bool cross_covariance_without_nan(const vector3d* a, const vector3d* b, tessarn::ulong n, matrix_3& h) {
   const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
   double sums[6], products[9];
   kernels.sum_points(as_doubles(&a->x), as_doubles(&b->x), n, sums);
   const double r = 1 / static_cast<double>(n);
   for (double& s : sums) s *= r;
   kernels.sum_products(as_doubles(&a->x), as_doubles(&b->x), n, sums, sums + 3, products);
-  h.create(3, 3);
   bool defined = true;
   for (int k = 0; k < 9; ++k) {
     defined &= products[k] == products[k];
-    h.getData()[k] = products[k] / static_cast<double>(n);
+    h.entries[k] = products[k] / static_cast<double>(n);
   }
   return defined;
 }
@@ -83,60 +86,70 @@ bool is_rotation_or_reflection(real determinant) {
   return !(std::fabs(std::fabs(determinant) - 1) > determinant_tolerance);
 }
 
+// V U', each entry the sum over k ascending from +0.0, under the NaN rule.
+matrix_3 times_transposed(const matrix_3& v, const matrix_3& u) {
+  matrix_3 product;
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c) {
+      real sum = 0;
+      for (int k = 0; k < 3; ++k) sum += v.entries[3 * r + k] * u.entries[3 * c + k];
+      product.entries[3 * r + c] = computed(sum);
+    }
+  return product;
+}
+
 // V U' as a rotation, with the third column of V negated when it comes out as a reflection; false when the
 // determinant is not near 1 in magnitude.
-bool rotation_from(const real_mat& h, real_mat& rotation) {
-  real_mat u, s, v, ut;
-  h.decompose(u, s, v);
-  u.transpose(ut);
-  rotation = v * ut;
-  const real determinant = tessarn::detail::determinant(rotation.getData(), 3);
+bool rotation_from(const matrix_3& h, matrix_3& rotation) {
+  matrix_3 u, s, v;
+  tessarn::detail::decompose(h.entries, 3, 3, u.entries, s.entries, v.entries);
+  rotation = times_transposed(v, u);
+  const real determinant = tessarn::detail::determinant(rotation.entries, 3);
   if (!is_rotation_or_reflection(determinant)) return false;
   if (determinant >= 0) return true;
-  for (tessarn::ulong r = 0; r < 3; ++r) v.set(2, r, -v.get(2, r));
-  rotation = v * ut;
-  return is_rotation_or_reflection(tessarn::detail::determinant(rotation.getData(), 3));
+  for (int r = 0; r < 3; ++r) v.entries[3 * r + 2] = without_quiet_nan(-v.entries[3 * r + 2]);
+  rotation = times_transposed(v, u);
+  return is_rotation_or_reflection(tessarn::detail::determinant(rotation.entries, 3));
 }
 
 // The mean of b - R a, summed in order; in lanes, and under the NaN rule where these meet a NaN.
-real_mat translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, const real_mat& rotation) {
-  real_mat sum;
-  sum.create(1, 3);
-  const real* R = rotation.getData();
-  double lanes[3];
-  tessarn::detail::matrix().sum_residuals(as_doubles(&a->x), as_doubles(&b->x), n, as_doubles(R), lanes);
-  std::copy_n(lanes, 3, sum.getData());
-  if (lanes[0] == lanes[0] && lanes[1] == lanes[1] && lanes[2] == lanes[2]) return sum / static_cast<real>(n);
-  std::fill_n(sum.getData(), 3, static_cast<real>(0));
-  for (tessarn::ulong i = 0; i < n; ++i) {
-    const point pa = coordinates(a[i]);
-    const point pb = coordinates(b[i]);
-    for (int r = 0; r < 3; ++r) {
-      real turned = 0;
-      for (int k = 0; k < 3; ++k) turned += R[3 * r + k] * pa.c[k];
-      real& entry = sum.getData()[r];
-      entry = computed(entry + computed(pb.c[r] - turned));
+point translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, const matrix_3& rotation) {
+  const real* R = rotation.entries;
+  point sum;
+  tessarn::detail::matrix().sum_residuals(as_doubles(&a->x), as_doubles(&b->x), n, as_doubles(R), as_doubles(sum.c));
+  if (!(sum.c[0] == sum.c[0] && sum.c[1] == sum.c[1] && sum.c[2] == sum.c[2])) {
+    sum = point{};
+    for (tessarn::ulong i = 0; i < n; ++i) {
+      const point pa = coordinates(a[i]);
+      const point pb = coordinates(b[i]);
+      for (int r = 0; r < 3; ++r) {
+        real turned = 0;
+        for (int k = 0; k < 3; ++k) turned += R[3 * r + k] * pa.c[k];
+        sum.c[r] = computed(sum.c[r] + computed(pb.c[r] - turned));
+      }
     }
   }
-  return sum / static_cast<real>(n);
+  for (real& c : sum.c) c = computed(c / static_cast<real>(n));
+  return sum;
 }
 
 }  // namespace
 
 bool real_sqmat::calc_match(vector3d* a, vector3d* b, tessarn::ulong n) {
   if (a == nullptr || b == nullptr || n < 3) return false;
-  real_mat covariance, rotation;
+  matrix_3 covariance, rotation;
   if (!cross_covariance_without_nan(a, b, n, covariance)) covariance = cross_covariance(a, b, n);
   if (!rotation_from(covariance, rotation)) return false;
-  const real_mat translation = translation_of(a, b, n, rotation);
+  const point translation = translation_of(a, b, n, rotation);
   sqmat matched;
   matched.create(4);
-  for (tessarn::ulong r = 0; r < 3; ++r) {
-    for (tessarn::ulong c = 0; c < 3; ++c) matched.set(c, r, rotation.get(c, r));
-    matched.set(3, r, translation.get(0, r));
-    matched.set(r, 3, 0);
+  std::fill_n(matched.data, 16, static_cast<real>(0));
+  for (int r = 0; r < 3; ++r) {
+    real* row = matched.data + 4 * r;
+    for (int c = 0; c < 3; ++c) row[c] = rotation.entries[3 * r + c];
+    row[3] = translation.c[r];
   }
-  matched.set(3, 3, 1);
+  matched.data[15] = 1;
   *this = static_cast<sqmat&&>(matched);
   return true;
 }

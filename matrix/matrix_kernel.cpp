@@ -1,7 +1,7 @@
 // The kernels of the matrix family; compiled once for each instruction set.
 #include "matrix/adjugate_kernel.h"
-#include "matrix/column_kernel.h"
 #include "matrix/complex_kernel.h"
+#include "matrix/decompose_kernel.h"
 #include "matrix/elimination_kernel.h"
 #include "matrix/kernels.h"
 #include "matrix/lu_kernel.h"
@@ -29,31 +29,12 @@ void multiply(const double* a, const double* b, double* c, size_t rows, size_t i
     multiply_packed<add_products>(a, inner, b, columns, c, columns, rows, inner, columns, true, true, workspace);
 }
 
-void rotate(double* y, double* z, double c, double s, size_t n) {
-  const vec cosine = broadcast(c);
-  const vec sine = broadcast(s);
-  size_t k = 0;
-  for (; k + width <= n; k += width) {
-    const vec u = load(y + k);
-    const vec v = load(z + k);
-    store(y + k, u * cosine + v * sine);
-    store(z + k, v * cosine - u * sine);
-  }
-  for (; k < n; ++k) {
-    const double u = y[k];
-    const double v = z[k];
-    y[k] = u * c + v * s;
-    z[k] = v * c - u * s;
-  }
-}
-
 }  // namespace
 
 const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, lu_stride, lu_workspace,
                                      eliminate, elimination_workspace, adjugate, adjugate_workspace,
                                      complex_multiply, complex_workspace, complex_eliminate,
                                      normal_equations, normal_stride, normal_workspace,
-                                     dot, sum_of_magnitudes, reflect, combine, add_outer, rotate_columns,
-                                     sum_points, sum_products, sum_residuals, rotate};
+                                     svd::decompose, svd::workspace, sum_points, sum_products, sum_residuals};
 
 }  // namespace tessarn::detail::TESSARN_ISA

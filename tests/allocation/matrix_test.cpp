@@ -163,6 +163,13 @@ TEST(MatrixAllocation, FailuresAreReallyProvoked) {
                           w.a.decompose(w.dst, w.b, v);
                         }),
             3);
+  // Beyond some size the workspace is allocated too.
+  EXPECT_GE(failures_of("decompose", 40,
+                        [](world& w) {
+                          real_matrix v;
+                          w.a.decompose(w.dst, w.b, v);
+                        }),
+            4);
 }
 
 TEST(MatrixAllocation, Matching) {

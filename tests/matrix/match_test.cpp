@@ -317,6 +317,28 @@ TEST(CalcMatch, AgreesWithThePlainForm) {
   }
 }
 
+TEST(CalcMatch, EveryBuildGivesTheSameBits) {
+  random_source random(155);
+  for (u32 k = 0; k < 200; ++k) {
+    points a = random_points(3 + random.below(30), random);
+    if (k % 3 == 0)
+      for (auto& p : a) p.z = 2.0;
+    points b = moved(a, random_rotation(random), {1, -1, 2});
+    if (k % 4 == 0) b[random.below(3)].y = random.hostile();
+    real_square want;
+    const bool found = [&] {
+      const chosen_build build(isa::baseline);
+      return calc_match(want, a, b);
+    }();
+    for (isa set : {isa::avx2, isa::avx512}) {
+      const chosen_build build(set);
+      real_square m;
+      ASSERT_EQ(calc_match(m, a, b), found);
+      for (u32 e = 0; found && e < 16; ++e) ASSERT_BITS(m.getData()[e], want.getData()[e]);
+    }
+  }
+}
+
 TEST(CalcMatch, HostilePointsEnd) {
   random_source random(149);
   for (u32 k = 0; k < 500; ++k) {

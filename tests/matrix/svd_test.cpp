@@ -239,6 +239,7 @@ TEST_EVERY_BUILD(Decompose, VeryTallAndVeryWide) {
   random_source random(104);
   expect_valid(random_matrix(3, 2000, random, entries::ordinary), "tall");
   expect_valid(random_matrix(200, 3, random, entries::ordinary), "wide");
+  expect_valid(random_matrix(520, 6, random, entries::ordinary), "wide");
 }
 
 TEST(Decompose, RankDeficientMatrices) {
@@ -328,6 +329,79 @@ TEST(Decompose, SingularValuesAgreeWithThePlainForm) {
     const parts got = decomposed(a);
     for (u32 i = 0; i < a.width; ++i) {
       ASSERT_NEAR(got.s.get(i, i), want.s.get(i, i), 1e-13 * want.s.get(0, 0));
+    }
+  }
+}
+
+// The columns of U and V where the singular values lie apart. A rounding can take or save a sweep, and with it the
+// signs of a pair.
+TEST_EVERY_BUILD(Decompose, VectorsAgreeWithThePlainForm) {
+  random_source random(115);
+  u32 compared = 0;
+  for (u32 k = 0; k < 600; ++k) {
+    const u32 w = k % 4 == 0 ? 3 : 1 + random.below(12);
+    const u32 h = k % 4 == 0 ? 3 : w + random.below(k % 3 == 0 ? 60 : 5);
+    const plain::matrix a = random_matrix(w, h, random, entries::ordinary);
+    const plain::decomposition want = plain::decompose(a);
+    double gap = want.s.get(w - 1, w - 1);
+    for (u32 i = 1; i < w; ++i)
+      gap = std::min(gap, want.s.get(i - 1, i - 1) - want.s.get(i, i));
+    if (gap < 1e-3 * want.s.get(0, 0)) continue;
+    ++compared;
+    const parts got = decomposed(a);
+    for (u32 x = 0; x < w; ++x) {
+      double along = 0.0;
+      for (u32 y = 0; y < w; ++y) along += got.v.get(x, y) * want.v.get(x, y);
+      const double sign = along < 0.0 ? -1.0 : 1.0;
+      for (u32 y = 0; y < h; ++y) ASSERT_NEAR(got.u.get(x, y), sign * want.u.get(x, y), 1e-10) << w << " x " << h;
+      for (u32 y = 0; y < w; ++y) ASSERT_NEAR(got.v.get(x, y), sign * want.v.get(x, y), 1e-10) << w << " x " << h;
+    }
+  }
+  EXPECT_GT(compared, 300u);
+}
+
+// Zeros and equal values in every place of the smallest sizes.
+TEST_EVERY_BUILD(Decompose, SmallMatricesOfSmallIntegers) {
+  for (u32 n : {2u, 3u}) {
+    const u32 count = n == 2 ? 81 : 19683;
+    for (u32 code = 0; code < count; code += n == 2 ? 1 : 7) {
+      plain::matrix a(n, n);
+      u32 rest = code;
+      for (double& v : a.data) {
+        v = static_cast<double>(rest % 3) - 1.0;
+        rest /= 3;
+      }
+      expect_valid(a, "of -1, 0 and 1");
+      const plain::decomposition want = plain::decompose(a);
+      const parts got = decomposed(a);
+      for (u32 i = 0; i < n; ++i) ASSERT_NEAR(got.s.get(i, i), want.s.get(i, i), 1e-14) << code;
+    }
+  }
+}
+
+// Columns and rows whose squares vanish or overflow, between ordinary ones.
+TEST_EVERY_BUILD(Decompose, TinyAndHugeColumnsAndRows) {
+  random_source random(116);
+  for (double odd : {0.0, 1e-99, 1e-120, 1e-170, 1e-300}) {
+    for (u32 n : {2u, 3u, 4u, 9u}) {
+      for (u32 h : {n, n + 1, 3 * n}) {
+        for (u32 at = 0; at < n; ++at) {
+          plain::matrix by_column = random_matrix(n, h, random, entries::ordinary);
+          plain::matrix by_row = by_column;
+          for (u32 y = 0; y < h; ++y) by_column.put(at, y, by_column.get(at, y) * odd);
+          for (u32 x = 0; x < n; ++x) by_row.put(x, at, by_row.get(x, at) * odd);
+          expect_valid(by_column, "with a tiny column");
+          expect_valid(by_row, "with a tiny row");
+        }
+      }
+    }
+  }
+  // Householder's squares would overflow; those of the sweeps, of the bidiagonal form, do not.
+  for (double scale : {1e152, 1e-145}) {
+    for (u32 h : {3u, 7u, 40u}) {
+      plain::matrix a = random_matrix(3, h, random, entries::ordinary);
+      for (double& v : a.data) v *= scale;
+      expect_valid(a, "huge or tiny");
     }
   }
 }
@@ -428,9 +502,14 @@ TEST(Decompose, RepeatsItsBits) {
 
 TEST(Decompose, EveryBuildGivesTheSameBits) {
   random_source random(114);
-  for (u32 k = 0; k < 60; ++k) {
-    const plain::matrix a = random_matrix(1 + random.below(k < 50 ? 20 : 90), 1 + random.below(90),
-                                          random, k % 2 ? entries::ordinary : entries::sparse);
+  const entries kinds[] = {entries::ordinary, entries::sparse, entries::hostile, entries::with_nan, entries::finite};
+  std::vector<plain::matrix> all;
+  for (u32 k = 0; k < 150; ++k)
+    all.push_back(random_matrix(1 + random.below(k < 130 ? 20 : 90), 1 + random.below(90), random, kinds[k % 5]));
+  for (u32 k = 0; k < 50; ++k) all.push_back(random_matrix(3, 3, random, kinds[k % 5]));
+  all.push_back(random_matrix(3, 1000, random, entries::ordinary));
+  all.push_back(random_matrix(520, 9, random, entries::ordinary));
+  for (const plain::matrix& a : all) {
     const parts want = [&] {
       const chosen_build build(isa::baseline);
       return decomposed(a);
