@@ -21,6 +21,8 @@ struct decomposition {
   size_t m, n;                // rows and columns
   size_t u_stride, v_stride;  // of the columns
   bool tall;                  // the left rotations are collected in a matrix of their own
+  bool written;               // everything in the order of the published algorithm, so that the signs of pairs of columns,
+                              // which a sweep more or less would change, are its signs too
   double* u;                  // the columns of U
   double* v;                  // and of V
   double* x;                  // what the left rotations work on: u, or for tall matrices n columns like those of V
@@ -53,6 +55,7 @@ static void set_up(decomposition& d, size_t m, size_t n, double* memory) {
   d.u_stride = column_stride(m);
   d.v_stride = column_stride(n);
   d.tall = is_tall(m, n);
+  d.written = n <= 4;
   d.u = memory + (block_rows - misaligned);
   d.v = d.u + n * d.u_stride;
   d.x = d.tall ? d.v + n * d.v_stride : d.u;
@@ -415,11 +418,11 @@ static void sweep(decomposition& d, size_t l, size_t k) {
     g = c * g;
     double length = hypotenuse(f, h);
     d.rv1[j] = length;
-    // The numerators do not wait for the root: one product and one sum less in the chain.
-    const double next_f = (x * f + g * h) / length;
-    const double next_g = (g * f - x * h) / length;
     c = f / length;
     s = h / length;
+    // Where the order is free the numerators do not wait for the root: one product and one sum less in the chain.
+    const double next_f = d.written ? x * c + g * s : (x * f + g * h) / length;
+    const double next_g = d.written ? g * c - x * s : (g * f - x * h) / length;
     if (DIRECT && j > l) rotate(d.v + (j - 1) * d.v_stride, d.v_stride, right[0], right[1], v_rows);
     right[0] = c;
     right[1] = s;
@@ -429,13 +432,17 @@ static void sweep(decomposition& d, size_t l, size_t k) {
     y = y * c;
     length = hypotenuse(f, h);
     d.w[j] = length;
-    if (length != 0) {
+    if (length != 0 && !d.written) {
       const double rotated = (f * g + h * y) / length;
       x = (f * y - h * g) / length;
       c = f / length;
       s = h / length;
       f = rotated;
     } else {
+      if (length != 0) {
+        c = f / length;
+        s = h / length;
+      }
       f = c * g + s * y;
       x = c * y - s * g;
     }
@@ -564,7 +571,7 @@ static void decompose(const double* a, size_t m, size_t n, double* U, double* S,
     accumulate_3(d, h);
   } else {
     const double squares = take(d, a);
-    bidiagonalise(d, !(squares >= smallest_square && squares <= largest_square));
+    bidiagonalise(d, n <= 2 || !(squares >= smallest_square && squares <= largest_square));
     accumulate_right(d);
     accumulate_left(d);
   }
