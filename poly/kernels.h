@@ -14,11 +14,17 @@ inline constexpr size_t point_block = 64;
 inline constexpr size_t partial_sums = 8;
 
 struct poly_kernels {
-  // True when every magnitude of a block is at least low and below high.
+  // The coordinates of a block of plane points, each three doubles of which x and y are the last two. False where an x is
+  // the marker or a NaN.
+  bool (*unpack_plane)(const double* points, double marker, double* x, double* y);
+  // Of space points, each four doubles.
+  void (*unpack_space)(const double* points, double* x, double* y, double* z);
+
+  // True when every magnitude of a block is 0, or at least low and below high.
   bool (*in_range)(const double* x, double low, double high);
 
-  // powers[e * point_block + i] = x[i]^e, correctly rounded, for e below exponents and a whole block of abscissas, for
-  // which the chain of powers must be safe (core/power.h).
+  // powers[e * point_block + i] = x[i]^e, correctly rounded, for e below exponents and a whole block of abscissas, each
+  // 0 or such that the chain of powers is safe (core/power.h). A power of 0 is a zero of either sign.
   void (*powers)(const double* x, unsigned exponents, double* powers);
 
   // Adds a block to sums in partial_sums lanes each, point i of the block to lane i mod partial_sums: to sum e the powers
@@ -26,7 +32,13 @@ struct poly_kernels {
   // not full, powers and y are 0 from the end on.
   void (*add_powers)(const double* powers, const double* y, unsigned exponents, unsigned ordinates, double* sums);
 
-  // The same for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
+  // The same in one pass from the abscissas, with powers that are rounded with a margin: to = from + ..., but for the sum
+  // 0, which counts the points. False where the margin does not do, or for many exponents; to is then of no use. Where
+  // the block is not full, x and y are 0 from the end on.
+  bool (*add_quick_powers)(const double* x, const double* y, unsigned exponents, unsigned ordinates, const double* from,
+                           double* to);
+
+  // As add_powers for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
   // (py[j] px[i]) z to moment g j + i, for i and j below g. w may be null; px is 0 from the end of the block on.
   void (*add_products)(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
                        double* moments);
