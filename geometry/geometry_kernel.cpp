@@ -25,14 +25,24 @@ TESSARN_INLINE vec height(const candidates& c, size_t g, const point_arrays& poi
   return (c.y[g] * broadcast(points.y[i]) + c.x[g] * broadcast(points.x[i])) + c.z[g] * broadcast(points.z[i]);
 }
 
-void residuals(const point_arrays& points, const double* x, const double* y, const double* z, double* mean,
-               double* cost) {
-  const candidates c = load_candidates(x, y, z);
+TESSARN_INLINE void make_offsets(const candidates& c, const point_arrays& points, vec* offset) {
   vec sum[groups] = {};
   for (size_t i = 0; i < points.n; ++i)
     for (size_t g = 0; g < groups; ++g) sum[g] += height(c, g, points, i);
-  vec offset[groups];
   for (size_t g = 0; g < groups; ++g) offset[g] = sum[g] / broadcast((double)points.n);
+}
+
+void means(const point_arrays& points, const double* x, const double* y, const double* z, double* mean) {
+  vec offset[groups];
+  make_offsets(load_candidates(x, y, z), points, offset);
+  for (size_t g = 0; g < groups; ++g) store(mean + g * width, offset[g]);
+}
+
+void residuals(const point_arrays& points, const double* x, const double* y, const double* z, double* mean,
+               double* cost) {
+  const candidates c = load_candidates(x, y, z);
+  vec offset[groups];
+  make_offsets(c, points, offset);
   vec squares[groups] = {};
   for (size_t i = 0; i < points.n; ++i)
     for (size_t g = 0; g < groups; ++g) {
@@ -120,25 +130,74 @@ void moments(const point_arrays& points, const double* reference, moment_sums* r
   result->square = total[9].high + total[9].low;
 }
 
-TESSARN_INLINE vec distance(const point_arrays& points, size_t i, const double* a) {
+TESSARN_INLINE vec squared_distance(const point_arrays& points, size_t i, const double* a) {
   const vec x = load(points.x + i) - broadcast(a[0]);
   const vec y = load(points.y + i) - broadcast(a[1]);
   const vec z = load(points.z + i) - broadcast(a[2]);
-  return square_root((x * x + y * y) + z * z);
+  return (x * x + y * y) + z * z;
 }
 
-void distances(const point_arrays& points, size_t first, size_t count, const double* a, double* value) {
-  for (size_t i = 0; i < count; i += width) store(value + i, distance(points, first + i, a));
+// Distances are compared, but most points are excluded by squares: a sum of squares that is not above the result has no
+// larger distance, or sum of the two distances, than least, since sqrt(p) + sqrt(q) <= sqrt(2 (p + q)). -1, which
+// excludes none, where the square of least is not accurate.
+TESSARN_INLINE double exclusion_limit(double least, double factor) {
+  return least > 1e-140 && least < 1e140 ? least * least * (factor * (1 - 1e-13)) : -1;
 }
 
-void distance_sums(const point_arrays& points, size_t first, size_t count, const double* a, const double* b,
-                   double* value) {
-  for (size_t i = 0; i < count; i += width)
-    store(value + i, distance(points, first + i, a) + distance(points, first + i, b));
+constexpr size_t search_vectors = 4;
+constexpr size_t search_points = search_vectors * width;
+
+template <bool TWO>
+TESSARN_INLINE size_t farthest_point(const point_arrays& points, const double* a, const double* b, double least) {
+  constexpr double factor = TWO ? 0.5 : 1;
+  double limit = exclusion_limit(least, factor);
+  size_t found = points.n;
+  for (size_t i = 0; i < points.n; i += search_points) {
+    vec from_a[search_vectors], from_b[search_vectors];
+    mask inside = {};
+    for (size_t v = 0; v < search_vectors; ++v) {
+      from_a[v] = squared_distance(points, i + v * width, a);
+      from_b[v] = TWO ? squared_distance(points, i + v * width, b) : vec{};
+      inside |= (TWO ? from_a[v] + from_b[v] : from_a[v]) > broadcast(limit);
+    }
+    if (none(inside)) continue;
+    double value[search_points];
+    for (size_t v = 0; v < search_vectors; ++v)
+      store(value + v * width, TWO ? square_root(from_a[v]) + square_root(from_b[v]) : square_root(from_a[v]));
+    for (size_t k = 0; k < search_points && i + k < points.n; ++k) {
+      if (!(value[k] > least)) continue;
+      least = value[k];
+      found = i + k;
+    }
+    limit = exclusion_limit(least, factor);
+  }
+  return found;
+}
+
+size_t farthest(const point_arrays& points, const double* a, double least) {
+  return farthest_point<false>(points, a, a, least);
+}
+
+size_t farthest_from_two(const point_arrays& points, const double* a, const double* b, double least) {
+  return farthest_point<true>(points, a, b, least);
+}
+
+void unpack(const double* points, size_t n, double* to, size_t stride) {
+  size_t i = 0;
+  for (; i + width <= n; i += width) {
+    vec x, y, z;
+    load_space_points(points + 4 * i, x, y, z);
+    store(to + i, x);
+    store(to + stride + i, y);
+    store(to + 2 * stride + i, z);
+  }
+  for (; i < n; ++i)
+    for (size_t k = 0; k < 3; ++k) to[k * stride + i] = points[4 * i + k + 1];
 }
 
 }  // namespace
 
-const geometry_kernels geometry_table = {residuals, add_sines, add_cosines, moments, distances, distance_sums};
+const geometry_kernels geometry_table = {means,    residuals,         add_sines, add_cosines, moments,
+                                         farthest, farthest_from_two, unpack};
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -43,10 +43,7 @@ class plane_search {
   // cost is exactly 0. Where no cell has a finite cost the normal stays as it is.
   bool run(double step);
   vector3d normal() const { return {current_.x, current_.y, current_.z}; }
-  real offset() {
-    evaluate_one(current_);
-    return current_.offset;
-  }
+  real offset() const;
 
  private:
   cell made(double x, double y) const;
@@ -66,6 +63,15 @@ class plane_search {
   const tessarn::detail::residual_bounds bounds_;
   cell current_;
 };
+
+// The sums of squares are not needed for it.
+real plane_search::offset() const {
+  if (current_.evaluated) return current_.offset;
+  double x[candidate_lanes] = {current_.x}, y[candidate_lanes] = {current_.y}, z[candidate_lanes] = {current_.z};
+  double mean[candidate_lanes];
+  tessarn::detail::geometry().means(points_.arrays(), x, y, z, mean);
+  return mean[0];
+}
 
 cell plane_search::made(double x, double y) const {
   cell c;

@@ -153,19 +153,21 @@ TESSARN_INLINE void add_product_rows(const double* px, const double* y, const do
     }
 }
 
+template <bool WEIGHTED, bool MOMENTS, size_t ROWS>
+TESSARN_INLINE void add_at_most(size_t rows, const double* px, const double* y, const double* w, const double* z,
+                                double* sums, double* moments) {
+  if (rows == ROWS) return add_product_rows<WEIGHTED, MOMENTS, ROWS>(px, y, w, z, sums, moments);
+  if constexpr (ROWS > 1) add_at_most<WEIGHTED, MOMENTS, ROWS - 1>(rows, px, y, w, z, sums, moments);
+}
+
 // The powers first .. last - 1 of x with one of y.
 template <bool WEIGHTED, bool MOMENTS>
 TESSARN_INLINE void add_product_range(size_t first, size_t last, const double* px, const double* y, const double* w,
                                       const double* z, double* sums, double* moments) {
   for (size_t rows; first < last; first += rows) {
-    const double* x = px + first * point_block;
-    double* sum = sums + first * partial_sums;
-    double* moment = MOMENTS ? moments + first * partial_sums : nullptr;
-    rows = first + product_rows <= last ? product_rows : 1;
-    if (rows == product_rows)
-      add_product_rows<WEIGHTED, MOMENTS, product_rows>(x, y, w, z, sum, moment);
-    else
-      add_product_rows<WEIGHTED, MOMENTS, 1>(x, y, w, z, sum, moment);
+    rows = last - first < product_rows ? last - first : product_rows;
+    add_at_most<WEIGHTED, MOMENTS, product_rows>(rows, px + first * point_block, y, w, z, sums + first * partial_sums,
+                                                 MOMENTS ? moments + first * partial_sums : nullptr);
   }
 }
 
