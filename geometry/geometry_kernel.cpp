@@ -1,4 +1,6 @@
 // The kernels of the plane fits; compiled once for each instruction set.
+#include <limits>
+
 #include "core/lanes.h"
 #include "geometry/kernels.h"
 
@@ -6,6 +8,7 @@ namespace tessarn::detail::TESSARN_ISA {
 namespace {
 
 constexpr size_t groups = candidate_lanes / width;
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 struct candidates {
   vec x[groups], y[groups], z[groups];
@@ -52,6 +55,29 @@ void residuals(const point_arrays& points, const double* x, const double* y, con
   for (size_t g = 0; g < groups; ++g) {
     store(mean + g * width, offset[g]);
     store(cost + g * width, squares[g]);
+  }
+}
+
+TESSARN_INLINE vec positive(vec v) { return select(v > vec{}, v, vec{}); }
+
+void bound_residuals(const residual_form& f, const double* from_x, const double* from_y, double* to_z, double* low,
+                     double* high) {
+  for (size_t i = 0; i < candidate_lanes; i += width) {
+    const vec x = load(from_x + i), y = load(from_y + i);
+    const vec z = square_root(1.0 - x * x - y * y);
+    const mask feasible = (x * x + y * y <= broadcast(1)) & (z == z);
+    const vec mean = f.mean[0] * x + f.mean[1] * y + f.mean[2] * z;
+    const vec squares = f.second[0] * x * x + f.second[1] * y * y + f.second[2] * z * z;
+    const vec products = f.second[3] * x * y + f.second[4] * x * z + f.second[5] * y * z;
+    const vec square = squares + 2.0 * products - f.count * (mean * mean);
+    const vec least = positive(square - f.form_margin);
+    const vec greatest = positive(square) + f.form_margin;
+    const vec margin = f.residual_margin + 1.1 * 0x1p-53 * square_root(greatest);
+    const vec from = positive(square_root(least) - margin);
+    const vec to = square_root(greatest + f.mean_margin) + margin;
+    store(to_z + i, z);
+    store(low + i, select(feasible, from * from * (1 - f.factor), broadcast(infinity)));
+    store(high + i, select(feasible, to * to * (1 + f.factor), broadcast(infinity)));
   }
 }
 
@@ -197,7 +223,7 @@ void unpack(const double* points, size_t n, double* to, size_t stride) {
 
 }  // namespace
 
-const geometry_kernels geometry_table = {means,    residuals,         add_sines, add_cosines, moments,
+const geometry_kernels geometry_table = {means,    residuals, bound_residuals,   add_sines, add_cosines, moments,
                                          farthest, farthest_from_two, unpack};
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -23,12 +23,24 @@ struct moment_sums {
   double square;
 };
 
+// What bounds the sum of the squared residuals of a normal (bounds.h): the sums' first moments over their number, the second
+// moments xx, yy, zz, xy, xz, yz, and the margins.
+struct residual_form {
+  double count;
+  double mean[3];
+  double second[6];
+  double form_margin, mean_margin, residual_margin, factor;
+};
+
 struct geometry_kernels {
   // For eight normals (x, y, z): the mean of (y p.y + x p.x) + z p.z, summed in the order of the points from +0.0.
   void (*means)(const point_arrays& points, const double* x, const double* y, const double* z, double* mean);
   // These means, and the sums of the squares of that less the mean, likewise in order.
   void (*residuals)(const point_arrays& points, const double* x, const double* y, const double* z, double* mean,
                     double* cost);
+  // For eight normals (x, y, z) with z = sqrt(1 - x^2 - y^2): bounds of the sum of squares; infinite where there is no z.
+  void (*bound_residuals)(const residual_form& form, const double* x, const double* y, double* z, double* low,
+                          double* high);
   // For eight vectors v: cost += 1 - (v . p)^2, or (v . p)^2, over the points in their order.
   void (*add_sines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
   void (*add_cosines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
