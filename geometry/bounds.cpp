@@ -31,7 +31,8 @@ residual_bounds::residual_bounds(const cloud& points, const vector3d& c) {
   form_.form_margin = 128 * u * trace;
   const double mean_error = 1.1 * (count + 5) * u * std::sqrt(sums.square / count);
   form_.mean_margin = count * mean_error * mean_error;
-  form_.residual_margin = 3.5 * u * std::sqrt(sums.square) + 1.1 * u * std::sqrt(form_.mean_margin);
+  form_.mean_margin_root = 1.1 * std::sqrt(form_.mean_margin);
+  form_.residual_margin = 3.5 * u * std::sqrt(sums.square) + 1.1 * u * form_.mean_margin_root;
   form_.factor = 1.1 * (count + 2) * u + outward;
 }
 

@@ -72,12 +72,15 @@ void bound_residuals(const residual_form& f, const double* from_x, const double*
     const vec square = squares + 2.0 * products - f.count * (mean * mean);
     const vec least = positive(square - f.form_margin);
     const vec greatest = positive(square) + f.form_margin;
-    const vec margin = f.residual_margin + 1.1 * 0x1p-53 * square_root(greatest);
-    const vec from = positive(square_root(least) - margin);
-    const vec to = square_root(greatest + f.mean_margin) + margin;
+    // Of (sqrt(least) - margin)^2 and (sqrt(greatest + mean_margin) + margin)^2, from one root that is above both.
+    const vec root = square_root(greatest) + f.mean_margin_root;
+    const vec margin = f.residual_margin + 1.1 * 0x1p-53 * root;
+    const vec moved = 2.2 * margin * root;
+    const vec from = positive(least - moved);
+    const vec to = greatest + f.mean_margin + moved + margin * margin;
     store(to_z + i, z);
-    store(low + i, select(feasible, from * from * (1 - f.factor), broadcast(infinity)));
-    store(high + i, select(feasible, to * to * (1 + f.factor), broadcast(infinity)));
+    store(low + i, select(feasible, from * (1 - f.factor), broadcast(infinity)));
+    store(high + i, select(feasible, to * (1 + f.factor), broadcast(infinity)));
   }
 }
 

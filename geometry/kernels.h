@@ -29,7 +29,7 @@ struct residual_form {
   double count;
   double mean[3];
   double second[6];
-  double form_margin, mean_margin, residual_margin, factor;
+  double form_margin, mean_margin, mean_margin_root, residual_margin, factor;
 };
 
 struct geometry_kernels {
