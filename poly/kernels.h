@@ -9,6 +9,9 @@ namespace tessarn::detail {
 // Points are worked on in blocks of this many.
 inline constexpr size_t point_block = 64;
 
+// Scans go on by this many samples where nothing can happen but a change of sign.
+inline constexpr size_t long_block = 1024;
+
 // The sums of the fits run in this many partial sums, point k in sum k mod 8, added at the end as a balanced tree: their
 // order is free, and this one lets eight points be added at once in every build.
 inline constexpr size_t partial_sums = 8;
@@ -62,6 +65,9 @@ struct poly_kernels {
   // at_end is set), f[i] and f[i + 1] have opposite signs, f[i] is exactly 0, or x[i + 1] is not above x[i].
   // point_block - 1 where there is none.
   size_t (*first_event)(const double* x, const double* f, double end, bool at_end);
+
+  // True when the values at first + i step for all i below long_block, which are exact sums, are all above 0 or all below.
+  bool (*one_sign)(const double* cof, size_t count, double first, double step);
 
   // z[i] = p(x[i], y[i]) by running products for a table of g x g coefficients; z may be x or y.
   void (*surface_values)(const double* cof, size_t g, const double* x, const double* y, double* z, size_t n);

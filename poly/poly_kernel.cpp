@@ -191,27 +191,50 @@ void add_products(const double* px, const double* py, const double* w, const dou
     add_all_products<false>(px, py, w, z, g, sums, moments);
 }
 
-template <size_t GROUP>
-TESSARN_INLINE void value_group(const double* cof, size_t count, const double* x, double* y) {
-  vec point[GROUP], power[GROUP], sum[GROUP];
-  for (size_t v = 0; v < GROUP; ++v) {
-    power[v] = point[v] = load(x + v * width);
+constexpr size_t value_vectors = 4;
+
+// Values by a running power, in place.
+TESSARN_INLINE void value_group(const double* cof, size_t count, vec* x) {
+  vec power[value_vectors], sum[value_vectors];
+  for (size_t v = 0; v < value_vectors; ++v) {
+    power[v] = x[v];
     sum[v] = broadcast(cof[0]);
   }
   for (size_t i = 1; i < count; ++i) {
     const vec c = broadcast(cof[i]);
-    for (size_t v = 0; v < GROUP; ++v) {
+    for (size_t v = 0; v < value_vectors; ++v) {
       sum[v] += power[v] * c;
-      power[v] *= point[v];
+      power[v] *= x[v];
     }
   }
-  for (size_t v = 0; v < GROUP; ++v) store(y + v * width, sum[v]);
+  for (size_t v = 0; v < value_vectors; ++v) x[v] = sum[v];
 }
 
 void values(const double* cof, size_t count, const double* x, double* y) {
-  constexpr size_t vectors = 4;
-  static_assert(point_block % (vectors * width) == 0);
-  for (size_t i = 0; i < point_block; i += vectors * width) value_group<vectors>(cof, count, x + i, y + i);
+  static_assert(point_block % (value_vectors * width) == 0);
+  for (size_t i = 0; i < point_block; i += value_vectors * width) {
+    vec at[value_vectors];
+    for (size_t v = 0; v < value_vectors; ++v) at[v] = load(x + i + v * width);
+    value_group(cof, count, at);
+    for (size_t v = 0; v < value_vectors; ++v) store(y + i + v * width, at[v]);
+  }
+}
+
+bool one_sign(const double* cof, size_t count, double first, double step) {
+  double lane[value_vectors * width];
+  for (size_t k = 0; k < value_vectors * width; ++k) lane[k] = (double)(int)k * step;
+  mask not_above = {}, not_below = {};
+  for (size_t i = 0; i < long_block; i += value_vectors * width) {
+    const vec start = broadcast(first + (double)(int)i * step);
+    vec at[value_vectors];
+    for (size_t v = 0; v < value_vectors; ++v) at[v] = start + load(lane + v * width);
+    value_group(cof, count, at);
+    for (size_t v = 0; v < value_vectors; ++v) {
+      not_above |= ~(at[v] > vec{});
+      not_below |= ~(at[v] < vec{});
+    }
+  }
+  return none(not_above) || none(not_below);
 }
 
 struct add_to_series {
@@ -370,6 +393,6 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 const poly_kernels poly_table = {unpack_plane,   unpack_space, in_range,       powers,      add_powers,   add_quick_powers, add_products,
                                  values,         power_series, derivatives, curvature, curvature_derivative,
-                                 first_event,    surface_values, convolve};
+                                 first_event,    one_sign,    surface_values, convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -7,21 +7,9 @@
 
 namespace tessarn::detail {
 
-namespace {
-
-// 2^e in the normal range.
-double power_of_two(int e) noexcept {
-  const std::uint64_t bits = static_cast<std::uint64_t>(1023 + e) << 52;
-  double v;
-  std::memcpy(&v, &bits, sizeof v);
-  return v;
-}
-
-}  // namespace
-
 bool chains_are_safe(const double* x, unsigned highest) noexcept {
   const int limit = highest == 0 ? 1000 : static_cast<int>(safe_exponent_range / highest);
-  return poly().in_range(x, power_of_two(-limit), power_of_two(limit));
+  return poly().in_range(x, power_of_two(1023 - limit), power_of_two(1023 + limit));
 }
 
 void block_powers(const double* x, unsigned exponents, double* powers) {
