@@ -8,16 +8,6 @@ namespace {
 
 bool same_point(const vector3d& p, const vector3d& q) { return p.x == q.x && p.y == q.y && p.z == q.z; }
 
-// The upper half of a linear combination of the coordinates' bits.
-std::uint32_t hash_of(const vector3d& p) noexcept {
-  std::uint64_t bits[3];
-  const real c[3] = {p.x + 0, p.y + 0, p.z + 0};  // -0.0 becomes 0.0
-  std::memcpy(bits, c, sizeof bits);
-  const std::uint64_t h =
-      bits[0] * 0x9E3779B97F4A7C15u + bits[1] * 0xBF58476D1CE4E5B9u + bits[2] * 0x94D049BB133111EBu;
-  return static_cast<std::uint32_t>(h >> 32);
-}
-
 unsigned logarithm_from(std::uint64_t n) {
   unsigned log = 6;
   while (log < 32 && std::uint64_t{1} << log < n) ++log;
@@ -28,16 +18,16 @@ unsigned logarithm_from(std::uint64_t n) {
 class bit_table {
  public:
   explicit bit_table(std::uint64_t least_bits)
-      : shift_(32 - logarithm_from(least_bits)), words_(new std::uint64_t[(std::size_t{1} << (32 - shift_)) / 64]()) {}
+      : shift_(64 - logarithm_from(least_bits)), words_(new std::uint64_t[(std::size_t{1} << (64 - shift_)) / 64]()) {}
   // Whether the bit is set; it is from now on.
-  bool test_and_set(std::uint32_t h) {
+  bool test_and_set(std::uint64_t h) {
     std::uint64_t& word = words_[(h >> shift_) / 64];
     const std::uint64_t bit = std::uint64_t{1} << ((h >> shift_) % 64);
     const bool was_set = (word & bit) != 0;
     word |= bit;
     return was_set;
   }
-  bool test(std::uint32_t h) const { return (words_[(h >> shift_) / 64] >> ((h >> shift_) % 64)) & 1; }
+  bool test(std::uint64_t h) const { return (words_[(h >> shift_) / 64] >> ((h >> shift_) % 64)) & 1; }
 
  private:
   unsigned shift_;
@@ -46,19 +36,16 @@ class bit_table {
 
 // The points, in their order, whose hash value another one shares, and perhaps some more: listed has room for one point
 // more than there are. Few points share a bit of a sparse table. Without branches: they could not be foreseen.
-std::size_t list_suspects(const vector3d* pts, ulong count, ulong* listed) {
-  const std::unique_ptr<std::uint32_t[]> hashes(new std::uint32_t[count]);
+std::size_t list_suspects(const std::uint64_t* hashes, ulong count, ulong* listed) {
   bit_table seen(16 * static_cast<std::uint64_t>(count));
-  std::size_t shared_count = 0;
+  std::size_t found = 0;
   for (ulong i = 0; i < count; ++i) {
-    const std::uint32_t h = hash_of(pts[i]);
-    hashes[i] = h;
-    listed[shared_count] = h;
-    shared_count += seen.test_and_set(h);
+    listed[found] = i;
+    found += seen.test_and_set(hashes[i]);
   }
-  if (shared_count == 0) return 0;
+  if (found == 0) return 0;
   bit_table shared(2 * static_cast<std::uint64_t>(count));
-  for (std::size_t k = 0; k < shared_count; ++k) shared.test_and_set(static_cast<std::uint32_t>(listed[k]));
+  for (std::size_t k = 0; k < found; ++k) shared.test_and_set(hashes[listed[k]]);
   std::size_t suspects = 0;
   for (ulong i = 0; i < count; ++i) {
     listed[suspects] = i;
@@ -67,17 +54,18 @@ std::size_t list_suspects(const vector3d* pts, ulong count, ulong* listed) {
   return suspects;
 }
 
-// Marks the points that a later point equals; false if there are none. The suspects go through an exact table, from the
-// last to the first.
-bool mark_duplicates(const vector3d* pts, ulong count, std::unique_ptr<bool[]>& duplicate) {
+// Marks the points that a later point equals; null if there are none. The suspects go through an exact table, from
+// the last to the first.
+std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint64_t* hashes, ulong count) {
   const std::unique_ptr<ulong[]> listed(new ulong[static_cast<std::size_t>(count) + 1]);
-  const std::size_t suspects = list_suspects(pts, count, listed.get());
+  const std::size_t suspects = list_suspects(hashes, count, listed.get());
   const unsigned log = logarithm_from(2 * static_cast<std::uint64_t>(suspects));
   const std::size_t slots = std::size_t{1} << log;
   const std::unique_ptr<ulong[]> table(new ulong[slots]());  // index + 1; 0 is free
+  std::unique_ptr<bool[]> duplicate;
   for (std::size_t k = suspects; k-- > 0;) {
     const ulong i = listed[k];
-    const std::uint64_t h = hash_of(pts[i]) * std::uint64_t{0x9E3779B97F4A7C15u};
+    const std::uint64_t h = (hashes[i] ^ hashes[i] >> 29) * 0x9E3779B97F4A7C15u;
     std::size_t slot = static_cast<std::size_t>(h >> (64 - log));
     for (; table[slot] != 0 && !same_point(pts[i], pts[table[slot] - 1]); slot = (slot + 1) & (slots - 1)) {
     }
@@ -88,29 +76,34 @@ bool mark_duplicates(const vector3d* pts, ulong count, std::unique_ptr<bool[]>& 
       duplicate[i] = true;
     }
   }
-  return duplicate != nullptr;
+  return duplicate;
 }
 
 }  // namespace
 
-cloud::cloud(const vector3d* pts, ulong count) {
+cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding), coordinates_(allocate(3 * stride_)) {
   static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
-  std::unique_ptr<bool[]> duplicate;
-  const bool duplicates = mark_duplicates(pts, count, duplicate);
-  n_ = duplicates ? static_cast<std::size_t>(std::count(duplicate.get(), duplicate.get() + count, false)) : count;
-  stride_ = n_ + padding;
-  coordinates_ = allocate(3 * stride_);
   real* to = coordinates_.get();
-  if (!duplicates) geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_);
-  for (ulong i = 0; i < count && duplicates; ++i) {
-    if (duplicate[i]) continue;
-    to[0] = pts[i].x;
-    to[stride_] = pts[i].y;
-    to[2 * stride_] = pts[i].z;
-    ++to;
+  {
+    const std::unique_ptr<std::uint64_t[]> hashes(new std::uint64_t[n_ + padding]);
+    geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_, hashes.get());
+    const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count);
+    if (duplicate) remove(duplicate.get());
   }
-  for (real* axis = coordinates_.get() + n_; axis < coordinates_.get() + 3 * stride_; axis += stride_)
-    std::fill_n(axis, padding, static_cast<real>(0));
+  for (std::size_t axis = 0; axis < 3; ++axis) std::fill_n(to + axis * stride_ + n_, padding, static_cast<real>(0));
+}
+
+void cloud::remove(const bool* marked) {
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < n_; ++i) {
+    if (marked[i]) continue;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      real* c = coordinates_.get() + axis * stride_;
+      c[kept] = c[i];
+    }
+    ++kept;
+  }
+  n_ = kept;
 }
 
 vector3d cloud::centroid() const {

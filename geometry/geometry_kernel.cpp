@@ -211,17 +211,43 @@ size_t farthest_from_two(const point_arrays& points, const double* a, const doub
   return farthest_point<true>(points, a, b, least);
 }
 
-void unpack(const double* points, size_t n, double* to, size_t stride) {
+#if defined(__GNUC__) || defined(__clang__)
+typedef uint64_t bits __attribute__((vector_size(width * 8), may_alias));
+TESSARN_INLINE bits bits_of(vec v) { return (bits)v; }
+TESSARN_INLINE void store_bits(uint64_t* p, bits b) { store(reinterpret_cast<double*>(p), (vec)b); }
+#else
+typedef uint64_t bits;
+TESSARN_INLINE bits bits_of(vec v) {
+  union {
+    double v;
+    uint64_t bits;
+  } number = {v};
+  return number.bits;
+}
+TESSARN_INLINE void store_bits(uint64_t* p, bits b) { *p = b; }
+#endif
+
+// A linear combination of the coordinates' bits; -0.0 becomes 0.0.
+TESSARN_INLINE bits hash_of(vec x, vec y, vec z) {
+  return bits_of(x + 0.0) * 0x9E3779B97F4A7C15u + bits_of(y + 0.0) * 0xBF58476D1CE4E5B9u +
+         bits_of(z + 0.0) * 0x94D049BB133111EBu;
+}
+
+TESSARN_INLINE void unpack_points(const double* points, double* to, size_t stride, uint64_t* hash) {
+  vec x, y, z;
+  load_space_points(points, x, y, z);
+  store(to, x);
+  store(to + stride, y);
+  store(to + 2 * stride, z);
+  store_bits(hash, hash_of(x, y, z));
+}
+
+void unpack(const double* points, size_t n, double* to, size_t stride, uint64_t* hash) {
   size_t i = 0;
-  for (; i + width <= n; i += width) {
-    vec x, y, z;
-    load_space_points(points + 4 * i, x, y, z);
-    store(to + i, x);
-    store(to + stride + i, y);
-    store(to + 2 * stride + i, z);
-  }
-  for (; i < n; ++i)
-    for (size_t k = 0; k < 3; ++k) to[k * stride + i] = points[4 * i + k + 1];
+  for (; i + width <= n; i += width) unpack_points(points + 4 * i, to + i, stride, hash + i);
+  double rest[4 * width] = {};
+  for (size_t k = 0; k < 4 * (n - i); ++k) rest[k] = k % 4 == 0 ? 0 : points[4 * i + k];
+  if (i < n) unpack_points(rest, to + i, stride, hash + i);
 }
 
 }  // namespace

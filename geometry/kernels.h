@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stddef.h>
+#include <stdint.h>
 
 namespace tessarn::detail {
 
@@ -52,9 +53,9 @@ struct geometry_kernels {
   size_t (*farthest)(const point_arrays& points, const double* a, double least);
   size_t (*farthest_from_two)(const point_arrays& points, const double* a, const double* b, double least);
 
-  // The coordinates of n space points, each four doubles of which the last three are its coordinates, to to[i],
-  // to[stride + i] and to[2 stride + i].
-  void (*unpack)(const double* points, size_t n, double* to, size_t stride);
+  // The coordinates of n space points, each four doubles of which they are the last three, to to[i], to[stride + i] and
+  // to[2 stride + i], and a hash value of each, the same for both zeros. There is room for 32 more.
+  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint64_t* hash);
 };
 
 namespace baseline {

@@ -114,7 +114,7 @@ struct quick_chains {
     double margin = 2 * 0x1p-49;
     for (size_t e = 3; e < count; ++e) {
       margin += 0x1p-49;
-      doubt |= step(margin);
+      doubt |= step(margin, e + 1 < count);
       use(e, power);
     }
     return none(doubt);
@@ -127,8 +127,8 @@ struct quick_chains {
     head[v] = leading_bits(rounded);
     rest[v] = (s - head[v]) + t;
   }
-  // To the next power; bits are set where it is in doubt.
-  TESSARN_MEMBER mask step(double margin) {
+  // To the next power, from which the chain goes on or not; bits are set where it is in doubt.
+  TESSARN_MEMBER mask step(double margin, bool goes_on) {
     const vec more = broadcast(1 + margin), less = broadcast(1 - margin);
     mask doubt = {};
     for (size_t v = 0; v < GROUP; ++v) {
@@ -136,7 +136,10 @@ struct quick_chains {
       const vec t = remainder(v);
       const vec rounded = s + t * more;
       doubt = with_difference(doubt, rounded, s + t * less);
-      keep(v, rounded, s, t);
+      if (goes_on)
+        keep(v, rounded, s, t);
+      else
+        power[v] = rounded;
     }
     return doubt;
   }

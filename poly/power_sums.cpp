@@ -7,8 +7,9 @@
 
 namespace tessarn::detail {
 
-bool chains_are_safe(const double* x, unsigned highest) noexcept {
-  const int limit = highest == 0 ? 1000 : static_cast<int>(safe_exponent_range / highest);
+bool chains_are_safe(const double* x, unsigned count) noexcept {
+  if (count <= 3) return true;  // a square needs no chain
+  const int limit = static_cast<int>(safe_exponent_range / count);
   return poly().in_range(x, power_of_two(1023 - limit), power_of_two(1023 + limit));
 }
 
@@ -28,9 +29,11 @@ power_sums::power_sums(unsigned exponents, unsigned ordinates)
     : exponents_(exponents),
       ordinates_(ordinates),
       length_((static_cast<std::size_t>(exponents) + ordinates) * partial_sums),
-      storage_(allocate_zeroed(2 * length_ + exponents * point_block)),
+      storage_(allocate(2 * length_ + exponents * point_block)),
       sums_(as_doubles(storage_.get())),
-      next_(sums_ + length_) {}
+      next_(sums_ + length_) {
+  std::fill_n(sums_, length_, 0.0);
+}
 
 // The quick sums are made beside the present ones, which are still there when they do not do.
 void power_sums::flush() {

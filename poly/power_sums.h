@@ -50,8 +50,8 @@ class power_sums {
   double x_[point_block], y_[point_block];
 };
 
-// Whether the chains of powers of a block of abscissas are safe up to the given exponent (core/power.h), or those of 0.
-bool chains_are_safe(const double* x, unsigned highest) noexcept;
+// Whether the chains of the powers below count of a block of abscissas are safe (core/power.h), or those of 0.
+bool chains_are_safe(const double* x, unsigned count) noexcept;
 
 // powers[e * point_block + i] = x[i]^e for a block of abscissas, whatever their range, and e below exponents.
 void block_powers(const double* x, unsigned exponents, double* powers);
