@@ -307,24 +307,27 @@ void curvature_derivative(const double* d, double* y) {
   }
 }
 
-// VECTORS vectors of coefficients of a product from number k on, each a sum over j ascending.
-template <size_t VECTORS>
-TESSARN_INLINE void convolve_group(const double* c, size_t first, size_t last, const double* q, double* r) {
-  vec sum[VECTORS] = {};
-  for (size_t j = first; j < last; ++j) {
-    const vec factor = broadcast(q[j]);
-    for (size_t v = 0; v < VECTORS; ++v) sum[v] += load(c + v * width - j) * factor;
+// The vectors v of a block of a product's coefficients from number k on are sums over j ascending. At a time t vector v
+// is at j = t + v width, so that all need the same coefficients c[k - t], c[k - t + 1], ...
+constexpr size_t product_vectors = width == 8 ? 4 : 6;
+constexpr size_t product_block = product_vectors * width;
+
+TESSARN_INLINE void convolve_block(const double* c, ptrdiff_t n, const double* q, ptrdiff_t nq, ptrdiff_t k, double* r) {
+  constexpr auto lead = static_cast<ptrdiff_t>(product_block - width);
+  const ptrdiff_t first = k - n + 1 > -lead ? k - n + 1 : -lead;
+  const ptrdiff_t from_last = k + static_cast<ptrdiff_t>(width);
+  const ptrdiff_t end = from_last < nq ? from_last : nq;
+  vec sum[product_vectors] = {};
+  for (ptrdiff_t t = first; t < end; ++t) {
+    const vec shared = load(c + (k - t));
+    for (size_t v = 0; v < product_vectors; ++v) sum[v] += shared * broadcast(q[t + static_cast<ptrdiff_t>(v * width)]);
   }
-  for (size_t v = 0; v < VECTORS; ++v) store(r + v * width, sum[v]);
+  for (size_t v = 0; v < product_vectors; ++v) store(r + v * width, sum[v]);
 }
 
 void convolve(const double* c, size_t n, const double* q, size_t nq, double* r) {
-  constexpr size_t vectors = 4, block = vectors * width;
-  for (size_t k = 0; k < n + nq - 1; k += block) {
-    const size_t first = k >= n ? k - n + 1 : 0;
-    const size_t last = k + block < nq ? k + block : nq;
-    convolve_group<vectors>(c + k, first, last, q, r + k);
-  }
+  for (size_t k = 0; k < n + nq - 1; k += product_block)
+    convolve_block(c, static_cast<ptrdiff_t>(n), q, static_cast<ptrdiff_t>(nq), static_cast<ptrdiff_t>(k), r + k);
 }
 
 TESSARN_INLINE bool is_event(const double* x, const double* f, double end, bool at_end) {
