@@ -202,10 +202,9 @@ TESSARN_INLINE void value_group(const double* cof, size_t count, vec* x) {
   }
   for (size_t i = 1; i < count; ++i) {
     const vec c = broadcast(cof[i]);
-    for (size_t v = 0; v < value_vectors; ++v) {
-      sum[v] += power[v] * c;
-      power[v] *= x[v];
-    }
+    for (size_t v = 0; v < value_vectors; ++v) sum[v] += power[v] * c;
+    if (i + 1 == count) break;
+    for (size_t v = 0; v < value_vectors; ++v) power[v] *= x[v];
   }
   for (size_t v = 0; v < value_vectors; ++v) x[v] = sum[v];
 }
