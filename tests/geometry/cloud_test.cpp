@@ -70,7 +70,7 @@ TEST(Cloud, FarthestPoints) {
   for (int round = 0; round < 600; ++round) {
     std::vector<vector3d> points = drawn_points(r);
     if (r.below(3) == 0)  // nearly the same distance from the origin
-      for (vector3d& p : points) p = vector3d(1 + std::ldexp(1.0 * r.below(8), -52), r.below(2) ? 1 : -1, 1e-9 * r.below(3));
+      for (vector3d& p : points) p = vector3d(1 + std::ldexp(1.0 * r.below(1000), -52), r.below(2) ? 1 : -1, 1e-9 * r.below(3));
     const cloud c(points.data(), static_cast<tessarn::ulong>(points.size()));
     const vector3d a = r.below(2) ? vector3d() : points[r.below(static_cast<unsigned>(points.size()))];
     const vector3d b = points[r.below(static_cast<unsigned>(points.size()))];
