@@ -21,7 +21,7 @@ real* released(real_array& coefficients, slong n) {
 
 // Polynomials from this count on are multiplied by a kernel, which works beyond the ends of its arrays.
 constexpr slong kernel_count = 16;
-constexpr slong margin = 32;
+constexpr std::size_t c_margin = 8, q_margin = 24, r_margin = 32;
 
 bool all_finite(const real* c, slong n) {
   int others = 0;
@@ -29,24 +29,17 @@ bool all_finite(const real* c, slong n) {
   return others == 0;
 }
 
-// Copies n coefficients with zeros before and behind, and gives the place behind these.
-real* copy_with_margins(const real* c, slong n, real* to) {
-  std::fill_n(to, margin, static_cast<real>(0));
-  std::copy_n(c, n, to + margin);
-  std::fill_n(to + margin + n, margin, static_cast<real>(0));
-  return to + n + 2 * margin;
-}
-
 real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
-  const auto length = static_cast<std::size_t>(n) + static_cast<std::size_t>(nq) + 4 * margin;
-  const real_array padded = tessarn::detail::allocate(length);
-  real* padded_q = copy_with_margins(c, n, padded.get());
-  copy_with_margins(q, nq, padded_q);
-  real_array product = tessarn::detail::allocate(static_cast<std::size_t>(m) + margin);
+  const auto length = static_cast<std::size_t>(n) + static_cast<std::size_t>(nq) + 2 * c_margin + 2 * q_margin;
+  const real_array padded = tessarn::detail::allocate_zeroed(length);
+  real* padded_c = padded.get() + c_margin;
+  real* padded_q = padded_c + n + c_margin + q_margin;
+  std::copy_n(c, n, padded_c);
+  std::copy_n(q, nq, padded_q);
+  real_array product = tessarn::detail::allocate(static_cast<std::size_t>(m) + r_margin);
   using tessarn::detail::as_doubles;
-  tessarn::detail::poly().convolve(as_doubles(padded.get() + margin), static_cast<std::size_t>(n),
-                                   as_doubles(padded_q + margin), static_cast<std::size_t>(nq),
-                                   as_doubles(product.get()));
+  tessarn::detail::poly().convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
+                                   static_cast<std::size_t>(nq), as_doubles(product.get()));
   return product;
 }
 
