@@ -7,6 +7,7 @@ set(TESSARN_SOURCES
   vectors/kernels.cpp
   vectors/list.cpp
   vectors/list_analysis.cpp
+  vectors/list_sort.cpp
   matrix/adjugate.cpp
   matrix/complex_elimination.cpp
   matrix/determinant.cpp

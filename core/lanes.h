@@ -69,12 +69,61 @@ TESSARN_INLINE vec select(mask m, vec a, vec b) {
 }
 // v with every NaN replaced by +0.0.
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
+// Whether m is nowhere set.
+TESSARN_INLINE bool none(mask m) {
+  int64_t any = 0;
+  for (size_t k = 0; k < width; ++k) any |= m[k];
+  return any == 0;
+}
 
 TESSARN_INLINE vec square_root(vec v) {
   vec root = v;
   for (size_t i = 0; i < width; ++i) root[i] = __builtin_sqrt(v[i]);
   return root;
 }
+
+// The coordinates of as many points as there are lanes, from an array in which a point is three doubles, plane points
+// (*, x, y), or four, space points (*, x, y, z). What stands before x is not a number to compute with.
+#if defined(TESSARN_ISA_avx512)
+TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
+  const vec a = load(p), b = load(p + 8), c = load(p + 16);
+  x = __builtin_shufflevector(__builtin_shufflevector(a, b, 1, 4, 7, 10, 13, 0, 0, 0), c, 0, 1, 2, 3, 4, 8, 11, 14);
+  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 5, 8, 11, 14, 0, 0, 0), c, 0, 1, 2, 3, 4, 9, 12, 15);
+}
+TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
+  const vec a = load(p), b = load(p + 8), c = load(p + 16), d = load(p + 24);
+  const vec ab = __builtin_shufflevector(a, b, 1, 5, 9, 13, 2, 6, 10, 14);
+  const vec cd = __builtin_shufflevector(c, d, 1, 5, 9, 13, 2, 6, 10, 14);
+  x = __builtin_shufflevector(ab, cd, 0, 1, 2, 3, 8, 9, 10, 11);
+  y = __builtin_shufflevector(ab, cd, 4, 5, 6, 7, 12, 13, 14, 15);
+  z = __builtin_shufflevector(__builtin_shufflevector(a, b, 3, 7, 11, 15, 0, 0, 0, 0),
+                              __builtin_shufflevector(c, d, 3, 7, 11, 15, 0, 0, 0, 0), 0, 1, 2, 3, 8, 9, 10, 11);
+}
+#elif defined(TESSARN_ISA_avx2)
+TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
+  const vec a = load(p), b = load(p + 4), c = load(p + 8);
+  x = __builtin_shufflevector(__builtin_shufflevector(a, b, 1, 4, 7, 0), c, 0, 1, 2, 6);
+  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 5, 0, 0), c, 0, 1, 4, 7);
+}
+TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
+  const vec a = load(p), b = load(p + 4), c = load(p + 8), d = load(p + 12);
+  const vec ab = __builtin_shufflevector(a, b, 1, 5, 3, 7), cd = __builtin_shufflevector(c, d, 1, 5, 3, 7);
+  x = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
+  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 6, 0, 0), __builtin_shufflevector(c, d, 2, 6, 0, 0), 0, 1,
+                              4, 5);
+  z = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
+}
+#else
+TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
+  x = vec{p[1], p[4]};
+  y = vec{p[2], p[5]};
+}
+TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
+  x = vec{p[1], p[5]};
+  y = vec{p[2], p[6]};
+  z = vec{p[3], p[7]};
+}
+#endif
 
 // Four lanes in every build: a space point as it lies in memory.
 typedef double quad __attribute__((vector_size(32), may_alias));
@@ -107,7 +156,17 @@ TESSARN_INLINE vec lane_numbers() { return 0; }
 TESSARN_INLINE vec absolute(vec v) { return fabs(v); }
 TESSARN_INLINE vec select(mask m, vec a, vec b) { return m ? a : b; }
 TESSARN_INLINE vec without_nan(vec v) { return v == v ? v : 0.0; }
+TESSARN_INLINE bool none(mask m) { return m == 0; }
 TESSARN_INLINE vec square_root(vec v) { return sqrt(v); }
+TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
+  x = p[1];
+  y = p[2];
+}
+TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
+  x = p[1];
+  y = p[2];
+  z = p[3];
+}
 
 struct quad {
   double lane[4];

@@ -47,6 +47,14 @@ inline double_double times(double_double w, real x, double_double halves) noexce
   return {high, t - (high - p.high)};
 }
 
+// 2^(e - 1023) for e = 1 .. 2046.
+inline double power_of_two(int biased) noexcept {
+  const std::uint64_t bits = static_cast<std::uint64_t>(biased) << 52;
+  double v;
+  std::memcpy(&v, &bits, sizeof v);
+  return v;
+}
+
 // The largest k |log2|x|| for which a chain of powers keeps its accuracy.
 inline constexpr unsigned safe_exponent_range = 960;
 

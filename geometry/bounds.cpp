@@ -18,31 +18,22 @@ double form(const double* s, double x, double y, double z) {
 
 }  // namespace
 
-residual_bounds::residual_bounds(const cloud& points, const vector3d& c) : count_(static_cast<double>(points.size())) {
+residual_bounds::residual_bounds(const cloud& points, const vector3d& c) {
+  const auto count = static_cast<double>(points.size());
   const double reference[3] = {static_cast<double>(c.x), static_cast<double>(c.y), static_cast<double>(c.z)};
   moment_sums sums;
   geometry().moments(points.arrays(), reference, &sums);
   const double trace = sums.second[0] + sums.second[1] + sums.second[2];
   usable_ = trace > least && trace < greatest && sums.square > least && sums.square < greatest;
-  for (int k = 0; k < 3; ++k) mean_[k] = sums.first[k] / count_;
-  for (int k = 0; k < 6; ++k) second_[k] = sums.second[k];
-  form_margin_ = 128 * u * trace;
-  const double mean_error = 1.1 * (count_ + 5) * u * std::sqrt(sums.square / count_);
-  mean_margin_ = count_ * mean_error * mean_error;
-  residual_margin_ = 3.5 * u * std::sqrt(sums.square) + 1.1 * u * std::sqrt(mean_margin_);
-  factor_ = 1.1 * (count_ + 2) * u;
-}
-
-interval residual_bounds::operator()(double x, double y, double z) const {
-  const double mean = mean_[0] * x + mean_[1] * y + mean_[2] * z;
-  const double square = form(second_, x, y, z) - count_ * (mean * mean);
-  const double least_square = square > form_margin_ ? square - form_margin_ : 0;
-  const double greatest_square = (square > 0 ? square : 0) + form_margin_;
-  const double norm = std::sqrt(greatest_square);
-  const double margin = residual_margin_ + 1.1 * u * norm;
-  const double low = std::sqrt(least_square) - margin;
-  const double high = std::sqrt(greatest_square + mean_margin_) + margin;
-  return {low > 0 ? low * low * (1 - factor_ - outward) : 0, high * high * (1 + factor_ + outward)};
+  form_.count = count;
+  for (int k = 0; k < 3; ++k) form_.mean[k] = sums.first[k] / count;
+  for (int k = 0; k < 6; ++k) form_.second[k] = sums.second[k];
+  form_.form_margin = 128 * u * trace;
+  const double mean_error = 1.1 * (count + 5) * u * std::sqrt(sums.square / count);
+  form_.mean_margin = count * mean_error * mean_error;
+  form_.mean_margin_root = 1.1 * std::sqrt(form_.mean_margin);
+  form_.residual_margin = 3.5 * u * std::sqrt(sums.square) + 1.1 * u * form_.mean_margin_root;
+  form_.factor = 1.1 * (count + 2) * u + outward;
 }
 
 direction_bounds::direction_bounds(const point_arrays& par, const point_arrays& perp) {

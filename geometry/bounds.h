@@ -27,14 +27,14 @@ class residual_bounds {
   residual_bounds(const cloud& points, const vector3d& reference);
   // False where magnitudes are so extreme, or not finite, that the bounds say nothing.
   bool usable() const { return usable_; }
-  interval operator()(double x, double y, double z) const;
+  // For candidate_lanes normals with z = sqrt(1 - x^2 - y^2), which is given back; infinite where there is no z.
+  void operator()(const double* x, const double* y, double* z, double* low, double* high) const {
+    geometry().bound_residuals(form_, x, y, z, low, high);
+  }
 
  private:
   bool usable_;
-  double count_;
-  double mean_[3];    // of the points less the reference point
-  double second_[6];  // xx, yy, zz, xy, xz, yz
-  double form_margin_, mean_margin_, residual_margin_, factor_;
+  residual_form form_;  // of the points less the reference point
 };
 
 // For the sum of 1 - (v . p)^2 over the first set and of (v . q)^2 over the second, in order, v of unit length.

@@ -6,106 +6,104 @@
 namespace tessarn::detail {
 namespace {
 
-constexpr std::size_t block = 128;
-
 bool same_point(const vector3d& p, const vector3d& q) { return p.x == q.x && p.y == q.y && p.z == q.z; }
 
-std::uint64_t hash_of(const vector3d& p) noexcept {
-  std::uint64_t bits[3];
-  const real c[3] = {p.x + 0, p.y + 0, p.z + 0};  // -0.0 becomes 0.0
-  std::memcpy(bits, c, sizeof bits);
-  std::uint64_t h = bits[0] * 0x9E3779B97F4A7C15u;
-  h = ((h ^ (h >> 32)) + bits[1]) * 0xBF58476D1CE4E5B9u;
-  h = ((h ^ (h >> 32)) + bits[2]) * 0x94D049BB133111EBu;
-  return h ^ (h >> 29);
+unsigned logarithm_from(std::uint64_t n) {
+  unsigned log = 6;
+  while (log < 32 && std::uint64_t{1} << log < n) ++log;
+  return log;
 }
 
-// A bit for each of a power-of-two number of hash values.
+// A bit for each value of the leading bits of a hash value.
 class bit_table {
  public:
-  explicit bit_table(std::size_t bits) : words_(new std::uint64_t[bits / 64]()), mask_(bits - 1) {}
-  bool test(std::uint64_t h) const { return (words_[(h & mask_) / 64] >> (h % 64)) & 1; }
-  void set(std::uint64_t h) { words_[(h & mask_) / 64] |= std::uint64_t{1} << (h % 64); }
+  explicit bit_table(std::uint64_t least_bits)
+      : shift_(64 - logarithm_from(least_bits)), words_(new std::uint64_t[(std::size_t{1} << (64 - shift_)) / 64]()) {}
+  // Whether the bit is set; it is from now on.
+  bool test_and_set(std::uint64_t h) {
+    std::uint64_t& word = words_[(h >> shift_) / 64];
+    const std::uint64_t bit = std::uint64_t{1} << ((h >> shift_) % 64);
+    const bool was_set = (word & bit) != 0;
+    word |= bit;
+    return was_set;
+  }
+  bool test(std::uint64_t h) const { return (words_[(h >> shift_) / 64] >> ((h >> shift_) % 64)) & 1; }
 
  private:
+  unsigned shift_;
   std::unique_ptr<std::uint64_t[]> words_;
-  std::size_t mask_;
 };
 
-std::size_t power_of_two_from(std::size_t n) {
-  std::size_t p = 64;
-  while (p < n) p *= 2;
-  return p;
-}
-
-// Marks the points that a later point equals. Few points share a bit of a sparse table with another one; only those
-// go through an exact table, from the last to the first.
-void mark_duplicates(const vector3d* pts, ulong count, bool* duplicate) {
-  std::fill_n(duplicate, count, false);
-  const std::size_t bits = power_of_two_from(16 * static_cast<std::size_t>(count));
-  bit_table seen(bits), shared(bits);
-  std::size_t collisions = 0;
+// The points, in their order, whose hash value another one shares, and perhaps some more: listed has room for one point
+// more than there are. Few points share a bit of a sparse table. Without branches: they could not be foreseen.
+std::size_t list_suspects(const std::uint64_t* hashes, ulong count, ulong* listed) {
+  bit_table seen(16 * static_cast<std::uint64_t>(count));
+  std::size_t found = 0;
   for (ulong i = 0; i < count; ++i) {
-    const std::uint64_t h = hash_of(pts[i]);
-    if (!seen.test(h)) {
-      seen.set(h);
-    } else {
-      shared.set(h);
-      ++collisions;
-    }
+    listed[found] = i;
+    found += seen.test_and_set(hashes[i]);
   }
-  if (collisions == 0) return;
-  const std::size_t slots = power_of_two_from(4 * collisions);
-  std::unique_ptr<ulong[]> table(new ulong[slots]());  // index + 1; 0 is free
-  for (ulong i = count; i-- > 0;) {
-    const std::uint64_t h = hash_of(pts[i]);
-    if (!shared.test(h)) continue;
-    std::size_t slot = (h >> 20) & (slots - 1);
-    for (; table[slot] != 0 && !duplicate[i]; slot = (slot + 1) & (slots - 1))
-      duplicate[i] = same_point(pts[i], pts[table[slot] - 1]);
-    if (!duplicate[i]) table[slot] = i + 1;
+  if (found == 0) return 0;
+  bit_table shared(2 * static_cast<std::uint64_t>(count));
+  for (std::size_t k = 0; k < found; ++k) shared.test_and_set(hashes[listed[k]]);
+  std::size_t suspects = 0;
+  for (ulong i = 0; i < count; ++i) {
+    listed[suspects] = i;
+    suspects += shared.test(hashes[i]);
   }
+  return suspects;
 }
 
-// The first of the n values that is the largest, if it is larger than least; n otherwise. fill(first, count, value)
-// makes the values, a block at a time.
-template <class Fill>
-std::size_t first_largest(std::size_t n, double least, Fill fill) {
-  std::size_t found = n;
-  double value[block];
-  for (std::size_t first = 0; first < n; first += block) {
-    const std::size_t count = std::min(block, n - first);
-    fill(first, count, value);
-    bool larger = false;
-    for (std::size_t i = 0; i < count; ++i) larger |= value[i] > least;
-    if (!larger) continue;
-    for (std::size_t i = 0; i < count; ++i) {
-      if (!(value[i] > least)) continue;
-      least = value[i];
-      found = first + i;
+// Marks the points that a later point equals; null if there are none. The suspects go through an exact table, from
+// the last to the first.
+std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint64_t* hashes, ulong count) {
+  const std::unique_ptr<ulong[]> listed(new ulong[static_cast<std::size_t>(count) + 1]);
+  const std::size_t suspects = list_suspects(hashes, count, listed.get());
+  const unsigned log = logarithm_from(2 * static_cast<std::uint64_t>(suspects));
+  const std::size_t slots = std::size_t{1} << log;
+  const std::unique_ptr<ulong[]> table(new ulong[slots]());  // index + 1; 0 is free
+  std::unique_ptr<bool[]> duplicate;
+  for (std::size_t k = suspects; k-- > 0;) {
+    const ulong i = listed[k];
+    const std::uint64_t h = (hashes[i] ^ hashes[i] >> 29) * 0x9E3779B97F4A7C15u;
+    std::size_t slot = static_cast<std::size_t>(h >> (64 - log));
+    for (; table[slot] != 0 && !same_point(pts[i], pts[table[slot] - 1]); slot = (slot + 1) & (slots - 1)) {
+    }
+    if (table[slot] == 0) {
+      table[slot] = i + 1;
+    } else {
+      if (!duplicate) duplicate.reset(new bool[count]());
+      duplicate[i] = true;
     }
   }
-  return found;
+  return duplicate;
 }
 
 }  // namespace
 
-cloud::cloud(const vector3d* pts, ulong count) {
-  std::unique_ptr<bool[]> duplicate(new bool[count]);
-  mark_duplicates(pts, count, duplicate.get());
-  n_ = static_cast<std::size_t>(std::count(duplicate.get(), duplicate.get() + count, false));
-  stride_ = n_ + 8;
-  coordinates_ = allocate(3 * stride_);
+cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding), coordinates_(allocate(3 * stride_)) {
+  static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
   real* to = coordinates_.get();
-  for (ulong i = 0; i < count; ++i) {
-    if (duplicate[i]) continue;
-    to[0] = pts[i].x;
-    to[stride_] = pts[i].y;
-    to[2 * stride_] = pts[i].z;
-    ++to;
+  {
+    const std::unique_ptr<std::uint64_t[]> hashes(new std::uint64_t[n_ + padding]);
+    geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_, hashes.get());
+    const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count);
+    if (duplicate) remove(duplicate.get());
   }
-  for (real* axis = coordinates_.get() + n_; axis < coordinates_.get() + 3 * stride_; axis += stride_)
-    std::fill_n(axis, 8, static_cast<real>(0));
+  for (std::size_t axis = 0; axis < 3; ++axis) std::fill_n(to + axis * stride_ + n_, padding, static_cast<real>(0));
+}
+
+void cloud::remove(const bool* marked) {
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < n_; ++i) {
+    if (marked[i]) continue;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      real* c = coordinates_.get() + axis * stride_;
+      c[kept] = c[i];
+    }
+    ++kept;
+  }
+  n_ = kept;
 }
 
 vector3d cloud::centroid() const {
@@ -120,9 +118,7 @@ vector3d cloud::centroid() const {
 
 vector3d cloud::farthest_from(const vector3d& a) const {
   const double from[3] = {static_cast<double>(a.x), static_cast<double>(a.y), static_cast<double>(a.z)};
-  const std::size_t i = first_largest(n_, 0, [&](std::size_t first, std::size_t count, double* value) {
-    geometry().distances(arrays(), first, count, from, value);
-  });
+  const std::size_t i = geometry().farthest(arrays(), from, 0);
   return i < n_ ? point(i) : a;
 }
 
@@ -130,9 +126,7 @@ vector3d cloud::farthest_from(const vector3d& a, const vector3d& b) const {
   const double from_a[3] = {static_cast<double>(a.x), static_cast<double>(a.y), static_cast<double>(a.z)};
   const double from_b[3] = {static_cast<double>(b.x), static_cast<double>(b.y), static_cast<double>(b.z)};
   const auto least = static_cast<double>((a - a).lenld() + (a - b).lenld());
-  const std::size_t i = first_largest(n_, least, [&](std::size_t first, std::size_t count, double* value) {
-    geometry().distance_sums(arrays(), first, count, from_a, from_b, value);
-  });
+  const std::size_t i = geometry().farthest_from_two(arrays(), from_a, from_b, least);
   return i < n_ ? point(i) : a;
 }
 

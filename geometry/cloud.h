@@ -10,7 +10,7 @@ namespace tessarn::detail {
 class cloud {
  public:
   // Of each group of equal points the last one is kept, in order. -0.0 equals 0.0, a point with NaN equals nothing.
-  // Linear expected time; one packed copy and a table of a few bytes a point.
+  // Linear expected time; one packed copy and tables of about 20 bytes a point.
   cloud(const vector3d* pts, ulong count);
 
   std::size_t size() const { return n_; }
@@ -29,8 +29,11 @@ class cloud {
   const real* y() const { return coordinates_.get() + stride_; }
   const real* z() const { return coordinates_.get() + 2 * stride_; }
 
-  std::size_t n_ = 0;
-  std::size_t stride_ = 0;  // with room for whole vectors behind the last point
+  void remove(const bool* marked);
+
+  std::size_t n_;
+  static constexpr std::size_t padding = 32;  // zeros, for the whole vectors of the kernels
+  std::size_t stride_;
   real_array coordinates_;
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stddef.h>
+#include <stdint.h>
 
 namespace tessarn::detail {
 
@@ -23,21 +24,38 @@ struct moment_sums {
   double square;
 };
 
+// What bounds the sum of the squared residuals of a normal (bounds.h): the sums' first moments over their number, the second
+// moments xx, yy, zz, xy, xz, yz, and the margins.
+struct residual_form {
+  double count;
+  double mean[3];
+  double second[6];
+  double form_margin, mean_margin, mean_margin_root, residual_margin, factor;
+};
+
 struct geometry_kernels {
-  // For eight normals (x, y, z): the mean of (y p.y + x p.x) + z p.z, and the sum of the squares of that less the mean,
-  // in the order of the points from +0.0.
+  // For eight normals (x, y, z): the mean of (y p.y + x p.x) + z p.z, summed in the order of the points from +0.0.
+  void (*means)(const point_arrays& points, const double* x, const double* y, const double* z, double* mean);
+  // These means, and the sums of the squares of that less the mean, likewise in order.
   void (*residuals)(const point_arrays& points, const double* x, const double* y, const double* z, double* mean,
                     double* cost);
+  // For eight normals (x, y, z) with z = sqrt(1 - x^2 - y^2): bounds of the sum of squares; infinite where there is no z.
+  void (*bound_residuals)(const residual_form& form, const double* x, const double* y, double* z, double* low,
+                          double* high);
   // For eight vectors v: cost += 1 - (v . p)^2, or (v . p)^2, over the points in their order.
   void (*add_sines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
   void (*add_cosines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
 
   void (*moments)(const point_arrays& points, const double* reference, moment_sums* sums);
 
-  // value[i] = the distance of point i from a, or the sum of its distances from a and b, for count points from first.
-  void (*distances)(const point_arrays& points, size_t first, size_t count, const double* a, double* value);
-  void (*distance_sums)(const point_arrays& points, size_t first, size_t count, const double* a, const double* b,
-                        double* value);
+  // The first of the points that are farthest from a, if farther than least; points.n otherwise. With b, the same for the
+  // sum of the distances. There are 32 readable numbers behind the coordinates.
+  size_t (*farthest)(const point_arrays& points, const double* a, double least);
+  size_t (*farthest_from_two)(const point_arrays& points, const double* a, const double* b, double least);
+
+  // The coordinates of n space points, each four doubles of which they are the last three, to to[i], to[stride + i] and
+  // to[2 stride + i], and a hash value of each, the same for both zeros. There is room for 32 more.
+  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint64_t* hash);
 };
 
 namespace baseline {

@@ -43,16 +43,16 @@ class plane_search {
   // cost is exactly 0. Where no cell has a finite cost the normal stays as it is.
   bool run(double step);
   vector3d normal() const { return {current_.x, current_.y, current_.z}; }
-  real offset() {
-    evaluate_one(current_);
-    return current_.offset;
-  }
+  real offset() const;
 
  private:
-  cell made(double x, double y) const;
-  cell around(int k, double step) const {
-    return made(current_.x + (k % 3 - 1) * step, current_.y + (k / 3 - 1) * step);
+  void begin_grid(cell* cells, double step) const;
+  void place(cell& c, int k, double step) const {
+    c = cell();
+    c.x = current_.x + (k % 3 - 1) * step;
+    c.y = current_.y + (k / 3 - 1) * step;
   }
+  void complete(cell* const* cells, std::size_t count) const;
   void shift(cell* cells, int best, double step) const;
   int best_of(cell* cells) const;
   bool cost_is_zero(cell& c) const;
@@ -65,20 +65,50 @@ class plane_search {
   const cloud& points_;
   const tessarn::detail::residual_bounds bounds_;
   cell current_;
+  bool searched_ = false;
 };
 
-cell plane_search::made(double x, double y) const {
-  cell c;
-  c.x = x;
-  c.y = y;
-  if (x * x + y * y > 1) return c;
-  c.z = std::sqrt(1 - x * x - y * y);
-  if (c.z != c.z) return c;
-  if (bounds_.usable())
-    c.cost = bounds_(c.x, c.y, c.z);
+// The sums of squares are not needed for it.
+real plane_search::offset() const {
+  if (current_.evaluated) return current_.offset;
+  double x[candidate_lanes] = {current_.x}, y[candidate_lanes] = {current_.y}, z[candidate_lanes] = {current_.z};
+  double mean[candidate_lanes];
+  tessarn::detail::geometry().means(points_.arrays(), x, y, z, mean);
+  return mean[0];
+}
+
+// The third component and the cost of up to candidate_lanes cells.
+void plane_search::complete(cell* const* cells, std::size_t count) const {
+  double x[candidate_lanes] = {}, y[candidate_lanes] = {};
+  double z[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
+  for (std::size_t i = 0; i < count; ++i) {
+    x[i] = cells[i]->x;
+    y[i] = cells[i]->y;
+  }
+  bounds_(x, y, z, low, high);
+  for (std::size_t i = 0; i < count; ++i) {
+    cells[i]->z = z[i];
+    cells[i]->cost = {low[i], high[i]};
+    const bool exists = x[i] * x[i] + y[i] * y[i] <= 1 && z[i] == z[i];
+    if (!exists) cells[i]->cost = {infinity, infinity};
+    if (exists && !bounds_.usable()) evaluate_one(*cells[i]);
+  }
+}
+
+// The centre is the present cell, once there is one of the search's own.
+void plane_search::begin_grid(cell* cells, double step) const {
+  cell* incomplete[9];
+  std::size_t count = 0;
+  for (int k = 0; k < 9; ++k) {
+    place(cells[k], k, step);
+    if (k != centre) incomplete[count++] = &cells[k];
+  }
+  complete(incomplete, count);
+  incomplete[0] = &cells[centre];
+  if (searched_)
+    cells[centre] = current_;
   else
-    evaluate_one(c);
-  return c;
+    complete(incomplete, 1);
 }
 
 // The sums themselves, for up to candidate_lanes cells in one pass over the points.
@@ -103,7 +133,8 @@ void plane_search::evaluate(cell* const* cells, std::size_t count) const {
 // when more than one is left, their sums decide.
 int plane_search::best_of(cell* cells) const {
   double least_high = infinity;
-  for (int k = 0; k < 9; ++k) least_high = std::fmin(least_high, cells[k].cost.high);
+  for (int k = 0; k < 9; ++k)
+    if (cells[k].cost.high < least_high) least_high = cells[k].cost.high;
   int best = -1;
   cell* open[9];
   std::size_t count = 0, left = 0;
@@ -130,23 +161,31 @@ bool plane_search::cost_is_zero(cell& c) const {
 // The grid around the new centre; cells that stay in it keep what is known of them.
 void plane_search::shift(cell* cells, int best, double step) const {
   cell shifted[9];
+  cell* incomplete[9];
+  std::size_t count = 0;
   for (int k = 0; k < 9; ++k) {
     const int i = k % 3 + best % 3 - 1;
     const int j = k / 3 + best / 3 - 1;
-    const bool stays = i >= 0 && i < 3 && j >= 0 && j < 3;
-    shifted[k] = stays ? cells[3 * j + i] : around(k, step);
+    if (i >= 0 && i < 3 && j >= 0 && j < 3) {
+      shifted[k] = cells[3 * j + i];
+    } else {
+      place(shifted[k], k, step);
+      incomplete[count++] = &shifted[k];
+    }
   }
+  complete(incomplete, count);
   for (int k = 0; k < 9; ++k) cells[k] = shifted[k];
 }
 
 bool plane_search::run(double step) {
   cell cells[9];
-  for (int k = 0; k < 9; ++k) cells[k] = around(k, step);
+  begin_grid(cells, step);
   for (;;) {
     const int best = best_of(cells);
     if (best < 0 || !(cells[best].cost.low < infinity)) return false;
     const bool perfect = cost_is_zero(cells[best]);
     current_ = cells[best];
+    searched_ = true;
     if (perfect || best == centre) return perfect;
     shift(cells, best, step);
   }

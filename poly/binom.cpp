@@ -21,20 +21,26 @@ real* released(real_array& coefficients, slong n) {
 
 // Polynomials from this count on are multiplied by a kernel, which works beyond the ends of its arrays.
 constexpr slong kernel_count = 16;
-constexpr slong margin = 32;
+constexpr std::size_t c_margin = 8, q_margin = 24, r_margin = 32;
 
 bool all_finite(const real* c, slong n) {
-  bool finite = true;
-  for (slong i = 0; i < n; ++i) finite &= c[i] - c[i] == 0;
-  return finite;
+  int others = 0;
+  for (slong i = 0; i < n; ++i) others |= !(c[i] - c[i] == 0);
+  return others == 0;
 }
 
-void convolve(const real* c, slong n, const real* q, slong nq, real* product) {
-  const real_array padded = tessarn::detail::allocate_zeroed(static_cast<std::size_t>(n) + 2 * margin);
-  std::copy_n(c, n, padded.get() + margin);
-  tessarn::detail::poly().convolve(tessarn::detail::as_doubles(padded.get() + margin), static_cast<std::size_t>(n),
-                                   tessarn::detail::as_doubles(q), static_cast<std::size_t>(nq),
-                                   tessarn::detail::as_doubles(product));
+real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
+  const auto length = static_cast<std::size_t>(n) + static_cast<std::size_t>(nq) + 2 * c_margin + 2 * q_margin;
+  const real_array padded = tessarn::detail::allocate_zeroed(length);
+  real* padded_c = padded.get() + c_margin;
+  real* padded_q = padded_c + n + c_margin + q_margin;
+  std::copy_n(c, n, padded_c);
+  std::copy_n(q, nq, padded_q);
+  real_array product = tessarn::detail::allocate(static_cast<std::size_t>(m) + r_margin);
+  using tessarn::detail::as_doubles;
+  tessarn::detail::poly().convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
+                                   static_cast<std::size_t>(nq), as_doubles(product.get()));
+  return product;
 }
 
 }  // namespace
@@ -121,12 +127,15 @@ void binom::operator-=(binom& q) {
 // Each coefficient of the product is the sum over the coefficients of q in ascending order.
 void binom::operator*=(binom& q) {
   const auto m = static_cast<slong>(static_cast<ulong>(cofcnt) + static_cast<ulong>(q.cofcnt) - 1u);
-  real_array product = allocate_counted(m < 0 ? m : static_cast<std::int64_t>(m) + margin);
-  if (cofcnt >= kernel_count && q.cofcnt >= kernel_count && all_finite(q.cof, q.cofcnt))
-    convolve(cof, cofcnt, q.cof, q.cofcnt, product.get());
-  else
+  real_array product;
+  if (m > 0 && cofcnt >= kernel_count && q.cofcnt >= kernel_count && all_finite(cof, cofcnt) &&
+      all_finite(q.cof, q.cofcnt)) {
+    product = convolved(cof, cofcnt, q.cof, q.cofcnt, m);
+  } else {
+    product = allocate_counted(m);
     for (slong j = 0; j < q.cofcnt; ++j)
       for (slong i = 0; i < cofcnt; ++i) product[static_cast<std::size_t>(i + j)] += cof[i] * q.cof[j];
+  }
   delete[] cof;
   cof = released(product, m);
   cofcnt = m;

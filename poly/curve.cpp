@@ -7,25 +7,50 @@
 namespace tessarn::detail {
 namespace {
 
-// The powers 1, x, x^2, ... one after the other, each correctly rounded.
+// The powers 1, x, x^2, ... one after the other, each correctly rounded. Short chains are the quick ones of
+// poly/chains.h; a power in doubt is formed for itself.
 class power_chain {
  public:
   power_chain(real x, slong highest) noexcept
-      : x_(x), safe_(chain_is_safe(x, static_cast<unsigned>(highest))), halves_(split(x)) {}
+      : x_(x),
+        safe_(chain_is_safe(x, static_cast<unsigned>(highest))),
+        quick_(highest < 24),
+        halves_(quick_ ? cut(product(x, 1 - static_cast<real>(0x1p-25)), x) : split(x)) {}
+
   real operator()(unsigned k) noexcept {
     if (k == 0) return 1;
     if (k == 1) {
-      w_ = {x_, 0};
+      w_ = quick_ ? halves_ : double_double{x_, 0};
       return x_;
     }
     if (!safe_) return power(x_, k);
+    if (quick_) return quick_step(k);
     w_ = times(w_, x_, halves_);
     return w_.high;
   }
 
  private:
+  // v as the leading bits of approximation and the rest.
+  static double_double cut(real approximation, real v) noexcept {
+    const real high = split(approximation).high;
+    return {high, v - high};
+  }
+  real quick_step(unsigned k) noexcept {
+    const real s = product(w_.high, halves_.high);
+    const real t = product(w_.high, halves_.low) + product(w_.low, x_);
+    real rounded = product(x_, x_);
+    if (k > 2) {
+      const real margin = static_cast<real>(k) * static_cast<real>(0x1p-49);
+      rounded = s + product(t, 1 + margin);
+      if (rounded != s + product(t, 1 - margin)) rounded = power(x_, k);
+    }
+    w_ = cut(rounded, s);
+    w_.low += t;
+    return rounded;
+  }
+
   real x_;
-  bool safe_;
+  bool safe_, quick_;
   double_double halves_;
   double_double w_{1, 0};
 };

@@ -1,5 +1,6 @@
 // The polynomial fits: normal equations from power sums, solved by the square solver.
 #include <algorithm>
+#include <limits>
 
 #include "core/access.h"
 #include "core/nan_rule.h"
@@ -15,7 +16,15 @@ using tessarn::detail::real_sqmat;
 
 namespace {
 
-constexpr real left_out = -1;  // the abscissa of a point that takes no part in create()
+// The points that take part in create(), and in createtan().
+struct unmarked {
+  static constexpr real marker = -1;  // the abscissa of a point that takes no part
+  bool operator()(real x) const { return (x != marker) & (x == x); }
+};
+struct every {
+  static constexpr real marker = std::numeric_limits<real>::quiet_NaN();
+  bool operator()(real) const { return true; }
+};
 
 constexpr auto full_power = [](tessarn::ulong r) { return static_cast<unsigned>(r); };
 constexpr auto odd_power = [](tessarn::ulong r) { return r == 0 ? 0u : static_cast<unsigned>(2 * r - 1); };
@@ -34,7 +43,7 @@ real_mat fitted(const vector* pts, tessarn::ulong n, tessarn::ulong q, ExponentO
   tessarn::detail::power_sums sums(2 * highest + 1, highest + 1);
   for (std::size_t i = 0; i < n;) {
     const std::size_t end = std::min<std::size_t>(n, i + tessarn::detail::point_block);
-    if (end - i == tessarn::detail::point_block && sums.add_block(pts + i, accept)) i = end;
+    if (end - i == tessarn::detail::point_block && sums.add_block(pts + i, Accept::marker)) i = end;
     for (; i < end; ++i) sums.add(pts[i].x, pts[i].y, accept(pts[i].x));
   }
   sums.flush();
@@ -53,7 +62,7 @@ void binom::create(vector* pts, ulong n, ulong m) {
   tessarn::detail::require_countable(m, m);
   create(static_cast<slong>(m));
   const real_mat solution =
-      fitted(pts, n, m, full_power, [](real x) { return (x != left_out) & (x == x); });
+      fitted(pts, n, m, full_power, unmarked{});
   for (ulong r = 0; r < m; ++r) set(static_cast<slong>(r), solution.getData()[r]);
 }
 
@@ -61,6 +70,6 @@ void binom::createtan(vector* pts, ulong n, ulong m) {
   const ulong q = m / 2 + 1;
   tessarn::detail::require_countable(q, q);
   create(static_cast<slong>(m));
-  const real_mat solution = fitted(pts, n, q, odd_power, [](real) { return true; });
+  const real_mat solution = fitted(pts, n, q, odd_power, every{});
   for (ulong r = 0; r < q; ++r) set(static_cast<slong>(odd_power(r)), solution.getData()[r]);
 }

@@ -9,16 +9,25 @@ namespace tessarn::detail {
 // Points are worked on in blocks of this many.
 inline constexpr size_t point_block = 64;
 
+// Scans go on by this many samples where nothing can happen but a change of sign.
+inline constexpr size_t long_block = 1024;
+
 // The sums of the fits run in this many partial sums, point k in sum k mod 8, added at the end as a balanced tree: their
 // order is free, and this one lets eight points be added at once in every build.
 inline constexpr size_t partial_sums = 8;
 
 struct poly_kernels {
-  // True when every magnitude of a block is at least low and below high.
+  // The coordinates of a block of plane points, each three doubles of which x and y are the last two. False where an x is
+  // the marker or a NaN.
+  bool (*unpack_plane)(const double* points, double marker, double* x, double* y);
+  // Of space points, each four doubles.
+  void (*unpack_space)(const double* points, double* x, double* y, double* z);
+
+  // True when every magnitude of a block is 0, or at least low and below high.
   bool (*in_range)(const double* x, double low, double high);
 
-  // powers[e * point_block + i] = x[i]^e, correctly rounded, for e below exponents and a whole block of abscissas, for
-  // which the chain of powers must be safe (core/power.h).
+  // powers[e * point_block + i] = x[i]^e, correctly rounded, for e below exponents and a whole block of abscissas, each
+  // 0 or such that the chain of powers is safe (core/power.h). A power of 0 is a zero of either sign.
   void (*powers)(const double* x, unsigned exponents, double* powers);
 
   // Adds a block to sums in partial_sums lanes each, point i of the block to lane i mod partial_sums: to sum e the powers
@@ -26,7 +35,13 @@ struct poly_kernels {
   // not full, powers and y are 0 from the end on.
   void (*add_powers)(const double* powers, const double* y, unsigned exponents, unsigned ordinates, double* sums);
 
-  // The same for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
+  // The same in one pass from the abscissas, with powers that are rounded with a margin: to = from + ..., but for the sum
+  // 0, which counts the points. False where the margin does not do, or for many exponents; to is then of no use. Where
+  // the block is not full, x and y are 0 from the end on.
+  bool (*add_quick_powers)(const double* x, const double* y, unsigned exponents, unsigned ordinates, const double* from,
+                           double* to);
+
+  // As add_powers for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
   // (py[j] px[i]) z to moment g j + i, for i and j below g. w may be null; px is 0 from the end of the block on.
   void (*add_products)(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
                        double* moments);
@@ -51,12 +66,15 @@ struct poly_kernels {
   // point_block - 1 where there is none.
   size_t (*first_event)(const double* x, const double* f, double end, bool at_end);
 
+  // True when the values at first + i step for all i below long_block, which are exact sums, are all above 0 or all below.
+  bool (*one_sign)(const double* cof, size_t count, double first, double step);
+
   // z[i] = p(x[i], y[i]) by running products for a table of g x g coefficients; z may be x or y.
   void (*surface_values)(const double* cof, size_t g, const double* x, const double* y, double* z, size_t n);
 
-  // r[k] = the sum of c[k - j] q[j] over j ascending from +0.0, for the n + nq - 1 coefficients of a product. c has 32
-  // zeros before and behind it, r room for 32 more entries, and q is finite, so that a product with a zero of the
-  // margin changes nothing.
+  // r[k] = the sum of c[k - j] q[j] over j ascending from +0.0, for the n + nq - 1 coefficients of a product. c and q are
+  // finite and have 8 and 24 zeros before and behind them, so that products with a zero of the margins change nothing; r
+  // has room for 32 more entries.
   void (*convolve)(const double* c, size_t n, const double* q, size_t nq, double* r);
 };
 

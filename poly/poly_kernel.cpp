@@ -1,104 +1,78 @@
 // The kernels of the polynomials; compiled once for each instruction set.
 #include "core/lanes.h"
+#include "poly/chains.h"
 #include "poly/kernels.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 namespace {
 
-// The same steps as in core/power.h, in lanes.
-struct pair {
-  vec high, low;
-};
-
-TESSARN_INLINE pair split(vec x) {
-#if defined(__GNUC__) || defined(__clang__)
-  const vec high = (vec)((mask)x & ~(mask{} + 0x7FFFFFF));
-#else
-  union {
-    double v;
-    uint64_t bits;
-  } cut = {x};
-  cut.bits &= ~uint64_t{0x7FFFFFF};
-  const vec high = cut.v;
-#endif
-  return {high, x - high};
-}
-
-TESSARN_INLINE pair exact_product(vec a, vec x, pair halves) {
-  const vec p = a * x;
-  const pair b = split(a);
-  const vec e = ((b.high * halves.high - p) + b.high * halves.low + b.low * halves.high) + b.low * halves.low;
-  return {p, e};
-}
-
-TESSARN_INLINE pair times(pair w, vec x, pair halves) {
-  const pair p = exact_product(w.high, x, halves);
-  const vec t = p.low + w.low * x;
-  const vec high = p.high + t;
-  return {high, t - (high - p.high)};
-}
-
-// The chains of powers of GROUP vectors of abscissas side by side, to hide the latency of their steps.
-template <size_t GROUP>
-struct chains {
-  vec x[GROUP];
-  pair halves[GROUP];
-  pair power[GROUP];
-
-  TESSARN_MEMBER void begin(const double* from) {
-    for (size_t v = 0; v < GROUP; ++v) {
-      x[v] = load(from + v * width);
-      halves[v] = split(x[v]);
-    }
-  }
-  // To the power e from the one before.
-  TESSARN_MEMBER void advance(size_t e) {
-    for (size_t v = 0; v < GROUP; ++v) {
-      if (e == 0)
-        power[v] = {broadcast(1), vec{}};
-      else if (e == 1)
-        power[v] = {x[v], vec{}};
-      else if (e == 2)
-        power[v] = exact_product(x[v], x[v], halves[v]);
-      else
-        power[v] = times(power[v], x[v], halves[v]);
-    }
-  }
-};
-
-constexpr size_t group = width == 1 ? 1 : 4;
+constexpr size_t group = width == 1 ? partial_sums : 4;
 constexpr size_t group_points = group * width;
 
-// All magnitudes of a block at least low and below high.
+// For more powers than this quick chains would be in doubt too often.
+constexpr size_t quick_count = 24;
+
+// All magnitudes of a block at least low and below high, or 0.
 bool in_range(const double* x, double low, double high) {
 #if defined(__GNUC__) || defined(__clang__)
-  mask inside = mask{} - 1;
+  mask outside = {};
   for (size_t i = 0; i < point_block; i += width) {
     const vec magnitude = (vec)((mask)load(x + i) & (mask{} + INT64_MAX));
-    inside &= (magnitude >= broadcast(low)) & (magnitude < broadcast(high));
+    outside |= ~(magnitude < broadcast(high)) | ((magnitude < broadcast(low)) & (magnitude != vec{}));
   }
-  int64_t all = -1;
-  for (size_t k = 0; k < width; ++k) all &= inside[k];
-  return all != 0;
+  return none(outside);
 #else
   bool all = true;
   for (size_t i = 0; i < point_block; ++i) {
     const double magnitude = x[i] < 0 ? -x[i] : x[i];
-    all &= magnitude >= low && magnitude < high;
+    all &= magnitude < high && (magnitude >= low || magnitude == 0);
   }
   return all;
 #endif
 }
 
-void powers(const double* x, unsigned exponents, double* powers) {
-  for (size_t i = 0; i < point_block; i += group_points) {
-    chains<group> c;
-    c.begin(x + i);
-    for (size_t e = 0; e < exponents; ++e) {
-      c.advance(e);
-      for (size_t v = 0; v < group; ++v) store(powers + e * point_block + i + v * width, c.power[v].high);
-    }
+bool unpack_plane(const double* points, double marker, double* x, double* y) {
+  mask special = {};
+  for (size_t i = 0; i < point_block; i += width) {
+    vec px, py;
+    load_plane_points(points + 3 * i, px, py);
+    special |= (px == broadcast(marker)) | (px != px);
+    store(x + i, px);
+    store(y + i, py);
   }
+  return none(special);
+}
+
+void unpack_space(const double* points, double* x, double* y, double* z) {
+  for (size_t i = 0; i < point_block; i += width) {
+    vec px, py, pz;
+    load_space_points(points + 4 * i, px, py, pz);
+    store(x + i, px);
+    store(y + i, py);
+    store(z + i, pz);
+  }
+}
+
+// A chain that is in doubt is run again as a certain one.
+template <size_t GROUP, class Use>
+TESSARN_INLINE void run_chains(const double* x, size_t count, const Use& use) {
+  if (count <= quick_count) {
+    quick_chains<GROUP> quick;
+    if (quick.run(x, count, use)) return;
+  }
+  certain_chains<GROUP> certain;
+  certain.run(x, count, use);
+}
+
+struct store_powers {
+  double* to;
+  TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
+    for (size_t v = 0; v < group; ++v) store(to + e * point_block + v * width, power[v]);
+  }
+};
+
+void powers(const double* x, unsigned exponents, double* powers) {
+  for (size_t i = 0; i < point_block; i += group_points) run_chains<group>(x + i, exponents, store_powers{powers + i});
 }
 
 constexpr size_t sum_vectors = partial_sums / width;
@@ -122,98 +96,188 @@ void add_powers(const double* powers, const double* y, unsigned exponents, unsig
   for (size_t e = 0; e < ordinates; ++e) add_row<true>(powers + e * point_block, y, sums + e * partial_sums);
 }
 
-template <bool WEIGHTED>
-TESSARN_INLINE void add_products_row(const double* px, const double* y, const double* w, const double* z, size_t side,
-                                     size_t moment_count, double* sums, double* moments) {
-  for (size_t a = 0; a < side; ++a) {
-    const bool with_moment = a < moment_count;
-    vec s[sum_vectors], m[sum_vectors];
+// Adds the powers of a group of points, or their products with y, to partial sums: to = from + ...
+struct add_to_sums {
+  const double* y;
+  size_t exponents, ordinates;
+  const double* from;
+  double* to;
+
+  TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
+    if (e > 0) add(power, nullptr, e * partial_sums);
+    if (e < ordinates) add(power, y, (exponents + e) * partial_sums);
+  }
+  TESSARN_MEMBER void add(const vec* power, const double* factor, size_t at) const {
+    static_assert(group % sum_vectors == 0);
+    vec s[sum_vectors];
+    for (size_t v = 0; v < sum_vectors; ++v) s[v] = load(from + at + v * width);
+    for (size_t v = 0; v < group; ++v) s[v % sum_vectors] += factor ? power[v] * load(factor + v * width) : power[v];
+    for (size_t v = 0; v < sum_vectors; ++v) store(to + at + v * width, s[v]);
+  }
+};
+
+bool add_quick_powers(const double* x, const double* y, unsigned exponents, unsigned ordinates, const double* from,
+                      double* to) {
+  bool done = exponents <= quick_count;
+  for (size_t i = 0; i < point_block && done; i += group_points, from = to) {
+    quick_chains<group> quick;
+    done = quick.run(x + i, exponents, add_to_sums{y + i, exponents, ordinates, from, to});
+  }
+  return done;
+}
+
+// Sums of products that run side by side, with one y, w and z for all.
+constexpr size_t product_rows = width == 1 ? 1 : width / 2;
+
+template <bool WEIGHTED, bool MOMENTS, size_t ROWS>
+TESSARN_INLINE void add_product_rows(const double* px, const double* y, const double* w, const double* z, double* sums,
+                                     double* moments) {
+  vec s[ROWS][sum_vectors], m[ROWS][sum_vectors];
+  for (size_t r = 0; r < ROWS; ++r)
     for (size_t v = 0; v < sum_vectors; ++v) {
-      s[v] = load(sums + a * partial_sums + v * width);
-      m[v] = with_moment ? load(moments + a * partial_sums + v * width) : vec{};
+      s[r][v] = load(sums + r * partial_sums + v * width);
+      m[r][v] = MOMENTS ? load(moments + r * partial_sums + v * width) : vec{};
     }
-    for (size_t i = 0; i < point_block; i += partial_sums)
-      for (size_t v = 0; v < sum_vectors; ++v) {
+  for (size_t i = 0; i < point_block; i += partial_sums)
+    for (size_t v = 0; v < sum_vectors; ++v)
+      for (size_t r = 0; r < ROWS; ++r) {
         const size_t at = i + v * width;
-        const vec basis = load(y + at) * load(px + a * point_block + at);
-        s[v] += WEIGHTED ? basis * load(w + at) : basis;
-        if (with_moment) m[v] += basis * load(z + at);
+        const vec basis = load(y + at) * load(px + r * point_block + at);
+        s[r][v] += WEIGHTED ? basis * load(w + at) : basis;
+        if (MOMENTS) m[r][v] += basis * load(z + at);
       }
+  for (size_t r = 0; r < ROWS; ++r)
     for (size_t v = 0; v < sum_vectors; ++v) {
-      store(sums + a * partial_sums + v * width, s[v]);
-      if (with_moment) store(moments + a * partial_sums + v * width, m[v]);
+      store(sums + r * partial_sums + v * width, s[r][v]);
+      if (MOMENTS) store(moments + r * partial_sums + v * width, m[r][v]);
     }
+}
+
+template <bool WEIGHTED, bool MOMENTS, size_t ROWS>
+TESSARN_INLINE void add_at_most(size_t rows, const double* px, const double* y, const double* w, const double* z,
+                                double* sums, double* moments) {
+  if (rows == ROWS) return add_product_rows<WEIGHTED, MOMENTS, ROWS>(px, y, w, z, sums, moments);
+  if constexpr (ROWS > 1) add_at_most<WEIGHTED, MOMENTS, ROWS - 1>(rows, px, y, w, z, sums, moments);
+}
+
+// The powers first .. last - 1 of x with one of y.
+template <bool WEIGHTED, bool MOMENTS>
+TESSARN_INLINE void add_product_range(size_t first, size_t last, const double* px, const double* y, const double* w,
+                                      const double* z, double* sums, double* moments) {
+  for (size_t rows; first < last; first += rows) {
+    rows = last - first < product_rows ? last - first : product_rows;
+    add_at_most<WEIGHTED, MOMENTS, product_rows>(rows, px + first * point_block, y, w, z, sums + first * partial_sums,
+                                                 MOMENTS ? moments + first * partial_sums : nullptr);
+  }
+}
+
+template <bool WEIGHTED>
+TESSARN_INLINE void add_all_products(const double* px, const double* py, const double* w, const double* z, size_t g,
+                                     double* sums, double* moments) {
+  const size_t side = 2 * g - 1;
+  for (size_t b = 0; b < side; ++b) {
+    const double* y = py + b * point_block;
+    double* row = sums + b * side * partial_sums;
+    if (b < g) add_product_range<WEIGHTED, true>(0, g, px, y, w, z, row, moments + b * g * partial_sums);
+    add_product_range<WEIGHTED, false>(b < g ? g : 0, side, px, y, w, z, row, nullptr);
   }
 }
 
 void add_products(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
                   double* moments) {
-  const size_t side = 2 * g - 1;
-  for (size_t b = 0; b < side; ++b) {
-    const double* y = py + b * point_block;
-    double* row = sums + b * side * partial_sums;
-    double* moment_row = moments + b * g * partial_sums;
-    if (w)
-      add_products_row<true>(px, y, w, z, side, b < g ? g : 0, row, moment_row);
-    else
-      add_products_row<false>(px, y, w, z, side, b < g ? g : 0, row, moment_row);
-  }
+  if (w)
+    add_all_products<true>(px, py, w, z, g, sums, moments);
+  else
+    add_all_products<false>(px, py, w, z, g, sums, moments);
 }
 
-template <size_t GROUP>
-TESSARN_INLINE void value_group(const double* cof, size_t count, const double* x, double* y) {
-  vec point[GROUP], power[GROUP], sum[GROUP];
-  for (size_t v = 0; v < GROUP; ++v) {
-    point[v] = load(x + v * width);
-    power[v] = broadcast(1);
+constexpr size_t value_vectors = 4;
+
+// Values by a running power, in place.
+TESSARN_INLINE void value_group(const double* cof, size_t count, vec* x) {
+  vec power[value_vectors], sum[value_vectors];
+  for (size_t v = 0; v < value_vectors; ++v) {
+    power[v] = x[v];
     sum[v] = broadcast(cof[0]);
   }
   for (size_t i = 1; i < count; ++i) {
     const vec c = broadcast(cof[i]);
-    for (size_t v = 0; v < GROUP; ++v) {
-      power[v] *= point[v];
-      sum[v] += power[v] * c;
-    }
+    for (size_t v = 0; v < value_vectors; ++v) sum[v] += power[v] * c;
+    if (i + 1 == count) break;
+    for (size_t v = 0; v < value_vectors; ++v) power[v] *= x[v];
   }
-  for (size_t v = 0; v < GROUP; ++v) store(y + v * width, sum[v]);
+  for (size_t v = 0; v < value_vectors; ++v) x[v] = sum[v];
 }
 
 void values(const double* cof, size_t count, const double* x, double* y) {
-  constexpr size_t vectors = 4;
-  static_assert(point_block % (vectors * width) == 0);
-  for (size_t i = 0; i < point_block; i += vectors * width) value_group<vectors>(cof, count, x + i, y + i);
+  static_assert(point_block % (value_vectors * width) == 0);
+  for (size_t i = 0; i < point_block; i += value_vectors * width) {
+    vec at[value_vectors];
+    for (size_t v = 0; v < value_vectors; ++v) at[v] = load(x + i + v * width);
+    value_group(cof, count, at);
+    for (size_t v = 0; v < value_vectors; ++v) store(y + i + v * width, at[v]);
+  }
 }
+
+bool one_sign(const double* cof, size_t count, double first, double step) {
+  double lane[value_vectors * width];
+  for (size_t k = 0; k < value_vectors * width; ++k) lane[k] = (double)(int)k * step;
+  mask not_above = {}, not_below = {};
+  for (size_t i = 0; i < long_block; i += value_vectors * width) {
+    const vec start = broadcast(first + (double)(int)i * step);
+    vec at[value_vectors];
+    for (size_t v = 0; v < value_vectors; ++v) at[v] = start + load(lane + v * width);
+    value_group(cof, count, at);
+    for (size_t v = 0; v < value_vectors; ++v) {
+      not_above |= ~(at[v] > vec{});
+      not_below |= ~(at[v] < vec{});
+    }
+  }
+  return none(not_above) || none(not_below);
+}
+
+struct add_to_series {
+  const double* cof;
+  const double* factor;
+  vec* sum;
+  TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
+    const vec f = broadcast(factor[e]);
+    const vec k = broadcast(cof[e]);
+    for (size_t v = 0; v < group; ++v) sum[v] = (e == 0 ? vec{} : sum[v]) + power[v] * f * k;
+  }
+};
 
 void power_series(const double* cof, const double* factor, size_t count, const double* x, double* y) {
   for (size_t i = 0; i < point_block; i += group_points) {
-    chains<group> c;
-    c.begin(x + i);
     vec sum[group] = {};
-    for (size_t e = 0; e < count; ++e) {
-      c.advance(e);
-      const vec f = broadcast(factor[e]);
-      const vec k = broadcast(cof[e]);
-      for (size_t v = 0; v < group; ++v) sum[v] += c.power[v].high * f * k;
-    }
+    run_chains<group>(x + i, count, add_to_series{cof, factor, sum});
     for (size_t v = 0; v < group; ++v) store(y + i + v * width, sum[v]);
   }
 }
 
 constexpr size_t derivative_group = width == 1 ? 1 : 2;
 
+struct add_to_derivatives {
+  const double* cof;
+  const double* factors;
+  size_t stride, count;
+  vec (*sum)[derivative_group];
+  TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
+    for (size_t k = 0; k < 3; ++k) {
+      if (e == 0)
+        for (size_t v = 0; v < derivative_group; ++v) sum[k][v] = vec{};
+      if (e + k + 1 >= count) continue;
+      const vec f = broadcast(factors[k * stride + e + k + 1]);
+      const vec coefficient = broadcast(cof[e + k + 1]);
+      for (size_t v = 0; v < derivative_group; ++v) sum[k][v] += power[v] * f * coefficient;
+    }
+  }
+};
+
 void derivatives(const double* cof, const double* factors, size_t stride, size_t count, const double* x, double* d) {
   for (size_t i = 0; i < point_block; i += derivative_group * width) {
-    chains<derivative_group> c;
-    c.begin(x + i);
     vec sum[3][derivative_group] = {};
-    for (size_t e = 0; e + 1 < count; ++e) {
-      c.advance(e);
-      for (size_t k = 0; k < 3 && e + k + 1 < count; ++k) {
-        const vec f = broadcast(factors[k * stride + e + k + 1]);
-        const vec coefficient = broadcast(cof[e + k + 1]);
-        for (size_t v = 0; v < derivative_group; ++v) sum[k][v] += c.power[v].high * f * coefficient;
-      }
-    }
+    run_chains<derivative_group>(x + i, count == 0 ? 0 : count - 1, add_to_derivatives{cof, factors, stride, count, sum});
     for (size_t k = 0; k < 3; ++k)
       for (size_t v = 0; v < derivative_group; ++v) store(d + k * point_block + i + v * width, sum[k][v]);
   }
@@ -242,24 +306,27 @@ void curvature_derivative(const double* d, double* y) {
   }
 }
 
-// VECTORS vectors of coefficients of a product from number k on, each a sum over j ascending.
-template <size_t VECTORS>
-TESSARN_INLINE void convolve_group(const double* c, size_t first, size_t last, const double* q, double* r) {
-  vec sum[VECTORS] = {};
-  for (size_t j = first; j < last; ++j) {
-    const vec factor = broadcast(q[j]);
-    for (size_t v = 0; v < VECTORS; ++v) sum[v] += load(c + v * width - j) * factor;
+// The vectors v of a block of a product's coefficients from number k on are sums over j ascending. At a time t vector v
+// is at j = t + v width, so that all need the same coefficients c[k - t], c[k - t + 1], ...
+constexpr size_t product_vectors = width == 8 ? 4 : 6;
+constexpr size_t product_block = product_vectors * width;
+
+TESSARN_INLINE void convolve_block(const double* c, ptrdiff_t n, const double* q, ptrdiff_t nq, ptrdiff_t k, double* r) {
+  constexpr auto lead = static_cast<ptrdiff_t>(product_block - width);
+  const ptrdiff_t first = k - n + 1 > -lead ? k - n + 1 : -lead;
+  const ptrdiff_t from_last = k + static_cast<ptrdiff_t>(width);
+  const ptrdiff_t end = from_last < nq ? from_last : nq;
+  vec sum[product_vectors] = {};
+  for (ptrdiff_t t = first; t < end; ++t) {
+    const vec shared = load(c + (k - t));
+    for (size_t v = 0; v < product_vectors; ++v) sum[v] += shared * broadcast(q[t + static_cast<ptrdiff_t>(v * width)]);
   }
-  for (size_t v = 0; v < VECTORS; ++v) store(r + v * width, sum[v]);
+  for (size_t v = 0; v < product_vectors; ++v) store(r + v * width, sum[v]);
 }
 
 void convolve(const double* c, size_t n, const double* q, size_t nq, double* r) {
-  constexpr size_t vectors = 4, block = vectors * width;
-  for (size_t k = 0; k < n + nq - 1; k += block) {
-    const size_t first = k >= n ? k - n + 1 : 0;
-    const size_t last = k + block < nq ? k + block : nq;
-    convolve_group<vectors>(c + k, first, last, q, r + k);
-  }
+  for (size_t k = 0; k < n + nq - 1; k += product_block)
+    convolve_block(c, static_cast<ptrdiff_t>(n), q, static_cast<ptrdiff_t>(nq), static_cast<ptrdiff_t>(k), r + k);
 }
 
 TESSARN_INLINE bool is_event(const double* x, const double* f, double end, bool at_end) {
@@ -326,8 +393,8 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 }  // namespace
 
-const poly_kernels poly_table = {in_range,     powers,      add_powers,   add_products, values,
-                                 power_series, derivatives, curvature,    curvature_derivative,
-                                 first_event,  surface_values, convolve};
+const poly_kernels poly_table = {unpack_plane,   unpack_space, in_range,       powers,      add_powers,   add_quick_powers, add_products,
+                                 values,         power_series, derivatives, curvature, curvature_derivative,
+                                 first_event,    one_sign,    surface_values, convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA

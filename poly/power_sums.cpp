@@ -1,15 +1,16 @@
 #include "poly/power_sums.h"
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
 
 #include "core/power.h"
 
 namespace tessarn::detail {
 
-bool chains_are_safe(const double* x, unsigned highest) noexcept {
-  const int limit = highest == 0 ? 1000 : static_cast<int>(safe_exponent_range / highest);
-  return poly().in_range(x, std::ldexp(1.0, -limit), std::ldexp(1.0, limit));
+bool chains_are_safe(const double* x, unsigned count) noexcept {
+  if (count <= 3) return true;  // a square needs no chain
+  const int limit = static_cast<int>(safe_exponent_range / count);
+  return poly().in_range(x, power_of_two(1023 - limit), power_of_two(1023 + limit));
 }
 
 void block_powers(const double* x, unsigned exponents, double* powers) {
@@ -27,17 +28,28 @@ void clear_rows(double* powers, unsigned exponents, std::size_t filled) {
 power_sums::power_sums(unsigned exponents, unsigned ordinates)
     : exponents_(exponents),
       ordinates_(ordinates),
-      sums_(allocate_zeroed((static_cast<std::size_t>(exponents) + ordinates) * partial_sums)),
-      powers_(allocate(exponents * point_block)) {}
+      length_((static_cast<std::size_t>(exponents) + ordinates) * partial_sums),
+      storage_(allocate(2 * length_ + exponents * point_block)),
+      sums_(as_doubles(storage_.get())),
+      next_(sums_ + length_) {
+  std::fill_n(sums_, length_, 0.0);
+}
 
+// The quick sums are made beside the present ones, which are still there when they do not do.
 void power_sums::flush() {
   if (filled_ == 0) return;
-  std::fill(x_ + filled_, x_ + point_block, 1.0);
+  std::fill(x_ + filled_, x_ + point_block, 0.0);
   std::fill(y_ + filled_, y_ + point_block, 0.0);
-  double* powers = as_doubles(powers_.get());
-  block_powers(x_, exponents_, powers);
-  clear_rows(powers, exponents_, filled_);
-  kernels_.add_powers(powers, y_, exponents_, ordinates_, as_doubles(sums_.get()));
+  if (chains_are_safe(x_, exponents_) && kernels_.add_quick_powers(x_, y_, exponents_, ordinates_, sums_, next_)) {
+    std::copy_n(sums_, partial_sums, next_);
+    next_[0] += static_cast<double>(filled_);
+    std::swap(sums_, next_);
+  } else {
+    double* powers = as_doubles(storage_.get()) + 2 * length_;
+    block_powers(x_, exponents_, powers);
+    clear_rows(powers, exponents_, filled_);
+    kernels_.add_powers(powers, y_, exponents_, ordinates_, sums_);
+  }
   filled_ = 0;
 }
 

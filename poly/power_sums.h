@@ -3,6 +3,7 @@
 
 #include "core/storage.h"
 #include "poly/kernels.h"
+#include "tessarn/vectors.h"
 
 namespace tessarn::detail {
 
@@ -24,37 +25,33 @@ class power_sums {
     filled_ += accepted;
     if (filled_ == point_block) flush();
   }
-  // Adds point_block points at once, if none is waiting and none is to be left out; false otherwise.
-  template <class Point, class Accept>
-  bool add_block(const Point* points, Accept accept) {
+  // Adds point_block points at once, if none is waiting and no abscissa is the marker or a NaN; false otherwise.
+  bool add_block(const vector* points, real marker) {
+    static_assert(sizeof(vector) == 3 * sizeof(double), "three doubles a point, as the kernel takes them");
     if (filled_ != 0) return false;
-    for (std::size_t i = 0; i < point_block; ++i) {
-      x_[i] = static_cast<double>(points[i].x);
-      y_[i] = static_cast<double>(points[i].y);
-    }
-    int left_out = 0;
-    for (const double x : x_) left_out |= !accept(x);
-    if (left_out) return false;
+    if (!kernels_.unpack_plane(reinterpret_cast<const double*>(points), static_cast<double>(marker), x_, y_)) return false;
     filled_ = point_block;
     flush();
     return true;
   }
   // To be called after the last point.
   void flush();
-  real power(unsigned e) const { return tree_sum(as_doubles(sums_.get()) + e * partial_sums); }
+  real power(unsigned e) const { return tree_sum(sums_ + e * partial_sums); }
   real moment(unsigned e) const { return power(exponents_ + e); }
 
  private:
   const poly_kernels& kernels_ = poly();
   const unsigned exponents_, ordinates_;
-  real_array sums_;
-  real_array powers_;
+  const std::size_t length_;
+  const real_array storage_;  // two sets of sums, and powers
+  double* sums_;
+  double* next_;
   std::size_t filled_ = 0;
   double x_[point_block], y_[point_block];
 };
 
-// Whether the chains of powers of a block of abscissas are safe up to the given exponent (core/power.h).
-bool chains_are_safe(const double* x, unsigned highest) noexcept;
+// Whether the chains of the powers below count of a block of abscissas are safe (core/power.h), or those of 0.
+bool chains_are_safe(const double* x, unsigned count) noexcept;
 
 // powers[e * point_block + i] = x[i]^e for a block of abscissas, whatever their range, and e below exponents.
 void block_powers(const double* x, unsigned exponents, double* powers);

@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/power.h"
 #include "poly/curve.h"
 #include "tessarn/poly.h"
 
@@ -13,6 +14,7 @@ using tessarn::real;
 using tessarn::detail::block_curvature;
 using tessarn::detail::block_values;
 using tessarn::detail::coefficients;
+using tessarn::detail::long_block;
 using tessarn::detail::point_block;
 using tessarn::detail::poly;
 
@@ -78,17 +80,22 @@ std::vector<real> curvature_derivative_numerator(coefficients p) {
   return first;
 }
 
-// What a scan evaluates, and the magnitude beyond which it finds nothing any more: a scan to infinity must end.
+// What a scan evaluates, and the magnitude beyond which it finds nothing any more: a scan to infinity must end. A whole
+// long block may be known to have one sign.
 struct value_scan {
   coefficients p;
   block_values f{p};
   real last_root() const { return root_bound(std::vector<real>(p.cof, p.cof + std::max<tessarn::slong>(p.n, 0))); }
+  bool one_sign(double first, double step) const {
+    return p.n > 0 && poly().one_sign(tessarn::detail::as_doubles(p.cof), static_cast<std::size_t>(p.n), first, step);
+  }
 };
 
 struct curvature_scan {
   coefficients p;
   block_curvature f{p, true};
   real last_root() const { return p.n < 1 ? 1 : root_bound(curvature_derivative_numerator(p)); }
+  bool one_sign(double, double) const { return false; }
 };
 
 enum class outcome { nothing, bracket, exact };
@@ -96,19 +103,24 @@ enum class outcome { nothing, bracket, exact };
 // Whether a scan includes its end.
 enum class interval { closed, half_open };
 
-// True when the additions first + step, + step, ... over a whole block all add the same multiple of the unit of first.
+// e of a number 2^(e - 1023) (1 + ...) in the normal range.
+int biased_exponent(double v) noexcept {
+  std::uint64_t bits;
+  std::memcpy(&bits, &v, sizeof bits);
+  return static_cast<int>((bits >> 52) & 0x7FF);
+}
+
+// True when count additions first + step, + step, ... all add the same multiple of the unit of first.
 // With first = k units and step = moved + rest, moved a multiple of the unit and |rest| below half of it, each sum of
 // the chain rounds to the exact first + i moved, as long as it stays among the numbers with this unit: the
 // abscissas are then independent. A rest of exactly half a unit would be rounded to even, now up and now down.
-bool steps_are_equal(double first, double step, double& moved) {
+bool steps_are_equal(double first, double step, std::size_t count, double& moved) {
   moved = (first + step) - first;
-  const double last = first + static_cast<double>(point_block) * moved;
-  int exponent = 0, last_exponent = 0;
+  const double last = first + static_cast<double>(count) * moved;
   if (!(std::fabs(first) >= 1e-290 && std::fabs(first) < 1e290 && std::fabs(last) < 1e290)) return false;
-  std::frexp(first, &exponent);
-  std::frexp(last, &last_exponent);
-  if (exponent != last_exponent || (first < 0) != (last < 0)) return false;
-  return std::fabs(step - moved) != std::ldexp(1.0, exponent - 54);
+  const int exponent = biased_exponent(first);
+  if (biased_exponent(last) != exponent || (first < 0) != (last < 0)) return false;
+  return std::fabs(step - moved) != tessarn::detail::power_of_two(exponent - 53);
 }
 
 // The abscissas x, x + step, ... are a chain of additions; the samples are independent and evaluated a block at a
@@ -119,7 +131,7 @@ struct samples {
 
   void continue_from(double first, double step) {
     double moved = 0;
-    if (steps_are_equal(first, step, moved)) {
+    if (steps_are_equal(first, step, point_block, moved)) {
       for (std::size_t i = 0; i < point_block; ++i) x[i] = first + static_cast<double>(static_cast<int>(i)) * moved;
       return;
     }
@@ -130,6 +142,17 @@ struct samples {
   }
 };
 
+// Passes over long blocks in which the samples rise to below the end and have one sign. Gives the sample to go on from.
+template <class Function>
+double skipped(const Function& function, double first, double step, double end) {
+  for (double moved = 0; steps_are_equal(first, step, long_block, moved) && moved > 0;) {
+    const double last = first + static_cast<double>(long_block - 1) * moved;
+    if (!(last < end) || !function.one_sign(first, moved)) break;
+    first = last;
+  }
+  return first;
+}
+
 // Walks x = a, a + step, ... up to b until the function changes sign between two neighbours or is exactly 0: the first
 // decision that a walk sample by sample would take. A step that no longer moves x ends the scan, as does a NaN.
 template <class Function>
@@ -137,8 +160,8 @@ outcome scan(const Function& function, real a, real b, real step, interval kind,
   const bool bounded = b < std::numeric_limits<real>::infinity();
   const auto end = static_cast<double>(bounded ? b : std::max(a, function.last_root()) + step);
   samples s;
-  s.continue_from(static_cast<double>(a), static_cast<double>(step));
-  for (;; s.continue_from(s.x[point_block - 1], static_cast<double>(step))) {
+  for (auto from = static_cast<double>(a);; from = s.x[point_block - 1]) {
+    s.continue_from(skipped(function, from, static_cast<double>(step), end), static_cast<double>(step));
     function.f(s.x, s.f);
     const std::size_t i = poly().first_event(s.x, s.f, end, kind == interval::half_open);
     if (i == point_block - 1) continue;

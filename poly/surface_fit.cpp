@@ -34,19 +34,14 @@ class surface_sums {
         powers_(tessarn::detail::allocate(2 * side_ * point_block)) {}
 
   void run(const vector3d* pts, const real* w, tessarn::ulong n) {
+    static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
     for (tessarn::ulong first = 0; first < n; first += point_block) {
       const std::size_t count = std::min<std::size_t>(n - first, point_block);
-      for (std::size_t i = 0; i < count; ++i) {
-        const vector3d& p = pts[first + i];
-        x_[i] = static_cast<double>(p.x);
-        y_[i] = static_cast<double>(p.y);
-        z_[i] = static_cast<double>(w ? (w[first + i] * p.z) * w[first + i] : p.z);
-        w_[i] = static_cast<double>(w ? w[first + i] * w[first + i] : 1);
-      }
-      for (std::size_t i = count; i < point_block; ++i) {
-        x_[i] = y_[i] = 1;
-        z_[i] = w_[i] = 0;
-      }
+      if (count == point_block)
+        tessarn::detail::poly().unpack_space(reinterpret_cast<const double*>(pts + first), x_, y_, z_);
+      else
+        unpack_rest(pts + first, count);
+      if (w) apply_weights(w + first, count);
       add(w != nullptr, count);
     }
   }
@@ -55,6 +50,24 @@ class surface_sums {
   real moment(std::size_t j, std::size_t i) const { return sum(side_ * side_ + g_ * j + i); }
 
  private:
+  void unpack_rest(const vector3d* pts, std::size_t count) {
+    for (std::size_t i = 0; i < point_block; ++i) {
+      x_[i] = y_[i] = 1;
+      z_[i] = 0;
+      if (i >= count) continue;
+      x_[i] = static_cast<double>(pts[i].x);
+      y_[i] = static_cast<double>(pts[i].y);
+      z_[i] = static_cast<double>(pts[i].z);
+    }
+  }
+  // Makes w w and (w z) w of the weights and ordinates.
+  void apply_weights(const real* w, std::size_t count) {
+    for (std::size_t i = 0; i < point_block; ++i) {
+      const auto weight = static_cast<double>(i < count ? w[i] : 0);
+      z_[i] = (weight * z_[i]) * weight;
+      w_[i] = weight * weight;
+    }
+  }
   real sum(std::size_t k) const {
     return tessarn::detail::tree_sum(tessarn::detail::as_doubles(sums_.get()) + k * partial_sums);
   }

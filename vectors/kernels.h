@@ -12,6 +12,9 @@ struct list_kernels {
   // squared[i] = (y[i] - m)^2 for n points, m the mean of y[i - neighbours] .. y[i + neighbours], summed afresh in
   // ascending order from +0.0 and divided by their number.
   void (*squared_deviations)(const double* y, double* squared, size_t n);
+
+  // The ordinates of n plane points, each three doubles of which x and y are the last two.
+  void (*ordinates)(const double* points, size_t n, double* y);
 };
 
 namespace baseline {

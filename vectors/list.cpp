@@ -1,4 +1,4 @@
-// The point list: storage, sums and sorting.
+// The point list: storage and sums.
 #include <algorithm>
 #include <memory>
 #include <utility>
@@ -26,27 +26,6 @@ void copy_points(const vector* from, tessarn::ulong n, vector* to) {
 struct coordinates {
   real x, y;
 };
-
-bool belongs_after(const vector& a, const vector& b) { return a.x > b.x || (a.x == b.x && a.y > b.y); }
-
-bool has_nan(const vector* points, tessarn::ulong n) {
-  for (tessarn::ulong i = 0; i < n; ++i)
-    if (points[i].x != points[i].x || points[i].y != points[i].y) return true;
-  return false;
-}
-
-// The defined order of a list with NaN, where comparisons are not transitive and no faster sort agrees.
-void bubble_sort(vector* points, tessarn::ulong n) {
-  for (bool swapped = true; swapped;) {
-    swapped = false;
-    for (tessarn::ulong j = 0; j + 1 < n; ++j) {
-      if (!belongs_after(points[j], points[j + 1])) continue;
-      std::swap(points[j].x, points[j + 1].x);
-      std::swap(points[j].y, points[j + 1].y);
-      swapped = true;
-    }
-  }
-}
 
 }  // namespace
 
@@ -125,22 +104,6 @@ void vectormat::operator*=(real k) {
 
 void vectormat::flip() {
   for (tessarn::ulong i = 0; i < count; ++i) std::swap(points[i].x, points[i].y);
-}
-
-void vectormat::sort() {
-  if (count < 2) return;
-  if (has_nan(points, count)) return bubble_sort(points, count);
-  // Without NaN the order is a weak ordering, and a bubble sort never exchanges equals: a stable sort
-  // gives the same list.
-  std::unique_ptr<coordinates[]> packed(new coordinates[count]);
-  for (tessarn::ulong i = 0; i < count; ++i) packed[i] = {points[i].x, points[i].y};
-  std::stable_sort(packed.get(), packed.get() + count, [](const coordinates& a, const coordinates& b) {
-    return a.x < b.x || (a.x == b.x && a.y < b.y);
-  });
-  for (tessarn::ulong i = 0; i < count; ++i) {
-    points[i].x = packed[i].x;
-    points[i].y = packed[i].y;
-  }
 }
 
 vector vectormat::average() {

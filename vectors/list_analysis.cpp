@@ -28,6 +28,7 @@ real squared_deviation(const vector* points, std::size_t count, std::size_t i) {
 
 // Marks the points that deviate by more than limit; those whose neighbourhood is whole in blocks.
 void mark_deviating(const vector* points, std::size_t count, real limit, bool* marked) {
+  static_assert(sizeof(vector) == 3 * sizeof(double), "three doubles a point, as the kernel takes them");
   constexpr std::size_t block = 256;
   std::size_t i = 0;
   const auto one_by_one = [&](std::size_t end) {
@@ -37,7 +38,7 @@ void mark_deviating(const vector* points, std::size_t count, real limit, bool* m
   while (i + neighbours < count) {
     const std::size_t n = std::min(block, count - neighbours - i);
     double y[block + 2 * neighbours], squared[block];
-    for (std::size_t k = 0; k < n + 2 * neighbours; ++k) y[k] = static_cast<double>(points[i - neighbours + k].y);
+    tessarn::detail::list().ordinates(reinterpret_cast<const double*>(points + i - neighbours), n + 2 * neighbours, y);
     tessarn::detail::list().squared_deviations(y + neighbours, squared, n);
     for (std::size_t k = 0; k < n; ++k) marked[i + k] = squared[k] > limit;
     i += n;

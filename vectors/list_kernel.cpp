@@ -23,8 +23,18 @@ void squared_deviations(const double* y, double* squared, size_t n) {
   }
 }
 
+void ordinates(const double* points, size_t n, double* y) {
+  size_t i = 0;
+  for (; i + width <= n; i += width) {
+    vec abscissas, at;
+    load_plane_points(points + 3 * i, abscissas, at);
+    store(y + i, at);
+  }
+  for (; i < n; ++i) y[i] = points[3 * i + 2];
+}
+
 }  // namespace
 
-const list_kernels list_table = {squared_deviations};
+const list_kernels list_table = {squared_deviations, ordinates};
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/isa.h"
+#include "support/bits.h"
 #include "support/random.h"
 
 namespace {
@@ -61,8 +62,11 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
       z[k] = n[2];
     }
     geometry().residuals(distinct.arrays(), x, y, z, mean, cost);
+    double bounded_z[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
+    bounds(x, y, bounded_z, low, high);
     for (std::size_t k = 0; k < candidate_lanes; ++k) {
-      const interval i = bounds(x[k], y[k], z[k]);
+      ASSERT_BITS(bounded_z[k], z[k]);
+      const interval i = {low[k], high[k]};
       ASSERT_LE(i.low, cost[k]);
       ASSERT_GE(i.high, cost[k]);
       ++all;

@@ -52,6 +52,19 @@ TEST(Derivatives, OfAConstant) {
   }
 }
 
+// The fifth powers of odd numbers of 11 bits lie between two numbers, exactly or nearly.
+TEST(Derivatives, OfPowersBetweenTwoNumbers) {
+  const std::vector<double> c = {0, 1, 0, 0, 0, 0, 1, 1};
+  std::vector<double> x, y(500);
+  for (int i = 0; i < 500; ++i) x.push_back((1553 + 2 * i) * (i % 2 ? 1 : -0.125));
+  of(c).func_1(x.data(), y.data(), 500);
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    ASSERT_BITS(y[i], plain::func_1({c}, x[i]));
+    ASSERT_BITS(of(c).func_1(x[i]), y[i]);
+    ASSERT_BITS(of({0, 0, 0, 0, 0, 0, 1}).func_1(x[i]), plain::func_1({{0, 0, 0, 0, 0, 0, 1}}, x[i]));
+  }
+}
+
 TEST(Derivatives, TheFactorWrapsAt32Bits) {
   binom p;
   p.create(70001);
@@ -195,6 +208,25 @@ TEST(FindZero, AgreesWithThePlainForm) {
     if (x != -1.0) ++found;
   }
   EXPECT_GT(found, 500);
+}
+
+// Scans go in long strides where nothing happens: the sign may change, or the end come, anywhere in one.
+TEST(FindZero, LongScansAgreeWithThePlainForm) {
+  test::random_source r(117);
+  int found = 0;
+  for (int i = 0; i < 300; ++i) {
+    const double step = r.below(2) ? std::ldexp(1.0, -12) : r.uniform(1e-4, 1e-3);
+    const double a = r.uniform(-4, 4), zero = a + r.uniform(0, 4);
+    std::vector<double> c = {-zero, 1};
+    if (r.below(3) == 0) c = {zero * zero, -2 * zero, 1};            // touches, within rounding
+    if (r.below(3) == 0) c = {-zero * 0.5, 0.5 - zero * 0.25, 0.25};  // another zero at -2
+    if (r.below(20) == 0) c[0] = r.hostile();
+    const double b = a + (r.below(3) == 0 ? r.uniform(0, 4) : 5);
+    const double x = of(c).find_zero(a, b, step, step * 1e-3);
+    ASSERT_BITS(x, plain::find_zero({c}, a, b, step, step * 1e-3)) << "round " << i;
+    found += x != -1;
+  }
+  EXPECT_GT(found, 100);
 }
 
 // ---------------------------------------------------------------------------- curvature extremes

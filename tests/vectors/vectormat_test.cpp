@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <tessarn/vectors.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -200,6 +201,34 @@ TEST(VectormatSort, KeepsTheBubbleSortsResultForEveryInput) {
     l.sort();
     plain::bubble_sort(p);
     ASSERT_TRUE(same(l, p)) << "round " << round;
+  }
+}
+
+// Long lists are sorted digit by digit of x.
+TEST(VectormatSort, LongListsKeepTheOrderOfEquals) {
+  test::random_source r(53);
+  for (int round = 0; round < 60; ++round) {
+    const std::size_t n = 390 + r.below(1200);
+    std::vector<vec2> points;
+    const unsigned kind = r.below(5);
+    for (std::size_t i = 0; i < n; ++i) {
+      auto value = [&](unsigned k) {
+        if (k == 0) return test::draw(r);
+        if (k == 1) return r.uniform(-1, 1);
+        if (k == 2) return r.below(2) ? -0.0 : 0.0;
+        if (k == 3) return 1000 + static_cast<double>(r.below(100));  // most digits are shared
+        return static_cast<double>(r.below(9)) - 4;
+      };
+      double x = value(kind), y = value(r.below(4));
+      if (x != x || y != y) x = y = std::numeric_limits<double>::infinity();
+      points.push_back({x, y});
+    }
+    vectormat l;
+    fill(l, points);
+    l.sort();
+    std::stable_sort(points.begin(), points.end(),
+                     [](const vec2& a, const vec2& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
+    ASSERT_TRUE(same_points(l, points)) << "round " << round;
   }
 }
 
