@@ -103,6 +103,24 @@ def markdown(results):
     return f"{facts}\n\n{LEGEND}\n\n{markdown_table(results)}\n"
 
 
+SUMMARY_COLUMNS = ["operation", "size", "Tessarn", "best peer", "its time", "ratio", "to reach", "share"]
+
+
+def summary(results):
+    """A short table: our time and the best peer's."""
+    lines = ["| " + " | ".join(SUMMARY_COLUMNS) + " |",
+             "|" + "|".join("---" if c in TEXT_COLUMNS else "--:" for c in SUMMARY_COLUMNS) + "|"]
+    previous = None
+    for row in measured_rows(results):
+        full = dict(zip(COLUMNS, cells(results, row)))
+        full["its time"] = call_text(row.best_peer())
+        if full["operation"] == previous:
+            full["operation"] = ""
+        previous = row.operation
+        lines.append("| " + " | ".join(full[c] for c in SUMMARY_COLUMNS) + " |")
+    return machine_lines(results)[0] + " Times in nanoseconds.\n\n" + "\n".join(lines) + "\n"
+
+
 STYLE = """
 body { font: 15px/1.5 "Helvetica Neue", Helvetica, Arial, sans-serif; color: #1b2430; margin: 2.5em auto;
        max-width: 1500px; padding: 0 1.5em; }

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Runs both benchmark programs and writes the raw results, the table, the pictures and a page of them.
 
-Everything goes to the output directory: results-*.json (raw), table.md, plots/*.svg, index.html. The
-table is printed as well. With --update-docs it replaces the one in docs/benchmarks.md and README.md.
+Everything goes to the output directory: results-*.json (raw), table.md, summary.md, plots/*.svg,
+index.html. The two tables are printed as well. With --update-docs the full one replaces that in
+docs/benchmarks.md and the summary that in README.md.
 """
 
 import argparse
@@ -48,15 +49,13 @@ def run_program(program, options, output):
                    stderr=subprocess.DEVNULL)
 
 
-def update_documentation(text):
-    for path in (ROOT / "docs/benchmarks.md", ROOT / "README.md"):
-        if not path.exists() or BEGIN not in path.read_text():
-            continue
-        old = path.read_text()
-        new = re.sub(re.escape(BEGIN) + ".*?" + re.escape(END), lambda _: f"{BEGIN}\n{text}{END}", old,
-                     flags=re.DOTALL)
+def update_documentation(texts):
+    for name, text in texts.items():
+        path = ROOT / name
+        new = re.sub(re.escape(BEGIN) + ".*?" + re.escape(END), lambda _: f"{BEGIN}\n{text}{END}",
+                     path.read_text(), flags=re.DOTALL)
         path.write_text(new)
-        print(f"updated {path.relative_to(ROOT)}", file=sys.stderr)
+        print(f"updated {name}", file=sys.stderr)
 
 
 def main():
@@ -75,14 +74,17 @@ def main():
     results.check()
 
     text = report.markdown(results)
+    summary = report.summary(results)
     (options.output / "table.md").write_text(text)
+    (options.output / "summary.md").write_text(summary)
     pictures = plots.draw(results, options.output / "plots")
     (options.output / "index.html").write_text(
         report.page(results, [(title, f"plots/{name}") for title, name in pictures]))
     print(text)
+    print(summary)
     print(f"{options.output}/index.html shows the pictures", file=sys.stderr)
     if options.update_docs and not results.errors:
-        update_documentation(text)
+        update_documentation({"docs/benchmarks.md": text, "README.md": summary})
     for error in results.errors:
         print("error: " + error, file=sys.stderr)
     return 1 if results.errors else 0
