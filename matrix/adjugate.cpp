@@ -21,47 +21,50 @@ real minor_from_scratch(const real* m, std::size_t n, std::size_t j, std::size_t
   return determinant(minor.get(), n - 1);
 }
 
-// Shared eliminations leave the NaN rule out, and a NaN in one of them reaches the minor: entries that are NaN
-// are computed again from their own minors.
-void shared_adjugate(const real* m, std::size_t n, real q, real* dst) {
+// Shared eliminations leave the NaN rule out, and a NaN in one of them reaches the minor, or the determinant: those
+// that are NaN are computed again on their own.
+void invert_shared(const real* m, std::size_t n, real* dst) {
   const matrix_kernels& kernels = matrix();
   const real_array storage = allocate(kernels.adjugate_workspace(n) + 8);
   double* workspace = as_doubles(whole_cache_line(storage.get()));
-  kernels.adjugate(as_doubles(m), n, static_cast<double>(q), as_doubles(dst), workspace);
+  real whole = kernels.adjugate(as_doubles(m), n, as_doubles(dst), workspace);
+  if (whole != whole) whole = determinant(m, n);
+  const real q = 1 / whole;
   for (std::size_t i = 0; i < n; ++i)
     for (std::size_t j = 0; j < n; ++j) {
       real& entry = dst[i * n + j];
-      if (entry != entry) entry = minor_from_scratch(m, n, j, i) * sign_of(i, j) * q;
+      if (entry != entry) entry = minor_from_scratch(m, n, j, i) * sign_of(i, j);
+      entry *= q;
     }
+}
+
+// The minor without row j and column i of a matrix of up to four rows.
+real small_minor(const real* m, std::size_t n, std::size_t j, std::size_t i) {
+  if (n == 2) return m[(1 - j) * 2 + (1 - i)];
+  if (n == 3) {
+    const real* upper = m + (j == 0 ? 3 : 0);
+    const real* lower = m + (j == 2 ? 3 : 6);
+    const std::size_t a = i == 0 ? 1 : 0;
+    const std::size_t b = i == 2 ? 1 : 2;
+    const real f = (-1 / upper[a]) * lower[a];
+    const real eliminated = f * upper[b] + lower[b];
+    return upper[a] * (eliminated == eliminated ? eliminated : 0);
+  }
+  real rest[9];
+  real* to = rest;
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t c = 0; c < n; ++c)
+      if (r != j && c != i) *to++ = m[r * n + c];
+  return determinant(rest, 3);
 }
 
 }  // namespace
 
-void scaled_adjugate(const real* m, std::size_t n, real q, real* dst) {
-  if (n > 4) return shared_adjugate(m, n, q, dst);
+void invert_by_adjugate(const real* m, std::size_t n, real* dst) {
+  if (n > 4) return invert_shared(m, n, dst);
+  const real q = 1 / determinant(m, n);
   for (std::size_t i = 0; i < n; ++i)
-    for (std::size_t j = 0; j < n; ++j) {
-      real minor;
-      if (n == 2) {
-        minor = m[(1 - j) * 2 + (1 - i)];
-      } else if (n == 3) {
-        const real* upper = m + (j == 0 ? 3 : 0);
-        const real* lower = m + (j == 2 ? 3 : 6);
-        const std::size_t a = i == 0 ? 1 : 0;
-        const std::size_t b = i == 2 ? 1 : 2;
-        const real f = (-1 / upper[a]) * lower[a];
-        const real eliminated = f * upper[b] + lower[b];
-        minor = upper[a] * (eliminated == eliminated ? eliminated : 0);
-      } else {
-        real rest[9];
-        real* to = rest;
-        for (std::size_t r = 0; r < n; ++r)
-          for (std::size_t c = 0; c < n; ++c)
-            if (r != j && c != i) *to++ = m[r * n + c];
-        minor = determinant(rest, 3);
-      }
-      dst[i * n + j] = minor * sign_of(i, j) * q;
-    }
+    for (std::size_t j = 0; j < n; ++j) dst[i * n + j] = small_minor(m, n, j, i) * sign_of(i, j) * q;
 }
 
 }  // namespace tessarn::detail

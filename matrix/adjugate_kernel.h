@@ -198,7 +198,7 @@ TESSARN_INLINE void move_on(minor_walks& walks, size_t size) {
 // A group of walks with its border, room for their minors, the matrix itself.
 static size_t adjugate_workspace(size_t n) { return n * (2 * n + 2) * width + n * whole_stride(n); }
 
-static void adjugate(const double* m, size_t n, double q, double* dst, double* workspace) {
+static double adjugate(const double* m, size_t n, double* dst, double* workspace) {
   double* blocks = workspace;
   double* border = blocks + n * (n + 1) * width;
   double* room = border + n * width;
@@ -232,12 +232,13 @@ static void adjugate(const double* m, size_t n, double q, double* dst, double* w
       store(values, times_determinant(walks.block, size, walks.product, room));
       for (size_t l = 0; l < begun; ++l) {
         const size_t p = walk_index(first + l);
-        dst[loses_row(first + l) ? t * n + p : p * n + t] = values[l] * ((p + t) % 2 == 0 ? 1.0 : -1.0) * q;
+        dst[loses_row(first + l) ? t * n + p : p * n + t] = (p + t) % 2 == 0 ? values[l] : -values[l];
       }
       if (size == 0) break;
       move_on(walks, size);
     }
   }
+  return product * whole[(n - 1) * (whole_stride(n) + 1)];
 }
 
 }  // namespace tessarn::detail::TESSARN_ISA

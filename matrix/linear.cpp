@@ -24,8 +24,7 @@ void invert_square(const real_mat& a, real_mat& dst) {
   const std::size_t n = a.getWidth();
   real_array m = tessarn::detail::allocate(n * n);
   std::transform(a.getData(), a.getData() + n * n, m.get(), without_quiet_nan);
-  const real q = 1 / tessarn::detail::determinant(m.get(), n);
-  tessarn::detail::scaled_adjugate(m.get(), n, q, dst.getData());
+  tessarn::detail::invert_by_adjugate(m.get(), n, dst.getData());
 }
 
 // The reciprocals of the diagonal, 0 for an entry that is 0 or NaN, into the zeroed dst.
