@@ -20,23 +20,31 @@ struct complex_value {
   real re, im;
 };
 
-// A private copy of a square matrix with the parts apart, and room for a right-hand side as one more column.
+constexpr std::size_t stack_size = 16;  // up to here nothing is allocated
+
+// A private copy of a square matrix with the parts apart, and room for a right-hand side as one more column; zero
+// behind it.
 struct work_matrix {
   std::size_t n;
   std::size_t stride;
-  real_array parts;
+  real small[2 * stack_size * (stack_size + 1 + padding)];
+  real_array large;
   real* re;
   real* im;
 
   work_matrix(const cplx* a, std::size_t size)
       : n(size),
         stride(size + 1 + padding),
-        parts(tessarn::detail::allocate_zeroed(2 * size * stride)),
-        re(parts.get()),
+        large(size <= stack_size ? nullptr : tessarn::detail::allocate(2 * size * stride)),
+        re(large ? large.get() : small),
         im(re + size * stride) {
-    for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t r = 0; r < n; ++r) {
       for (std::size_t c = 0; c < n; ++c) put(r, c, a[r * n + c]);
+      std::fill_n(re + r * stride + n, 1 + padding, static_cast<real>(0));
+      std::fill_n(im + r * stride + n, 1 + padding, static_cast<real>(0));
+    }
   }
+  work_matrix(const work_matrix&) = delete;
   void put(std::size_t r, std::size_t c, const cplx& v) {
     re[r * stride + c] = v.re;
     im[r * stride + c] = v.im;
