@@ -153,34 +153,45 @@ static void complex_multiply(double* a, const double* b, size_t n, size_t step, 
   }
 }
 
-// Forward elimination without pivoting of rows x columns entries in rows of stride, columns <= stride - width: row r
-// becomes f row p + row r from the pivot's column on, f = entry / -pivot by the reciprocal of |pivot|^2 and 0
-// where that is exactly 0. The padding behind the columns is overwritten.
+// ROWS rows from row on: row r becomes f row p + row r, f = entry / -pivot by the reciprocal of |pivot|^2.
+struct complex_pivot {
+  const double *re, *im;  // row p
+  double q_re, q_im, square, reciprocal;
+};
+template <size_t ROWS>
+TESSARN_INLINE void complex_rows_step(const complex_pivot& pivot, double* re, double* im, size_t p, size_t columns,
+                                      size_t stride) {
+  vec f_re[ROWS], f_im[ROWS];
+  for (size_t r = 0; r < ROWS; ++r) {
+    const double entry_re = re[r * stride + p], entry_im = im[r * stride + p];
+    const bool zero = pivot.square == 0;
+    f_re[r] = broadcast(zero ? 0 : (entry_im * pivot.q_im + entry_re * pivot.q_re) * pivot.reciprocal);
+    f_im[r] = broadcast(zero ? 0 : (entry_im * pivot.q_re - entry_re * pivot.q_im) * pivot.reciprocal);
+  }
+  for (size_t c = p; c < columns; c += width) {
+    const vec u_re = load(pivot.re + c);
+    const vec u_im = load(pivot.im + c);
+    for (size_t r = 0; r < ROWS; ++r) {
+      double* to_re = re + r * stride + c;
+      double* to_im = im + r * stride + c;
+      store(to_re, (f_re[r] * u_re - f_im[r] * u_im) + load(to_re));
+      store(to_im, (f_re[r] * u_im + f_im[r] * u_re) + load(to_im));
+    }
+  }
+}
+
+// Forward elimination without pivoting of rows x columns entries in rows of stride, columns <= stride - width, from the
+// pivot's column on; the factor is 0 where |pivot|^2 is exactly 0. The padding behind the columns is overwritten.
 static void complex_eliminate(double* re, double* im, size_t rows, size_t columns, size_t stride) {
   for (size_t p = 0; p + 1 < rows; ++p) {
-    const double* upper_re = re + p * stride;
-    const double* upper_im = im + p * stride;
-    const double q_re = -upper_re[p];
-    const double q_im = -upper_im[p];
-    const double square = q_im * q_im + q_re * q_re;
-    const double reciprocal = 1 / square;
-    for (size_t r = p + 1; r < rows; ++r) {
-      double* row_re = re + r * stride;
-      double* row_im = im + r * stride;
-      double f_re = 0, f_im = 0;
-      if (!(square == 0)) {
-        f_re = (row_im[p] * q_im + row_re[p] * q_re) * reciprocal;
-        f_im = (row_im[p] * q_re - row_re[p] * q_im) * reciprocal;
-      }
-      const vec factor_re = broadcast(f_re);
-      const vec factor_im = broadcast(f_im);
-      for (size_t c = p; c < columns; c += width) {
-        const vec u_re = load(upper_re + c);
-        const vec u_im = load(upper_im + c);
-        store(row_re + c, (factor_re * u_re - factor_im * u_im) + load(row_re + c));
-        store(row_im + c, (factor_re * u_im + factor_im * u_re) + load(row_im + c));
-      }
-    }
+    complex_pivot pivot = {re + p * stride, im + p * stride, 0, 0, 0, 0};
+    pivot.q_re = -pivot.re[p];
+    pivot.q_im = -pivot.im[p];
+    pivot.square = pivot.q_im * pivot.q_im + pivot.q_re * pivot.q_re;
+    pivot.reciprocal = 1 / pivot.square;
+    size_t r = p + 1;
+    for (; r + 2 <= rows; r += 2) complex_rows_step<2>(pivot, re + r * stride, im + r * stride, p, columns, stride);
+    if (r < rows) complex_rows_step<1>(pivot, re + r * stride, im + r * stride, p, columns, stride);
   }
 }
 
