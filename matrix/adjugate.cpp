@@ -21,13 +21,12 @@ real minor_from_scratch(const real* m, std::size_t n, std::size_t j, std::size_t
   return determinant(minor.get(), n - 1);
 }
 
+constexpr std::size_t stack_size = 1280;  // up to so many reals the kernel works on the stack
+
 // Shared eliminations leave the NaN rule out, and a NaN in one of them reaches the minor, or the determinant: those
 // that are NaN are computed again on their own.
-void invert_shared(const real* m, std::size_t n, real* dst) {
-  const matrix_kernels& kernels = matrix();
-  const real_array storage = allocate(kernels.adjugate_workspace(n) + 8);
-  double* workspace = as_doubles(whole_cache_line(storage.get()));
-  real whole = kernels.adjugate(as_doubles(m), n, as_doubles(dst), workspace);
+void invert_shared(const real* m, std::size_t n, real* dst, real* workspace) {
+  real whole = matrix().adjugate(as_doubles(m), n, as_doubles(dst), as_doubles(workspace));
   if (whole != whole) whole = determinant(m, n);
   const real q = 1 / whole;
   for (std::size_t i = 0; i < n; ++i)
@@ -36,6 +35,16 @@ void invert_shared(const real* m, std::size_t n, real* dst) {
       if (entry != entry) entry = minor_from_scratch(m, n, j, i) * sign_of(i, j);
       entry *= q;
     }
+}
+
+void invert_shared(const real* m, std::size_t n, real* dst) {
+  const std::size_t size = matrix().adjugate_workspace(n);
+  if (size <= stack_size) {
+    alignas(64) real workspace[stack_size];
+    return invert_shared(m, n, dst, workspace);
+  }
+  const real_array storage = allocate(size + 8);
+  invert_shared(m, n, dst, whole_cache_line(storage.get()));
 }
 
 // The minor without row j and column i of a matrix of up to four rows.

@@ -22,9 +22,12 @@ namespace {
 
 void invert_square(const real_mat& a, real_mat& dst) {
   const std::size_t n = a.getWidth();
-  real_array m = tessarn::detail::allocate(n * n);
-  std::transform(a.getData(), a.getData() + n * n, m.get(), without_quiet_nan);
-  tessarn::detail::invert_by_adjugate(m.get(), n, dst.getData());
+  constexpr std::size_t small = 8;
+  real room[small * small];
+  const real_array large = n <= small ? nullptr : tessarn::detail::allocate(n * n);
+  real* m = large ? large.get() : room;
+  std::transform(a.getData(), a.getData() + n * n, m, without_quiet_nan);
+  tessarn::detail::invert_by_adjugate(m, n, dst.getData());
 }
 
 // The reciprocals of the diagonal, 0 for an entry that is 0 or NaN, into the zeroed dst.
