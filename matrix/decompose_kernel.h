@@ -21,8 +21,7 @@ struct decomposition {
   size_t m, n;                // rows and columns
   size_t u_stride, v_stride;  // of the columns
   bool tall;                  // the left rotations are collected in a matrix of their own
-  bool written;               // everything in the order of the published algorithm, so that the signs of pairs of columns,
-                              // which a sweep more or less would change, are its signs too
+  bool written;               // the sweeps in the order of the published algorithm, which for few columns costs nothing
   double* u;                  // the columns of U
   double* v;                  // and of V
   double* x;                  // what the left rotations work on: u, or for tall matrices n columns like those of V
@@ -38,8 +37,9 @@ struct decomposition {
   double norm;
 };
 
-// Many rows a column: rotating n columns of n rows and one product cost less than rotating those of U.
-TESSARN_INLINE bool is_tall(size_t m, size_t n) { return m >= 2 * n && m > block_rows; }
+// Many rows a column: rotating n columns of n rows and one product cost less than rotating those of U. One or two
+// columns are rotated in the written order.
+TESSARN_INLINE bool is_tall(size_t m, size_t n) { return n > 2 && m >= 2 * n && m > block_rows; }
 
 static size_t workspace(size_t m, size_t n) {
   const size_t columns = whole_blocks(n);
@@ -99,13 +99,9 @@ static double take(decomposition& d, const double* a) {
   return tree_sum(total);
 }
 
-// g and the denominator f g - s of the reflection of a vector that starts with f and has the sum of squares s.
-struct reflection {
-  double g, denominator;
-};
-TESSARN_INLINE reflection reflect_away(double f, double s) {
-  const double g = -with_sign(root(s), f);
-  return {g, f * g - s};
+TESSARN_INLINE void raise_norm(decomposition& d, size_t i) {
+  const double sum = magnitude(d.w[i]) + magnitude(d.rv1[i]);
+  if (d.norm < sum) d.norm = sum;
 }
 
 // Column i scaled by its sum of magnitudes, for squares that might overflow or vanish; the later columns
@@ -231,8 +227,7 @@ static void bidiagonalise(decomposition& d, bool scaled) {
       for (k += block_rows; k < d.m; k += block_rows) reflect_block<false>(d, i, k);
       for (size_t j = i + 1; j < d.n; ++j) d.u[j * d.u_stride + i] = d.row[j - i - 1] * scale;
     }
-    const double sum = magnitude(d.w[i]) + magnitude(d.rv1[i]);
-    if (d.norm < sum) d.norm = sum;
+    raise_norm(d, i);
   }
 }
 
@@ -279,99 +274,70 @@ static void accumulate_left(decomposition& d) {
   }
 }
 
-TESSARN_INLINE double sum_of_squares_3(const double* c) { return (c[0] * c[0] + c[1] * c[1]) + c[2] * c[2]; }
-
-// The reflections of a 3 x 3 matrix: those of columns 0 and 1 and of row 0. What reflects a single entry changes signs,
-// and does nothing to a zero.
-struct reflections_3 {
-  double c0[3], c1[3];  // of c1 rows 1 and 2
-  double r1, r2;
-  double row_sign, column_sign;
-};
-
-// The bidiagonal form of a 3 x 3 matrix, without heads and tails of blocks. False where a sum of squares is out of
-// range.
-static bool bidiagonalise_3(decomposition& d, const double* a, reflections_3& h) {
-  double c2[3];
-  for (size_t k = 0; k < 3; ++k) {
-    h.c0[k] = a[3 * k];
-    h.c1[k] = a[3 * k + 1];
-    c2[k] = a[3 * k + 2];
-  }
-  double* c0 = h.c0;
-  double* c1 = h.c1;
-  const double s0 = sum_of_squares_3(c0);
-  const double all = (s0 + sum_of_squares_3(c1)) + sum_of_squares_3(c2);
-  if (!(s0 >= smallest_square && all <= largest_square)) return false;
-  const reflection p0 = reflect_away(c0[0], s0);
-  c0[0] -= p0.g;
-  const double f1 = ((c0[0] * c1[0] + c0[1] * c1[1]) + c0[2] * c1[2]) / p0.denominator;
-  const double f2 = ((c0[0] * c2[0] + c0[1] * c2[1]) + c0[2] * c2[2]) / p0.denominator;
-  for (size_t k = 0; k < 3; ++k) {
-    c1[k] += f1 * c0[k];
-    c2[k] += f2 * c0[k];
-  }
-  const double s1 = c1[0] * c1[0] + c2[0] * c2[0];
-  if (!(s1 >= smallest_square)) return false;
-  const reflection p1 = reflect_away(c1[0], s1);
-  h.r1 = c1[0] - p1.g;
-  h.r2 = c2[0];
-  const double q1 = h.r1 / p1.denominator;
-  const double q2 = h.r2 / p1.denominator;
-  for (size_t k = 1; k < 3; ++k) {
-    const double product = h.r1 * c1[k] + h.r2 * c2[k];
-    c1[k] += product * q1;
-    c2[k] += product * q2;
-  }
-  const double s2 = c1[1] * c1[1] + c1[2] * c1[2];
-  if (!(s2 >= smallest_square)) return false;
-  const reflection p2 = reflect_away(c1[1], s2);
-  c1[1] -= p2.g;
-  const double f3 = (c1[1] * c2[1] + c1[2] * c2[2]) / p2.denominator;
-  c2[1] += f3 * c1[1];
-  c2[2] += f3 * c1[2];
-  const double super = c2[1];
-  h.row_sign = super == 0 ? 1 : -1;
-  const double last = h.row_sign * c2[2];
-  h.column_sign = last == 0 ? 1 : -1;
-
-  d.w[0] = p0.g;
-  d.w[1] = p2.g;
-  d.w[2] = h.column_sign * last;
+// One or two columns, and 3 x 3 matrices: everything scaled and in the order of the published algorithm, so that the
+// bits are its bits. The signs of pairs of columns depend on the number of sweeps, and that on roundings.
+static void bidiagonalise_narrow(decomposition& d) {
   d.rv1[0] = 0;
-  d.rv1[1] = p1.g;
-  d.rv1[2] = h.row_sign * super;
-  for (size_t i = 0; i < 3; ++i) {
-    const double sum = magnitude(d.w[i]) + magnitude(d.rv1[i]);
-    if (d.norm < sum) d.norm = sum;
+  d.w[0] = d.m > 0 ? scaled_column_step(d, 0) : 0;
+  raise_norm(d, 0);
+  if (d.n < 2) return;
+  double* c = d.u + d.u_stride;
+  const double scale = d.m > 0 ? magnitude(c[0]) : 0;
+  d.rv1[1] = 0;
+  if (scale != 0) {
+    double r = c[0] / scale;
+    const reflection p = reflect_away(r, r * r);
+    r -= p.g;
+    const double ratio = r / p.denominator;
+    for (size_t k = 1; k < d.m; ++k) c[k] += (0.0 + c[k] * r) * ratio;
+    c[0] = r * scale;
+    d.rv1[1] = scale * p.g;
   }
-  return true;
+  d.w[1] = d.m > 1 ? scaled_column_step(d, 1) : 0;
+  raise_norm(d, 1);
 }
 
-static void accumulate_3(decomposition& d, const reflections_3& h) {
-  const double v1 = 1 / d.rv1[1];
-  const double v2 = (h.r2 / h.r1) / d.rv1[1];
-  const double t = h.row_sign * h.r2;
-  double* v = d.v;
-  v[0] = 1;
-  v[d.v_stride + 1] = 1 + h.r1 * v1;
-  v[d.v_stride + 2] = h.r1 * v2;
-  v[2 * d.v_stride + 1] = t * v1;
-  v[2 * d.v_stride + 2] = h.row_sign + t * v2;
-
-  const double g1 = 1 / d.w[1];
-  const double t2 = ((h.c1[2] * h.column_sign) / h.c1[1]) * g1;
-  double u1[3] = {0, h.c1[1] * g1 + 1, h.c1[2] * g1};
-  double u2[3] = {0, t2 * h.c1[1], h.column_sign + t2 * h.c1[2]};
-  const double g0 = 1 / d.w[0];
-  const double t3 = ((h.c0[1] * u1[1] + h.c0[2] * u1[2]) / h.c0[0]) * g0;
-  const double t4 = ((h.c0[1] * u2[1] + h.c0[2] * u2[2]) / h.c0[0]) * g0;
-  for (size_t k = 0; k < block_rows; ++k) {
-    d.u[k] = k < 3 ? h.c0[k] * g0 : 0;
-    d.u[d.u_stride + k] = k < 3 ? u1[k] + t3 * h.c0[k] : 0;
-    d.u[2 * d.u_stride + k] = k < 3 ? u2[k] + t4 * h.c0[k] : 0;
+static void accumulate_narrow(decomposition& d) {
+  d.v[0] = 1;
+  if (d.n > 1) {
+    double& last = d.v[d.v_stride + 1];
+    const double r = d.u[d.u_stride];
+    last = 1;
+    if (d.rv1[1] != 0) last += r * ((1 + flaw(r)) / d.rv1[1]);
   }
-  d.u[0] += 1;
+  for (size_t i = d.m < d.n ? d.m : d.n; i-- > 0;) {
+    double* h = d.u + i * d.u_stride;
+    double* c = h + d.u_stride;
+    const bool later = i + 1 < d.n;
+    if (later) c[i] = 0;
+    if (d.w[i] != 0) {
+      const double g = 1 / d.w[i];
+      if (later) {
+        double sum = 0;
+        for (size_t k = i + 1; k < d.m; ++k) sum += h[k] * c[k];
+        const double f = (sum / h[i]) * g;
+        for (size_t k = i; k < d.m; ++k) c[k] += f * h[k];
+      }
+      for (size_t k = i; k < d.m; ++k) h[k] *= g;
+    } else {
+      for (size_t k = i; k < d.m; ++k) h[k] = 0;
+    }
+    h[i] += 1;
+  }
+}
+
+static void bidiagonalise_3(decomposition& d, const double* a) {
+  matrix_3 t;
+  reflect_3(t, a);
+  d.w[0] = t.w0;
+  d.w[1] = t.w1;
+  d.w[2] = t.w2;
+  d.rv1[0] = 0;
+  d.rv1[1] = t.e1;
+  d.rv1[2] = t.e2;
+  for (size_t i = 0; i < 3; ++i) raise_norm(d, i);
+  accumulate_right_3(t, d.v, d.v_stride);
+  accumulate_left_3(t, d.u, d.u_stride);
 }
 
 // Removes the superdiagonal entry l by rotations, since the diagonal entry before it is negligible.
@@ -566,14 +532,18 @@ static void write(decomposition& d, double* U, double* S, double* V) {
 static void decompose(const double* a, size_t m, size_t n, double* U, double* S, double* V, double* memory) {
   decomposition d;
   set_up(d, m, n, memory);
-  reflections_3 h;
-  if (m == 3 && n == 3 && bidiagonalise_3(d, a, h)) {
-    accumulate_3(d, h);
+  if (m == 3 && n == 3) {
+    bidiagonalise_3(d, a);
   } else {
     const double squares = take(d, a);
-    bidiagonalise(d, n <= 2 || !(squares >= smallest_square && squares <= largest_square));
-    accumulate_right(d);
-    accumulate_left(d);
+    if (n <= 2) {
+      bidiagonalise_narrow(d);
+      accumulate_narrow(d);
+    } else {
+      bidiagonalise(d, !(squares >= smallest_square && squares <= largest_square));
+      accumulate_right(d);
+      accumulate_left(d);
+    }
   }
   if (d.tall)
     for (size_t i = 0; i < n; ++i) d.x[i * d.x_stride + i] = 1;

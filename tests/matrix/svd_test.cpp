@@ -360,6 +360,14 @@ TEST_EVERY_BUILD(Decompose, VectorsAgreeWithThePlainForm) {
   EXPECT_GT(compared, 300u);
 }
 
+void expect_bits_of_the_plain_form(const plain::matrix& a, const char* what) {
+  const plain::decomposition want = plain::decompose(a);
+  const parts got = decomposed(a);
+  ASSERT_TRUE(same(got.u, want.u)) << "U of " << a.width << " x " << a.height << ", " << what;
+  ASSERT_TRUE(same(got.s, want.s)) << "S of " << a.width << " x " << a.height << ", " << what;
+  ASSERT_TRUE(same(got.v, want.v)) << "V of " << a.width << " x " << a.height << ", " << what;
+}
+
 // Zeros and equal values in every place of the smallest sizes.
 TEST_EVERY_BUILD(Decompose, SmallMatricesOfSmallIntegers) {
   for (u32 n : {2u, 3u}) {
@@ -372,10 +380,41 @@ TEST_EVERY_BUILD(Decompose, SmallMatricesOfSmallIntegers) {
         rest /= 3;
       }
       expect_valid(a, "of -1, 0 and 1");
-      const plain::decomposition want = plain::decompose(a);
-      const parts got = decomposed(a);
-      for (u32 i = 0; i < n; ++i) ASSERT_NEAR(got.s.get(i, i), want.s.get(i, i), 1e-14) << code;
+      expect_bits_of_the_plain_form(a, "of -1, 0 and 1");
     }
+  }
+}
+
+// 3 x 3 matrices, and one or two columns.
+plain::matrix small_matrix(u32 k, random_source& random, entries kind) {
+  if (k % 2 == 0) return random_matrix(3, 3, random, kind);
+  return random_matrix(1 + random.below(2), random.below(k % 16 == 1 ? 40 : 5), random, kind);
+}
+
+TEST_EVERY_BUILD(Decompose, SmallMatricesHaveTheBitsOfThePlainForm) {
+  random_source random(117);
+  for (u32 k = 0; k < 3000; ++k) {
+    for (entries kind : all_entries) expect_bits_of_the_plain_form(small_matrix(k, random, kind), "random");
+    plain::matrix a = small_matrix(k, random, entries::ordinary);
+    for (double& v : a.data) v = std::ldexp(v, static_cast<int>(random.below(2098)) - 1074);
+    expect_bits_of_the_plain_form(a, "of every magnitude");
+    a = small_matrix(k, random, entries::sparse);
+    for (double& v : a.data) v = std::ldexp(v, static_cast<int>(random.below(60)) - 1074);
+    expect_bits_of_the_plain_form(a, "subnormal");
+    a = small_matrix(k, random, entries::sparse);
+    for (double& v : a.data) v = std::ldexp(v, 1022 - static_cast<int>(random.below(12)));
+    expect_bits_of_the_plain_form(a, "huge");
+    a = small_matrix(k, random, entries::small_integers);
+    for (double& v : a.data) v = random.below(9) ? v : random.below(2) ? inf : -inf;
+    expect_bits_of_the_plain_form(a, "with infinities");
+    a = small_matrix(k, random, entries::ordinary);
+    const u32 at = random.below(a.width);
+    for (u32 y = 0; y < a.height; ++y) a.put(at, y, random.below(2) ? 0.0 : -0.0);
+    expect_bits_of_the_plain_form(a, "with a column of zeros");
+    a = small_matrix(k, random, entries::ordinary);
+    for (u32 x = 0; x < a.width && a.height > 0; ++x) a.put(x, k % a.height, random.below(2) ? 0.0 : -0.0);
+    expect_bits_of_the_plain_form(a, "with a row of zeros");
+    if (::testing::Test::HasFatalFailure()) return;
   }
 }
 
