@@ -46,7 +46,7 @@ static void update_behind(double* w, size_t n, size_t first, size_t last, double
 }
 
 static size_t elimination_workspace(size_t n) {
-  return n <= stepwise_limit ? 0 : row_block * depth + panel_width * n;
+  return n <= stepwise_limit ? 0 : packed_size(n, panel_width, n);
 }
 
 static void eliminate(double* w, size_t n, double* workspace) {

@@ -14,8 +14,7 @@ namespace {
 
 size_t multiply_workspace(size_t rows, size_t inner, size_t columns) {
   if (rows <= unpacked_limit && inner <= unpacked_limit && columns <= unpacked_limit) return 0;
-  const size_t count = inner < depth ? inner : depth;
-  return row_block * depth + count * columns;
+  return packed_size(rows, inner, columns);
 }
 
 void multiply(const double* a, const double* b, double* c, size_t rows, size_t inner, size_t columns,

@@ -162,13 +162,21 @@ TESSARN_INLINE void pack_rows(const double* a, size_t a_stride, size_t rows, siz
       for (size_t i = 0; i < tile_rows; ++i) *to++ = a[(r + i) * a_stride + k];
 }
 
+// Where the packed columns stand in the workspace, behind a block of packed rows; and all of it.
+TESSARN_INLINE size_t packed_rows(size_t rows, size_t inner) {
+  return (rows < row_block ? rows : row_block) * (inner < depth ? inner : depth);
+}
+TESSARN_INLINE size_t packed_size(size_t rows, size_t inner, size_t columns) {
+  return packed_rows(rows, inner) + (inner < depth ? inner : depth) * columns;
+}
+
 // c = c +- a b, or a b from zero, with packed copies in the workspace.
 template <tile_mode MODE>
 static void multiply_packed(const double* a, size_t a_stride, const double* b, size_t b_stride, double* c,
                             size_t c_stride, size_t rows, size_t inner, size_t columns, bool zero, bool rule,
                             double* workspace) {
   double* packed_a = workspace;
-  double* packed_b = workspace + row_block * depth;
+  double* packed_b = workspace + packed_rows(rows, inner);
   const size_t whole = columns - columns % width;
   for (size_t k0 = 0; k0 < inner; k0 += depth) {
     const size_t count = inner - k0 < depth ? inner - k0 : depth;

@@ -73,7 +73,8 @@ class TESSARN_API plane {
   /// search that starts from three extreme points and ends at steps of 1e-6, the origin the foot of the
   /// perpendicular from (0, 0, 0). All fields stay 0 for fewer than three distinct points or a null
   /// pointer; collinear points give NaN or zero fields. The normal of four or more distinct points
-  /// points to z >= 0; that of three is (p1 - p0) x (p2 - p0). Equal points count once.
+  /// points to z >= 0; that of three is (p1 - p0) x (p2 - p0). Equal points count once. Works on a packed
+  /// copy and a table to find equal points, together less than twice the size of the points.
   plane(vector3d* pts, ulong count);
   plane(const plane&) = default;
   virtual ~plane() = default;

@@ -16,7 +16,8 @@
 /// emplace_back() and growing are safe, push_back(p) and copying the std::vector share.
 ///
 /// Searches return -1.0 when they find nothing, which cannot be told from a result of -1.0. Results have
-/// the same bits everywhere. An operation that cannot allocate throws std::bad_alloc.
+/// the same bits everywhere. An operation that cannot allocate throws std::bad_alloc. Fits and searches
+/// work on memory for their coefficients and normal equations, whatever the number of points.
 class TESSARN_API binom {
   using real = tessarn::real;
   using ulong = tessarn::ulong;

@@ -6,6 +6,7 @@
 namespace {
 
 std::atomic<long> live{0};
+std::atomic<long long> requested{0};
 std::atomic<long> countdown{-1};
 std::atomic<bool> failed{false};
 
@@ -15,6 +16,7 @@ void* allocate(std::size_t size) {
     failed = true;
     return nullptr;
   }
+  requested += static_cast<long long>(size);
   void* p = std::malloc(size ? size : 1);
   if (p) ++live;
   return p;
@@ -32,6 +34,7 @@ void* allocate_aligned(std::size_t size, std::align_val_t alignment) {
     failed = true;
     throw std::bad_alloc();
   }
+  requested += static_cast<long long>(size);
   const auto a = static_cast<std::size_t>(alignment);
 #if defined(_WIN32)
   void* p = _aligned_malloc(size, a);
@@ -64,6 +67,8 @@ void release_aligned(void* p) noexcept {
 namespace test {
 
 long live_blocks() { return live; }
+
+long long requested_bytes() { return requested; }
 
 void fail_after(long k) {
   failed = false;

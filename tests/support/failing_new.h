@@ -9,6 +9,8 @@ namespace test {
 
 // The blocks that are allocated and not yet released.
 long live_blocks();
+// The bytes asked for since the program began.
+long long requested_bytes();
 // Lets the next k allocations succeed and the one after them fail, once.
 void fail_after(long k);
 // Ends the countdown; true when an allocation failed since fail_after.
