@@ -26,9 +26,10 @@ struct poly_kernels {
   // True when every magnitude of a block is 0, or at least low and below high.
   bool (*in_range)(const double* x, double low, double high);
 
-  // powers[e * point_block + i] = x[i]^e, correctly rounded, for e below exponents and a whole block of abscissas, each
-  // 0 or such that the chain of powers is safe (core/power.h). A power of 0 is a zero of either sign.
-  void (*powers)(const double* x, unsigned exponents, double* powers);
+  // powers[e * point_block + i] = x[i]^e, correctly rounded, for e from 2 to below exponents and a whole block of
+  // abscissas x = powers + point_block, each 0 or such that the chain of powers is safe (core/power.h). A power of 0 is
+  // a zero of either sign.
+  void (*powers)(unsigned exponents, double* powers);
 
   // Adds a block to sums in partial_sums lanes each, point i of the block to lane i mod partial_sums: to sum e the powers
   // e, for e below exponents, and to sum exponents + e the powers e times y, for e below ordinates. Where the block is
@@ -42,9 +43,14 @@ struct poly_kernels {
                            double* to);
 
   // As add_powers for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
-  // (py[j] px[i]) z to moment g j + i, for i and j below g. w may be null; px is 0 from the end of the block on.
+  // (py[j] px[i]) z to moment g j + i, for i and j below g. w may be null, and sum 0 is then of no use. Where the block is
+  // not full, px, py, w and z are 0 from the end on, but for the powers 0, which are 1.
   void (*add_products)(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
                        double* moments);
+
+  // The same for the grade 2 and n space points, each four doubles, n a multiple of partial_sums. A point's terms are
+  // (py[b] px[a]) (w w) and (py[j] px[i]) ((w z) w) where there are weights.
+  void (*add_points)(const double* points, const double* w, size_t n, double* sums, double* moments);
 
   // y[i] = p(x[i]) by a running power for a block of abscissas; y may be x.
   void (*values)(const double* cof, size_t count, const double* x, double* y);

@@ -30,34 +30,58 @@ class surface_sums {
   explicit surface_sums(tessarn::ulong g)
       : g_(g),
         side_(2 * g_ - 1),
-        sums_(tessarn::detail::allocate_zeroed((side_ * side_ + g_ * g_) * partial_sums)),
-        powers_(tessarn::detail::allocate(2 * side_ * point_block)) {}
+        storage_(tessarn::detail::allocate(cache_line + length() + 2 * rows() * point_block)),
+        sums_(tessarn::detail::as_doubles(tessarn::detail::whole_cache_line(storage_.get()))),
+        moments_(sums_ + side_ * side_ * partial_sums),
+        px_(sums_ + length()),
+        py_(px_ + rows() * point_block) {
+    std::fill_n(sums_, length(), 0.0);
+    std::fill_n(px_, point_block, 1.0);
+    std::fill_n(py_, point_block, 1.0);
+  }
 
   void run(const vector3d* pts, const real* w, tessarn::ulong n) {
     static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
-    for (tessarn::ulong first = 0; first < n; first += point_block) {
+    for (tessarn::ulong first = g_ == 2 ? add_whole_groups(pts, w, n) : 0; first < n; first += point_block) {
       const std::size_t count = std::min<std::size_t>(n - first, point_block);
       if (count == point_block)
-        tessarn::detail::poly().unpack_space(reinterpret_cast<const double*>(pts + first), x_, y_, z_);
+        kernels_.unpack_space(reinterpret_cast<const double*>(pts + first), x(), y(), z_);
       else
         unpack_rest(pts + first, count);
       if (w) apply_weights(w + first, count);
-      add(w != nullptr, count);
+      add(w != nullptr);
     }
+    if (w) return;
+    std::fill_n(sums_, partial_sums, 0.0);
+    sums_[0] = static_cast<double>(n);
   }
 
   real power(std::size_t b, std::size_t a) const { return sum(side_ * b + a); }
   real moment(std::size_t j, std::size_t i) const { return sum(side_ * side_ + g_ * j + i); }
 
  private:
+  static constexpr std::size_t cache_line = 64 / sizeof(real);
+
+  std::size_t length() const { return (side_ * side_ + g_ * g_) * partial_sums; }
+  // The powers 0 and 1 are always there.
+  std::size_t rows() const { return std::max<std::size_t>(side_, 2); }
+  double* x() { return px_ + point_block; }
+  double* y() { return py_ + point_block; }
+  // For the grade 2; gives the number of points that it has added.
+  tessarn::ulong add_whole_groups(const vector3d* pts, const real* w, tessarn::ulong n) {
+    constexpr tessarn::ulong part = 512;  // which stays in the cache where a kernel goes through it more than once
+    const tessarn::ulong end = n - n % partial_sums;
+    for (tessarn::ulong first = 0; first < end; first += part)
+      kernels_.add_points(reinterpret_cast<const double*>(pts + first),
+                          w ? tessarn::detail::as_doubles(w + first) : nullptr, std::min(part, end - first), sums_,
+                          moments_);
+    return end;
+  }
   void unpack_rest(const vector3d* pts, std::size_t count) {
     for (std::size_t i = 0; i < point_block; ++i) {
-      x_[i] = y_[i] = 1;
-      z_[i] = 0;
-      if (i >= count) continue;
-      x_[i] = static_cast<double>(pts[i].x);
-      y_[i] = static_cast<double>(pts[i].y);
-      z_[i] = static_cast<double>(pts[i].z);
+      x()[i] = i < count ? static_cast<double>(pts[i].x) : 0;
+      y()[i] = i < count ? static_cast<double>(pts[i].y) : 0;
+      z_[i] = i < count ? static_cast<double>(pts[i].z) : 0;
     }
   }
   // Makes w w and (w z) w of the weights and ordinates.
@@ -68,24 +92,21 @@ class surface_sums {
       w_[i] = weight * weight;
     }
   }
-  real sum(std::size_t k) const {
-    return tessarn::detail::tree_sum(tessarn::detail::as_doubles(sums_.get()) + k * partial_sums);
-  }
-  void add(bool weighted, std::size_t count) {
-    const auto exponents = static_cast<unsigned>(side_);
-    double* px = tessarn::detail::as_doubles(powers_.get());
-    double* py = px + side_ * point_block;
-    tessarn::detail::block_powers(x_, exponents, px);
-    tessarn::detail::block_powers(y_, exponents, py);
-    tessarn::detail::clear_rows(px, exponents, count);
-    double* sums = tessarn::detail::as_doubles(sums_.get());
-    tessarn::detail::poly().add_products(px, py, weighted ? w_ : nullptr, z_, static_cast<unsigned>(g_), sums,
-                                         sums + side_ * side_ * partial_sums);
+  real sum(std::size_t k) const { return tessarn::detail::tree_sum(sums_ + k * partial_sums); }
+  void add(bool weighted) {
+    tessarn::detail::block_powers(static_cast<unsigned>(side_), px_);
+    tessarn::detail::block_powers(static_cast<unsigned>(side_), py_);
+    kernels_.add_products(px_, py_, weighted ? w_ : nullptr, z_, static_cast<unsigned>(g_), sums_, moments_);
   }
 
+  const tessarn::detail::poly_kernels& kernels_ = tessarn::detail::poly();
   const std::size_t g_, side_;
-  real_array sums_, powers_;
-  double x_[point_block], y_[point_block], z_[point_block], w_[point_block];
+  const real_array storage_;  // the sums, and the powers of x and of y
+  double* const sums_;
+  double* const moments_;
+  double* const px_;
+  double* const py_;
+  alignas(64) double z_[point_block], w_[point_block];
 };
 
 // The sum in row r and column c depends on the exponents' sums only. Every sum that is a NaN becomes 0.
