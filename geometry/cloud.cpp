@@ -19,6 +19,13 @@ class bit_table {
  public:
   explicit bit_table(std::uint64_t least_bits)
       : shift_(64 - logarithm_from(least_bits)), words_(new std::uint64_t[(std::size_t{1} << (64 - shift_)) / 64]()) {}
+  void prefetch(std::uint64_t h) const {
+#if defined(__GNUC__) || defined(__clang__)
+    __builtin_prefetch(&words_[(h >> shift_) / 64], 1);
+#else
+    static_cast<void>(h);
+#endif
+  }
   // Whether the bit is set; it is from now on.
   bool test_and_set(std::uint64_t h) {
     std::uint64_t& word = words_[(h >> shift_) / 64];
@@ -35,11 +42,14 @@ class bit_table {
 };
 
 // The points, in their order, whose hash value another one shares, and perhaps some more: listed has room for one point
-// more than there are. Few points share a bit of a sparse table. Without branches: they could not be foreseen.
+// more than there are. Few points share a bit of a sparse table. Without branches: they could not be foreseen. Behind the
+// hash values there are 16 more to read.
 std::size_t list_suspects(const std::uint64_t* hashes, ulong count, ulong* listed) {
+  constexpr std::size_t ahead = 16;
   bit_table seen(16 * static_cast<std::uint64_t>(count));
   std::size_t found = 0;
   for (ulong i = 0; i < count; ++i) {
+    seen.prefetch(hashes[static_cast<std::size_t>(i) + ahead]);
     listed[found] = i;
     found += seen.test_and_set(hashes[i]);
   }
@@ -87,6 +97,7 @@ cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding
   {
     const std::unique_ptr<std::uint64_t[]> hashes(new std::uint64_t[n_ + padding]);
     geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_, hashes.get());
+    std::fill_n(hashes.get() + n_, padding, std::uint64_t{0});
     const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count);
     if (duplicate) remove(duplicate.get());
   }

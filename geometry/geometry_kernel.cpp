@@ -227,10 +227,16 @@ TESSARN_INLINE bits bits_of(vec v) {
 TESSARN_INLINE void store_bits(uint64_t* p, bits b) { *p = b; }
 #endif
 
-// A linear combination of the coordinates' bits; -0.0 becomes 0.0.
+// -0.0 becomes 0.0. Coordinates of few bits have them in the upper half only.
+TESSARN_INLINE bits folded_bits_of(vec v) {
+  const bits b = bits_of(v + 0.0);
+  return b ^ b >> 32;
+}
+
+// A linear combination of the coordinates' bits.
 TESSARN_INLINE bits hash_of(vec x, vec y, vec z) {
-  return bits_of(x + 0.0) * 0x9E3779B97F4A7C15u + bits_of(y + 0.0) * 0xBF58476D1CE4E5B9u +
-         bits_of(z + 0.0) * 0x94D049BB133111EBu;
+  return folded_bits_of(x) * 0x9E3779B97F4A7C15u + folded_bits_of(y) * 0xBF58476D1CE4E5B9u +
+         folded_bits_of(z) * 0x94D049BB133111EBu;
 }
 
 TESSARN_INLINE void unpack_points(const double* points, double* to, size_t stride, uint64_t* hash) {
