@@ -96,7 +96,8 @@ cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding
   real* to = coordinates_.get();
   {
     const std::unique_ptr<std::uint64_t[]> hashes(new std::uint64_t[n_ + padding]);
-    geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_, hashes.get());
+    geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_, hashes.get(),
+                      sums_);
     std::fill_n(hashes.get() + n_, padding, std::uint64_t{0});
     const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count);
     if (duplicate) remove(duplicate.get());
@@ -106,25 +107,17 @@ cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding
 
 void cloud::remove(const bool* marked) {
   std::size_t kept = 0;
+  std::fill_n(sums_, 3, 0.0);
   for (std::size_t i = 0; i < n_; ++i) {
     if (marked[i]) continue;
     for (std::size_t axis = 0; axis < 3; ++axis) {
       real* c = coordinates_.get() + axis * stride_;
       c[kept] = c[i];
+      sums_[axis] += static_cast<double>(c[i]);
     }
     ++kept;
   }
   n_ = kept;
-}
-
-vector3d cloud::centroid() const {
-  real sum_x = 0, sum_y = 0, sum_z = 0;
-  for (std::size_t i = 0; i < n_; ++i) {
-    sum_x += x()[i];
-    sum_y += y()[i];
-    sum_z += z()[i];
-  }
-  return vector3d(sum_x, sum_y, sum_z) / static_cast<real>(n_);
 }
 
 vector3d cloud::farthest_from(const vector3d& a) const {

@@ -248,12 +248,19 @@ TESSARN_INLINE void unpack_points(const double* points, double* to, size_t strid
   store_bits(hash, hash_of(x, y, z));
 }
 
-void unpack(const double* points, size_t n, double* to, size_t stride, uint64_t* hash) {
+// The sums go along: their additions wait for each other, the rest waits for the memory.
+void unpack(const double* points, size_t n, double* to, size_t stride, uint64_t* hash, double* sums) {
+  quad sum = all_lanes(0);
   size_t i = 0;
-  for (; i + width <= n; i += width) unpack_points(points + 4 * i, to + i, stride, hash + i);
+  for (; i + width <= n; i += width) {
+    unpack_points(points + 4 * i, to + i, stride, hash + i);
+    for (size_t k = i; k < i + width; ++k) sum = sum + load_point(points + 4 * k + 1);
+  }
   double rest[4 * width] = {};
   for (size_t k = 0; k < 4 * (n - i); ++k) rest[k] = k % 4 == 0 ? 0 : points[4 * i + k];
   if (i < n) unpack_points(rest, to + i, stride, hash + i);
+  for (; i < n; ++i) sum = sum + load_point(points + 4 * i + 1);
+  store_point(sums, sum);
 }
 
 }  // namespace

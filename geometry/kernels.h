@@ -55,7 +55,8 @@ struct geometry_kernels {
 
   // The coordinates of n space points, each four doubles of which they are the last three, to to[i], to[stride + i] and
   // to[2 stride + i], and a hash value of each, the same for both zeros. There is room for 32 more.
-  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint64_t* hash);
+  // The coordinates' sums in the order of the points, from +0.0, to sums.
+  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint64_t* hash, double* sums);
 };
 
 namespace baseline {
