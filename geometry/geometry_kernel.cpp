@@ -106,12 +106,13 @@ void add_cosines(const point_arrays& points, const double* x, const double* y, c
   add_squares<false>(points, x, y, z, cost);
 }
 
-// A running sum with its rounding errors (D. Knuth, The Art of Computer Programming 2, 4.2.2).
+// A running sum with its rounding errors (D. Knuth, The Art of Computer Programming 2, 4.2.2), of numbers or of vectors.
+template <class Number>
 struct accurate_sum {
-  double high, low;
-  TESSARN_MEMBER void add(double v) {
-    const double s = high + v;
-    const double part = s - high;
+  Number high, low;
+  TESSARN_MEMBER void add(Number v) {
+    const Number s = high + v;
+    const Number part = s - high;
     low += (high - (s - part)) + (v - part);
     high = s;
   }
@@ -137,15 +138,21 @@ TESSARN_INLINE void add_moments(const point_arrays& points, size_t i, const vec*
 
 void moments(const point_arrays& points, const double* reference, moment_sums* result) {
   const vec r[3] = {broadcast(reference[0]), broadcast(reference[1]), broadcast(reference[2])};
-  accurate_sum total[sums] = {};
+  accurate_sum<vec> lanes[sums] = {};
   size_t i = 0;
   while (i + width <= points.n) {
     vec sum[sums] = {};
     for (size_t k = 0; k < lane_depth && i + width <= points.n; ++k, i += width) add_moments(points, i, r, sum);
-    for (size_t s = 0; s < sums; ++s) {
-      double lane[width];
-      store(lane, sum[s]);
-      for (size_t k = 0; k < width; ++k) total[s].add(lane[k]);
+    for (size_t s = 0; s < sums; ++s) lanes[s].add(sum[s]);
+  }
+  accurate_sum<double> total[sums] = {};
+  for (size_t s = 0; s < sums; ++s) {
+    double high[width], low[width];
+    store(high, lanes[s].high);
+    store(low, lanes[s].low);
+    for (size_t k = 0; k < width; ++k) {
+      total[s].add(high[k]);
+      total[s].low += low[k];
     }
   }
   for (; i < points.n; ++i) {
