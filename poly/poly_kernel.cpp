@@ -148,7 +148,7 @@ bool add_quick_powers(const double* x, const double* y, unsigned exponents, unsi
   return done;
 }
 
-// One power of y times the powers of x, for the surfaces of a grade that is known here. Powers 0 are not multiplied with.
+// One power of y times the powers of x, for surfaces of a grade that is known here. Powers 0 are not multiplied with.
 template <size_t G, bool WEIGHTED>
 struct surface_row {
   static constexpr size_t side = 2 * G - 1;
@@ -187,19 +187,22 @@ template <size_t G>
 constexpr size_t most_rows = width < 8 ? 1 : G < 4 ? 3 : 2;
 
 template <size_t G, bool WEIGHTED, size_t FIRST>
-TESSARN_INLINE void add_surface_rows(const double* px, const double* py, const double* w, const double* z, double* sums,
-                                     double* moments) {
+TESSARN_INLINE void add_surface_rows(const surface_blocks& blocks, double* sums, double* moments) {
   constexpr size_t side = 2 * G - 1;
   constexpr size_t rows = side - FIRST < most_rows<G> ? side - FIRST : most_rows<G>;
   for (size_t v = 0; v < partial_sums; v += width) {
     surface_row<G, WEIGHTED> row[rows];
     TESSARN_UNROLL
     for (size_t r = 0; r < rows; ++r) row[r].load_from(sums + v, moments + v, FIRST + r);
-    for (size_t i = v; i < point_block; i += partial_sums) {
+    for (size_t at = v; at < blocks.count * point_block; at += partial_sums) {
+      const double* px = blocks.first + at / point_block * blocks.stride;
+      const double* py = px + blocks.rows * point_block;
+      const double* z = py + blocks.rows * point_block;
+      const size_t i = at % point_block;
       vec x[side];
       TESSARN_UNROLL
       for (size_t a = 1; a < side; ++a) x[a] = load(px + a * point_block + i);
-      const vec weight = WEIGHTED ? load(w + i) : vec{}, ordinate = FIRST < G ? load(z + i) : vec{};
+      const vec weight = WEIGHTED ? load(z + point_block + i) : vec{}, ordinate = FIRST < G ? load(z + i) : vec{};
       TESSARN_UNROLL
       for (size_t r = 0; r < rows; ++r) {
         const size_t b = FIRST + r;
@@ -209,7 +212,7 @@ TESSARN_INLINE void add_surface_rows(const double* px, const double* py, const d
     TESSARN_UNROLL
     for (size_t r = 0; r < rows; ++r) row[r].store_to(sums + v, moments + v, FIRST + r);
   }
-  if constexpr (FIRST + rows < side) add_surface_rows<G, WEIGHTED, FIRST + rows>(px, py, w, z, sums, moments);
+  if constexpr (FIRST + rows < side) add_surface_rows<G, WEIGHTED, FIRST + rows>(blocks, sums, moments);
 }
 
 // Sums of products that run side by side, with one y, w and z for all.
@@ -303,20 +306,22 @@ void add_points(const double* points, const double* w, size_t n, double* sums, d
 }
 
 template <bool WEIGHTED>
-TESSARN_INLINE void add_products_of(const double* px, const double* py, const double* w, const double* z, size_t g,
-                                    double* sums, double* moments) {
-  if (g == 2) return add_surface_rows<2, WEIGHTED, 0>(px, py, w, z, sums, moments);
-  if (g == 3) return add_surface_rows<3, WEIGHTED, 0>(px, py, w, z, sums, moments);
-  if (g == 4) return add_surface_rows<4, WEIGHTED, 0>(px, py, w, z, sums, moments);
-  add_all_products<WEIGHTED>(px, py, w, z, g, sums, moments);
+TESSARN_INLINE void add_products_of(const surface_blocks& blocks, size_t g, double* sums, double* moments) {
+  if (g == 2) return add_surface_rows<2, WEIGHTED, 0>(blocks, sums, moments);
+  if (g == 3) return add_surface_rows<3, WEIGHTED, 0>(blocks, sums, moments);
+  if (g == 4) return add_surface_rows<4, WEIGHTED, 0>(blocks, sums, moments);
+  for (size_t k = 0; k < blocks.count; ++k) {
+    const double* px = blocks.first + k * blocks.stride;
+    const double* z = px + 2 * blocks.rows * point_block;
+    add_all_products<WEIGHTED>(px, px + blocks.rows * point_block, z + point_block, z, g, sums, moments);
+  }
 }
 
-void add_products(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
-                  double* moments) {
-  if (w)
-    add_products_of<true>(px, py, w, z, g, sums, moments);
+void add_products(const surface_blocks& blocks, bool weighted, unsigned g, double* sums, double* moments) {
+  if (weighted)
+    add_products_of<true>(blocks, g, sums, moments);
   else
-    add_products_of<false>(px, py, w, z, g, sums, moments);
+    add_products_of<false>(blocks, g, sums, moments);
 }
 
 constexpr size_t value_vectors = 4;
@@ -521,8 +526,9 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 }  // namespace
 
-const poly_kernels poly_table = {unpack_plane,   unpack_space, in_range,       powers,      add_powers,   add_quick_powers, add_products, add_points,
-                                 values,         power_series, derivatives, curvature, curvature_derivative,
-                                 first_event,    one_sign,    surface_values, convolve};
+const poly_kernels poly_table = {unpack_plane, unpack_space,     in_range,       powers,       add_powers,
+                                 add_quick_powers, add_products, add_points,     values,       power_series,
+                                 derivatives,  curvature,        curvature_derivative, first_event, one_sign,
+                                 surface_values, convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA
