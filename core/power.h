@@ -16,15 +16,28 @@ struct double_double {
   real low;
 };
 
+// The lower 27 bits of the significand cleared. In a vector of two: the way of a number through an integer register is
+// long, and lies on the chains of powers.
+inline real leading_bits(real x) noexcept {
+#if defined(__GNUC__) || defined(__clang__)
+  typedef double two __attribute__((vector_size(16)));
+  typedef std::int64_t two_bits __attribute__((vector_size(16)));
+  const two v = {static_cast<double>(x), 0};
+  return ((two)((two_bits)v & ~(two_bits{} + 0x7FFFFFF)))[0];
+#else
+  std::uint64_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  bits &= ~std::uint64_t{0x7FFFFFF};
+  std::memcpy(&x, &bits, sizeof x);
+  return x;
+#endif
+}
+
 // x as the sum of its 26 leading bits and the rest of at most 27, as T. Dekker splits (A floating-point technique
 // for extending the available precision, 1971) but by cutting bits. Products of the parts are exact, but for the
 // last bit of that of two rests, which is 2^-106 of the whole.
 inline double_double split(real x) noexcept {
-  std::uint64_t bits;
-  std::memcpy(&bits, &x, sizeof bits);
-  bits &= ~std::uint64_t{0x7FFFFFF};
-  real high;
-  std::memcpy(&high, &bits, sizeof high);
+  const real high = leading_bits(x);
   return {high, x - high};
 }
 

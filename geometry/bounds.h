@@ -27,9 +27,10 @@ class residual_bounds {
   residual_bounds(const cloud& points, const vector3d& reference);
   // False where magnitudes are so extreme, or not finite, that the bounds say nothing.
   bool usable() const { return usable_; }
-  // For candidate_lanes normals with z = sqrt(1 - x^2 - y^2), which is given back; infinite where there is no z.
-  void operator()(const double* x, const double* y, double* z, double* low, double* high) const {
-    geometry().bound_residuals(form_, x, y, z, low, high);
+  // For the neighbours of a normal in a grid, whose coordinates are given back; infinite where there is no z.
+  void operator()(double centre_x, double centre_y, double step, double* x, double* y, double* z, double* low,
+                  double* high) const {
+    geometry().bound_residuals(form_, centre_x, centre_y, step, x, y, z, low, high);
   }
 
  private:

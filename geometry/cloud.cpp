@@ -19,6 +19,13 @@ class bit_table {
  public:
   explicit bit_table(std::uint64_t least_bits)
       : shift_(64 - logarithm_from(least_bits)), words_(new std::uint64_t[(std::size_t{1} << (64 - shift_)) / 64]()) {}
+  void prefetch(std::uint64_t h) const {
+#if defined(__GNUC__) || defined(__clang__)
+    __builtin_prefetch(&words_[(h >> shift_) / 64], 1);
+#else
+    static_cast<void>(h);
+#endif
+  }
   // Whether the bit is set; it is from now on.
   bool test_and_set(std::uint64_t h) {
     std::uint64_t& word = words_[(h >> shift_) / 64];
@@ -35,11 +42,14 @@ class bit_table {
 };
 
 // The points, in their order, whose hash value another one shares, and perhaps some more: listed has room for one point
-// more than there are. Few points share a bit of a sparse table. Without branches: they could not be foreseen.
+// more than there are. Few points share a bit of a sparse table. Without branches: they could not be foreseen. Behind the
+// hash values there are 16 more to read.
 std::size_t list_suspects(const std::uint64_t* hashes, ulong count, ulong* listed) {
+  constexpr std::size_t ahead = 16;
   bit_table seen(16 * static_cast<std::uint64_t>(count));
   std::size_t found = 0;
   for (ulong i = 0; i < count; ++i) {
+    seen.prefetch(hashes[static_cast<std::size_t>(i) + ahead]);
     listed[found] = i;
     found += seen.test_and_set(hashes[i]);
   }
@@ -86,7 +96,9 @@ cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding
   real* to = coordinates_.get();
   {
     const std::unique_ptr<std::uint64_t[]> hashes(new std::uint64_t[n_ + padding]);
-    geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_, hashes.get());
+    geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_, hashes.get(),
+                      sums_);
+    std::fill_n(hashes.get() + n_, padding, std::uint64_t{0});
     const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count);
     if (duplicate) remove(duplicate.get());
   }
@@ -95,25 +107,17 @@ cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding
 
 void cloud::remove(const bool* marked) {
   std::size_t kept = 0;
+  std::fill_n(sums_, 3, 0.0);
   for (std::size_t i = 0; i < n_; ++i) {
     if (marked[i]) continue;
     for (std::size_t axis = 0; axis < 3; ++axis) {
       real* c = coordinates_.get() + axis * stride_;
       c[kept] = c[i];
+      sums_[axis] += static_cast<double>(c[i]);
     }
     ++kept;
   }
   n_ = kept;
-}
-
-vector3d cloud::centroid() const {
-  real sum_x = 0, sum_y = 0, sum_z = 0;
-  for (std::size_t i = 0; i < n_; ++i) {
-    sum_x += x()[i];
-    sum_y += y()[i];
-    sum_z += z()[i];
-  }
-  return vector3d(sum_x, sum_y, sum_z) / static_cast<real>(n_);
 }
 
 vector3d cloud::farthest_from(const vector3d& a) const {

@@ -18,7 +18,7 @@ class cloud {
   point_arrays arrays() const { return {as_doubles(x()), as_doubles(y()), as_doubles(z()), n_}; }
 
   // The coordinate sums in the order of the points, times the reciprocal of their number.
-  vector3d centroid() const;
+  vector3d centroid() const { return vector3d(sums_[0], sums_[1], sums_[2]) / static_cast<real>(n_); }
   // The first of the points farthest from a, if farther than 0; else a.
   vector3d farthest_from(const vector3d& a) const;
   // The first of the points with the largest sum of distances from a and b, if larger than that of a; else a.
@@ -32,6 +32,7 @@ class cloud {
   void remove(const bool* marked);
 
   std::size_t n_;
+  double sums_[3];
   static constexpr std::size_t padding = 32;  // zeros, for the whole vectors of the kernels
   std::size_t stride_;
   real_array coordinates_;

@@ -60,10 +60,14 @@ void residuals(const point_arrays& points, const double* x, const double* y, con
 
 TESSARN_INLINE vec positive(vec v) { return select(v > vec{}, v, vec{}); }
 
-void bound_residuals(const residual_form& f, const double* from_x, const double* from_y, double* to_z, double* low,
-                     double* high) {
+// The neighbours are made here: eight numbers that were stored one by one would have to wait for each other to be loaded.
+void bound_residuals(const residual_form& f, double centre_x, double centre_y, double step, double* to_x, double* to_y,
+                     double* to_z, double* low, double* high) {
+  static const double columns[candidate_lanes] = {-1, 0, 1, -1, 1, -1, 0, 1};
+  static const double rows[candidate_lanes] = {-1, -1, -1, 0, 0, 1, 1, 1};
   for (size_t i = 0; i < candidate_lanes; i += width) {
-    const vec x = load(from_x + i), y = load(from_y + i);
+    // -0.0 becomes 0.0, as it does by adding 0 times a step.
+    const vec x = (centre_x + 0.0) + load(columns + i) * step, y = (centre_y + 0.0) + load(rows + i) * step;
     const vec z = square_root(1.0 - x * x - y * y);
     const mask feasible = (x * x + y * y <= broadcast(1)) & (z == z);
     const vec mean = f.mean[0] * x + f.mean[1] * y + f.mean[2] * z;
@@ -78,6 +82,8 @@ void bound_residuals(const residual_form& f, const double* from_x, const double*
     const vec moved = 2.2 * margin * root;
     const vec from = positive(least - moved);
     const vec to = greatest + f.mean_margin + moved + margin * margin;
+    store(to_x + i, x);
+    store(to_y + i, y);
     store(to_z + i, z);
     store(low + i, select(feasible, from * (1 - f.factor), broadcast(infinity)));
     store(high + i, select(feasible, to * (1 + f.factor), broadcast(infinity)));
@@ -106,12 +112,23 @@ void add_cosines(const point_arrays& points, const double* x, const double* y, c
   add_squares<false>(points, x, y, z, cost);
 }
 
-// A running sum with its rounding errors (D. Knuth, The Art of Computer Programming 2, 4.2.2).
+template <bool VECTOR>
+struct number {
+  typedef double type;
+};
+template <>
+struct number<true> {
+  typedef vec type;
+};
+
+// A running sum with its rounding errors (D. Knuth, The Art of Computer Programming 2, 4.2.2), of numbers or of vectors.
+template <bool VECTOR>
 struct accurate_sum {
-  double high, low;
-  TESSARN_MEMBER void add(double v) {
-    const double s = high + v;
-    const double part = s - high;
+  typedef typename number<VECTOR>::type term;
+  term high, low;
+  TESSARN_MEMBER void add(term v) {
+    const term s = high + v;
+    const term part = s - high;
     low += (high - (s - part)) + (v - part);
     high = s;
   }
@@ -137,15 +154,21 @@ TESSARN_INLINE void add_moments(const point_arrays& points, size_t i, const vec*
 
 void moments(const point_arrays& points, const double* reference, moment_sums* result) {
   const vec r[3] = {broadcast(reference[0]), broadcast(reference[1]), broadcast(reference[2])};
-  accurate_sum total[sums] = {};
+  accurate_sum<true> lanes[sums] = {};
   size_t i = 0;
   while (i + width <= points.n) {
     vec sum[sums] = {};
     for (size_t k = 0; k < lane_depth && i + width <= points.n; ++k, i += width) add_moments(points, i, r, sum);
-    for (size_t s = 0; s < sums; ++s) {
-      double lane[width];
-      store(lane, sum[s]);
-      for (size_t k = 0; k < width; ++k) total[s].add(lane[k]);
+    for (size_t s = 0; s < sums; ++s) lanes[s].add(sum[s]);
+  }
+  accurate_sum<false> total[sums] = {};
+  for (size_t s = 0; s < sums; ++s) {
+    double high[width], low[width];
+    store(high, lanes[s].high);
+    store(low, lanes[s].low);
+    for (size_t k = 0; k < width; ++k) {
+      total[s].add(high[k]);
+      total[s].low += low[k];
     }
   }
   for (; i < points.n; ++i) {
@@ -227,10 +250,16 @@ TESSARN_INLINE bits bits_of(vec v) {
 TESSARN_INLINE void store_bits(uint64_t* p, bits b) { *p = b; }
 #endif
 
-// A linear combination of the coordinates' bits; -0.0 becomes 0.0.
+// -0.0 becomes 0.0. Coordinates of few bits have them in the upper half only.
+TESSARN_INLINE bits folded_bits_of(vec v) {
+  const bits b = bits_of(v + 0.0);
+  return b ^ b >> 32;
+}
+
+// A linear combination of the coordinates' bits.
 TESSARN_INLINE bits hash_of(vec x, vec y, vec z) {
-  return bits_of(x + 0.0) * 0x9E3779B97F4A7C15u + bits_of(y + 0.0) * 0xBF58476D1CE4E5B9u +
-         bits_of(z + 0.0) * 0x94D049BB133111EBu;
+  return folded_bits_of(x) * 0x9E3779B97F4A7C15u + folded_bits_of(y) * 0xBF58476D1CE4E5B9u +
+         folded_bits_of(z) * 0x94D049BB133111EBu;
 }
 
 TESSARN_INLINE void unpack_points(const double* points, double* to, size_t stride, uint64_t* hash) {
@@ -242,12 +271,19 @@ TESSARN_INLINE void unpack_points(const double* points, double* to, size_t strid
   store_bits(hash, hash_of(x, y, z));
 }
 
-void unpack(const double* points, size_t n, double* to, size_t stride, uint64_t* hash) {
+// The sums go along: their additions wait for each other, the rest waits for the memory.
+void unpack(const double* points, size_t n, double* to, size_t stride, uint64_t* hash, double* sums) {
+  quad sum = all_lanes(0);
   size_t i = 0;
-  for (; i + width <= n; i += width) unpack_points(points + 4 * i, to + i, stride, hash + i);
+  for (; i + width <= n; i += width) {
+    unpack_points(points + 4 * i, to + i, stride, hash + i);
+    for (size_t k = i; k < i + width; ++k) sum = sum + load_point(points + 4 * k + 1);
+  }
   double rest[4 * width] = {};
   for (size_t k = 0; k < 4 * (n - i); ++k) rest[k] = k % 4 == 0 ? 0 : points[4 * i + k];
   if (i < n) unpack_points(rest, to + i, stride, hash + i);
+  for (; i < n; ++i) sum = sum + load_point(points + 4 * i + 1);
+  store_point(sums, sum);
 }
 
 }  // namespace

@@ -39,9 +39,10 @@ struct geometry_kernels {
   // These means, and the sums of the squares of that less the mean, likewise in order.
   void (*residuals)(const point_arrays& points, const double* x, const double* y, const double* z, double* mean,
                     double* cost);
-  // For eight normals (x, y, z) with z = sqrt(1 - x^2 - y^2): bounds of the sum of squares; infinite where there is no z.
-  void (*bound_residuals)(const residual_form& form, const double* x, const double* y, double* z, double* low,
-                          double* high);
+  // The eight neighbours of the centre, row by row, in the grid of the given step, x = centre_x + (-1, 0 or 1) step and y
+  // alike, with z = sqrt(1 - x^2 - y^2), and bounds of the sum of squares; infinite where there is no z.
+  void (*bound_residuals)(const residual_form& form, double centre_x, double centre_y, double step, double* x, double* y,
+                          double* z, double* low, double* high);
   // For eight vectors v: cost += 1 - (v . p)^2, or (v . p)^2, over the points in their order.
   void (*add_sines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
   void (*add_cosines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
@@ -55,7 +56,8 @@ struct geometry_kernels {
 
   // The coordinates of n space points, each four doubles of which they are the last three, to to[i], to[stride + i] and
   // to[2 stride + i], and a hash value of each, the same for both zeros. There is room for 32 more.
-  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint64_t* hash);
+  // The coordinates' sums in the order of the points, from +0.0, to sums.
+  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint64_t* hash, double* sums);
 };
 
 namespace baseline {

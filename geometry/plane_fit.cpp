@@ -47,12 +47,7 @@ class plane_search {
 
  private:
   void begin_grid(cell* cells, double step) const;
-  void place(cell& c, int k, double step) const {
-    c = cell();
-    c.x = current_.x + (k % 3 - 1) * step;
-    c.y = current_.y + (k / 3 - 1) * step;
-  }
-  void complete(cell* const* cells, std::size_t count) const;
+  void complete(cell* cells, const bool* known, double step) const;
   void shift(cell* cells, int best, double step) const;
   int best_of(cell* cells) const;
   bool cost_is_zero(cell& c) const;
@@ -77,38 +72,31 @@ real plane_search::offset() const {
   return mean[0];
 }
 
-// The third component and the cost of up to candidate_lanes cells.
-void plane_search::complete(cell* const* cells, std::size_t count) const {
-  double x[candidate_lanes] = {}, y[candidate_lanes] = {};
-  double z[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
-  for (std::size_t i = 0; i < count; ++i) {
-    x[i] = cells[i]->x;
-    y[i] = cells[i]->y;
-  }
-  bounds_(x, y, z, low, high);
-  for (std::size_t i = 0; i < count; ++i) {
-    cells[i]->z = z[i];
-    cells[i]->cost = {low[i], high[i]};
+// Fills those cells around the centre that are not known.
+void plane_search::complete(cell* cells, const bool* known, double step) const {
+  double x[candidate_lanes], y[candidate_lanes], z[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
+  bounds_(current_.x, current_.y, step, x, y, z, low, high);
+  for (std::size_t i = 0; i < candidate_lanes; ++i) {
+    const std::size_t k = i < std::size_t{centre} ? i : i + 1;
+    if (known[k]) continue;
+    cell& c = cells[k];
+    c.x = x[i];
+    c.y = y[i];
+    c.z = z[i];
+    c.cost = {low[i], high[i]};
+    c.evaluated = false;
     const bool exists = x[i] * x[i] + y[i] * y[i] <= 1 && z[i] == z[i];
-    if (!exists) cells[i]->cost = {infinity, infinity};
-    if (exists && !bounds_.usable()) evaluate_one(*cells[i]);
+    if (!exists) c.cost = {infinity, infinity};
+    if (exists && !bounds_.usable()) evaluate_one(c);
   }
 }
 
 // The centre is the present cell, once there is one of the search's own.
 void plane_search::begin_grid(cell* cells, double step) const {
-  cell* incomplete[9];
-  std::size_t count = 0;
-  for (int k = 0; k < 9; ++k) {
-    place(cells[k], k, step);
-    if (k != centre) incomplete[count++] = &cells[k];
-  }
-  complete(incomplete, count);
-  incomplete[0] = &cells[centre];
-  if (searched_)
-    cells[centre] = current_;
-  else
-    complete(incomplete, 1);
+  constexpr bool none[9] = {}, all_but_first[9] = {false, true, true, true, true, true, true, true, true};
+  if (!searched_) complete(cells, all_but_first, 0);  // the centre in place of its neighbour
+  cells[centre] = searched_ ? current_ : cells[0];
+  complete(cells, none, step);
 }
 
 // The sums themselves, for up to candidate_lanes cells in one pass over the points.
@@ -161,19 +149,14 @@ bool plane_search::cost_is_zero(cell& c) const {
 // The grid around the new centre; cells that stay in it keep what is known of them.
 void plane_search::shift(cell* cells, int best, double step) const {
   cell shifted[9];
-  cell* incomplete[9];
-  std::size_t count = 0;
+  bool known[9];
   for (int k = 0; k < 9; ++k) {
     const int i = k % 3 + best % 3 - 1;
     const int j = k / 3 + best / 3 - 1;
-    if (i >= 0 && i < 3 && j >= 0 && j < 3) {
-      shifted[k] = cells[3 * j + i];
-    } else {
-      place(shifted[k], k, step);
-      incomplete[count++] = &shifted[k];
-    }
+    known[k] = i >= 0 && i < 3 && j >= 0 && j < 3;
+    if (known[k]) shifted[k] = cells[3 * j + i];
   }
-  complete(incomplete, count);
+  complete(shifted, known, step);
   for (int k = 0; k < 9; ++k) cells[k] = shifted[k];
 }
 

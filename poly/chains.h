@@ -96,28 +96,33 @@ struct quick_chains {
 
   template <class Use>
   TESSARN_MEMBER bool run(const double* from, size_t count, const Use& use) {
-    if (count == 0) return true;
+    return none(doubts(from, count, use));
+  }
+  // Bits are set where there was doubt.
+  template <class Use>
+  TESSARN_MEMBER mask doubts(const double* from, size_t count, const Use& use) {
+    mask doubt = {};
+    if (count == 0) return doubt;
     for (size_t v = 0; v < GROUP; ++v) power[v] = broadcast(1);
     use(0, power);
-    if (count == 1) return true;
+    if (count == 1) return doubt;
     for (size_t v = 0; v < GROUP; ++v) {
       power[v] = x[v] = load(from + v * width);
       head[v] = x_head[v] = leading_bits(x[v] * broadcast(1 - 0x1p-25));
       rest[v] = x_rest[v] = x[v] - x_head[v];
     }
     use(1, power);
-    if (count == 2) return true;
+    if (count == 2) return doubt;
     // A square is rounded once as it is.
     for (size_t v = 0; v < GROUP; ++v) keep(v, x[v] * x[v], head[v] * x_head[v], remainder(v));
     use(2, power);
-    mask doubt = {};
     double margin = 2 * 0x1p-49;
     for (size_t e = 3; e < count; ++e) {
       margin += 0x1p-49;
       doubt |= step(margin, e + 1 < count);
       use(e, power);
     }
-    return none(doubt);
+    return doubt;
   }
 
  private:

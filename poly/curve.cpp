@@ -5,57 +5,6 @@
 #include "tessarn/poly.h"
 
 namespace tessarn::detail {
-namespace {
-
-// The powers 1, x, x^2, ... one after the other, each correctly rounded. Short chains are the quick ones of
-// poly/chains.h; a power in doubt is formed for itself.
-class power_chain {
- public:
-  power_chain(real x, slong highest) noexcept
-      : x_(x),
-        safe_(chain_is_safe(x, static_cast<unsigned>(highest))),
-        quick_(highest < 24),
-        halves_(quick_ ? cut(product(x, 1 - static_cast<real>(0x1p-25)), x) : split(x)) {}
-
-  real operator()(unsigned k) noexcept {
-    if (k == 0) return 1;
-    if (k == 1) {
-      w_ = quick_ ? halves_ : double_double{x_, 0};
-      return x_;
-    }
-    if (!safe_) return power(x_, k);
-    if (quick_) return quick_step(k);
-    w_ = times(w_, x_, halves_);
-    return w_.high;
-  }
-
- private:
-  // v as the leading bits of approximation and the rest.
-  static double_double cut(real approximation, real v) noexcept {
-    const real high = split(approximation).high;
-    return {high, v - high};
-  }
-  real quick_step(unsigned k) noexcept {
-    const real s = product(w_.high, halves_.high);
-    const real t = product(w_.high, halves_.low) + product(w_.low, x_);
-    real rounded = product(x_, x_);
-    if (k > 2) {
-      const real margin = static_cast<real>(k) * static_cast<real>(0x1p-49);
-      rounded = s + product(t, 1 + margin);
-      if (rounded != s + product(t, 1 - margin)) rounded = power(x_, k);
-    }
-    w_ = cut(rounded, s);
-    w_.low += t;
-    return rounded;
-  }
-
-  real x_;
-  bool safe_, quick_;
-  double_double halves_;
-  double_double w_{1, 0};
-};
-
-}  // namespace
 
 slong falling_factorial(slong i, unsigned k) noexcept {
   std::uint32_t f = 1;
@@ -63,26 +12,83 @@ slong falling_factorial(slong i, unsigned k) noexcept {
   return static_cast<slong>(f);
 }
 
-real derivative_at(coefficients p, unsigned k, real x) noexcept {
-  const auto first = static_cast<slong>(k);
-  if (p.n <= first) return 0;
-  power_chain powers(x, p.n - 1 - first);
+namespace {
+
+// v as the leading bits of approximation and the rest.
+inline double_double cut(real approximation, real v) noexcept {
+  const real high = leading_bits(approximation);
+  return {high, v - high};
+}
+
+// Gives the powers e = 0 .. highest of x to use(e, power), in this order, each correctly rounded. Short chains are the
+// quick ones of poly/chains.h; a power in doubt is formed for itself.
+template <class Use>
+inline void each_power(real x, slong highest, Use use) noexcept {
+  use(0, static_cast<real>(1));
+  if (highest < 1) return;
+  use(1, x);
+  if (highest < 2) return;
+  if (!chain_is_safe(x, static_cast<unsigned>(highest))) {
+    for (slong e = 2; e <= highest; ++e) use(e, power(x, static_cast<unsigned>(e)));
+    return;
+  }
+  if (highest >= 24) {
+    const double_double halves = split(x);
+    double_double w{x, 0};
+    for (slong e = 2; e <= highest; ++e) {
+      w = times(w, x, halves);
+      use(e, w.high);
+    }
+    return;
+  }
+  const double_double halves = cut(product(x, 1 - static_cast<real>(0x1p-25)), x);
+  const real square = product(x, x);
+  use(2, square);
+  double_double w = cut(square, product(halves.high, halves.high));
+  w.low += product(halves.high, halves.low) + product(halves.low, x);
+  real margin = static_cast<real>(0x1p-48);
+  for (slong e = 3; e <= highest; ++e) {
+    margin += static_cast<real>(0x1p-49);
+    const real s = product(w.high, halves.high);
+    const real t = product(w.high, halves.low) + product(w.low, x);
+    real rounded = s + product(t, 1 + margin);
+    if (rounded != s + product(t, 1 - margin)) rounded = power(x, static_cast<unsigned>(e));
+    use(e, rounded);
+    w = cut(rounded, s);
+    w.low += t;
+  }
+}
+
+template <unsigned K>
+real derivative(coefficients p, real x) noexcept {
   real s = 0;
-  for (slong i = first; i < p.n; ++i)
-    s += powers(static_cast<unsigned>(i - first)) * static_cast<real>(falling_factorial(i, k)) * p.cof[i];
+  each_power(x, p.n - 1 - static_cast<slong>(K), [&](slong e, real power) {
+    const slong i = e + static_cast<slong>(K);
+    s += power * static_cast<real>(falling_factorial(i, K)) * p.cof[i];
+  });
   return s;
+}
+
+}  // namespace
+
+real derivative_at(coefficients p, unsigned k, real x) noexcept {
+  if (p.n <= static_cast<slong>(k)) return 0;
+  switch (k) {
+    case 1: return derivative<1>(p, x);
+    case 2: return derivative<2>(p, x);
+    case 3: return derivative<3>(p, x);
+    default: return derivative<4>(p, x);
+  }
 }
 
 derivatives derivatives_at(coefficients p, real x) noexcept {
   derivatives d{0, 0, 0};
   if (p.n < 2) return d;
-  power_chain powers(x, p.n - 2);
-  for (slong e = 0; e + 1 < p.n; ++e) {
-    const real power = powers(static_cast<unsigned>(e));
+  each_power(x, p.n - 2, [&](slong e, real power) {
     d.first += power * static_cast<real>(falling_factorial(e + 1, 1)) * p.cof[e + 1];
     if (e + 2 < p.n) d.second += power * static_cast<real>(falling_factorial(e + 2, 2)) * p.cof[e + 2];
     if (e + 3 < p.n) d.third += power * static_cast<real>(falling_factorial(e + 3, 3)) * p.cof[e + 3];
-  }
+  });
   return d;
 }
 

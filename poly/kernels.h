@@ -16,6 +16,13 @@ inline constexpr size_t long_block = 1024;
 // order is free, and this one lets eight points be added at once in every build.
 inline constexpr size_t partial_sums = 8;
 
+// Blocks of the points of a surface, stride numbers apart. Each consists of rows of point_block numbers: the powers of x,
+// those of y, as many, then z and w.
+struct surface_blocks {
+  const double* first;
+  size_t count, rows, stride;
+};
+
 struct poly_kernels {
   // The coordinates of a block of plane points, each three doubles of which x and y are the last two. False where an x is
   // the marker or a NaN.
@@ -26,9 +33,10 @@ struct poly_kernels {
   // True when every magnitude of a block is 0, or at least low and below high.
   bool (*in_range)(const double* x, double low, double high);
 
-  // powers[e * point_block + i] = x[i]^e, correctly rounded, for e below exponents and a whole block of abscissas, each
-  // 0 or such that the chain of powers is safe (core/power.h). A power of 0 is a zero of either sign.
-  void (*powers)(const double* x, unsigned exponents, double* powers);
+  // powers[e * point_block + i] = x[i]^e, correctly rounded, for e from 2 to below exponents and a whole block of
+  // abscissas x = powers + point_block, each 0 or such that the chain of powers is safe (core/power.h). A power of 0 is
+  // a zero of either sign.
+  void (*powers)(unsigned exponents, double* powers);
 
   // Adds a block to sums in partial_sums lanes each, point i of the block to lane i mod partial_sums: to sum e the powers
   // e, for e below exponents, and to sum exponents + e the powers e times y, for e below ordinates. Where the block is
@@ -42,9 +50,13 @@ struct poly_kernels {
                            double* to);
 
   // As add_powers for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
-  // (py[j] px[i]) z to moment g j + i, for i and j below g. w may be null; px is 0 from the end of the block on.
-  void (*add_products)(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
-                       double* moments);
+  // (py[j] px[i]) z to moment g j + i, for i and j below g. Without weights w is not there, and sum 0 is of no use. Where
+  // a block is not full, px, py, w and z are 0 from the end on, but for the powers 0, which are 1.
+  void (*add_products)(const surface_blocks& blocks, bool weighted, unsigned g, double* sums, double* moments);
+
+  // The same for the grade 2 and n space points, each four doubles, n a multiple of partial_sums. A point's terms are
+  // (py[b] px[a]) (w w) and (py[j] px[i]) ((w z) w) where there are weights.
+  void (*add_points)(const double* points, const double* w, size_t n, double* sums, double* moments);
 
   // y[i] = p(x[i]) by a running power for a block of abscissas; y may be x.
   void (*values)(const double* cof, size_t count, const double* x, double* y);

@@ -15,12 +15,14 @@ constexpr size_t quick_count = 24;
 // All magnitudes of a block at least low and below high, or 0.
 bool in_range(const double* x, double low, double high) {
 #if defined(__GNUC__) || defined(__clang__)
+  // Magnitudes are ordered as their bits are, and differences of the bits are below 0 where one is out of range.
+  const mask least = (mask)broadcast(low), end = (mask)broadcast(high) - 1;
   mask outside = {};
   for (size_t i = 0; i < point_block; i += width) {
-    const vec magnitude = (vec)((mask)load(x + i) & (mask{} + INT64_MAX));
-    outside |= ~(magnitude < broadcast(high)) | ((magnitude < broadcast(low)) & (magnitude != vec{}));
+    const mask magnitude = (mask)absolute(load(x + i));
+    outside |= (end - magnitude) | ((magnitude - least) & (mask{} - magnitude));
   }
-  return none(outside);
+  return none(outside & (mask{} + INT64_MIN));
 #else
   bool all = true;
   for (size_t i = 0; i < point_block; ++i) {
@@ -67,12 +69,32 @@ TESSARN_INLINE void run_chains(const double* x, size_t count, const Use& use) {
 struct store_powers {
   double* to;
   TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
-    for (size_t v = 0; v < group; ++v) store(to + e * point_block + v * width, power[v]);
+    for (size_t v = 0; e > 1 && v < group; ++v) store(to + e * point_block + v * width, power[v]);
   }
 };
 
-void powers(const double* x, unsigned exponents, double* powers) {
-  for (size_t i = 0; i < point_block; i += group_points) run_chains<group>(x + i, exponents, store_powers{powers + i});
+// A block in which a chain is in doubt is run again with certain ones.
+TESSARN_INLINE void store_all_powers(unsigned exponents, double* powers) {
+  const double* x = powers + point_block;
+  mask doubt = {};
+  if (exponents <= quick_count) {
+    for (size_t i = 0; i < point_block; i += group_points) {
+      quick_chains<group> quick;
+      doubt |= quick.doubts(x + i, exponents, store_powers{powers + i});
+    }
+    if (none(doubt)) return;
+  }
+  for (size_t i = 0; i < point_block; i += group_points) {
+    certain_chains<group> certain;
+    certain.run(x + i, exponents, store_powers{powers + i});
+  }
+}
+
+// The numbers of the surfaces of grade 3 and 4 are known to the compiler.
+void powers(unsigned exponents, double* powers) {
+  if (exponents == 5) return store_all_powers(5, powers);
+  if (exponents == 7) return store_all_powers(7, powers);
+  store_all_powers(exponents, powers);
 }
 
 constexpr size_t sum_vectors = partial_sums / width;
@@ -124,6 +146,73 @@ bool add_quick_powers(const double* x, const double* y, unsigned exponents, unsi
     done = quick.run(x + i, exponents, add_to_sums{y + i, exponents, ordinates, from, to});
   }
   return done;
+}
+
+// One power of y times the powers of x, for surfaces of a grade that is known here. Powers 0 are not multiplied with.
+template <size_t G, bool WEIGHTED>
+struct surface_row {
+  static constexpr size_t side = 2 * G - 1;
+  vec sum[side], moment[G];
+
+  TESSARN_MEMBER void load_from(const double* sums, const double* moments, size_t b) {
+    TESSARN_UNROLL
+    for (size_t a = 0; a < side; ++a) sum[a] = load(sums + (side * b + a) * partial_sums);
+    if (b >= G) return;
+    TESSARN_UNROLL
+    for (size_t a = 0; a < G; ++a) moment[a] = load(moments + (G * b + a) * partial_sums);
+  }
+  TESSARN_MEMBER void store_to(double* sums, double* moments, size_t b) const {
+    TESSARN_UNROLL
+    for (size_t a = 0; a < side; ++a) store(sums + (side * b + a) * partial_sums, sum[a]);
+    if (b >= G) return;
+    TESSARN_UNROLL
+    for (size_t a = 0; a < G; ++a) store(moments + (G * b + a) * partial_sums, moment[a]);
+  }
+  TESSARN_MEMBER void add(size_t b, vec y, const vec* x, vec w, vec z) {
+    TESSARN_UNROLL
+    for (size_t a = 0; a < side; ++a) {
+      const bool is_one = a == 0 && b == 0;
+      const vec basis = a == 0 ? y : b == 0 ? x[a] : y * x[a];
+      if (WEIGHTED)
+        sum[a] += is_one ? w : basis * w;
+      else if (!is_one)
+        sum[a] += basis;
+      if (a < G && b < G) moment[a] += is_one ? z : basis * z;
+    }
+  }
+};
+
+// As many powers of y side by side as there are registers for their sums.
+template <size_t G>
+constexpr size_t most_rows = width < 8 ? 1 : G < 4 ? 3 : 2;
+
+template <size_t G, bool WEIGHTED, size_t FIRST>
+TESSARN_INLINE void add_surface_rows(const surface_blocks& blocks, double* sums, double* moments) {
+  constexpr size_t side = 2 * G - 1;
+  constexpr size_t rows = side - FIRST < most_rows<G> ? side - FIRST : most_rows<G>;
+  for (size_t v = 0; v < partial_sums; v += width) {
+    surface_row<G, WEIGHTED> row[rows];
+    TESSARN_UNROLL
+    for (size_t r = 0; r < rows; ++r) row[r].load_from(sums + v, moments + v, FIRST + r);
+    for (size_t at = v; at < blocks.count * point_block; at += partial_sums) {
+      const double* px = blocks.first + at / point_block * blocks.stride;
+      const double* py = px + blocks.rows * point_block;
+      const double* z = py + blocks.rows * point_block;
+      const size_t i = at % point_block;
+      vec x[side];
+      TESSARN_UNROLL
+      for (size_t a = 1; a < side; ++a) x[a] = load(px + a * point_block + i);
+      const vec weight = WEIGHTED ? load(z + point_block + i) : vec{}, ordinate = FIRST < G ? load(z + i) : vec{};
+      TESSARN_UNROLL
+      for (size_t r = 0; r < rows; ++r) {
+        const size_t b = FIRST + r;
+        row[r].add(b, b == 0 ? vec{} : load(py + b * point_block + i), x, weight, ordinate);
+      }
+    }
+    TESSARN_UNROLL
+    for (size_t r = 0; r < rows; ++r) row[r].store_to(sums + v, moments + v, FIRST + r);
+  }
+  if constexpr (FIRST + rows < side) add_surface_rows<G, WEIGHTED, FIRST + rows>(blocks, sums, moments);
 }
 
 // Sums of products that run side by side, with one y, w and z for all.
@@ -183,12 +272,56 @@ TESSARN_INLINE void add_all_products(const double* px, const double* py, const d
   }
 }
 
-void add_products(const double* px, const double* py, const double* w, const double* z, unsigned g, double* sums,
-                  double* moments) {
+// For the grade 2, which needs no chains of powers, the sums stay in registers from the first point to the last.
+template <bool WEIGHTED>
+TESSARN_INLINE void add_points_of(const double* points, const double* w, size_t n, double* sums, double* moments) {
+  for (size_t v = 0; v < partial_sums; v += width) {
+    surface_row<2, WEIGHTED> row[3];
+    TESSARN_UNROLL
+    for (size_t b = 0; b < 3; ++b) row[b].load_from(sums + v, moments + v, b);
+    for (size_t i = v; i < n; i += partial_sums) {
+      vec x[3], y[3], z, weight = {};
+      load_space_points(points + 4 * i, x[1], y[1], z);
+      x[2] = x[1] * x[1];
+      y[2] = y[1] * y[1];
+      if (WEIGHTED) {
+        const vec factor = load(w + i);
+        z = (factor * z) * factor;
+        weight = factor * factor;
+      }
+      row[0].add(0, vec{}, x, weight, z);
+      row[1].add(1, y[1], x, weight, z);
+      row[2].add(2, y[2], x, weight, z);
+    }
+    TESSARN_UNROLL
+    for (size_t b = 0; b < 3; ++b) row[b].store_to(sums + v, moments + v, b);
+  }
+}
+
+void add_points(const double* points, const double* w, size_t n, double* sums, double* moments) {
   if (w)
-    add_all_products<true>(px, py, w, z, g, sums, moments);
+    add_points_of<true>(points, w, n, sums, moments);
   else
-    add_all_products<false>(px, py, w, z, g, sums, moments);
+    add_points_of<false>(points, w, n, sums, moments);
+}
+
+template <bool WEIGHTED>
+TESSARN_INLINE void add_products_of(const surface_blocks& blocks, size_t g, double* sums, double* moments) {
+  if (g == 2) return add_surface_rows<2, WEIGHTED, 0>(blocks, sums, moments);
+  if (g == 3) return add_surface_rows<3, WEIGHTED, 0>(blocks, sums, moments);
+  if (g == 4) return add_surface_rows<4, WEIGHTED, 0>(blocks, sums, moments);
+  for (size_t k = 0; k < blocks.count; ++k) {
+    const double* px = blocks.first + k * blocks.stride;
+    const double* z = px + 2 * blocks.rows * point_block;
+    add_all_products<WEIGHTED>(px, px + blocks.rows * point_block, z + point_block, z, g, sums, moments);
+  }
+}
+
+void add_products(const surface_blocks& blocks, bool weighted, unsigned g, double* sums, double* moments) {
+  if (weighted)
+    add_products_of<true>(blocks, g, sums, moments);
+  else
+    add_products_of<false>(blocks, g, sums, moments);
 }
 
 constexpr size_t value_vectors = 4;
@@ -393,8 +526,9 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 }  // namespace
 
-const poly_kernels poly_table = {unpack_plane,   unpack_space, in_range,       powers,      add_powers,   add_quick_powers, add_products,
-                                 values,         power_series, derivatives, curvature, curvature_derivative,
-                                 first_event,    one_sign,    surface_values, convolve};
+const poly_kernels poly_table = {unpack_plane, unpack_space,     in_range,       powers,       add_powers,
+                                 add_quick_powers, add_products, add_points,     values,       power_series,
+                                 derivatives,  curvature,        curvature_derivative, first_event, one_sign,
+                                 surface_values, convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -13,16 +13,13 @@ bool chains_are_safe(const double* x, unsigned count) noexcept {
   return poly().in_range(x, power_of_two(1023 - limit), power_of_two(1023 + limit));
 }
 
-void block_powers(const double* x, unsigned exponents, double* powers) {
-  if (chains_are_safe(x, exponents)) return poly().powers(x, exponents, powers);
-  for (unsigned e = 0; e < exponents; ++e)
+void block_powers(unsigned exponents, double* powers) {
+  const double* x = powers + point_block;
+  if (exponents < 3) return;
+  if (chains_are_safe(x, exponents)) return poly().powers(exponents, powers);
+  for (unsigned e = 2; e < exponents; ++e)
     for (std::size_t i = 0; i < point_block; ++i)
       powers[e * point_block + i] = static_cast<double>(power(x[i], e));
-}
-
-void clear_rows(double* powers, unsigned exponents, std::size_t filled) {
-  for (unsigned e = 0; filled < point_block && e < exponents; ++e)
-    std::fill(powers + e * point_block + filled, powers + (e + 1) * point_block, 0.0);
 }
 
 power_sums::power_sums(unsigned exponents, unsigned ordinates)
@@ -46,8 +43,10 @@ void power_sums::flush() {
     std::swap(sums_, next_);
   } else {
     double* powers = as_doubles(storage_.get()) + 2 * length_;
-    block_powers(x_, exponents_, powers);
-    clear_rows(powers, exponents_, filled_);
+    std::fill_n(powers, filled_, 1.0);
+    std::fill(powers + filled_, powers + point_block, 0.0);
+    if (exponents_ > 1) std::copy_n(x_, point_block, powers + point_block);
+    block_powers(exponents_, powers);
     kernels_.add_powers(powers, y_, exponents_, ordinates_, sums_);
   }
   filled_ = 0;

@@ -47,16 +47,14 @@ class power_sums {
   double* sums_;
   double* next_;
   std::size_t filled_ = 0;
-  double x_[point_block], y_[point_block];
+  alignas(64) double x_[point_block], y_[point_block];
 };
 
 // Whether the chains of the powers below count of a block of abscissas are safe (core/power.h), or those of 0.
 bool chains_are_safe(const double* x, unsigned count) noexcept;
 
-// powers[e * point_block + i] = x[i]^e for a block of abscissas, whatever their range, and e below exponents.
-void block_powers(const double* x, unsigned exponents, double* powers);
-
-// Zeros in the rows of powers behind the filled part of a block.
-void clear_rows(double* powers, unsigned exponents, std::size_t filled);
+// powers[e * point_block + i] = x[i]^e for a block of abscissas x = powers + point_block, whatever their range, and e
+// from 2 to below exponents.
+void block_powers(unsigned exponents, double* powers);
 
 }  // namespace tessarn::detail

@@ -24,68 +24,92 @@ constexpr slong largest_grade = 255;
 
 // The distinct sums of the normal equations, side * side sums of y^b x^a, a, b < side = 2 g - 1, and g * g moments of
 // y^j x^i z, each in partial sums over the points in their order. With weights a point's terms are (y^b x^a)(w w) and
-// (y^j x^i)((w z) w). The points pass through a block of fixed size.
+// (y^j x^i)((w z) w). The points pass through a few blocks of fixed size.
 class surface_sums {
  public:
   explicit surface_sums(tessarn::ulong g)
       : g_(g),
         side_(2 * g_ - 1),
-        sums_(tessarn::detail::allocate_zeroed((side_ * side_ + g_ * g_) * partial_sums)),
-        powers_(tessarn::detail::allocate(2 * side_ * point_block)) {}
-
-  void run(const vector3d* pts, const real* w, tessarn::ulong n) {
-    static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
-    for (tessarn::ulong first = 0; first < n; first += point_block) {
-      const std::size_t count = std::min<std::size_t>(n - first, point_block);
-      if (count == point_block)
-        tessarn::detail::poly().unpack_space(reinterpret_cast<const double*>(pts + first), x_, y_, z_);
-      else
-        unpack_rest(pts + first, count);
-      if (w) apply_weights(w + first, count);
-      add(w != nullptr, count);
+        storage_(tessarn::detail::allocate(cache_line + length() + most_blocks * stride())),
+        sums_(tessarn::detail::as_doubles(tessarn::detail::whole_cache_line(storage_.get()))),
+        moments_(sums_ + side_ * side_ * partial_sums),
+        blocks_(sums_ + length()) {
+    std::fill_n(sums_, length(), 0.0);
+    for (double* px = blocks_; px < blocks_ + most_blocks * stride(); px += stride()) {
+      std::fill_n(px, point_block, 1.0);
+      std::fill_n(px + rows() * point_block, point_block, 1.0);
     }
+  }
+
+  void run(const vector3d* pts, const real* w, std::size_t n) {
+    static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
+    std::size_t filled = 0;
+    for (std::size_t first = g_ == 2 ? add_whole_groups(pts, w, n) : 0; first < n; first += point_block) {
+      fill(blocks_ + filled * stride(), pts + first, w ? w + first : nullptr, std::min(n - first, point_block));
+      if (++filled < most_blocks && n - first > point_block) continue;
+      kernels_.add_products({blocks_, filled, rows(), stride()}, w != nullptr, static_cast<unsigned>(g_), sums_, moments_);
+      filled = 0;
+    }
+    if (w) return;
+    std::fill_n(sums_, partial_sums, 0.0);
+    sums_[0] = static_cast<double>(n);
   }
 
   real power(std::size_t b, std::size_t a) const { return sum(side_ * b + a); }
   real moment(std::size_t j, std::size_t i) const { return sum(side_ * side_ + g_ * j + i); }
 
  private:
-  void unpack_rest(const vector3d* pts, std::size_t count) {
+  static constexpr std::size_t cache_line = 64 / sizeof(real);
+  static constexpr std::size_t most_blocks = 2;
+
+  std::size_t length() const { return (side_ * side_ + g_ * g_) * partial_sums; }
+  // The powers 0, which are 1 all the time, and 1 are always there.
+  std::size_t rows() const { return std::max<std::size_t>(side_, 2); }
+  std::size_t stride() const { return (2 * rows() + 2) * point_block; }
+  // For the grade 2; gives the number of points that it has added.
+  std::size_t add_whole_groups(const vector3d* pts, const real* w, std::size_t n) {
+    constexpr std::size_t part = 512;  // which stays in the cache where a kernel goes through it more than once
+    const std::size_t end = n - n % partial_sums;
+    for (std::size_t first = 0; first < end; first += part)
+      kernels_.add_points(reinterpret_cast<const double*>(pts + first),
+                          w ? tessarn::detail::as_doubles(w + first) : nullptr, std::min(part, end - first), sums_,
+                          moments_);
+    return end;
+  }
+  void fill(double* px, const vector3d* pts, const real* w, std::size_t count) const {
+    double* py = px + rows() * point_block;
+    double* z = py + rows() * point_block;
+    if (count == point_block)
+      kernels_.unpack_space(reinterpret_cast<const double*>(pts), px + point_block, py + point_block, z);
+    else
+      unpack_rest(pts, count, px + point_block, py + point_block, z);
+    if (w) apply_weights(w, count, z);
+    tessarn::detail::block_powers(static_cast<unsigned>(side_), px);
+    tessarn::detail::block_powers(static_cast<unsigned>(side_), py);
+  }
+  static void unpack_rest(const vector3d* pts, std::size_t count, double* x, double* y, double* z) {
     for (std::size_t i = 0; i < point_block; ++i) {
-      x_[i] = y_[i] = 1;
-      z_[i] = 0;
-      if (i >= count) continue;
-      x_[i] = static_cast<double>(pts[i].x);
-      y_[i] = static_cast<double>(pts[i].y);
-      z_[i] = static_cast<double>(pts[i].z);
+      x[i] = i < count ? static_cast<double>(pts[i].x) : 0;
+      y[i] = i < count ? static_cast<double>(pts[i].y) : 0;
+      z[i] = i < count ? static_cast<double>(pts[i].z) : 0;
     }
   }
-  // Makes w w and (w z) w of the weights and ordinates.
-  void apply_weights(const real* w, std::size_t count) {
+  // Makes (w z) w of the ordinates, and w w behind them.
+  static void apply_weights(const real* w, std::size_t count, double* z) {
     for (std::size_t i = 0; i < point_block; ++i) {
       const auto weight = static_cast<double>(i < count ? w[i] : 0);
-      z_[i] = (weight * z_[i]) * weight;
-      w_[i] = weight * weight;
+      z[i] = (weight * z[i]) * weight;
+      z[point_block + i] = weight * weight;
     }
   }
-  real sum(std::size_t k) const {
-    return tessarn::detail::tree_sum(tessarn::detail::as_doubles(sums_.get()) + k * partial_sums);
-  }
-  void add(bool weighted, std::size_t count) {
-    const auto exponents = static_cast<unsigned>(side_);
-    double* px = tessarn::detail::as_doubles(powers_.get());
-    double* py = px + side_ * point_block;
-    tessarn::detail::block_powers(x_, exponents, px);
-    tessarn::detail::block_powers(y_, exponents, py);
-    tessarn::detail::clear_rows(px, exponents, count);
-    double* sums = tessarn::detail::as_doubles(sums_.get());
-    tessarn::detail::poly().add_products(px, py, weighted ? w_ : nullptr, z_, static_cast<unsigned>(g_), sums,
-                                         sums + side_ * side_ * partial_sums);
-  }
+  real sum(std::size_t k) const { return tessarn::detail::tree_sum(sums_ + k * partial_sums); }
 
+  const tessarn::detail::poly_kernels& kernels_ = tessarn::detail::poly();
   const std::size_t g_, side_;
-  real_array sums_, powers_;
-  double x_[point_block], y_[point_block], z_[point_block], w_[point_block];
+  const real_array storage_;  // the sums, and blocks
+  double* const sums_;
+  double* const moments_;
+  double* const blocks_;
 };
 
 // The sum in row r and column c depends on the exponents' sums only. Every sum that is a NaN becomes 0.

@@ -44,6 +44,39 @@ std::vector<vector3d> random_cloud(test::random_source& random, std::size_t n) {
   return points;
 }
 
+struct neighbours {
+  double x[candidate_lanes], y[candidate_lanes], z[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
+};
+
+TEST(residual_bounds, are_those_of_the_neighbours_row_by_row) {
+  test::random_source random(72);
+  const double inf = std::numeric_limits<double>::infinity();
+  for (int round = 0; round < 300; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    const auto points = random_cloud(random, 4 + random.below(30));
+    const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
+    const tessarn::detail::residual_bounds bounds(distinct, distinct.centroid());
+    const double x = random.uniform(), y = random.uniform(), step = 0.01 * random.uniform();
+    neighbours all;
+    bounds(x, y, step, all.x, all.y, all.z, all.low, all.high);
+    for (int k = 0; k < 9; ++k) {
+      if (k == 4) continue;
+      const int lane = k < 4 ? k : k - 1;
+      const double expected_x = x + (k % 3 - 1) * step, expected_y = y + (k / 3 - 1) * step;
+      ASSERT_BITS(all.x[lane], expected_x);
+      ASSERT_BITS(all.y[lane], expected_y);
+      neighbours one;
+      bounds(expected_x, expected_y, 0, one.x, one.y, one.z, one.low, one.high);
+      ASSERT_BITS(all.low[lane], one.low[lane]);
+      ASSERT_BITS(all.high[lane], one.high[lane]);
+      const bool outside = expected_x * expected_x + expected_y * expected_y > 1;
+      ASSERT_EQ(all.low[lane] == inf, outside);
+      ASSERT_EQ(all.high[lane] == inf, outside);
+    }
+  }
+  tessarn::detail::force_isa(isa::avx512);
+}
+
 TEST(residual_bounds, hold_the_sum_of_squares) {
   test::random_source random(71);
   int narrow = 0, all = 0;
@@ -62,11 +95,11 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
       z[k] = n[2];
     }
     geometry().residuals(distinct.arrays(), x, y, z, mean, cost);
-    double bounded_z[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
-    bounds(x, y, bounded_z, low, high);
     for (std::size_t k = 0; k < candidate_lanes; ++k) {
-      ASSERT_BITS(bounded_z[k], z[k]);
-      const interval i = {low[k], high[k]};
+      neighbours same;  // in a grid of step 0
+      bounds(x[k], y[k], 0, same.x, same.y, same.z, same.low, same.high);
+      ASSERT_BITS(same.z[k], z[k]);
+      const interval i = {same.low[k], same.high[k]};
       ASSERT_LE(i.low, cost[k]);
       ASSERT_GE(i.high, cost[k]);
       ++all;

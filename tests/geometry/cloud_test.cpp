@@ -65,6 +65,18 @@ TEST(Cloud, KeepsTheLastOfEqualPoints) {
 }
 
 // The first of the farthest ones, strictly farther than the start; distances that differ in the squares only are equal.
+TEST(Cloud, CentroidOfTheDistinctPointsInTheirOrder) {
+  test::random_source r(92);
+  for (int round = 0; round < 400; ++round) {
+    const std::vector<vector3d> points = drawn_points(r);
+    vector3d sum;
+    const std::vector<vector3d> kept = distinct(points);
+    for (const vector3d& p : kept) sum += p;
+    expect_point(cloud(points.data(), static_cast<tessarn::ulong>(points.size())).centroid(),
+                 sum / static_cast<double>(kept.size()));
+  }
+}
+
 TEST(Cloud, FarthestPoints) {
   test::random_source r(92);
   for (int round = 0; round < 600; ++round) {

@@ -382,6 +382,33 @@ TEST(SurfaceFit, AgreesWithThePlainForm) {
   }
 }
 
+// Several blocks of points and the rest of one, with coordinates that are 0, of few bits, or too large for quick chains.
+TEST(SurfaceFit, ManyPointsAgreeWithThePlainForm) {
+  test::random_source r(105);
+  const auto coordinate = [&r](bool wide) {
+    if (r.below(20) == 0) return r.below(2) ? 0.0 : -0.0;
+    if (r.below(4) == 0) return (static_cast<double>(r.below(65)) - 32) / 8;
+    return wide && r.below(50) == 0 ? r.uniform() * 0x1p200 : r.uniform(-3, 3);
+  };
+  for (int round = 0; round < 40; ++round) {
+    const unsigned g = 1 + r.below(6);
+    const bool wide = r.below(4) == 0;
+    const std::size_t n = g < 3 ? r.below(1300) : g < 5 ? r.below(300) : r.below(140);
+    std::vector<vec3> points;
+    std::vector<double> w;
+    for (std::size_t i = 0; i < n; ++i) {
+      points.push_back({coordinate(wide), coordinate(wide), r.uniform()});
+      w.push_back(r.below(10) == 0 ? 0.0 : r.uniform(-2, 2));
+    }
+    if (n == 0) continue;
+    if (r.below(5) == 0) points[r.below(static_cast<unsigned>(n))] = test::draw_vec3(r);
+    hyperbinom p = fitted(points, g);
+    ASSERT_TRUE(same(p, plain::fit_surface(points, {}, g))) << n << " points, grade " << g;
+    hyperbinom q = fitted(points, w, g);
+    ASSERT_TRUE(same(q, plain::fit_surface(points, w, g))) << n << " points with weights, grade " << g;
+  }
+}
+
 TEST(SurfaceFit, NanAndInfinitySums) {
   const std::vector<vec3> points{{nan, 1, 2}, {1, inf, 3}, {2, 2, -inf}, {3, 1, 1}};
   hyperbinom p = fitted(points, 2);
