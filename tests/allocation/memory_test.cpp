@@ -82,7 +82,7 @@ TEST_EVERY_BUILD(Memory, Points) {
     expect_within(bytes_of([&] { p.create(plane_points.data(), n, 3); }), 6144, "fit " + size);
     expect_within(bytes_of([&] { p.createtan(plane_points.data(), n, 4); }), 6144, "fit with tangents " + size);
     hyperbinom h;
-    expect_within(bytes_of([&] { h.create(a.data(), n, 2); }), 6144, "surface fit " + size);
+    expect_within(bytes_of([&] { h.create(a.data(), n, 2); }), 16384, "surface fit " + size);
     expect_within(bytes_of([&] { p.find_zero(-1, 1, 1e-4, 1e-9); }), 0, "find_zero " + size);
     expect_within(bytes_of([&] { plane fitted(a.data(), n); }), bytes(7.0 * n) + 1024, "plane fit " + size);
   }
