@@ -40,11 +40,12 @@ TESSARN_INLINE void joint_tile(lane_matrix t, lane_matrix to, size_t row, size_t
     for (size_t j = 0; j < COLUMNS; ++j) store(to.at(row + i, column + j), sum[i][j]);
 }
 
-template <size_t STEPS, size_t COLUMNS>
-TESSARN_INLINE void joint_tiles(lane_matrix t, lane_matrix to, size_t size, size_t column) {
-  size_t i = STEPS;
-  for (; i + 4 <= size; i += 4) joint_tile<STEPS, 4, COLUMNS>(t, to, i, column);
-  for (; i < size; ++i) joint_tile<STEPS, 1, COLUMNS>(t, to, i, column);
+// A block of rows from left to right, as they lie in memory.
+template <size_t STEPS, size_t ROWS>
+TESSARN_INLINE void joint_rows(lane_matrix t, lane_matrix to, size_t size, size_t row) {
+  size_t j = STEPS;
+  for (; j + 4 <= size; j += 4) joint_tile<STEPS, ROWS, 4>(t, to, row, j);
+  for (; j < size; ++j) joint_tile<STEPS, ROWS, 1>(t, to, row, j);
 }
 
 // The factors of a row, which depend on each other, in registers from step to step. Rows of the steps themselves have
@@ -84,11 +85,11 @@ static void eliminate_jointly(lane_matrix t, lane_matrix to, size_t size, vec& p
     product *= pivot;
     reciprocal[i] = broadcast(-1) / pivot;
   }
-  for (size_t i = STEPS; i < size; ++i) joint_factors<STEPS>(t, to, i, reciprocal);
-  for (size_t j = STEPS; j < size; ++j) joint_column<STEPS>(t, to, j);
-  size_t j = STEPS;
-  for (; j + 4 <= size; j += 4) joint_tiles<STEPS, 4>(t, to, size, j);
-  for (; j < size; ++j) joint_tiles<STEPS, 1>(t, to, size, j);
+  for (size_t k = STEPS; k < size; ++k) joint_factors<STEPS>(t, to, k, reciprocal);
+  for (size_t k = STEPS; k < size; ++k) joint_column<STEPS>(t, to, k);
+  size_t i = STEPS;
+  for (; i + 4 <= size; i += 4) joint_rows<STEPS, 4>(t, to, size, i);
+  for (; i < size; ++i) joint_rows<STEPS, 1>(t, to, size, i);
 }
 
 // product times the diagonal of the eliminated matrix, which stays in registers.

@@ -94,10 +94,11 @@ static real small_determinant(const real* a, std::size_t n) {
 
 static real determinant_of_any(const real* a, std::size_t n) {
   if (n <= stack_size) {
-    real w[stack_size * (stack_size + 1)];
+    alignas(64) real w[stack_size * (stack_size + 1)];
     return determinant_in(a, n, w);
   }
-  return determinant_in(a, n, allocate(n * n + matrix().elimination_workspace(n)).get());
+  const real_array storage = allocate(n * n + matrix().elimination_workspace(n) + 8);
+  return determinant_in(a, n, whole_cache_line(storage.get()));
 }
 
 real determinant(const real* a, std::size_t n) {

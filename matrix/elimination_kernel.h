@@ -8,7 +8,7 @@
 namespace tessarn::detail::TESSARN_ISA {
 
 // Matrices up to this size are eliminated step by step; larger ones in panels of this many columns.
-static constexpr size_t stepwise_limit = 96, panel_width = 32;
+static constexpr size_t stepwise_limit = 24, panel_width = 16;
 
 TESSARN_INLINE void add_multiple(double* row, double f, const double* upper, size_t first, size_t last) {
   const vec factor = broadcast(f);
@@ -46,7 +46,7 @@ static void update_behind(double* w, size_t n, size_t first, size_t last, double
 }
 
 static size_t elimination_workspace(size_t n) {
-  return n <= stepwise_limit ? 0 : packed_size(n, panel_width, n);
+  return n <= unpacked_limit + panel_width ? 0 : packed_size(n, panel_width, n);
 }
 
 static void eliminate(double* w, size_t n, double* workspace) {
