@@ -101,6 +101,36 @@ void solve_wrapped(const cplx* a, std::size_t n, column_view<cplx> rhs) {
   }
 }
 
+// The same for N equations, step by step on values that stay in registers.
+template <std::size_t N>
+void solve_small(const cplx* a, column_view<cplx> rhs) {
+  complex_value w[N][N + 1];
+  for (std::size_t r = 0; r < N; ++r) {
+    for (std::size_t c = 0; c < N; ++c) w[r][c] = {a[N * r + c].re, a[N * r + c].im};
+    w[r][N] = {rhs[r].re, rhs[r].im};
+  }
+  for (std::size_t p = 0; p + 1 < N; ++p) {
+    const complex_value q{-w[p][p].re, -w[p][p].im};
+    const real square = q.im * q.im + q.re * q.re;
+    const real reciprocal = 1 / square;
+    for (std::size_t r = p + 1; r < N; ++r) {
+      const complex_value e = w[r][p];
+      complex_value f{0, 0};
+      if (!(square == 0)) f = {(e.im * q.im + e.re * q.re) * reciprocal, (e.im * q.re - e.re * q.im) * reciprocal};
+      for (std::size_t c = p + 1; c <= N; ++c) {
+        const complex_value u = w[p][c];
+        w[r][c] = {(f.re * u.re - f.im * u.im) + w[r][c].re, (f.re * u.im + f.im * u.re) + w[r][c].im};
+      }
+    }
+  }
+  for (std::size_t i = N; i-- > 0;) {
+    const complex_value x = quotient_or_zero(w[i][N], w[i][i]);
+    rhs[i].re = x.re;
+    rhs[i].im = x.im;
+    for (std::size_t j = i; j-- > 0;) w[j][N] = without_product(w[j][N], x, w[j][i]);
+  }
+}
+
 }  // namespace
 
 cplx complex_sqmat::det() {
@@ -137,6 +167,8 @@ void complex_sqmat::solve(complex_mat& b) {
   if (n == 0 || b.getWidth() == 0 || b.getHeight() == 0) return;
   const column_view<cplx> rhs{b.getData(), b.getHeight(), b.getWidth()};
   if (rhs.height < n) return solve_wrapped(data, n, rhs);
+  if (n == 3) return solve_small<3>(data, rhs);
+  if (n == 4) return solve_small<4>(data, rhs);
   work_matrix w(data, n);
   for (std::size_t r = 0; r < n; ++r) w.put(r, n, rhs[r]);
   w.eliminate(n + 1);
