@@ -56,7 +56,7 @@ plain::poly plain_form(const coefficients& c) { return {values(c.begin(), c.end(
 void add_func(long n, double reach) {
   row<array_inputs> r("func over an array, 6 coefficients", n,
                       {3.0 * (count - 1) * double(n), 16.0 * double(n)});
-  r.reach(reach).agree({1e-13});
+  r.reach(reach).agree({1e-13}).note("ascending powers, not Horner's scheme");
   r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
     return in.y;
@@ -94,7 +94,7 @@ void add_func(long n, double reach) {
 void add_derivative(long n, double reach) {
   row<array_inputs> r("func_1 over an array, 6 coefficients", n,
                       {4.0 * (count - 1) * double(n), 16.0 * double(n)});
-  r.reach(reach).agree({1e-13});
+  r.reach(reach).agree({1e-13}).note("correctly rounded powers");
   r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func_1(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
     return in.y;
@@ -144,7 +144,7 @@ struct point_inputs {
 void add_point(long n, double reach) {
   row<point_inputs> r("func_1 by number of coefficients", n,
                       {4.0 * double(n - 1), 8.0 * double(n)});
-  r.reach(reach).agree({1e-12});
+  r.reach(reach).agree({1e-12}).note("correctly rounded powers");
   r.ours([](point_inputs& in, int i) { return in.p.func_1(in.x[std::size_t(i)]); });
   r.peer("other", "Horner", [](point_inputs& in, int i) {
     const double x = in.x[std::size_t(i)];

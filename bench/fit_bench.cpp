@@ -97,7 +97,7 @@ void add_fit(long n, double reach) {
   using inputs = fit_inputs<M>;
   row<inputs> r("fit, " + std::to_string(M) + " coefficients", n,
                 {(6.0 * M - 4) * double(n), sizeof(vector) * double(n)});
-  r.reach(reach).agree({1e-7});
+  r.reach(reach).agree({1e-7}).note("correctly rounded powers");
   r.ours([](inputs & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), index(in.n), M);
     return in.result;
@@ -156,7 +156,7 @@ void add_surface(double reach) {
   constexpr double n = double(inputs::n), distinct = (2 * G - 1) * (2 * G - 1);
   row<inputs> r("surface fit by grade, 10000 points", G,
                 {n * (2 * (2 * G - 3) + 2 * distinct + 2 * G * G), sizeof(vector3d) * n});
-  r.reach(reach).agree({1e-7});
+  r.reach(reach).agree({1e-7}).note("correctly rounded powers");
   r.ours([](inputs & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), inputs::n, G);
     return in.result;

@@ -103,7 +103,8 @@ def markdown(results):
     return f"{facts}\n\n{LEGEND}\n\n{markdown_table(results)}\n"
 
 
-SUMMARY_COLUMNS = ["operation", "size", "Tessarn", "best peer", "its time", "ratio", "to reach", "share"]
+SUMMARY_COLUMNS = ["operation", "size", "Tessarn", "best peer", "its time", "ratio", "to reach", "share",
+                   "remark"]
 
 
 def summary(results):
