@@ -4,6 +4,7 @@
 #pragma once
 
 #include "matrix/column_kernel.h"
+#include "matrix/decompose_small_kernel.h"
 
 namespace tessarn::detail::TESSARN_ISA::svd {
 

@@ -14,12 +14,6 @@ inline bool entries_equal(const real* a, const real* b, std::size_t n) noexcept 
   return true;
 }
 
-inline bool has_nan(const real* a, std::size_t n) noexcept {
-  bool found = false;
-  for (std::size_t i = 0; i < n; ++i) found |= a[i] != a[i];
-  return found;
-}
-
 // to[x][y] = from[y][x] for a matrix of the given width and height, in square blocks that stay in the cache.
 template <class Move>
 void transpose_entries(const real* from, std::size_t width, std::size_t height, real* to, Move move) {

@@ -5,7 +5,6 @@
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/adjugate.h"
-#include "matrix/elementwise.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels.h"
 #include "matrix/multiply.h"

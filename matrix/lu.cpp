@@ -6,7 +6,6 @@
 #include "core/access.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
-#include "matrix/elementwise.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels.h"
 
