@@ -12,10 +12,13 @@
 #define TESSARN_INLINE static inline __attribute__((always_inline))
 #define TESSARN_MEMBER inline __attribute__((always_inline))
 // Before a loop of at most eight rounds over an array of vectors, so that the array stays in registers.
+// And before a loop that is to stay one.
 #if defined(__clang__)
 #define TESSARN_UNROLL _Pragma("clang loop unroll(full)")
+#define TESSARN_KEEP_LOOP _Pragma("clang loop unroll(disable)")
 #else
 #define TESSARN_UNROLL _Pragma("GCC unroll 8")
+#define TESSARN_KEEP_LOOP _Pragma("GCC unroll 1")
 #endif
 #else
 #include <math.h>
