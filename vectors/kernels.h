@@ -8,13 +8,15 @@ namespace tessarn::detail {
 // A point's neighbourhood in a moving mean: this many points on either side.
 inline constexpr size_t neighbours = 5;
 
-struct list_kernels {
-  // squared[i] = (y[i] - m)^2 for n points, m the mean of y[i - neighbours] .. y[i + neighbours], summed afresh in
-  // ascending order from +0.0 and divided by their number.
-  void (*squared_deviations)(const double* y, double* squared, size_t n);
+// The abscissa of a point that is marked for removal.
+inline constexpr double removed = -1;
 
-  // The ordinates of n plane points, each three doubles of which x and y are the last two.
-  void (*ordinates)(const double* points, size_t n, double* y);
+struct list_kernels {
+  // marked[i] = point i deviates or was marked before, for n plane points, each three doubles of which x and y are the
+  // last two: (y - m)^2 > limit, m the mean of the ordinates from point i - neighbours to point i + neighbours, summed
+  // afresh in ascending order from +0.0 and divided by their number; or x == removed. The points before the first and
+  // after the last must be there. Gives the number of marks.
+  size_t (*mark)(const double* points, size_t n, double limit, bool* marked);
 };
 
 namespace baseline {

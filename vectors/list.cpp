@@ -109,11 +109,16 @@ void vectormat::flip() {
 vector vectormat::average() {
   real even_x = 0, even_y = 0, odd_x = 0, odd_y = 0;
   const tessarn::ulong paired = count - count % 4;
-  for (tessarn::ulong i = 0; i < paired; i += 2) {
+  // Two pairs a round: one pair a round, and the compiler mixes the coordinates of both.
+  for (std::size_t i = 0; i < paired; i += 4) {
     even_x += points[i].x;
     even_y += points[i].y;
     odd_x += points[i + 1].x;
     odd_y += points[i + 1].y;
+    even_x += points[i + 2].x;
+    even_y += points[i + 2].y;
+    odd_x += points[i + 3].x;
+    odd_y += points[i + 3].y;
   }
   real sum_x = even_x + odd_x;
   real sum_y = even_y + odd_y;

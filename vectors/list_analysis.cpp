@@ -1,5 +1,8 @@
 // The point list: direction, removal of outliers, extraction of a chain.
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
 #include <memory>
 
 #include "tessarn/poly.h"
@@ -8,10 +11,10 @@
 
 using tessarn::real;
 using tessarn::detail::neighbours;
+using tessarn::detail::removed;
 
 namespace {
 
-constexpr real removed = -1;            // the x of a point that is marked for removal
 constexpr real first_tolerance = static_cast<real>(0.2);   // radians, while the chain is short
 constexpr real chain_tolerance = static_cast<real>(0.05);  // radians, from chain_fitted points on
 constexpr tessarn::ulong chain_fitted = 10;
@@ -26,24 +29,50 @@ real squared_deviation(const vector* points, std::size_t count, std::size_t i) {
   return deviation * deviation;
 }
 
-// Marks the points that deviate by more than limit; those whose neighbourhood is whole in blocks.
-void mark_deviating(const vector* points, std::size_t count, real limit, bool* marked) {
+// marked[i]: point i deviates by more than limit, or has been marked before. Gives the number of marks.
+std::size_t mark_outliers(const vector* points, std::size_t count, real limit, bool* marked) {
   static_assert(sizeof(vector) == 3 * sizeof(double), "three doubles a point, as the kernel takes them");
-  constexpr std::size_t block = 256;
-  std::size_t i = 0;
+  std::size_t i = 0, found = 0;
   const auto one_by_one = [&](std::size_t end) {
-    for (; i < end; ++i) marked[i] = squared_deviation(points, count, i) > limit;
+    for (; i < end; ++i) {
+      marked[i] = squared_deviation(points, count, i) > limit || points[i].x == removed;
+      found += marked[i];
+    }
   };
   one_by_one(std::min(neighbours, count));
-  while (i + neighbours < count) {
-    const std::size_t n = std::min(block, count - neighbours - i);
-    double y[block + 2 * neighbours], squared[block];
-    tessarn::detail::list().ordinates(reinterpret_cast<const double*>(points + i - neighbours), n + 2 * neighbours, y);
-    tessarn::detail::list().squared_deviations(y + neighbours, squared, n);
-    for (std::size_t k = 0; k < n; ++k) marked[i + k] = squared[k] > limit;
-    i += n;
+  if (i + neighbours < count) {
+    const std::size_t whole = count - neighbours - i;
+    found += tessarn::detail::list().mark(reinterpret_cast<const double*>(points + i), whole, limit, marked + i);
+    i += whole;
   }
   one_by_one(count);
+  return found;
+}
+
+// The points that are not marked, in their order; whole runs of eight at once.
+void copy_unmarked(const vector* points, const bool* marked, std::size_t count, vector* to) {
+  constexpr std::size_t run = 8;
+  const auto copy = [&](std::size_t i) {
+    to->x = points[i].x;
+    to->y = points[i].y;
+    ++to;
+  };
+  std::size_t i = 0;
+  for (; i + run <= count; i += run) {
+    std::uint64_t marks;
+    static_assert(sizeof marks == run * sizeof(bool));
+    std::memcpy(&marks, marked + i, sizeof marks);
+    if (marks == 0) {
+      for (std::size_t k = 0; k < run; ++k) copy(i + k);
+    } else {
+      for (std::size_t k = 0; k < run; ++k) {
+        if (!marked[i + k]) copy(i + k);
+      }
+    }
+  }
+  for (; i < count; ++i) {
+    if (!marked[i]) copy(i);
+  }
 }
 
 }  // namespace
@@ -57,20 +86,12 @@ vector vectormat::avdir() {
 
 void vectormat::DeleteErrors(real limit) {
   // The marks are kept apart until the new storage is there, so that a failure changes nothing.
-  const std::unique_ptr<bool[]> marked(new bool[count]());
-  if (limit != 0) mark_deviating(points, count, limit, marked.get());
-  ulong kept = 0;
-  for (ulong i = 0; i < count; ++i) {
-    marked[i] = marked[i] || points[i].x == removed;
-    kept += !marked[i];
-  }
+  const std::unique_ptr<bool[]> marked(new bool[count]);
+  constexpr real no_limit = std::numeric_limits<real>::infinity();
+  const std::size_t found = mark_outliers(points, count, limit != 0 ? limit : no_limit, marked.get());
+  const auto kept = static_cast<tessarn::ulong>(count - found);
   std::unique_ptr<vector[]> rest(new vector[kept]);
-  for (tessarn::ulong i = 0, j = 0; i < count; ++i) {
-    if (marked[i]) continue;
-    rest[j].x = points[i].x;
-    rest[j].y = points[i].y;
-    ++j;
-  }
+  copy_unmarked(points, marked.get(), count, rest.get());
   delete[] points;
   points = rest.release();
   count = capacity = kept;

@@ -20,6 +20,7 @@ using test::same;
 using test::same_points;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double inf = std::numeric_limits<double>::infinity();
 
 TEST(Vectormat, StartsEmpty) {
   vectormat l;
@@ -427,6 +428,26 @@ TEST(VectormatDeleteErrors, AgreesWithThePlainForm) {
     l.DeleteErrors(limit);
     plain::delete_errors(p, limit);
     ASSERT_TRUE(same(l, p)) << "round " << round;
+  }
+}
+
+// Long enough for several blocks, with marks that are rare, so that whole runs are copied, and some in the way.
+TEST(VectormatDeleteErrors, LongListsAgreeWithThePlainForm) {
+  test::random_source r(54);
+  for (int round = 0; round < 60; ++round) {
+    const std::uint64_t rarity = 1 + r.below(200);
+    std::vector<vec2> points(200 + r.below(1500));
+    for (vec2& p : points) {
+      p = {r.below(rarity) == 0 ? -1.0 : r.uniform(), r.below(rarity) == 0 ? test::draw(r) : r.uniform()};
+    }
+    for (double limit : {0.0, 0.5, 1e300, inf, nan, -1.0}) {
+      vectormat l;
+      fill(l, points);
+      plain::point_list p = list_of(points);
+      l.DeleteErrors(limit);
+      plain::delete_errors(p, limit);
+      ASSERT_TRUE(same(l, p)) << "round " << round << ", limit " << limit;
+    }
   }
 }
 
