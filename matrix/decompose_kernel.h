@@ -370,41 +370,53 @@ static double shifted(const decomposition& d, size_t l, size_t k) {
 
 // One implicit QR sweep on the block l .. k. The rotations of the columns do not feed back into it: they are collected
 // and applied together, or each one step late, when it need not be waited for, in the shadow of the roots.
+//
+// Where the order is free, one reciprocal of a length takes the place of six quotients, and the numerators do not wait
+// for it. Lengths are roots of sums of squares, 0 or far above the smallest numbers: no reciprocal overflows.
 template <bool DIRECT>
 static void sweep(decomposition& d, size_t l, size_t k) {
   double f = shifted(d, l, k);
+  double h = d.rv1[l + 1];
   double x = d.w[l];
   double c = 1, s = 1;
   const size_t v_rows = whole_blocks(d.n);
   double* right = d.right;
   double* left = d.left;
   for (size_t j = l; j < k; ++j) {
-    double g = d.rv1[j + 1];
+    double g = c * d.rv1[j + 1];
     double y = d.w[j + 1];
-    double h = s * g;
-    g = c * g;
     double length = hypotenuse(f, h);
     d.rv1[j] = length;
-    c = f / length;
-    s = h / length;
-    // Where the order is free the numerators do not wait for the root: one product and one sum less in the chain.
-    const double next_f = d.written ? x * c + g * s : (x * f + g * h) / length;
-    const double next_g = d.written ? g * c - x * s : (g * f - x * h) / length;
+    if (d.written) {
+      c = f / length;
+      s = h / length;
+      f = x * c + g * s;
+      g = g * c - x * s;
+      h = y * s;
+    } else {
+      const double r = 1 / length;
+      c = f * r;
+      s = h * r;
+      const double turned_f = (x * f + g * h) * r;
+      g = (g * f - x * h) * r;
+      h = (y * h) * r;
+      f = turned_f;
+    }
+    y = y * c;
     if (DIRECT && j > l) rotate(d.v + (j - 1) * d.v_stride, d.v_stride, right[0], right[1], v_rows);
     right[0] = c;
     right[1] = s;
-    f = next_f;
-    g = next_g;
-    h = y * s;
-    y = y * c;
     length = hypotenuse(f, h);
     d.w[j] = length;
+    const double super = j + 1 < k ? d.rv1[j + 2] : 0;
     if (length != 0 && !d.written) {
-      const double rotated = (f * g + h * y) / length;
-      x = (f * y - h * g) / length;
-      c = f / length;
-      s = h / length;
-      f = rotated;
+      const double r = 1 / length;
+      c = f * r;
+      s = h * r;
+      const double turned_f = (f * g + h * y) * r;
+      x = (f * y - h * g) * r;
+      h = (h * super) * r;
+      f = turned_f;
     } else {
       if (length != 0) {
         c = f / length;
@@ -412,6 +424,7 @@ static void sweep(decomposition& d, size_t l, size_t k) {
       }
       f = c * g + s * y;
       x = c * y - s * g;
+      h = s * super;
     }
     if (DIRECT && j > l) rotate(d.x + (j - 1) * d.x_stride, d.x_stride, left[0], left[1], d.x_rows);
     left[0] = c;
