@@ -1,9 +1,43 @@
 // Loops over arrays of the value classes, against plain structs of the same size.
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+#include <cstdlib>
+#include <new>
+
 #include "inputs.h"
 
 namespace bench {
 
 namespace {
+
+// Whole large pages: loops over millions of numbers run at the rate of the memory, which else depends on the pages that
+// an array happened to get by more than these loops differ.
+template <class T>
+struct large_pages {
+  using value_type = T;
+  static constexpr std::size_t page = std::size_t(2) << 20;
+  static constexpr std::size_t large = page / 2;
+  T* allocate(std::size_t n) {
+    const std::size_t size = n * sizeof(T);
+    if (size < large) return static_cast<T*>(::operator new(size));
+    const std::size_t whole = (size + page - 1) / page * page;
+    void* p = std::aligned_alloc(page, whole);
+    if (p == nullptr) throw std::bad_alloc();
+#if defined(__linux__)
+    madvise(p, whole, MADV_HUGEPAGE);
+#endif
+    return static_cast<T*>(p);
+  }
+  void deallocate(T* p, std::size_t n) {
+    if (n * sizeof(T) < large)
+      ::operator delete(p);
+    else
+      std::free(p);
+  }
+  friend bool operator==(large_pages, large_pages) { return true; }
+};
 
 // Their loops store the coordinates only, as the assignment of a vector does; copies of the whole
 // struct would make them slower.
@@ -17,34 +51,27 @@ struct flat {
 };
 static_assert(sizeof(space) == sizeof(vector3d) && sizeof(flat) == sizeof(vector));
 
-values values_of(const std::vector<space>& v) {
-  values r;
-  for (const space& p : v) r.insert(r.end(), {p.x, p.y, p.z});
-  return r;
-}
-values values_of(const std::vector<flat>& v) {
-  values r;
-  for (const flat& p : v) r.insert(r.end(), {p.x, p.y});
-  return r;
-}
-
 // Wrapped, so that the overloads for them are found.
 template <class T>
 struct array {
-  std::vector<T> v;
+  std::vector<T, large_pages<T>> v;
 };
-values values_of(const array<space>& a) { return values_of(a.v); }
-values values_of(const array<flat>& a) { return values_of(a.v); }
-values values_of(const array<vector3d>& a) {
+template <class T>
+values space_values(const array<T>& a) {
   values r;
-  for (const vector3d& p : a.v) r.insert(r.end(), {p.x, p.y, p.z});
+  for (const T& p : a.v) r.insert(r.end(), {p.x, p.y, p.z});
   return r;
 }
-values values_of(const array<vector>& a) {
+template <class T>
+values flat_values(const array<T>& a) {
   values r;
-  for (const vector& p : a.v) r.insert(r.end(), {p.x, p.y});
+  for (const T& p : a.v) r.insert(r.end(), {p.x, p.y});
   return r;
 }
+values values_of(const array<space>& a) { return space_values(a); }
+values values_of(const array<vector3d>& a) { return space_values(a); }
+values values_of(const array<flat>& a) { return flat_values(a); }
+values values_of(const array<vector>& a) { return flat_values(a); }
 
 struct vector_inputs {
   explicit vector_inputs(long size) : n(std::size_t(size)), rotation(1) {
