@@ -148,7 +148,7 @@ void rotate_by_erase(std::vector<Point>& v) {
 }
 
 void add_average(long n, double reach) {
-  row<random_inputs> r("average", n, {2.0 * double(n), sizeof(vector) * double(n)});
+  row<random_inputs> r("average", n, {2.0 * double(n), sizeof(vector) * double(n), true});
   r.reach(reach).agree({1e-9}).note("our points are 24 bytes");
   r.ours([](random_inputs& in, int i) { return in.original[std::size_t(i)].average(); });
   r.peer("other", "loop",

@@ -1,8 +1,9 @@
 // The limits of the machine: multiplications and additions apart, as our arithmetic needs them,
-// with registers of each width; fused ones for comparison; and the copy rate in each level of
-// memory.
+// with registers of each width; fused ones for comparison; and the rates of copying and of reading
+// in each level of memory.
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -99,24 +100,35 @@ void add_rates() {
 
 #endif
 
+void add_memory(const char* name, long bytes, void (*run)(std::vector<double>&)) {
+  const detail::labels row = machine_row(bytes, 0, double(bytes));
+  detail::configure(benchmark::RegisterBenchmark(
+                        detail::benchmark_name(row, "machine", name).c_str(),
+                        [row, bytes, run](benchmark::State& state) {
+                          std::vector<double> all(std::size_t(bytes) / sizeof(double), 1);
+                          for (auto _ : state) run(all);
+                          report(state, row);
+                        }),
+                    "machine");
+}
+
 }  // namespace
 
 void add_machine_limits() {
   add_rates();
-  // Bytes read and written: caches of the first, second and third level, and memory.
+  // Caches of the first, second and third level, and memory; the bytes of a copy are those read and written.
   for (long bytes : {16L << 10, 512L << 10, 8L << 20, 128L << 20}) {
-    const detail::labels row = machine_row(bytes, 0, double(bytes));
-    detail::configure(benchmark::RegisterBenchmark(
-                          detail::benchmark_name(row, "machine", "copy").c_str(),
-                          [row, bytes](benchmark::State& state) {
-                            std::vector<char> from(std::size_t(bytes / 2), 1), to(from.size());
-                            for (auto _ : state) {
-                              std::memcpy(to.data(), from.data(), from.size());
-                              use(to);
-                            }
-                            report(state, row);
-                          }),
-                      "machine");
+    add_memory("copy", bytes, [](std::vector<double>& all) {
+      const std::size_t half = all.size() / 2;
+      std::memcpy(all.data(), all.data() + half, half * sizeof(double));
+      use(all);
+    });
+    add_memory("read", bytes, [](std::vector<double>& all) {
+      double sums[64] = {};  // one addition for each loaded number, never waited for
+      for (std::size_t k = 0; k < all.size(); k += 64)
+        for (std::size_t j = 0; j < 64; ++j) sums[j] += all[k + j];
+      use(sums);
+    });
   }
 }
 

@@ -89,12 +89,13 @@ def machine_lines(results):
                 for key, value in context.items() if key.startswith("version ")]
     lines.append("Versions: " + "; ".join(versions) + ".")
     rates = [f"{call} with {size} bits {results.rate(row):.1f} GFLOP/s"
-             for (call, size), row in sorted(results.machine.items()) if call != "copy"]
-    copies = [f"{size_text(size)} {results.rate(row):.0f} GB/s"
-              for (call, size), row in sorted(results.machine.items()) if call == "copy"]
+             for (call, size), row in sorted(results.machine.items()) if call not in ("copy", "read")]
+    copies, reads = ([f"{size_text(size)} {results.rate(row):.0f} GB/s"
+                      for (call, size), row in sorted(results.machine.items()) if call == kind]
+                     for kind in ("copy", "read"))
     if rates:
         lines.append("Limits of the machine, measured in the same run: " + ", ".join(rates) +
-                     "; copies (bytes read and written) of " + ", ".join(copies) + ".")
+                     "; copies (bytes read and written) of " + ", ".join(copies) + "; reads of " + ", ".join(reads) + ".")
     return lines
 
 

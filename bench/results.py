@@ -33,7 +33,7 @@ class Row:
         self.size = size
         self.calls = {}
         self.hashes = {}
-        self.operations = self.bytes = self.reach = 0
+        self.operations = self.bytes = self.only_read = self.reach = 0
         self.note = ""
 
     @property
@@ -85,7 +85,8 @@ class Results:
                               Row(operation, int(size)))
         entry = row.calls.setdefault((family, call), Call(family, call))
         entry.times.setdefault(program, []).append(time)
-        row.operations, row.bytes, row.reach = b["operations"], b["bytes"], b["reach"]
+        row.operations, row.bytes, row.only_read, row.reach = (
+            b[key] for key in ("operations", "bytes", "only_read", "reach"))
         digest, row.note = b["label"].split("|", 1)
         row.hashes[program] = digest
 
@@ -106,17 +107,17 @@ class Results:
         return max((self.rate(r) for (call, _), r in self.machine.items() if call == "multiply and add"),
                    default=None)
 
-    def copy_rate(self, size):
-        """The rate in the smallest level of memory that holds so many bytes."""
-        copies = sorted((s, self.rate(r)) for (call, s), r in self.machine.items() if call == "copy")
-        return next((rate for s, rate in copies if s >= size), copies[-1][1] if copies else None)
+    def memory_rate(self, kind, size):
+        """The rate of copying or reading in the smallest level of memory that holds so many bytes."""
+        rates = sorted((s, self.rate(r)) for (call, s), r in self.machine.items() if call == kind)
+        return next((rate for s, rate in rates if s >= size), rates[-1][1] if rates else None)
 
     def limit(self, row):
         """The least time in nanoseconds, and whether operations or bytes set it."""
         if not self.machine:
             return None, ""
         by_operations = row.operations / self.arithmetic_rate()
-        by_bytes = row.bytes / self.copy_rate(row.bytes)
+        by_bytes = row.bytes / self.memory_rate("read" if row.only_read else "copy", row.bytes)
         if max(by_operations, by_bytes) == 0:
             return None, ""
         return (by_operations, "operations") if by_operations >= by_bytes else (by_bytes, "bytes")

@@ -49,6 +49,7 @@ std::string benchmark_name(const labels& row, const std::string& family, const s
 void set_counters(benchmark::State& state, const labels& row, const std::string& hash) {
   state.counters["operations"] = row.needs.operations;
   state.counters["bytes"] = row.needs.bytes;
+  state.counters["only_read"] = row.needs.only_read;
   state.counters["reach"] = row.reach;
   state.SetLabel(hash + "|" + row.note);
 }

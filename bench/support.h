@@ -26,6 +26,7 @@ namespace bench {
 struct work {
   double operations = 0;
   double bytes = 0;
+  bool only_read = false;  // the bytes, which are copied otherwise
 };
 
 // How much of the peers' and our own results must agree.

@@ -103,7 +103,7 @@ constexpr double factor = 1.25;
 
 void add_space(long n, double reach) {
   const double m = double(n);
-  row<vector_inputs>("vector3d, sum of dot products", n, {6 * m, 64 * m})
+  row<vector_inputs>("vector3d, sum of dot products", n, {6 * m, 64 * m, true})
       .reach(reach)
       .ours([](vector_inputs& in, int) {
         double sum = 0;
@@ -164,7 +164,7 @@ void add_space(long n, double reach) {
 
 void add_flat(long n, double reach) {
   const double m = double(n);
-  row<vector_inputs>("vector, sum of lengths", n, {5 * m, 24 * m})
+  row<vector_inputs>("vector, sum of lengths", n, {5 * m, 24 * m, true})
       .reach(reach)
       .ours([](vector_inputs& in, int) {
         double sum = 0;
