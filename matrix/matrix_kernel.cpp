@@ -32,7 +32,7 @@ void multiply(const double* a, const double* b, double* c, size_t rows, size_t i
 
 const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, lu_stride, lu_workspace,
                                      eliminate, elimination_workspace, adjugate, adjugate_workspace,
-                                     complex_multiply, complex_workspace, complex_eliminate,
+                                     complex_multiply, complex_workspace, complex_multiply_four, complex_eliminate,
                                      normal_equations, normal_stride, normal_workspace,
                                      svd::decompose, svd::workspace, sum_points, sum_products, sum_residuals};
 
