@@ -28,13 +28,15 @@ namespace tessarn::detail::TESSARN_ISA {
 
 #if defined(__GNUC__) || defined(__clang__)
 
-#if defined(TESSARN_ISA_avx512)
-static constexpr size_t width = 8;
-#elif defined(TESSARN_ISA_avx2)
-static constexpr size_t width = 4;
+// A kernel source that gains nothing by the widest vectors defines TESSARN_AT_MOST_FOUR_LANES before it includes this.
+#if defined(TESSARN_ISA_avx512) && !defined(TESSARN_AT_MOST_FOUR_LANES)
+#define TESSARN_LANES 8
+#elif defined(TESSARN_ISA_avx512) || defined(TESSARN_ISA_avx2)
+#define TESSARN_LANES 4
 #else
-static constexpr size_t width = 2;
+#define TESSARN_LANES 2
 #endif
+static constexpr size_t width = TESSARN_LANES;
 
 typedef double vec __attribute__((vector_size(width * 8), may_alias));
 typedef double unaligned_vec __attribute__((vector_size(width * 8), aligned(8), may_alias));
@@ -50,7 +52,7 @@ TESSARN_INLINE vec broadcast(double v) { return v - vec{}; }
 // The number at p in every lane. On 512 bits it travels as an integer: the broadcast of a double from memory takes a
 // slot of the floating-point units on processors that halve such vectors, that of an integer none.
 TESSARN_INLINE vec broadcast_from(const double* p) {
-#if defined(TESSARN_ISA_avx512)
+#if TESSARN_LANES == 8
   typedef int64_t aliasing_int64 __attribute__((may_alias));
   return (vec)(*reinterpret_cast<const aliasing_int64*>(p) - mask{});
 #else
@@ -84,7 +86,7 @@ TESSARN_INLINE vec square_root(vec v) {
 
 // The coordinates of as many points as there are lanes, from an array in which a point is three doubles, plane points
 // (*, x, y), or four, space points (*, x, y, z). What stands before x is not a number to compute with.
-#if defined(TESSARN_ISA_avx512)
+#if TESSARN_LANES == 8
 TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
   const vec a = load(p), b = load(p + 8), c = load(p + 16);
   x = __builtin_shufflevector(__builtin_shufflevector(a, b, 1, 4, 7, 10, 13, 0, 0, 0), c, 0, 1, 2, 3, 4, 8, 11, 14);
@@ -99,7 +101,7 @@ TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
   z = __builtin_shufflevector(__builtin_shufflevector(a, b, 3, 7, 11, 15, 0, 0, 0, 0),
                               __builtin_shufflevector(c, d, 3, 7, 11, 15, 0, 0, 0, 0), 0, 1, 2, 3, 8, 9, 10, 11);
 }
-#elif defined(TESSARN_ISA_avx2)
+#elif TESSARN_LANES == 4
 TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
   const vec a = load(p), b = load(p + 4), c = load(p + 8);
   x = __builtin_shufflevector(__builtin_shufflevector(a, b, 1, 4, 7, 0), c, 0, 1, 2, 6);
@@ -138,7 +140,7 @@ typedef double unaligned_pair __attribute__((vector_size(16), aligned(8), may_al
 TESSARN_INLINE unaligned_pair load_pair(const double* p) { return *reinterpret_cast<const unaligned_pair*>(p); }
 TESSARN_INLINE void store_pair(double* p, unaligned_pair v) { *reinterpret_cast<unaligned_pair*>(p) = v; }
 // width / 2 of them, one behind the other in v, and as many as there are lanes, the parts apart.
-#if defined(TESSARN_ISA_avx512)
+#if TESSARN_LANES == 8
 TESSARN_INLINE vec load_pairs(const double* p) {
   return __builtin_shufflevector(load(p), load(p + 3), 0, 1, 3, 4, 6, 7, 14, 15);
 }
@@ -154,7 +156,7 @@ TESSARN_INLINE void store_parts(double* p, vec re, vec im) {
   store_pairs(p, __builtin_shufflevector(re, im, 0, 8, 1, 9, 2, 10, 3, 11));
   store_pairs(p + 12, __builtin_shufflevector(re, im, 4, 12, 5, 13, 6, 14, 7, 15));
 }
-#elif defined(TESSARN_ISA_avx2)
+#elif TESSARN_LANES == 4
 TESSARN_INLINE vec load_pairs(const double* p) {
   return __builtin_shufflevector(load_pair(p), load_pair(p + 3), 0, 1, 2, 3);
 }
