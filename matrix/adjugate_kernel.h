@@ -20,7 +20,7 @@ struct lane_matrix {
 
 // Steps are done several at a time, so that entries are loaded and stored once for all of them: eight beyond this size,
 // else four.
-static constexpr size_t eight_steps_size = 10, four_steps_size = 4;
+static constexpr size_t eight_steps_size = 10, four_steps_size = 5;
 
 // entries = factors (one a step, left in to) times the rows of the steps, added one after the other.
 template <size_t STEPS, size_t ROWS, size_t COLUMNS>
@@ -121,6 +121,7 @@ static vec times_determinant(lane_matrix t, size_t size, vec product, double* ro
     t = to = to.from(4, 4);
   }
   switch (size) {
+    case 5: return times_small_determinant<5>(t, product);
     case 4: return times_small_determinant<4>(t, product);
     case 3: return times_small_determinant<3>(t, product);
     case 2: return times_small_determinant<2>(t, product);
@@ -155,17 +156,39 @@ TESSARN_INLINE void eliminate_whole(double* w, size_t n, size_t k) {
   for (; r < n; ++r) eliminate_rows<1>(w, stride, k, r, reciprocal);
 }
 
-// The minor without row t and column t, from the matrix after its first t steps and the product of their pivots. room is
-// for a copy.
-TESSARN_INLINE double principal_minor(const double* whole, size_t n, size_t t, double product, double* room) {
-  const size_t stride = whole_stride(n), left = (t + 1) / width * width;
-  for (size_t r = t + 1; r < n; ++r)
-    for (size_t x = left; x < stride; x += width) store(room + r * stride + x, load(whole + r * stride + x));
-  for (size_t k = t + 1; k < n; ++k) {
-    product *= room[k * stride + k];
-    eliminate_whole(room, n, k);
+// Minors without a row and the column of the same number t, each in a lane of its own: from the matrix after its first
+// t steps. The first is the largest; what the others lack stands before them as rows and columns of the identity, whose
+// steps change nothing.
+struct principal_minors {
+  lane_matrix packed;
+  size_t size, count;
+  double products[width];
+  size_t indices[width];
+};
+
+TESSARN_INLINE void add_minor(principal_minors& minors, const double* whole, size_t n, size_t t, double product) {
+  const size_t size = n - 1 - t, stride = whole_stride(n);
+  if (minors.count == 0) {
+    minors.size = minors.packed.stride = size;
+    for (size_t i = 0; i < size; ++i)
+      for (size_t j = 0; j < size; ++j) store(minors.packed.at(i, j), broadcast(i == j ? 1 : 0));
+    for (size_t l = 0; l < width; ++l) minors.products[l] = product;
   }
-  return product;
+  const size_t before = minors.size - size;
+  for (size_t i = 0; i < size; ++i) {
+    const double* row = whole + (t + 1 + i) * stride + t + 1;
+    double* to = minors.packed.at(before + i, before) + minors.count;
+    for (size_t j = 0; j < size; ++j) to[j * width] = row[j];
+  }
+  minors.products[minors.count] = product;
+  minors.indices[minors.count++] = t;
+}
+
+TESSARN_INLINE void finish(principal_minors& minors, size_t n, double* dst) {
+  double values[width];
+  store(values, times_determinant(minors.packed, minors.size, load(minors.products), minors.packed.w));
+  for (size_t l = 0; l < minors.count; ++l) dst[minors.indices[l] * (n + 1)] = values[l];
+  minors.count = 0;
 }
 
 // A walk has lost row p (walks of even number) or column p (odd ones). Before the other removed index comes to t, its
@@ -277,14 +300,15 @@ TESSARN_INLINE void move_on(minor_walks& walks, size_t size) {
   walks.border += width;
 }
 
-// A group of walks with its border, room for their minors, the matrix itself.
-size_t adjugate_workspace(size_t n) { return n * (2 * n + 2) * width + n * whole_stride(n); }
+// A group of walks with its border, room for their minors, minors to come, the matrix itself.
+size_t adjugate_workspace(size_t n) { return n * (3 * n + 2) * width + n * whole_stride(n); }
 
 double adjugate(const double* m, size_t n, double* dst, double* workspace) {
   double* blocks = workspace;
   double* border = blocks + n * (n + 1) * width;
   double* room = border + n * width;
-  double* whole = room + n * n * width;
+  principal_minors minors = {{room + n * n * width, 0}, 0, 0, {}, {}};
+  double* whole = minors.packed.w + n * n * width;
   for (size_t i = 0; i < n; ++i)
     for (size_t j = 0; j < whole_stride(n); ++j) whole[i * whole_stride(n) + j] = j < n ? m[i * n + j] : 0;
   double product = 1;
@@ -298,7 +322,8 @@ double adjugate(const double* m, size_t n, double* dst, double* workspace) {
   for (size_t first = 0; first < 2 * n; first += width) {
     const size_t p = walk_index(first);
     advance(p);
-    dst[p * n + p] = principal_minor(whole, n, p, product, room);
+    add_minor(minors, whole, n, p, product);
+    if (minors.count == width || first + width >= 2 * n) finish(minors, n, dst);
     if (p + 1 == n) break;
     int64_t lost_row[width];
     for (size_t l = 0; l < width; ++l) lost_row[l] = loses_row(first + l) ? -1 : 0;
