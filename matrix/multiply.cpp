@@ -84,7 +84,7 @@ void multiply(cplx* a, const cplx* b, std::size_t n) {
     kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), n, as_doubles(workspace));
   };
   if (n <= complex_stack_size) {
-    real workspace[complex_stack];
+    alignas(64) real workspace[complex_stack];
     return call(workspace);
   }
   call(allocate(kernels.complex_workspace(n)).get());
