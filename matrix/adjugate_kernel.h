@@ -203,6 +203,9 @@ struct minor_walks {
 
 TESSARN_INLINE size_t walk_index(size_t walk) { return walk / 2; }
 TESSARN_INLINE bool loses_row(size_t walk) { return walk % 2 == 0; }
+// What the number of a group's first walk adds to that of a lane as far as these are concerned, known to the compiler
+// where groups begin at even numbers.
+TESSARN_INLINE size_t odd_part(size_t first) { return width == 1 ? first % 2 : 0; }
 
 // The same step in all lanes, from the matrix's entry on: each lane has its own factors and its own row above.
 template <size_t ROWS>
@@ -225,9 +228,9 @@ TESSARN_INLINE void begin(minor_walks& walks, const double* whole, size_t n, siz
   const size_t stride = whole_stride(n), p = walk_index(first), size = n - 2 - p;
   int64_t below[width], beside[width];
   for (size_t l = 0; l < width; ++l) {
-    const bool moved = walk_index(first + l) == p;
-    below[l] = moved && loses_row(first + l) ? -1 : 0;
-    beside[l] = moved && !loses_row(first + l) ? -1 : 0;
+    const size_t walk = odd_part(first) + l;
+    below[l] = walk_index(walk) == 0 && loses_row(walk) ? -1 : 0;
+    beside[l] = walk_index(walk) == 0 && !loses_row(walk) ? -1 : 0;
   }
   const mask row_below = load_mask(below), column_beside = load_mask(beside);
   const double* at = whole + p * stride + p;
@@ -326,7 +329,7 @@ double adjugate(const double* m, size_t n, double* dst, double* workspace) {
     if (minors.count == width || first + width >= 2 * n) finish(minors, n, dst);
     if (p + 1 == n) break;
     int64_t lost_row[width];
-    for (size_t l = 0; l < width; ++l) lost_row[l] = loses_row(first + l) ? -1 : 0;
+    for (size_t l = 0; l < width; ++l) lost_row[l] = loses_row(odd_part(first) + l) ? -1 : 0;
     minor_walks walks = {{blocks, n + 1}, border, vec{}, load_mask(lost_row)};
     begin(walks, whole, n, first, product, room);
     for (size_t t = p + 1;; ++t) {
@@ -334,8 +337,8 @@ double adjugate(const double* m, size_t n, double* dst, double* workspace) {
       double values[width];
       store(values, times_determinant(walks.block, size, walks.product, room));
       TESSARN_UNROLL for (size_t l = 0; l < width; ++l) {
-        const size_t lost = walk_index(first + l);
-        dst[loses_row(first + l) ? t * n + lost : lost * n + t] = (lost + t) % 2 == 0 ? values[l] : -values[l];
+        const size_t walk = odd_part(first) + l, lost = p + walk_index(walk);
+        dst[loses_row(walk) ? t * n + lost : lost * n + t] = (lost + t) % 2 == 0 ? values[l] : -values[l];
       }
       if (size == 0) break;
       move_on(walks, size);
