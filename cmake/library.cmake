@@ -41,6 +41,7 @@ set(TESSARN_SOURCES
 
 # Each is compiled once for each instruction set, in a namespace of that name.
 set(TESSARN_KERNELS
+  matrix/adjugate_kernel.cpp
   matrix/matrix_kernel.cpp
   poly/poly_kernel.cpp
   geometry/geometry_kernel.cpp

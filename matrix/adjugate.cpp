@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels.h"
@@ -28,13 +29,15 @@ constexpr std::size_t stack_size = 1280;  // up to so many reals the kernel work
 void invert_shared(const real* m, std::size_t n, real* dst, real* workspace) {
   real whole = matrix().adjugate(as_doubles(m), n, as_doubles(dst), as_doubles(workspace));
   if (whole != whole) whole = determinant(m, n);
+  if (has_nan(dst, n * n)) {
+    for (std::size_t i = 0; i < n; ++i)
+      for (std::size_t j = 0; j < n; ++j) {
+        real& entry = dst[i * n + j];
+        if (entry != entry) entry = minor_from_scratch(m, n, j, i) * sign_of(i, j);
+      }
+  }
   const real q = 1 / whole;
-  for (std::size_t i = 0; i < n; ++i)
-    for (std::size_t j = 0; j < n; ++j) {
-      real& entry = dst[i * n + j];
-      if (entry != entry) entry = minor_from_scratch(m, n, j, i) * sign_of(i, j);
-      entry *= q;
-    }
+  for (std::size_t i = 0; i < n * n; ++i) dst[i] *= q;
 }
 
 void invert_shared(const real* m, std::size_t n, real* dst) {

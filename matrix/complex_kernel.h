@@ -15,41 +15,48 @@ static constexpr size_t complex_rows = 2, complex_vectors = 1;
 static constexpr size_t complex_panel = complex_vectors * width;
 static constexpr size_t complex_block = 32;  // rows of the left factor that are packed at a time
 
+static constexpr size_t entry_step = 3;  // doubles from entry to entry: one of another kind, then the two parts
+
 // The columns of a panel that begins at column x of n: whole vectors.
 TESSARN_INLINE size_t panel_columns(size_t n, size_t x) {
   return n - x > width ? complex_panel : width;
 }
 
-// count entries of which the imaginary part follows the real one, step doubles apart; the real parts to re and the
-// imaginary ones to im, room doubles each, zero behind the last entry.
-TESSARN_INLINE void part(const double* entries, size_t step, size_t count, size_t room, double* re, double* im) {
-  for (size_t x = 0; x < count; ++x) {
-    re[x] = entries[x * step];
-    im[x] = entries[x * step + 1];
+// The parts of count <= width entries, zero behind the last; from is the first real part.
+TESSARN_INLINE void part(const double* from, size_t count, double* re, double* im) {
+  if (count == width) {
+    vec whole_re, whole_im;
+    load_plane_points(from - 1, whole_re, whole_im);
+    store(re, whole_re);
+    store(im, whole_im);
+    return;
   }
-  for (size_t x = count; x < room; ++x) re[x] = im[x] = 0;
+  for (size_t x = 0; x < width; ++x) {
+    re[x] = x < count ? from[x * entry_step] : 0;
+    im[x] = x < count ? from[x * entry_step + 1] : 0;
+  }
 }
 
-// Where the rows of the left factor are: the distance from row to row, from a real part to its imaginary part, and
-// from column to column.
+// Where the rows of the left factor are: the distances from row to row and from column to column; an imaginary part
+// follows its real part.
 struct left_rows {
   const double* a;
-  size_t row, imaginary, column;
+  size_t row, column;
 };
 
 // ROWS rows of the product's columns of one panel.
 template <size_t ROWS, size_t VECTORS>
-TESSARN_INLINE void complex_tile(left_rows left, const double* panel, size_t n, double* c, size_t step,
-                                 size_t columns) {
-  vec re[ROWS][VECTORS] = {};
-  vec im[ROWS][VECTORS] = {};
+TESSARN_INLINE void complex_tile(left_rows left, const double* panel, size_t n, double* c, size_t columns) {
+  vec re[ROWS][VECTORS], im[ROWS][VECTORS];
+  TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r)
+    TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v) re[r][v] = im[r][v] = vec{};
   for (size_t k = 0; k < n; ++k) {
-    for (size_t v = 0; v < VECTORS; ++v) {
-      const vec b_re = load(panel + v * width);
-      const vec b_im = load(panel + (VECTORS + v) * width);
-      for (size_t r = 0; r < ROWS; ++r) {
+    TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v) {
+      const vec b_re = load(panel + 2 * v * width);
+      const vec b_im = load(panel + (2 * v + 1) * width);
+      TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r) {
         const vec f_re = broadcast_from(left.a + r * left.row);
-        const vec f_im = broadcast_from(left.a + r * left.row + left.imaginary);
+        const vec f_im = broadcast_from(left.a + r * left.row + 1);
         re[r][v] += f_re * b_re - f_im * b_im;
         im[r][v] += f_re * b_im + f_im * b_re;
       }
@@ -57,62 +64,33 @@ TESSARN_INLINE void complex_tile(left_rows left, const double* panel, size_t n, 
     left.a += left.column;
     panel += 2 * VECTORS * width;
   }
-  for (size_t r = 0; r < ROWS; ++r) {
-    double parts[2][VECTORS * width];
-    for (size_t v = 0; v < VECTORS; ++v) {
-      store(parts[0] + v * width, re[r][v]);
-      store(parts[1] + v * width, im[r][v]);
+  if (columns == VECTORS * width) {
+    TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r)
+      TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v)
+        store_parts(c + (r * n + v * width) * entry_step, re[r][v], im[r][v]);
+    return;
+  }
+  double sums[ROWS][2][VECTORS * width];
+  TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r) {
+    TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v) {
+      store(sums[r][0] + v * width, re[r][v]);
+      store(sums[r][1] + v * width, im[r][v]);
     }
-    double* row = c + r * n * step;
+  }
+  for (size_t r = 0; r < ROWS; ++r) {
     for (size_t x = 0; x < columns; ++x) {
-      row[x * step] = parts[0][x];
-      row[x * step + 1] = parts[1][x];
+      c[(r * n + x) * entry_step] = sums[r][0][x];
+      c[(r * n + x) * entry_step + 1] = sums[r][1][x];
     }
   }
 }
 
 template <size_t ROWS>
-TESSARN_INLINE void complex_strip(left_rows left, const double* panel, size_t n, double* c, size_t step,
-                                  size_t columns) {
+TESSARN_INLINE void complex_strip(left_rows left, const double* panel, size_t n, double* c, size_t columns) {
   if (columns > width)
-    complex_tile<ROWS, complex_vectors>(left, panel, n, c, step, columns);
+    complex_tile<ROWS, complex_vectors>(left, panel, n, c, columns);
   else
-    complex_tile<ROWS, 1>(left, panel, n, c, step, columns);
-}
-
-// Strips of complex_rows rows, then of one, each k by k.
-TESSARN_INLINE void pack_strips(const double* a, size_t step, size_t n, size_t rows, double* to) {
-  for (size_t r = 0; r < rows;) {
-    const size_t count = rows - r < complex_rows ? 1 : complex_rows;
-    for (size_t k = 0; k < n; ++k, to += 2 * count) part(a + (r * n + k) * step, n * step, count, count, to, to + count);
-    r += count;
-  }
-}
-
-// Up to four columns: a row of the result is one vector for each part.
-TESSARN_INLINE void complex_multiply_four(double* a, const double* b, size_t n, size_t step) {
-  quad b_re[4], b_im[4];
-  const auto row_of = [&](const double* p) {
-    return quad{p[0], n > 1 ? p[step] : 0, n > 2 ? p[2 * step] : 0, n > 3 ? p[3 * step] : 0};
-  };
-  for (size_t k = 0; k < n; ++k) {
-    b_re[k] = row_of(b + k * n * step);
-    b_im[k] = row_of(b + k * n * step + 1);
-  }
-  for (size_t r = 0; r < n; ++r) {
-    double* row = a + r * n * step;
-    quad re = all_lanes(0), im = all_lanes(0);
-    for (size_t k = 0; k < n; ++k) {
-      const quad f_re = all_lanes(row[k * step]);
-      const quad f_im = all_lanes(row[k * step + 1]);
-      re = re + (f_re * b_re[k] - f_im * b_im[k]);
-      im = im + (f_re * b_im[k] + f_im * b_re[k]);
-    }
-    for (size_t x = 0; x < n; ++x) {
-      row[x * step] = re[x];
-      row[x * step + 1] = im[x];
-    }
-  }
+    complex_tile<ROWS, 1>(left, panel, n, c, columns);
 }
 
 static size_t complex_workspace(size_t n) {
@@ -120,38 +98,72 @@ static size_t complex_workspace(size_t n) {
   return 2 * n * (columns + (n < complex_block ? n : complex_block));
 }
 
-static void complex_multiply(double* a, const double* b, size_t n, size_t step, double* workspace) {
-  if (n <= 4) return complex_multiply_four(a, b, n, step);
+static void complex_multiply(double* a, const double* b, size_t n, double* workspace) {
   double* packed = workspace;
   for (size_t x = 0; x < n; x += complex_panel) {
     const size_t columns = panel_columns(n, x);
-    for (size_t k = 0; k < n; ++k, packed += 2 * columns)
-      part(b + (k * n + x) * step, step, n - x < columns ? n - x : columns, columns, packed, packed + columns);
+    for (size_t k = 0; k < n; ++k)
+      for (size_t v = x; v < x + columns; v += width, packed += 2 * width)
+        part(b + (k * n + v) * entry_step, n - v < width ? n - v : width, packed, packed + width);
   }
   // With one panel a row is read to its end before it is overwritten.
   const bool copied = n > complex_panel;
   double* strips = packed;
   for (size_t first = 0; first < n; first += complex_block) {
     const size_t rows = n - first < complex_block ? n - first : complex_block;
-    if (copied) pack_strips(a + first * n * step, step, n, rows, strips);
+    left_rows left = {a + first * n * entry_step, n * entry_step, entry_step};
+    if (copied) {
+      for (size_t i = 0; i < rows * n; ++i) {
+        strips[2 * i] = left.a[i * entry_step];
+        strips[2 * i + 1] = left.a[i * entry_step + 1];
+      }
+      left = {strips, 2 * n, 2};
+    }
     const double* panel = workspace;
     for (size_t x = 0; x < n; x += complex_panel) {
       const size_t columns = n - x < complex_panel ? n - x : complex_panel;
-      double* c = a + (first * n + x) * step;
-      for (size_t r = 0; r < rows;) {
-        const size_t count = rows - r < complex_rows ? 1 : complex_rows;
-        const left_rows left = copied ? left_rows{strips + 2 * r * n, 1, count, 2 * count}
-                                      : left_rows{c + r * n * step, n * step, 1, step};
-        if (count == 1)
-          complex_strip<1>(left, panel, n, c + r * n * step, step, columns);
-        else
-          complex_strip<complex_rows>(left, panel, n, c + r * n * step, step, columns);
-        r += count;
-      }
+      size_t r = 0;
+      for (; r + complex_rows <= rows; r += complex_rows)
+        complex_strip<complex_rows>({left.a + r * left.row, left.row, left.column}, panel, n,
+                                    a + ((first + r) * n + x) * entry_step, columns);
+      for (; r < rows; ++r)
+        complex_strip<1>({left.a + r * left.row, left.row, left.column}, panel, n,
+                         a + ((first + r) * n + x) * entry_step, columns);
       panel += 2 * n * panel_columns(n, x);
     }
   }
 }
+
+#if defined(__GNUC__) || defined(__clang__)
+// n = 4, a row of entries one behind the other in one vector or more. x y = Re x (Re y, Im y) + Im x (-Im y, Re y): to
+// add the product with a number turned round is to subtract the product.
+static void complex_multiply_four(double* a, const double* b) {
+  constexpr size_t vectors = 8 / width, step = width / 2 * entry_step;
+  mask signs;
+  TESSARN_UNROLL for (size_t l = 0; l < width; ++l) signs[l] = l % 2 == 0 ? INT64_MIN : 0;
+  vec upright[4][vectors], turned[4][vectors];
+  TESSARN_UNROLL for (size_t k = 0; k < 4; ++k) {
+    TESSARN_UNROLL for (size_t v = 0; v < vectors; ++v) {
+      upright[k][v] = load_pairs(b + k * 4 * entry_step + v * step);
+      turned[k][v] = (vec)((mask)swap_pairs(upright[k][v]) ^ signs);
+    }
+  }
+  TESSARN_UNROLL for (size_t r = 0; r < 4; ++r) {
+    vec sum[vectors] = {};
+    TESSARN_UNROLL for (size_t k = 0; k < 4; ++k) {
+      const vec f_re = broadcast_from(a + (r * 4 + k) * entry_step);
+      const vec f_im = broadcast_from(a + (r * 4 + k) * entry_step + 1);
+      TESSARN_UNROLL for (size_t v = 0; v < vectors; ++v) sum[v] += f_re * upright[k][v] + f_im * turned[k][v];
+    }
+    TESSARN_UNROLL for (size_t v = 0; v < vectors; ++v) store_pairs(a + r * 4 * entry_step + v * step, sum[v]);
+  }
+}
+#else
+static void complex_multiply_four(double* a, const double* b) {
+  double workspace[2 * 4 * (4 + 4)];
+  complex_multiply(a, b, 4, workspace);
+}
+#endif
 
 // ROWS rows from row on: row r becomes f row p + row r, f = entry / -pivot by the reciprocal of |pivot|^2.
 struct complex_pivot {

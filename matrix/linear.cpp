@@ -21,11 +21,13 @@ namespace {
 
 void invert_square(const real_mat& a, real_mat& dst) {
   const std::size_t n = a.getWidth();
-  constexpr std::size_t small = 8;
-  real room[small * small];
-  const real_array large = n <= small ? nullptr : tessarn::detail::allocate(n * n);
-  real* m = large ? large.get() : room;
-  std::transform(a.getData(), a.getData() + n * n, m, without_quiet_nan);
+  const real* m = a.getData();
+  real_array numbers;
+  if (tessarn::detail::has_nan(m, n * n)) {
+    numbers = tessarn::detail::allocate(n * n);
+    std::transform(m, m + n * n, numbers.get(), without_quiet_nan);
+    m = numbers.get();
+  }
   tessarn::detail::invert_by_adjugate(m, n, dst.getData());
 }
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "core/access.h"
+#include "matrix/complex_array.h"
 
 using tessarn::detail::complex_mat;
 
@@ -13,14 +14,15 @@ std::size_t entry_count(tessarn::ulong width, tessarn::ulong height) { return st
 
 complex_mat::mat(mat& m) : mat() {
   if (m.data == nullptr) return;
-  create(m.width, m.height);
-  std::copy_n(m.data, entry_count(width, height), data);
+  data = tessarn::detail::copied_entries(m.data, entry_count(m.width, m.height));
+  width = m.width;
+  height = m.height;
 }
 
 complex_mat::~mat() { release(); }
 
 void complex_mat::release() noexcept {
-  delete[] data;
+  tessarn::detail::release_entries(data);
   forget();
 }
 
@@ -32,7 +34,7 @@ void complex_mat::operator=(mat& src) {
 
 void complex_mat::operator=(mat&& src) noexcept {
   if (this == &src) return;
-  delete[] data;
+  tessarn::detail::release_entries(data);
   data = src.data;
   width = src.width;
   height = src.height;
@@ -41,7 +43,7 @@ void complex_mat::operator=(mat&& src) noexcept {
 
 void complex_mat::create(tessarn::ulong columns, tessarn::ulong rows) {
   release();
-  data = new cplx[entry_count(columns, rows)];
+  data = tessarn::detail::zero_entries(entry_count(columns, rows));
   width = columns;
   height = rows;
 }

@@ -1,5 +1,4 @@
 // The kernels of the matrix family; compiled once for each instruction set.
-#include "matrix/adjugate_kernel.h"
 #include "matrix/complex_kernel.h"
 #include "matrix/decompose_kernel.h"
 #include "matrix/elimination_kernel.h"
@@ -10,6 +9,11 @@
 #include "matrix/product_kernel.h"
 
 namespace tessarn::detail::TESSARN_ISA {
+
+// In a source of their own (adjugate_kernel.cpp).
+size_t adjugate_workspace(size_t n);
+double adjugate(const double* m, size_t n, double* dst, double* workspace);
+
 namespace {
 
 size_t multiply_workspace(size_t rows, size_t inner, size_t columns) {
@@ -50,7 +54,7 @@ void multiply(const double* a, const double* b, double* c, size_t rows, size_t i
 
 const matrix_kernels matrix_table = {multiply, multiply_workspace, factorise, lu_stride, lu_workspace,
                                      eliminate, elimination_workspace, adjugate, adjugate_workspace,
-                                     complex_multiply, complex_workspace, complex_eliminate,
+                                     complex_multiply, complex_workspace, complex_multiply_four, complex_eliminate,
                                      normal_equations, normal_stride, normal_workspace,
                                      svd::decompose, svd::workspace, sum_points, sum_products, sum_residuals};
 

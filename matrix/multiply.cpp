@@ -33,6 +33,31 @@ void multiply_three(const real* a, const real* b, real* c) {
   }
 }
 
+// N x N, a row of sums at a time.
+template <std::size_t N>
+void multiply_small(cplx* a, const cplx* b) {
+  real re[N][N], im[N][N];
+  for (std::size_t k = 0; k < N; ++k)
+    for (std::size_t x = 0; x < N; ++x) {
+      re[k][x] = b[k * N + x].re;
+      im[k][x] = b[k * N + x].im;
+    }
+  for (std::size_t r = 0; r < N; ++r) {
+    real sum_re[N] = {}, sum_im[N] = {};
+    for (std::size_t k = 0; k < N; ++k) {
+      const real f_re = a[r * N + k].re, f_im = a[r * N + k].im;
+      for (std::size_t x = 0; x < N; ++x) {
+        sum_re[x] += f_re * re[k][x] - f_im * im[k][x];
+        sum_im[x] += f_re * im[k][x] + f_im * re[k][x];
+      }
+    }
+    for (std::size_t x = 0; x < N; ++x) {
+      a[r * N + x].re = sum_re[x];
+      a[r * N + x].im = sum_im[x];
+    }
+  }
+}
+
 }  // namespace
 
 void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size_t inner, std::size_t columns) {
@@ -46,16 +71,23 @@ void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size
   kernels.multiply(as_doubles(a), as_doubles(b), as_doubles(c), rows, inner, columns, as_doubles(workspace.get()));
 }
 
+void multiply_four(cplx* a, const cplx* b) {
+  matrix().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re));
+}
+
 void multiply(cplx* a, const cplx* b, std::size_t n) {
-  static_assert(sizeof(cplx) % sizeof(real) == 0, "the kernel steps from entry to entry by whole reals");
-  constexpr std::size_t step = sizeof(cplx) / sizeof(real);
+  if (n == 2) return multiply_small<2>(a, b);
+  if (n == 3) return multiply_small<3>(a, b);
+  static_assert(sizeof(cplx) == 3 * sizeof(real), "the kernel steps from entry to entry by three reals");
   const matrix_kernels& kernels = matrix();
+  const auto call = [&](real* workspace) {
+    kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), n, as_doubles(workspace));
+  };
   if (n <= complex_stack_size) {
-    double workspace[complex_stack];
-    return kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), n, step, workspace);
+    alignas(64) real workspace[complex_stack];
+    return call(workspace);
   }
-  const real_array workspace = allocate(kernels.complex_workspace(n));
-  kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), n, step, as_doubles(workspace.get()));
+  call(allocate(kernels.complex_workspace(n)).get());
 }
 
 }  // namespace tessarn::detail

@@ -13,5 +13,7 @@ void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size
 
 // a = a b for n x n matrices of complex numbers, each entry the sum over k ascending from 0 + 0i. b may be a.
 void multiply(cplx* a, const cplx* b, std::size_t n);
+// The same for n = 4, without the detours for other sizes.
+void multiply_four(cplx* a, const cplx* b);
 
 }  // namespace tessarn::detail

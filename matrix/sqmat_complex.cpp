@@ -3,6 +3,7 @@
 
 #include "core/access.h"
 #include "core/storage.h"
+#include "matrix/complex_array.h"
 #include "matrix/multiply.h"
 
 using tessarn::detail::complex_mat;
@@ -14,22 +15,19 @@ std::size_t entry_count(tessarn::ulong n) { return static_cast<tessarn::ulong>(n
 
 }  // namespace
 
-complex_sqmat::sqmat(sqmat& m) : sqmat() {
-  create(m.size);
-  std::copy_n(m.data, entry_count(size), data);
-}
+complex_sqmat::sqmat(sqmat& m) : data(tessarn::detail::copied_entries(m.data, entry_count(m.size))), size(m.size) {}
 
 complex_sqmat::~sqmat() { release(); }
 
 void complex_sqmat::release() noexcept {
-  delete[] data;
+  tessarn::detail::release_entries(data);
   forget();
 }
 
 void complex_sqmat::create(tessarn::ulong n) {
   release();
   tessarn::detail::require_countable(n, n);
-  data = new cplx[entry_count(n)];
+  data = tessarn::detail::zero_entries(entry_count(n));
   size = n;
 }
 
@@ -40,7 +38,7 @@ void complex_sqmat::operator=(sqmat& src) {
 
 void complex_sqmat::operator=(sqmat&& src) noexcept {
   if (this == &src) return;
-  delete[] data;
+  tessarn::detail::release_entries(data);
   data = src.data;
   size = src.size;
   src.forget();
@@ -60,5 +58,6 @@ void complex_sqmat::setColumn(tessarn::ulong x, complex_mat column) {
 
 void complex_sqmat::operator*=(sqmat& b) {
   if (b.size != size || size == 0) return;
+  if (size == 4) return tessarn::detail::multiply_four(data, b.data);
   tessarn::detail::multiply(data, b.data, size);
 }

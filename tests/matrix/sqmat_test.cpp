@@ -1,5 +1,6 @@
 // The square matrix: storage, element access, columns, transpose, products, comparison.
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 #include "matrix_support.h"
@@ -56,6 +57,20 @@ TEST(Sqmat, Create) {
   c.create(0);
   EXPECT_EQ(c.getSize(), 0u);
   EXPECT_NE(c.entries(), nullptr);
+}
+
+// As new cplx[n] would have made them: whole objects, their number in front.
+TEST(Sqmat, ComplexEntriesAreAnArrayOfObjects) {
+  complex_probe a;
+  a.create(3);
+  complex_probe b(a);
+  for (const complex_probe* m : {&a, &b}) {
+    EXPECT_EQ(reinterpret_cast<const std::size_t*>(m->entries())[-1], 9u);
+    for (u32 i = 0; i < 9; ++i) {
+      const cplx& entry = m->entries()[i];
+      EXPECT_EQ(typeid(entry), typeid(cplx));
+    }
+  }
 }
 
 TEST(Sqmat, IndicesWrapAround) {
