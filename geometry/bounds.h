@@ -27,6 +27,7 @@ class residual_bounds {
   residual_bounds(const cloud& points, const vector3d& reference);
   // False where magnitudes are so extreme, or not finite, that the bounds say nothing.
   bool usable() const { return usable_; }
+  const residual_form& form() const { return form_; }
   // For the neighbours of a normal in a grid, whose coordinates are given back; infinite where there is no z.
   void operator()(double centre_x, double centre_y, double step, double* x, double* y, double* z, double* low,
                   double* high) const {

@@ -65,25 +65,29 @@ std::size_t list_suspects(const std::uint64_t* hashes, ulong count, ulong* liste
 }
 
 // Marks the points that a later point equals; null if there are none. The suspects go through an exact table, from
-// the last to the first.
+// the last to the first. Their hash values are brought together: those of most differ, and the points stay untouched.
 std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint64_t* hashes, ulong count) {
   const std::unique_ptr<ulong[]> listed(new ulong[static_cast<std::size_t>(count) + 1]);
   const std::size_t suspects = list_suspects(hashes, count, listed.get());
+  if (suspects == 0) return nullptr;
   const unsigned log = logarithm_from(2 * static_cast<std::uint64_t>(suspects));
   const std::size_t slots = std::size_t{1} << log;
-  const std::unique_ptr<ulong[]> table(new ulong[slots]());  // index + 1; 0 is free
+  const std::unique_ptr<ulong[]> table(new ulong[slots]());  // number in the list + 1; 0 is free
+  const std::unique_ptr<std::uint64_t[]> values(new std::uint64_t[suspects]);
+  for (std::size_t k = 0; k < suspects; ++k) values[k] = hashes[listed[k]];
   std::unique_ptr<bool[]> duplicate;
   for (std::size_t k = suspects; k-- > 0;) {
-    const ulong i = listed[k];
-    const std::uint64_t h = (hashes[i] ^ hashes[i] >> 29) * 0x9E3779B97F4A7C15u;
+    const std::uint64_t h = (values[k] ^ values[k] >> 29) * 0x9E3779B97F4A7C15u;
     std::size_t slot = static_cast<std::size_t>(h >> (64 - log));
-    for (; table[slot] != 0 && !same_point(pts[i], pts[table[slot] - 1]); slot = (slot + 1) & (slots - 1)) {
-    }
+    const auto differs = [&](std::size_t other) {
+      return values[other] != values[k] || !same_point(pts[listed[k]], pts[listed[other]]);
+    };
+    while (table[slot] != 0 && differs(table[slot] - 1)) slot = (slot + 1) & (slots - 1);
     if (table[slot] == 0) {
-      table[slot] = i + 1;
+      table[slot] = static_cast<ulong>(k + 1);
     } else {
       if (!duplicate) duplicate.reset(new bool[count]());
-      duplicate[i] = true;
+      duplicate[listed[k]] = true;
     }
   }
   return duplicate;
