@@ -22,10 +22,10 @@ residual_model::residual_model(const residual_form& f, bool usable) {
   yz_ = moment(5, 1, 2);
   cross_ = std::sqrt(xz_ * xz_ + yz_ * yz_);
   const double residual = f.residual_margin / std::sqrt(unit);
-  error_ = 200 * u + 1.1 * f.mean_margin / unit + 0x1p46 * residual * residual;
+  error_ = 1.1 * f.mean_margin / unit + 0x1p46 * residual * residual;
   factor_ = f.factor + 0x1p-43;
   // The product of the three principal moments is at most a quarter of the least one, since the others sum up to 1 or
-  // less. Above 1000 u its own roundings do not matter, and no moment is negative.
+  // less. Above 1000 u its own roundings and those of the moments do not matter, and no moment is negative.
   const double product = xx_ * (yy_ * zz_ - yz_ * yz_) - xy_ * (xy_ * zz_ - yz_ * xz_) + xz_ * (xy_ * yz_ - yy_ * xz_);
   usable_ = usable && product > 1000 * u && product > error_;
 }
@@ -52,7 +52,7 @@ bool residual_model::expand(double x, double y) {
   const double value = zz_ + a_x * x * x + a_y * y * y + 2 * xy_ * x * y + z * b;
   const double curve = std::fabs(curve_xx_) + std::fabs(curve_yy_) + 2 * std::fabs(curve_xy_) + third_ * reach_;
   const double greatest = value + reach_ * (std::fabs(slope_x_) + std::fabs(slope_y_) + reach_ * curve);
-  margin_ = 2.2 * (error_ + factor_ * greatest);
+  margin_ = 2.2 * (error_ + factor_ * greatest) + 60 * u * std::sqrt(greatest);
   return true;
 }
 
@@ -64,7 +64,8 @@ int residual_model::decide(double x, double y, double step) const {
   if (!(away <= reach_)) return undecided;
   // The remainders of two cells differ by at most a third of the derivative's bound times the cube of the distance from
   // the base, or half of it times the square of that and the distance of the cells, 2.83 steps or less.
-  const double margin = margin_ + 1.01 * third_ * away * away * std::min(away * (1.0 / 3), 1.4143 * step);
+  const double remainder = third_ * away * away * std::min(away * (1.0 / 3), 1.4143 * step);
+  const double margin = margin_ + 4000 * u * step + 1.01 * remainder;
   const double p = step * (slope_x_ + curve_xx_ * dx + curve_xy_ * dy);
   const double q = step * (slope_y_ + curve_yy_ * dy + curve_xy_ * dx);
   const double square = step * step;
