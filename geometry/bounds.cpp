@@ -22,7 +22,8 @@ residual_bounds::residual_bounds(const cloud& points, const vector3d& c) {
   const auto count = static_cast<double>(points.size());
   const double reference[3] = {static_cast<double>(c.x), static_cast<double>(c.y), static_cast<double>(c.z)};
   moment_sums sums;
-  geometry().moments(points.arrays(), reference, &sums);
+  const std::size_t i = geometry().moments(points.arrays(), reference, &sums);
+  farthest_ = i < points.size() ? points.point(i) : c;
   const double trace = sums.second[0] + sums.second[1] + sums.second[2];
   usable_ = trace > least && trace < greatest && sums.square > least && sums.square < greatest;
   form_.count = count;
@@ -45,7 +46,7 @@ direction_bounds::direction_bounds(const point_arrays& par, const point_arrays& 
   for (int k = 0; k < 6; ++k) second_[k] = b.second[k] - a.second[k];
   const double magnitude = constant_ + a.square + b.square;
   usable_ = magnitude > least && magnitude < greatest;
-  // A term is off by at most 8 roundings of its size, their sum by as many as there are terms, the moments by 22, their
+  // A term is off by at most 8 roundings of its size, their sum by as many as there are terms, the moments by 24, their
   // difference and the form by 12.
   margin_ = 1.1 * (static_cast<double>(par.n) + static_cast<double>(perp.n) + 48) * u * magnitude;
 }

@@ -16,7 +16,7 @@ struct interval {
 //
 // With u = 2^-53, exact deviations s from the mean, T the sum of the squared distances from a reference point and P the
 // sum of the squared points:
-// - the moments carry at most 22 roundings a term, the mean's square 41, the form 10: |s|^2 is known within 128 u T;
+// - the moments carry at most 24 roundings a term, the mean's square 46, the form 10: |s|^2 is known within 128 u T;
 // - the computed mean is off by at most b = (m + 5) u sqrt(P / m), which is orthogonal to s: |s - b|^2 = |s|^2 + m b^2;
 // - the computed residuals differ from s - b by at most A = 3 u sqrt(P) + u (|s| + sqrt(m) b) in norm;
 // - their squares and the sum are off by at most a factor 1 + (m + 2) u.
@@ -28,6 +28,8 @@ class residual_bounds {
   // False where magnitudes are so extreme, or not finite, that the bounds say nothing.
   bool usable() const { return usable_; }
   const residual_form& form() const { return form_; }
+  // The first of the points farthest from the reference point, as the cloud finds it; found in the same pass.
+  const vector3d& farthest() const { return farthest_; }
   // For the neighbours of a normal in a grid, whose coordinates are given back; infinite where there is no z.
   void operator()(double centre_x, double centre_y, double step, double* x, double* y, double* z, double* low,
                   double* high) const {
@@ -37,6 +39,7 @@ class residual_bounds {
  private:
   bool usable_;
   residual_form form_;  // of the points less the reference point
+  vector3d farthest_;
 };
 
 // For the sum of 1 - (v . p)^2 over the first set and of (v . q)^2 over the second, in order, v of unit length.

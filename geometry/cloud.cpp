@@ -17,8 +17,8 @@ unsigned logarithm_from(std::uint64_t n) {
 // A bit for each value of the leading bits of a hash value.
 class bit_table {
  public:
-  explicit bit_table(std::uint64_t least_bits)
-      : shift_(64 - logarithm_from(least_bits)), words_(new std::uint64_t[(std::size_t{1} << (64 - shift_)) / 64]()) {}
+  explicit bit_table(std::uint64_t size)
+      : shift_(64 - logarithm_from(size)), words_(new std::uint64_t[(std::size_t{1} << (64 - shift_)) / 64]()) {}
   void prefetch(std::uint64_t h) const {
 #if defined(__GNUC__) || defined(__clang__)
     __builtin_prefetch(&words_[(h >> shift_) / 64], 1);
@@ -41,12 +41,16 @@ class bit_table {
   std::unique_ptr<std::uint64_t[]> words_;
 };
 
+// A table of so few bits is cleared in no time, and so sparse for a few hundred points that all of them differ in it.
+constexpr std::uint64_t least_bits = 1 << 15;
+constexpr std::uint64_t bits_each = 16;
+
 // The points, in their order, whose hash value another one shares, and perhaps some more: listed has room for one point
 // more than there are. Few points share a bit of a sparse table. Without branches: they could not be foreseen. Behind the
 // hash values there are 16 more to read.
 std::size_t list_suspects(const std::uint64_t* hashes, ulong count, ulong* listed) {
   constexpr std::size_t ahead = 16;
-  bit_table seen(16 * static_cast<std::uint64_t>(count));
+  bit_table seen(std::max<std::uint64_t>(least_bits, bits_each * static_cast<std::uint64_t>(count)));
   std::size_t found = 0;
   for (ulong i = 0; i < count; ++i) {
     seen.prefetch(hashes[static_cast<std::size_t>(i) + ahead]);

@@ -112,118 +112,130 @@ void add_cosines(const point_arrays& points, const double* x, const double* y, c
   add_squares<false>(points, x, y, z, cost);
 }
 
-template <bool VECTOR>
-struct number {
-  typedef double type;
-};
-template <>
-struct number<true> {
-  typedef vec type;
-};
+TESSARN_INLINE vec greater(vec a, vec b) { return select(a > b, a, b); }  // b if a is not a number
+TESSARN_INLINE vec lesser(vec a, vec b) { return select(a < b, a, b); }
 
-// A running sum with its rounding errors (D. Knuth, The Art of Computer Programming 2, 4.2.2), of numbers or of vectors.
-template <bool VECTOR>
-struct accurate_sum {
-  typedef typename number<VECTOR>::type term;
-  term high, low;
-  TESSARN_MEMBER void add(term v) {
-    const term s = high + v;
-    const term part = s - high;
-    low += (high - (s - part)) + (v - part);
-    high = s;
-  }
-};
-
-constexpr size_t sums = 10;
-constexpr size_t lane_depth = 16;  // additions in a lane before it goes to the accurate sums
-
-TESSARN_INLINE void add_moments(const point_arrays& points, size_t i, const vec* reference, vec* sum) {
-  const vec px = load(points.x + i), py = load(points.y + i), pz = load(points.z + i);
-  const vec x = px - reference[0], y = py - reference[1], z = pz - reference[2];
-  sum[0] += x;
-  sum[1] += y;
-  sum[2] += z;
-  sum[3] += x * x;
-  sum[4] += y * y;
-  sum[5] += z * z;
-  sum[6] += x * y;
-  sum[7] += x * z;
-  sum[8] += y * z;
-  sum[9] += (px * px + py * py) + pz * pz;
+TESSARN_INLINE double greatest_lane(vec v) {
+  double lanes[width];
+  store(lanes, v);
+  for (size_t half = width / 2; half > 0; half /= 2)
+    for (size_t k = 0; k < half; ++k) lanes[k] = lanes[k] > lanes[k + half] ? lanes[k] : lanes[k + half];
+  return lanes[0];
 }
 
-void moments(const point_arrays& points, const double* reference, moment_sums* result) {
-  const vec r[3] = {broadcast(reference[0]), broadcast(reference[1]), broadcast(reference[2])};
-  accurate_sum<true> lanes[sums] = {};
-  size_t i = 0;
-  while (i + width <= points.n) {
-    vec sum[sums] = {};
-    for (size_t k = 0; k < lane_depth && i + width <= points.n; ++k, i += width) add_moments(points, i, r, sum);
-    for (size_t s = 0; s < sums; ++s) lanes[s].add(sum[s]);
+TESSARN_INLINE double sum_of_lanes(vec v) {
+  double lanes[width];
+  store(lanes, v);
+  for (size_t half = width / 2; half > 0; half /= 2)
+    for (size_t k = 0; k < half; ++k) lanes[k] += lanes[k + half];
+  return lanes[0];
+}
+
+struct point_lanes {
+  vec x, y, z;
+};
+
+TESSARN_INLINE point_lanes load_points(const point_arrays& points, size_t i) {
+  return {load(points.x + i), load(points.y + i), load(points.z + i)};
+}
+
+// From the i-th point on; zeros in place of those behind the last one.
+TESSARN_INLINE point_lanes load_last_points(const point_arrays& points, size_t i) {
+  double x[width] = {}, y[width] = {}, z[width] = {};
+  for (size_t k = 0; k < points.n - i; ++k) {
+    x[k] = points.x[i + k];
+    y[k] = points.y[i + k];
+    z[k] = points.z[i + k];
   }
-  accurate_sum<false> total[sums] = {};
-  for (size_t s = 0; s < sums; ++s) {
-    double high[width], low[width];
-    store(high, lanes[s].high);
-    store(low, lanes[s].low);
-    for (size_t k = 0; k < width; ++k) {
-      total[s].add(high[k]);
-      total[s].low += low[k];
+  return {load(x), load(y), load(z)};
+}
+
+TESSARN_INLINE point_lanes lanes_of(const double* a) { return {broadcast(a[0]), broadcast(a[1]), broadcast(a[2])}; }
+
+TESSARN_INLINE point_lanes difference(const point_lanes& p, const point_lanes& a) {
+  return {p.x - a.x, p.y - a.y, p.z - a.z};
+}
+
+TESSARN_INLINE vec squared_length(const point_lanes& d) { return (d.x * d.x + d.y * d.y) + d.z * d.z; }
+
+// Distances are compared, but most points are excluded by bounds of the squares, without a root. A sum of distances has
+// sqrt(p) + sqrt(q) <= sqrt(2 (p + q)), and (sqrt(p) + sqrt(q))^2 >= p + q + 2 min(p, q).
+//
+// What a square must reach to belong to a distance of the given square or more; -1, which excludes none, where the squares
+// are not accurate.
+TESSARN_INLINE double exclusion_limit(double square) {
+  return square > 1e-280 && square < 1e280 ? square * (1 - 1e-13) : -1;
+}
+
+struct farthest_so_far {
+  double least;
+  size_t found;
+};
+
+constexpr size_t block_vectors = 16;
+
+// The squares of the distances of some points from one or from two others.
+template <bool TWO>
+struct squares_block {
+  vec a[block_vectors], b[TWO ? block_vectors : 1];
+  size_t vectors;
+  vec low;  // not above the greatest square
+
+  TESSARN_MEMBER vec high(size_t v) const { return TWO ? 2.0 * (a[v] + b[v]) : a[v]; }
+  TESSARN_MEMBER void begin() {
+    vectors = 0;
+    low = vec{};
+  }
+  TESSARN_MEMBER void add(vec from_a, vec from_b) {
+    a[vectors] = from_a;
+    if (TWO) b[vectors] = from_b;
+    low = greater(TWO ? from_a + from_b + 2.0 * lesser(from_a, from_b) : from_a, low);
+    ++vectors;
+  }
+  // The first is the i-th point.
+  TESSARN_MEMBER void compare(size_t i, farthest_so_far& far) const {
+    const double limit = exclusion_limit(far.least * far.least);
+    mask inside = {};
+    for (size_t v = 0; v < vectors; ++v) inside |= high(v) >= broadcast(limit);
+    if (none(inside)) return;
+    const double own_limit = exclusion_limit(greatest_lane(low));
+    const vec both = broadcast(own_limit > limit ? own_limit : limit);
+    for (size_t v = 0; v < vectors; ++v) {
+      if (none(high(v) >= both)) continue;
+      double distance[width];
+      store(distance, TWO ? square_root(a[v]) + square_root(b[v]) : square_root(a[v]));
+      for (size_t k = 0; k < width; ++k) {
+        if (!(distance[k] > far.least)) continue;
+        far.least = distance[k];
+        far.found = i + v * width + k;
+      }
     }
   }
-  for (; i < points.n; ++i) {
-    const double px = points.x[i], py = points.y[i], pz = points.z[i];
-    const double x = px - reference[0], y = py - reference[1], z = pz - reference[2];
-    const double term[sums] = {x, y, z, x * x, y * y, z * z, x * y, x * z, y * z, (px * px + py * py) + pz * pz};
-    for (size_t s = 0; s < sums; ++s) total[s].add(term[s]);
-  }
-  for (size_t s = 0; s < 3; ++s) result->first[s] = total[s].high + total[s].low;
-  for (size_t s = 0; s < 6; ++s) result->second[s] = total[3 + s].high + total[3 + s].low;
-  result->square = total[9].high + total[9].low;
-}
-
-TESSARN_INLINE vec squared_distance(const point_arrays& points, size_t i, const double* a) {
-  const vec x = load(points.x + i) - broadcast(a[0]);
-  const vec y = load(points.y + i) - broadcast(a[1]);
-  const vec z = load(points.z + i) - broadcast(a[2]);
-  return (x * x + y * y) + z * z;
-}
-
-// Distances are compared, but most points are excluded by squares: a sum of squares that is not above the result has no
-// larger distance, or sum of the two distances, than least, since sqrt(p) + sqrt(q) <= sqrt(2 (p + q)). -1, which
-// excludes none, where the square of least is not accurate.
-TESSARN_INLINE double exclusion_limit(double least, double factor) {
-  return least > 1e-140 && least < 1e140 ? least * least * (factor * (1 - 1e-13)) : -1;
-}
-
-constexpr size_t search_vectors = 4;
-constexpr size_t search_points = search_vectors * width;
+};
 
 template <bool TWO>
-TESSARN_INLINE size_t farthest_point(const point_arrays& points, const double* a, const double* b, double least) {
-  constexpr double factor = TWO ? 0.5 : 1;
-  double limit = exclusion_limit(least, factor);
-  size_t found = points.n;
-  for (size_t i = 0; i < points.n; i += search_points) {
-    vec from_a[search_vectors], from_b[search_vectors];
-    mask inside = {};
-    for (size_t v = 0; v < search_vectors; ++v) {
-      from_a[v] = squared_distance(points, i + v * width, a);
-      from_b[v] = TWO ? squared_distance(points, i + v * width, b) : vec{};
-      inside |= (TWO ? from_a[v] + from_b[v] : from_a[v]) > broadcast(limit);
+TESSARN_INLINE size_t farthest_point(const point_arrays& points, const double* from_a, const double* from_b,
+                                     double least) {
+  const point_lanes a = lanes_of(from_a), b = lanes_of(from_b);
+  farthest_so_far far = {least, points.n};
+  squares_block<TWO> block;
+  for (size_t i = 0; i < points.n;) {
+    const size_t first = i;
+    block.begin();
+    for (; block.vectors < block_vectors && i + width <= points.n; i += width) {
+      const point_lanes p = load_points(points, i);
+      block.add(squared_length(difference(p, a)), TWO ? squared_length(difference(p, b)) : vec{});
     }
-    if (none(inside)) continue;
-    double value[search_points];
-    for (size_t v = 0; v < search_vectors; ++v)
-      store(value + v * width, TWO ? square_root(from_a[v]) + square_root(from_b[v]) : square_root(from_a[v]));
-    for (size_t k = 0; k < search_points && i + k < points.n; ++k) {
-      if (!(value[k] > least)) continue;
-      least = value[k];
-      found = i + k;
+    if (block.vectors < block_vectors && i < points.n) {
+      const mask inside = lane_numbers() < broadcast((double)(points.n - i));
+      const point_lanes p = load_last_points(points, i);
+      block.add(select(inside, squared_length(difference(p, a)), vec{}),
+                TWO ? select(inside, squared_length(difference(p, b)), vec{}) : vec{});
+      i = points.n;
     }
-    limit = exclusion_limit(least, factor);
+    block.compare(first, far);
   }
-  return found;
+  return far.found;
 }
 
 size_t farthest(const point_arrays& points, const double* a, double least) {
@@ -232,6 +244,67 @@ size_t farthest(const point_arrays& points, const double* a, double least) {
 
 size_t farthest_from_two(const point_arrays& points, const double* a, const double* b, double least) {
   return farthest_point<true>(points, a, b, least);
+}
+
+// A running sum with its rounding errors (D. Knuth, The Art of Computer Programming 2, 4.2.2).
+struct accurate_sum {
+  vec high, low;
+  TESSARN_MEMBER void add(vec v) {
+    const vec s = high + v;
+    const vec part = s - high;
+    low += (high - (s - part)) + (v - part);
+    high = s;
+  }
+};
+
+constexpr size_t sums = 10;
+
+// p less the reference point is d.
+TESSARN_INLINE void add_moments(const point_lanes& p, const point_lanes& d, vec* sum) {
+  sum[0] += d.x;
+  sum[1] += d.y;
+  sum[2] += d.z;
+  sum[3] += d.x * d.x;
+  sum[4] += d.y * d.y;
+  sum[5] += d.z * d.z;
+  sum[6] += d.x * d.y;
+  sum[7] += d.x * d.z;
+  sum[8] += d.y * d.z;
+  sum[9] += squared_length(p);
+}
+
+// The accurate sums take what has been added in the lanes over a block.
+size_t moments(const point_arrays& points, const double* reference, moment_sums* result) {
+  const point_lanes r = lanes_of(reference);
+  accurate_sum total[sums] = {};
+  farthest_so_far far = {0, points.n};
+  squares_block<false> block;
+  for (size_t i = 0; i < points.n;) {
+    const size_t first = i;
+    vec sum[sums] = {};
+    block.begin();
+    for (; block.vectors < block_vectors && i + width <= points.n; i += width) {
+      const point_lanes p = load_points(points, i), d = difference(p, r);
+      add_moments(p, d, sum);
+      block.add(squared_length(d), vec{});
+    }
+    if (block.vectors < block_vectors && i < points.n) {
+      const mask inside = lane_numbers() < broadcast((double)(points.n - i));
+      const point_lanes p = load_last_points(points, i), all = difference(p, r);
+      const point_lanes d = {select(inside, all.x, vec{}), select(inside, all.y, vec{}), select(inside, all.z, vec{})};
+      add_moments(p, d, sum);
+      block.add(squared_length(d), vec{});
+      i = points.n;
+    }
+    for (size_t s = 0; s < sums; ++s) total[s].add(sum[s]);
+    block.compare(first, far);
+  }
+  double value[sums];
+  for (size_t s = 0; s < sums; ++s) value[s] = sum_of_lanes(total[s].high + total[s].low);
+  for (size_t s = 0; s < 3; ++s) result->first[s] = value[s];
+  for (size_t s = 0; s < 6; ++s) result->second[s] = value[3 + s];
+  result->square = value[9];
+  return far.found;
 }
 
 #if defined(__GNUC__) || defined(__clang__)

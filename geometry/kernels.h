@@ -16,7 +16,7 @@ struct point_arrays {
   size_t n;
 };
 
-// Sums about a reference point, each accurate to a few roundings of the sum of its magnitudes: of the coordinates,
+// Sums about a reference point, each accurate to two dozen roundings of the sum of its magnitudes: of the coordinates,
 // of their products xx, yy, zz, xy, xz, yz, and of the squares of the coordinates themselves.
 struct moment_sums {
   double first[3];
@@ -47,10 +47,11 @@ struct geometry_kernels {
   void (*add_sines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
   void (*add_cosines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
 
-  void (*moments)(const point_arrays& points, const double* reference, moment_sums* sums);
+  // The moments, and what farthest would find from the reference point and 0.
+  size_t (*moments)(const point_arrays& points, const double* reference, moment_sums* sums);
 
   // The first of the points that are farthest from a, if farther than least; points.n otherwise. With b, the same for the
-  // sum of the distances. There are 32 readable numbers behind the coordinates.
+  // sum of the distances.
   size_t (*farthest)(const point_arrays& points, const double* a, double least);
   size_t (*farthest_from_two)(const point_arrays& points, const double* a, const double* b, double least);
 

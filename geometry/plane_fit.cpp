@@ -44,8 +44,9 @@ class plane_search {
   // Moves the 3 x 3 grid with the given step to ever better cells until its centre is the best one. True when the
   // cost is exactly 0. Where no cell has a finite cost the normal stays as it is.
   bool run(double step);
-  vector3d normal() const { return {current_.x, current_.y, current_.z}; }
-  real offset() const;
+  const vector3d& farthest_from_centroid() const { return bounds_.farthest(); }
+  // The normal and its offset, for which the sums of squares are not needed.
+  vector3d result(real& offset) const;
 
  private:
   void move_by_model(int best, double step);
@@ -62,13 +63,17 @@ class plane_search {
   bool bounded_ = false;  // whether the cost of the present cell is known
 };
 
-// The sums of squares are not needed for it.
-real plane_search::offset() const {
-  if (current_.evaluated) return current_.offset;
-  double x[candidate_lanes] = {current_.x}, y[candidate_lanes] = {current_.y}, z[candidate_lanes] = {current_.z};
+vector3d plane_search::result(real& offset) const {
+  vector3d n(current_.x, current_.y, current_.z);
+  offset = current_.offset;
+  if (current_.evaluated) return n;
+  double x[candidate_lanes] = {current_.x}, y[candidate_lanes] = {current_.y}, z[candidate_lanes];
   double mean[candidate_lanes];
+  for (double& lane : z) lane = std::sqrt(1 - current_.x * current_.x - current_.y * current_.y);
   tessarn::detail::geometry().means(points_.arrays(), x, y, z, mean);
-  return mean[0];
+  offset = mean[0];
+  n.z = z[0];
+  return n;
 }
 
 // The cells around the centre.
@@ -152,12 +157,11 @@ bool plane_search::cost_is_zero(cell& c) const {
   return c.cost.low == 0;
 }
 
-// The coordinates are formed as those of the neighbours are.
+// The coordinates are formed as those of the neighbours are; z is left to the end.
 void plane_search::move_by_model(int best, double step) {
   if (best == centre && bounded_) return;
   current_.x = (current_.x + 0.0) + (best % 3 - 1) * step;
   current_.y = (current_.y + 0.0) + (best / 3 - 1) * step;
-  current_.z = std::sqrt(1 - current_.x * current_.x - current_.y * current_.y);
   current_.evaluated = false;
   bounded_ = false;
 }
@@ -182,9 +186,8 @@ bool plane_search::run(double step) {
   }
 }
 
-// The normal of the plane through three extreme points of the cloud, and its offset.
-vector3d normal_through_extremes(const cloud& points, const vector3d& centroid, real& offset) {
-  const vector3d e1 = points.farthest_from(centroid);
+// The normal of the plane through three extreme points of the cloud, of which e1 is the first, and its offset.
+vector3d normal_through_extremes(const cloud& points, const vector3d& e1, real& offset) {
   const vector3d e2 = points.farthest_from(e1);
   const vector3d e3 = points.farthest_from(e1, e2);
   vector3d n = (e2 - e1).cross(e3 - e1);
@@ -202,17 +205,15 @@ vector3d normal_through_three(const cloud& points, real& offset) {
 }
 
 vector3d refined_normal(const cloud& points, real& offset) {
-  const vector3d centroid = points.centroid();
-  plane_search search(points, centroid);
-  const vector3d guess = normal_through_extremes(points, centroid, offset);
+  plane_search search(points, points.centroid());
+  const vector3d guess = normal_through_extremes(points, search.farthest_from_centroid(), offset);
   search.begin(guess, offset);
   double step = first_step;
   do {
     if (search.run(step)) break;
     step *= 0.5;
   } while (step > last_step);
-  offset = search.offset();
-  return search.normal();
+  return search.result(offset);
 }
 
 }  // namespace
