@@ -110,7 +110,6 @@ cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding
     const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count);
     if (duplicate) remove(duplicate.get());
   }
-  for (std::size_t axis = 0; axis < 3; ++axis) std::fill_n(to + axis * stride_ + n_, padding, static_cast<real>(0));
 }
 
 void cloud::remove(const bool* marked) {

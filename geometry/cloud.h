@@ -10,7 +10,7 @@ namespace tessarn::detail {
 class cloud {
  public:
   // Of each group of equal points the last one is kept, in order. -0.0 equals 0.0, a point with NaN equals nothing.
-  // Linear expected time; one packed copy and tables of about 20 bytes a point.
+  // Linear expected time; one packed copy and tables of about 20 bytes a point, 4 KiB at least.
   cloud(const vector3d* pts, ulong count);
 
   std::size_t size() const { return n_; }
@@ -33,7 +33,7 @@ class cloud {
 
   std::size_t n_;
   double sums_[3];
-  static constexpr std::size_t padding = 32;  // zeros, for the whole vectors of the kernels
+  static constexpr std::size_t padding = 32;  // for the whole vectors of the kernels
   std::size_t stride_;
   real_array coordinates_;
 };

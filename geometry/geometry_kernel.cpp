@@ -112,8 +112,8 @@ void add_cosines(const point_arrays& points, const double* x, const double* y, c
   add_squares<false>(points, x, y, z, cost);
 }
 
-TESSARN_INLINE vec greater(vec a, vec b) { return select(a > b, a, b); }  // b if a is not a number
-TESSARN_INLINE vec lesser(vec a, vec b) { return select(a < b, a, b); }
+TESSARN_INLINE vec greater(vec a, vec b) { return a > b ? a : b; }  // b if a is not a number
+TESSARN_INLINE vec lesser(vec a, vec b) { return a < b ? a : b; }
 
 TESSARN_INLINE double greatest_lane(vec v) {
   double lanes[width];
@@ -139,32 +139,27 @@ TESSARN_INLINE point_lanes load_points(const point_arrays& points, size_t i) {
   return {load(points.x + i), load(points.y + i), load(points.z + i)};
 }
 
-// From the i-th point on; zeros in place of those behind the last one.
-TESSARN_INLINE point_lanes load_last_points(const point_arrays& points, size_t i) {
-  double x[width] = {}, y[width] = {}, z[width] = {};
-  for (size_t k = 0; k < points.n - i; ++k) {
-    x[k] = points.x[i + k];
-    y[k] = points.y[i + k];
-    z[k] = points.z[i + k];
-  }
-  return {load(x), load(y), load(z)};
-}
-
 TESSARN_INLINE point_lanes lanes_of(const double* a) { return {broadcast(a[0]), broadcast(a[1]), broadcast(a[2])}; }
 
 TESSARN_INLINE point_lanes difference(const point_lanes& p, const point_lanes& a) {
   return {p.x - a.x, p.y - a.y, p.z - a.z};
 }
 
+// Zeros where m is not set.
+TESSARN_INLINE point_lanes only(mask m, const point_lanes& p) {
+  return {select(m, p.x, vec{}), select(m, p.y, vec{}), select(m, p.z, vec{})};
+}
+
 TESSARN_INLINE vec squared_length(const point_lanes& d) { return (d.x * d.x + d.y * d.y) + d.z * d.z; }
 
-// Distances are compared, but most points are excluded by bounds of the squares, without a root. A sum of distances has
-// sqrt(p) + sqrt(q) <= sqrt(2 (p + q)), and (sqrt(p) + sqrt(q))^2 >= p + q + 2 min(p, q).
+// Distances are compared, but most points are excluded by their squares p and q, without a root: sqrt(p) + sqrt(q) is less
+// than sqrt(l) where l - p - q is above 2 sqrt(p q); it is sqrt(p + q + 2 min(p, q)) or more.
 //
-// What a square must reach to belong to a distance of the given square or more; -1, which excludes none, where the squares
-// are not accurate.
+// What l must be for distances of the given square or more; -1, which excludes none, where the squares or their
+// products are not accurate. The factor covers the roundings of l - p - q; it makes this smaller by 1e-13 l, and thereby its
+// square by more than that of p q is off.
 TESSARN_INLINE double exclusion_limit(double square) {
-  return square > 1e-280 && square < 1e280 ? square * (1 - 1e-13) : -1;
+  return square > 1e-100 && square < 1e100 ? square * (1 - 1e-13) : -1;
 }
 
 struct farthest_so_far {
@@ -181,7 +176,11 @@ struct squares_block {
   size_t vectors;
   vec low;  // not above the greatest square
 
-  TESSARN_MEMBER vec high(size_t v) const { return TWO ? 2.0 * (a[v] + b[v]) : a[v]; }
+  TESSARN_MEMBER mask reaches(size_t v, double limit) const {
+    if (!TWO) return a[v] >= broadcast(limit);
+    const vec rest = limit - (a[v] + b[v]);
+    return (rest <= vec{}) | (rest * rest <= 4.0 * (a[v] * b[v]));
+  }
   TESSARN_MEMBER void begin() {
     vectors = 0;
     low = vec{};
@@ -196,12 +195,12 @@ struct squares_block {
   TESSARN_MEMBER void compare(size_t i, farthest_so_far& far) const {
     const double limit = exclusion_limit(far.least * far.least);
     mask inside = {};
-    for (size_t v = 0; v < vectors; ++v) inside |= high(v) >= broadcast(limit);
+    for (size_t v = 0; v < vectors; ++v) inside |= reaches(v, limit);
     if (none(inside)) return;
     const double own_limit = exclusion_limit(greatest_lane(low));
-    const vec both = broadcast(own_limit > limit ? own_limit : limit);
+    const double both = own_limit > limit ? own_limit : limit;
     for (size_t v = 0; v < vectors; ++v) {
-      if (none(high(v) >= both)) continue;
+      if (none(reaches(v, both))) continue;
       double distance[width];
       store(distance, TWO ? square_root(a[v]) + square_root(b[v]) : square_root(a[v]));
       for (size_t k = 0; k < width; ++k) {
@@ -228,7 +227,7 @@ TESSARN_INLINE size_t farthest_point(const point_arrays& points, const double* f
     }
     if (block.vectors < block_vectors && i < points.n) {
       const mask inside = lane_numbers() < broadcast((double)(points.n - i));
-      const point_lanes p = load_last_points(points, i);
+      const point_lanes p = load_points(points, i);
       block.add(select(inside, squared_length(difference(p, a)), vec{}),
                 TWO ? select(inside, squared_length(difference(p, b)), vec{}) : vec{});
       i = points.n;
@@ -276,7 +275,8 @@ TESSARN_INLINE void add_moments(const point_lanes& p, const point_lanes& d, vec*
 // The accurate sums take what has been added in the lanes over a block.
 size_t moments(const point_arrays& points, const double* reference, moment_sums* result) {
   const point_lanes r = lanes_of(reference);
-  accurate_sum total[sums] = {};
+  accurate_sum total[sums];
+  for (size_t s = 0; s < sums; ++s) total[s].high = total[s].low = vec{};
   farthest_so_far far = {0, points.n};
   squares_block<false> block;
   for (size_t i = 0; i < points.n;) {
@@ -290,9 +290,8 @@ size_t moments(const point_arrays& points, const double* reference, moment_sums*
     }
     if (block.vectors < block_vectors && i < points.n) {
       const mask inside = lane_numbers() < broadcast((double)(points.n - i));
-      const point_lanes p = load_last_points(points, i), all = difference(p, r);
-      const point_lanes d = {select(inside, all.x, vec{}), select(inside, all.y, vec{}), select(inside, all.z, vec{})};
-      add_moments(p, d, sum);
+      const point_lanes p = load_points(points, i), d = only(inside, difference(p, r));
+      add_moments(only(inside, p), d, sum);
       block.add(squared_length(d), vec{});
       i = points.n;
     }

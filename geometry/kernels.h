@@ -9,6 +9,7 @@ namespace tessarn::detail {
 // Candidates are evaluated this many at a time, side by side.
 inline constexpr size_t candidate_lanes = 8;
 
+// Eight numbers behind each of them may be read, too.
 struct point_arrays {
   const double* x;
   const double* y;

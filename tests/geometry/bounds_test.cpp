@@ -128,7 +128,7 @@ TEST(direction_bounds, hold_the_sums_of_squares) {
     const std::size_t n = random.below(200), m = 1 + random.below(200);
     const double size = std::ldexp(1.0, static_cast<int>(random.below(30)) - 15);
     for (int k = 0; k < 6; ++k)
-      for (std::size_t i = 0; i < (k < 3 ? n : m); ++i) c[k].push_back(size * random.uniform());
+      for (std::size_t i = 0; i < (k < 3 ? n : m) + candidate_lanes; ++i) c[k].push_back(size * random.uniform());
     const tessarn::detail::point_arrays par{c[0].data(), c[1].data(), c[2].data(), n};
     const tessarn::detail::point_arrays perp{c[3].data(), c[4].data(), c[5].data(), m};
     const tessarn::detail::direction_bounds bounds(par, perp);
