@@ -18,12 +18,9 @@ double form(const double* s, double x, double y, double z) {
 
 }  // namespace
 
-residual_bounds::residual_bounds(const cloud& points, const vector3d& c) {
+residual_bounds::residual_bounds(const cloud& points) {
   const auto count = static_cast<double>(points.size());
-  const double reference[3] = {static_cast<double>(c.x), static_cast<double>(c.y), static_cast<double>(c.z)};
-  moment_sums sums;
-  const std::size_t i = geometry().moments(points.arrays(), reference, &sums);
-  farthest_ = i < points.size() ? points.point(i) : c;
+  const moment_sums& sums = points.moments();
   const double trace = sums.second[0] + sums.second[1] + sums.second[2];
   usable_ = trace > least && trace < greatest && sums.square > least && sums.square < greatest;
   form_.count = count;
@@ -40,8 +37,8 @@ residual_bounds::residual_bounds(const cloud& points, const vector3d& c) {
 direction_bounds::direction_bounds(const point_arrays& par, const point_arrays& perp) {
   const double origin[3] = {0, 0, 0};
   moment_sums a, b;
-  geometry().moments(par, origin, &a);
-  geometry().moments(perp, origin, &b);
+  geometry().moments(par, origin, &a, nullptr);
+  geometry().moments(perp, origin, &b, nullptr);
   constant_ = static_cast<double>(par.n);
   for (int k = 0; k < 6; ++k) second_[k] = b.second[k] - a.second[k];
   const double magnitude = constant_ + a.square + b.square;

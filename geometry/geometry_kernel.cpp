@@ -272,10 +272,35 @@ TESSARN_INLINE void add_moments(const point_lanes& p, const point_lanes& d, vec*
   sum[9] += squared_length(p);
 }
 
-// The accurate sums take what has been added in the lanes over a block.
-size_t moments(const point_arrays& points, const double* reference, moment_sums* result) {
+TESSARN_INLINE void prefetch(const uint64_t* p) {
+#if defined(__GNUC__) || defined(__clang__)
+  __builtin_prefetch(p, 1);
+#else
+  (void)p;
+#endif
+}
+
+// Of count points from the i-th on. Without branches: they could not be foreseen.
+TESSARN_INLINE void add_hashes(repeated_hashes& r, size_t i, size_t count) {
+  constexpr size_t ahead = 32;
+  for (size_t k = i; k < i + count; ++k) {
+    prefetch(&r.table[(uint64_t)(r.hash[k + ahead] >> r.shift) / 64]);
+    const uint32_t place = r.hash[k] >> r.shift;
+    uint64_t& word = r.table[place / 64];
+    const uint64_t bit = (uint64_t)1 << (place % 64);
+    r.listed[r.found] = (uint32_t)k;
+    r.found += (word & bit) != 0;
+    word |= bit;
+  }
+}
+
+// The accurate sums take what has been added in the lanes over a block. The search for repeated hash values waits for the
+// memory, the moments for the arithmetic.
+template <bool SEARCH>
+TESSARN_INLINE size_t add_blocks(const point_arrays& points, const double* reference, accurate_sum* total,
+                                 repeated_hashes* hashes) {
+  repeated_hashes own = SEARCH ? *hashes : repeated_hashes{};  // stays in registers
   const point_lanes r = lanes_of(reference);
-  accurate_sum total[sums];
   for (size_t s = 0; s < sums; ++s) total[s].high = total[s].low = vec{};
   farthest_so_far far = {0, points.n};
   squares_block<false> block;
@@ -285,12 +310,14 @@ size_t moments(const point_arrays& points, const double* reference, moment_sums*
     block.begin();
     for (; block.vectors < block_vectors && i + width <= points.n; i += width) {
       const point_lanes p = load_points(points, i), d = difference(p, r);
+      if (SEARCH) add_hashes(own, i, width);
       add_moments(p, d, sum);
       block.add(squared_length(d), vec{});
     }
     if (block.vectors < block_vectors && i < points.n) {
       const mask inside = lane_numbers() < broadcast((double)(points.n - i));
       const point_lanes p = load_points(points, i), d = only(inside, difference(p, r));
+      if (SEARCH) add_hashes(own, i, points.n - i);
       add_moments(only(inside, p), d, sum);
       block.add(squared_length(d), vec{});
       i = points.n;
@@ -298,18 +325,30 @@ size_t moments(const point_arrays& points, const double* reference, moment_sums*
     for (size_t s = 0; s < sums; ++s) total[s].add(sum[s]);
     block.compare(first, far);
   }
+  if (SEARCH) hashes->found = own.found;
+  return far.found;
+}
+
+size_t moments(const point_arrays& points, const double* reference, moment_sums* result, repeated_hashes* hashes) {
+  accurate_sum total[sums];
+  const size_t found = hashes ? add_blocks<true>(points, reference, total, hashes)
+                              : add_blocks<false>(points, reference, total, hashes);
   double value[sums];
   for (size_t s = 0; s < sums; ++s) value[s] = sum_of_lanes(total[s].high + total[s].low);
   for (size_t s = 0; s < 3; ++s) result->first[s] = value[s];
   for (size_t s = 0; s < 6; ++s) result->second[s] = value[3 + s];
   result->square = value[9];
-  return far.found;
+  return found;
 }
 
 #if defined(__GNUC__) || defined(__clang__)
 typedef uint64_t bits __attribute__((vector_size(width * 8), may_alias));
 TESSARN_INLINE bits bits_of(vec v) { return (bits)v; }
-TESSARN_INLINE void store_bits(uint64_t* p, bits b) { store(reinterpret_cast<double*>(p), (vec)b); }
+TESSARN_INLINE void store_upper_halves(uint32_t* p, bits b) {
+  typedef uint32_t halves __attribute__((vector_size(width * 4)));
+  typedef uint32_t unaligned_halves __attribute__((vector_size(width * 4), aligned(4), may_alias));
+  *reinterpret_cast<unaligned_halves*>(p) = __builtin_convertvector(b >> 32, halves);
+}
 #else
 typedef uint64_t bits;
 TESSARN_INLINE bits bits_of(vec v) {
@@ -319,7 +358,7 @@ TESSARN_INLINE bits bits_of(vec v) {
   } number = {v};
   return number.bits;
 }
-TESSARN_INLINE void store_bits(uint64_t* p, bits b) { *p = b; }
+TESSARN_INLINE void store_upper_halves(uint32_t* p, bits b) { *p = (uint32_t)(b >> 32); }
 #endif
 
 // -0.0 becomes 0.0. Coordinates of few bits have them in the upper half only.
@@ -334,17 +373,17 @@ TESSARN_INLINE bits hash_of(vec x, vec y, vec z) {
          folded_bits_of(z) * 0x94D049BB133111EBu;
 }
 
-TESSARN_INLINE void unpack_points(const double* points, double* to, size_t stride, uint64_t* hash) {
+TESSARN_INLINE void unpack_points(const double* points, double* to, size_t stride, uint32_t* hash) {
   vec x, y, z;
   load_space_points(points, x, y, z);
   store(to, x);
   store(to + stride, y);
   store(to + 2 * stride, z);
-  store_bits(hash, hash_of(x, y, z));
+  store_upper_halves(hash, hash_of(x, y, z));
 }
 
 // The sums go along: their additions wait for each other, the rest waits for the memory.
-void unpack(const double* points, size_t n, double* to, size_t stride, uint64_t* hash, double* sums) {
+void unpack(const double* points, size_t n, double* to, size_t stride, uint32_t* hash, double* sums) {
   quad sum = all_lanes(0);
   size_t i = 0;
   for (; i + width <= n; i += width) {

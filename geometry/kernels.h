@@ -34,6 +34,17 @@ struct residual_form {
   double form_margin, mean_margin, mean_margin_root, residual_margin, factor;
 };
 
+// A search for repeated hash values of points. The table has a bit for each value of a hash less its last bits, as many as
+// shift; those of the points are set. Lists the points whose bit was set before; there is room for one point more, and 48
+// hash values behind the last one may be read.
+struct repeated_hashes {
+  const uint32_t* hash;
+  uint64_t* table;
+  unsigned shift;
+  uint32_t* listed;
+  size_t found;
+};
+
 struct geometry_kernels {
   // For eight normals (x, y, z): the mean of (y p.y + x p.x) + z p.z, summed in the order of the points from +0.0.
   void (*means)(const point_arrays& points, const double* x, const double* y, const double* z, double* mean);
@@ -48,8 +59,8 @@ struct geometry_kernels {
   void (*add_sines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
   void (*add_cosines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
 
-  // The moments, and what farthest would find from the reference point and 0.
-  size_t (*moments)(const point_arrays& points, const double* reference, moment_sums* sums);
+  // The moments, and what farthest would find from the reference point and 0. With hashes, searches them along the way.
+  size_t (*moments)(const point_arrays& points, const double* reference, moment_sums* sums, repeated_hashes* hashes);
 
   // The first of the points that are farthest from a, if farther than least; points.n otherwise. With b, the same for the
   // sum of the distances.
@@ -59,7 +70,7 @@ struct geometry_kernels {
   // The coordinates of n space points, each four doubles of which they are the last three, to to[i], to[stride + i] and
   // to[2 stride + i], and a hash value of each, the same for both zeros. There is room for 32 more.
   // The coordinates' sums in the order of the points, from +0.0, to sums.
-  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint64_t* hash, double* sums);
+  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint32_t* hash, double* sums);
 };
 
 namespace baseline {

@@ -30,8 +30,8 @@ struct cell {
 
 class plane_search {
  public:
-  plane_search(const cloud& points, const vector3d& centroid)
-      : points_(points), bounds_(points, centroid), model_(bounds_.form(), bounds_.usable()) {}
+  explicit plane_search(const cloud& points)
+      : points_(points), bounds_(points), model_(bounds_.form(), bounds_.usable()) {}
 
   // Starts from the normal n with the offset d.
   void begin(const vector3d& n, real d) {
@@ -44,7 +44,6 @@ class plane_search {
   // Moves the 3 x 3 grid with the given step to ever better cells until its centre is the best one. True when the
   // cost is exactly 0. Where no cell has a finite cost the normal stays as it is.
   bool run(double step);
-  const vector3d& farthest_from_centroid() const { return bounds_.farthest(); }
   // The normal and its offset, for which the sums of squares are not needed.
   vector3d result(real& offset) const;
 
@@ -186,8 +185,9 @@ bool plane_search::run(double step) {
   }
 }
 
-// The normal of the plane through three extreme points of the cloud, of which e1 is the first, and its offset.
-vector3d normal_through_extremes(const cloud& points, const vector3d& e1, real& offset) {
+// The normal of the plane through three extreme points of the cloud, and its offset.
+vector3d normal_through_extremes(const cloud& points, real& offset) {
+  const vector3d e1 = points.farthest_from_centroid();
   const vector3d e2 = points.farthest_from(e1);
   const vector3d e3 = points.farthest_from(e1, e2);
   vector3d n = (e2 - e1).cross(e3 - e1);
@@ -205,8 +205,8 @@ vector3d normal_through_three(const cloud& points, real& offset) {
 }
 
 vector3d refined_normal(const cloud& points, real& offset) {
-  plane_search search(points, points.centroid());
-  const vector3d guess = normal_through_extremes(points, search.farthest_from_centroid(), offset);
+  plane_search search(points);
+  const vector3d guess = normal_through_extremes(points, offset);
   search.begin(guess, offset);
   double step = first_step;
   do {

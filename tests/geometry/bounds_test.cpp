@@ -55,7 +55,7 @@ TEST(residual_bounds, are_those_of_the_neighbours_row_by_row) {
     tessarn::detail::force_isa(static_cast<isa>(round % 3));
     const auto points = random_cloud(random, 4 + random.below(30));
     const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
-    const tessarn::detail::residual_bounds bounds(distinct, distinct.centroid());
+    const tessarn::detail::residual_bounds bounds(distinct);
     const double x = random.uniform(), y = random.uniform(), step = 0.01 * random.uniform();
     neighbours all;
     bounds(x, y, step, all.x, all.y, all.z, all.low, all.high);
@@ -84,7 +84,7 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
     tessarn::detail::force_isa(static_cast<isa>(round % 3));
     const auto points = random_cloud(random, 4 + random.below(300));
     const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
-    const tessarn::detail::residual_bounds bounds(distinct, distinct.centroid());
+    const tessarn::detail::residual_bounds bounds(distinct);
     ASSERT_TRUE(bounds.usable());
     double x[candidate_lanes], y[candidate_lanes], z[candidate_lanes], mean[candidate_lanes], cost[candidate_lanes];
     for (std::size_t k = 0; k < candidate_lanes; ++k) {
@@ -116,7 +116,7 @@ TEST(residual_bounds, say_nothing_about_extreme_or_undefined_clouds) {
     std::vector<vector3d> points;
     for (int i = 0; i < 5; ++i) points.emplace_back(scale * i, scale * (i % 2), scale * (i % 3));
     const cloud distinct(points.data(), 5);
-    EXPECT_FALSE(tessarn::detail::residual_bounds(distinct, distinct.centroid()).usable()) << scale;
+    EXPECT_FALSE(tessarn::detail::residual_bounds(distinct).usable()) << scale;
   }
 }
 

@@ -70,7 +70,7 @@ TEST(ResidualModel, FindsTheCellOfTheLeastSum) {
     tessarn::detail::force_isa(static_cast<isa>(round % 3));
     const random_plane p = draw_plane(random);
     const cloud points(p.points.data(), static_cast<tessarn::ulong>(p.points.size()));
-    const residual_bounds bounds(points, points.centroid());
+    const residual_bounds bounds(points);
     residual_model model(bounds.form(), bounds.usable());
     for (double step = 0.01; step > 1e-8; step *= 0.25) {
       // Near the edges between the cells it may not decide too early, near the base and away from it.
@@ -100,7 +100,7 @@ TEST(ResidualModel, LeavesTiesUndecided) {
       }
     }
     const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
-    const residual_bounds bounds(distinct, distinct.centroid());
+    const residual_bounds bounds(distinct);
     residual_model model(bounds.form(), bounds.usable());
     for (double step = 0.01; step > 1e-6; step *= 0.5) {
       EXPECT_EQ(model.best(0.5 * step, 0, step), residual_model::undecided);  // between two columns
@@ -116,7 +116,7 @@ TEST(ResidualModel, SaysNothingAboutPerfectSteepOrUndefinedPlanes) {
   for (const double noise : {0.0, 1e-9, std::nan(""), 1e-3}) {
     const std::vector<vector3d> points{{0, 0, 1 + noise}, {1, 0, 1}, {0, 1, 1}, {1, 1, 1}, {2, 1, 1 - noise}};
     const cloud distinct(points.data(), 5);
-    const residual_bounds bounds(distinct, distinct.centroid());
+    const residual_bounds bounds(distinct);
     residual_model model(bounds.form(), bounds.usable());
     EXPECT_EQ(model.best(0, 0, 0.01) == residual_model::undecided, noise != 1e-3) << noise;
     EXPECT_EQ(model.best(0.8, 0.59, 1e-4), residual_model::undecided);
