@@ -26,12 +26,18 @@ residual_bounds::residual_bounds(const cloud& points) {
   form_.count = count;
   for (int k = 0; k < 3; ++k) form_.mean[k] = sums.first[k] / count;
   for (int k = 0; k < 6; ++k) form_.second[k] = sums.second[k];
+  for (int k = 0; k < 6; ++k) form_.weighted[k] = sums.weighted[k];
   form_.form_margin = 128 * u * trace;
   const double mean_error = 1.1 * (count + 5) * u * std::sqrt(sums.square / count);
   form_.mean_margin = count * mean_error * mean_error;
   form_.mean_margin_root = 1.1 * std::sqrt(form_.mean_margin);
   form_.residual_margin = 3.5 * u * std::sqrt(sums.square) + 1.1 * u * form_.mean_margin_root;
   form_.factor = 1.1 * (count + 2) * u + outward;
+  // The weighted products carry a rounding for each block, and |s|^2 <= T.
+  double rest = form_.mean_margin + 3 * form_.residual_margin * form_.residual_margin + 10 * u * u * trace;
+  for (const double m : form_.mean) rest += count * m * m;
+  form_.sum_margin = 200 * u * count * rest + 1.1 * u * count * (count + 100) * u * trace;
+  form_.sum_factor = 4 * u + outward;
 }
 
 direction_bounds::direction_bounds(const point_arrays& par, const point_arrays& perp) {

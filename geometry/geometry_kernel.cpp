@@ -60,6 +60,10 @@ void residuals(const point_arrays& points, const double* x, const double* y, con
 
 TESSARN_INLINE vec positive(vec v) { return select(v > vec{}, v, vec{}); }
 
+TESSARN_INLINE vec quadratic_form(const double* s, vec x, vec y, vec z) {
+  return (s[0] * x * x + s[1] * y * y + s[2] * z * z) + 2.0 * (s[3] * x * y + s[4] * x * z + s[5] * y * z);
+}
+
 // The neighbours are made here: eight numbers that were stored one by one would have to wait for each other to be loaded.
 void bound_residuals(const residual_form& f, double centre_x, double centre_y, double step, double* to_x, double* to_y,
                      double* to_z, double* low, double* high) {
@@ -71,9 +75,7 @@ void bound_residuals(const residual_form& f, double centre_x, double centre_y, d
     const vec z = square_root(1.0 - x * x - y * y);
     const mask feasible = (x * x + y * y <= broadcast(1)) & (z == z);
     const vec mean = f.mean[0] * x + f.mean[1] * y + f.mean[2] * z;
-    const vec squares = f.second[0] * x * x + f.second[1] * y * y + f.second[2] * z * z;
-    const vec products = f.second[3] * x * y + f.second[4] * x * z + f.second[5] * y * z;
-    const vec square = squares + 2.0 * products - f.count * (mean * mean);
+    const vec square = quadratic_form(f.second, x, y, z) - f.count * (mean * mean);
     const vec least = positive(square - f.form_margin);
     const vec greatest = positive(square) + f.form_margin;
     // Of (sqrt(least) - margin)^2 and (sqrt(greatest + mean_margin) + margin)^2, from one root that is above both.
@@ -85,8 +87,9 @@ void bound_residuals(const residual_form& f, double centre_x, double centre_y, d
     store(to_x + i, x);
     store(to_y + i, y);
     store(to_z + i, z);
-    store(low + i, select(feasible, from * (1 - f.factor), broadcast(infinity)));
-    store(high + i, select(feasible, to * (1 + f.factor), broadcast(infinity)));
+    const vec sum_margin = 1.1 * 0x1p-53 * quadratic_form(f.weighted, x, y, z) + f.sum_margin;
+    store(low + i, select(feasible, positive(from * (1 - f.sum_factor) - sum_margin), broadcast(infinity)));
+    store(high + i, select(feasible, to * (1 + f.sum_factor) + sum_margin, broadcast(infinity)));
   }
 }
 
@@ -298,7 +301,7 @@ TESSARN_INLINE void add_hashes(repeated_hashes& r, size_t i, size_t count) {
 // memory, the moments for the arithmetic.
 template <bool SEARCH>
 TESSARN_INLINE size_t add_blocks(const point_arrays& points, const double* reference, accurate_sum* total,
-                                 repeated_hashes* hashes) {
+                                 vec* weighted, repeated_hashes* hashes) {
   repeated_hashes own = SEARCH ? *hashes : repeated_hashes{};  // stays in registers
   const point_lanes r = lanes_of(reference);
   for (size_t s = 0; s < sums; ++s) total[s].high = total[s].low = vec{};
@@ -323,6 +326,7 @@ TESSARN_INLINE size_t add_blocks(const point_arrays& points, const double* refer
       i = points.n;
     }
     for (size_t s = 0; s < sums; ++s) total[s].add(sum[s]);
+    for (size_t s = 0; s < 6; ++s) weighted[s] += (double)(points.n - first) * sum[3 + s];
     block.compare(first, far);
   }
   if (SEARCH) hashes->found = own.found;
@@ -331,13 +335,15 @@ TESSARN_INLINE size_t add_blocks(const point_arrays& points, const double* refer
 
 size_t moments(const point_arrays& points, const double* reference, moment_sums* result, repeated_hashes* hashes) {
   accurate_sum total[sums];
-  const size_t found = hashes ? add_blocks<true>(points, reference, total, hashes)
-                              : add_blocks<false>(points, reference, total, hashes);
+  vec weighted[6] = {};
+  const size_t found = hashes ? add_blocks<true>(points, reference, total, weighted, hashes)
+                              : add_blocks<false>(points, reference, total, weighted, hashes);
   double value[sums];
   for (size_t s = 0; s < sums; ++s) value[s] = sum_of_lanes(total[s].high + total[s].low);
   for (size_t s = 0; s < 3; ++s) result->first[s] = value[s];
   for (size_t s = 0; s < 6; ++s) result->second[s] = value[3 + s];
   result->square = value[9];
+  for (size_t s = 0; s < 6; ++s) result->weighted[s] = sum_of_lanes(weighted[s]);
   return found;
 }
 

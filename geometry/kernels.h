@@ -23,6 +23,9 @@ struct moment_sums {
   double first[3];
   double second[6];
   double square;
+  // The products, each times the number of points from the first of its block on: not less than the sum of the partial
+  // sums, for the squares, in the order of the points.
+  double weighted[6];
 };
 
 // What bounds the sum of the squared residuals of a normal (bounds.h): the sums' first moments over their number, the second
@@ -31,7 +34,10 @@ struct residual_form {
   double count;
   double mean[3];
   double second[6];
-  double form_margin, mean_margin, mean_margin_root, residual_margin, factor;
+  double weighted[6];
+  double form_margin, mean_margin, mean_margin_root, residual_margin;
+  double sum_margin, sum_factor;  // of the sum itself, besides the weighted products
+  double factor;                  // for all of the sum's roundings, without the weighted products
 };
 
 // A search for repeated hash values of points. The table has a bit for each value of a hash less its last bits, as many as

@@ -110,6 +110,35 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
   EXPECT_GT(narrow, all / 2);  // bounds that hold everything would decide nothing
 }
 
+// They bound the partial sums of the squares, and closely: a block has at most 128 points.
+TEST(residual_bounds, weighted_products_hold_the_partial_sums) {
+  test::random_source random(73);
+  for (int round = 0; round < 300; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    const auto points = random_cloud(random, 4 + random.below(3000));
+    const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
+    const vector3d c = distinct.centroid();
+    const double* w = distinct.moments().weighted;
+    double v[3];
+    random_normal(random, v);
+    double partial = 0, all = 0, magnitude = 0;
+    for (std::size_t i = distinct.size(); i-- > 0;) {
+      const vector3d p = distinct.point(i);
+      const double d[3] = {p.x - c.x, p.y - c.y, p.z - c.z};
+      const double a = d[0] * v[0] + d[1] * v[1] + d[2] * v[2];
+      const double weight = static_cast<double>(distinct.size() - i);
+      partial += weight * a * a;
+      all += a * a;
+      magnitude += weight * (d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+    }
+    const double form = (w[0] * v[0] * v[0] + w[1] * v[1] * v[1] + w[2] * v[2] * v[2]) +
+                        2 * (w[3] * v[0] * v[1] + w[4] * v[0] * v[2] + w[5] * v[1] * v[2]);
+    ASSERT_GE(form, partial - 1e-12 * magnitude);
+    ASSERT_LE(form, partial + 128 * all + 1e-12 * magnitude);
+  }
+  tessarn::detail::force_isa(isa::avx512);
+}
+
 TEST(residual_bounds, say_nothing_about_extreme_or_undefined_clouds) {
   const double inf = std::numeric_limits<double>::infinity();
   for (const double scale : {1e-120, 1e120, inf, std::nan("")}) {
