@@ -134,6 +134,14 @@ TESSARN_INLINE double sum_of_lanes(vec v) {
   return lanes[0];
 }
 
+TESSARN_INLINE void prefetch(const void* p) {
+#if defined(__GNUC__) || defined(__clang__)
+  __builtin_prefetch(p);
+#else
+  (void)p;
+#endif
+}
+
 struct point_lanes {
   vec x, y, z;
 };
@@ -275,14 +283,6 @@ TESSARN_INLINE void add_moments(const point_lanes& p, const point_lanes& d, vec*
   sum[9] += squared_length(p);
 }
 
-TESSARN_INLINE void prefetch(const uint64_t* p) {
-#if defined(__GNUC__) || defined(__clang__)
-  __builtin_prefetch(p, 1);
-#else
-  (void)p;
-#endif
-}
-
 // Of count points from the i-th on. Without branches: they could not be foreseen.
 TESSARN_INLINE void add_hashes(repeated_hashes& r, size_t i, size_t count) {
   constexpr size_t ahead = 32;
@@ -390,9 +390,12 @@ TESSARN_INLINE void unpack_points(const double* points, double* to, size_t strid
 
 // The sums go along: their additions wait for each other, the rest waits for the memory.
 void unpack(const double* points, size_t n, double* to, size_t stride, uint32_t* hash, double* sums) {
+  constexpr size_t ahead = 128;
   quad sum = all_lanes(0);
   size_t i = 0;
   for (; i + width <= n; i += width) {
+    const double* later = points + 4 * (i + ahead + width <= n ? i + ahead : i);  // the processor itself stops at pages
+    for (size_t k = 0; k < 4 * width; k += 8) prefetch(later + k);
     unpack_points(points + 4 * i, to + i, stride, hash + i);
     for (size_t k = i; k < i + width; ++k) sum = sum + load_point(points + 4 * k + 1);
   }
