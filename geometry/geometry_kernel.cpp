@@ -64,7 +64,8 @@ TESSARN_INLINE vec quadratic_form(const double* s, vec x, vec y, vec z) {
   return (s[0] * x * x + s[1] * y * y + s[2] * z * z) + 2.0 * (s[3] * x * y + s[4] * x * z + s[5] * y * z);
 }
 
-// The neighbours are made here: eight numbers that were stored one by one would have to wait for each other to be loaded.
+// The neighbours are made here: eight numbers that were stored one by one would have to wait for each other to be
+// loaded.
 void bound_residuals(const residual_form& f, double centre_x, double centre_y, double step, double* to_x, double* to_y,
                      double* to_z, double* low, double* high) {
   static const double columns[candidate_lanes] = {-1, 0, 1, -1, 1, -1, 0, 1};
@@ -163,12 +164,12 @@ TESSARN_INLINE point_lanes only(mask m, const point_lanes& p) {
 
 TESSARN_INLINE vec squared_length(const point_lanes& d) { return (d.x * d.x + d.y * d.y) + d.z * d.z; }
 
-// Distances are compared, but most points are excluded by their squares p and q, without a root: sqrt(p) + sqrt(q) is less
-// than sqrt(l) where l - p - q is above 2 sqrt(p q); it is sqrt(p + q + 2 min(p, q)) or more.
+// Distances are compared, but most points are excluded by their squares p and q, without a root: sqrt(p) + sqrt(q) is
+// less than sqrt(l) where l - p - q is above 2 sqrt(p q); it is sqrt(p + q + 2 min(p, q)) or more.
 //
 // What l must be for distances of the given square or more; -1, which excludes none, where the squares or their
-// products are not accurate. The factor covers the roundings of l - p - q; it makes this smaller by 1e-13 l, and thereby its
-// square by more than that of p q is off.
+// products are not accurate. The factor covers the roundings of l - p - q; it makes this smaller by 1e-13 l, and
+// thereby its square by more than that of p q is off.
 TESSARN_INLINE double exclusion_limit(double square) {
   return square > 1e-100 && square < 1e100 ? square * (1 - 1e-13) : -1;
 }
@@ -297,8 +298,8 @@ TESSARN_INLINE void add_hashes(repeated_hashes& r, size_t i, size_t count) {
   }
 }
 
-// The accurate sums take what has been added in the lanes over a block. The search for repeated hash values waits for the
-// memory, the moments for the arithmetic.
+// The accurate sums take what has been added in the lanes over a block. The search for repeated hash values waits for
+// the memory, the moments for the arithmetic.
 template <bool SEARCH>
 TESSARN_INLINE size_t add_blocks(const point_arrays& points, const double* reference, accurate_sum* total,
                                  vec* weighted, repeated_hashes* hashes) {

@@ -28,8 +28,8 @@ struct moment_sums {
   double weighted[6];
 };
 
-// What bounds the sum of the squared residuals of a normal (bounds.h): the sums' first moments over their number, the second
-// moments xx, yy, zz, xy, xz, yz, and the margins.
+// What bounds the sum of the squared residuals of a normal (bounds.h): the sums' first moments over their number, the
+// second moments xx, yy, zz, xy, xz, yz, and the margins.
 struct residual_form {
   double count;
   double mean[3];
@@ -40,9 +40,9 @@ struct residual_form {
   double factor;                  // for all of the sum's roundings, without the weighted products
 };
 
-// A search for repeated hash values of points. The table has a bit for each value of a hash less its last bits, as many as
-// shift; those of the points are set. Lists the points whose bit was set before; there is room for one point more, and 48
-// hash values behind the last one may be read.
+// A search for repeated hash values of points. The table has a bit for each value of a hash less its last bits, as
+// many as shift; those of the points are set. Lists the points whose bit was set before; there is room for one point
+// more, and 48 hash values behind the last one may be read.
 struct repeated_hashes {
   const uint32_t* hash;
   uint64_t* table;
@@ -57,8 +57,8 @@ struct geometry_kernels {
   // These means, and the sums of the squares of that less the mean, likewise in order.
   void (*residuals)(const point_arrays& points, const double* x, const double* y, const double* z, double* mean,
                     double* cost);
-  // The eight neighbours of the centre, row by row, in the grid of the given step, x = centre_x + (-1, 0 or 1) step and y
-  // alike, with z = sqrt(1 - x^2 - y^2), and bounds of the sum of squares; infinite where there is no z.
+  // The eight neighbours of the centre, row by row, in the grid of the given step, x = centre_x + (-1, 0 or 1) step
+  // and y alike, with z = sqrt(1 - x^2 - y^2), and bounds of the sum of squares; infinite where there is no z.
   void (*bound_residuals)(const residual_form& form, double centre_x, double centre_y, double step, double* x, double* y,
                           double* z, double* low, double* high);
   // For eight vectors v: cost += 1 - (v . p)^2, or (v . p)^2, over the points in their order.
@@ -68,8 +68,8 @@ struct geometry_kernels {
   // The moments, and what farthest would find from the reference point and 0. With hashes, searches them along the way.
   size_t (*moments)(const point_arrays& points, const double* reference, moment_sums* sums, repeated_hashes* hashes);
 
-  // The first of the points that are farthest from a, if farther than least; points.n otherwise. With b, the same for the
-  // sum of the distances.
+  // The first of the points that are farthest from a, if farther than least; points.n otherwise. With b, the same for
+  // the sum of the distances.
   size_t (*farthest)(const point_arrays& points, const double* a, double least);
   size_t (*farthest_from_two)(const point_arrays& points, const double* a, const double* b, double least);
 

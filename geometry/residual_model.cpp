@@ -56,8 +56,8 @@ bool residual_model::expand(double x, double y) {
   return true;
 }
 
-// The cells' values less that of the centre are i p + j q + i^2 a + i j b + j^2 c. In a row, t = p + j b, the least is that
-// of i = 0 or a - |t|, and these two are the lowest.
+// The cells' values less that of the centre are i p + j q + i^2 a + i j b + j^2 c. In a row, t = p + j b, the least
+// is that of i = 0 or a - |t|, and these two are the lowest.
 int residual_model::decide(double x, double y, double step) const {
   const double dx = x - x_, dy = y - y_;
   const double away = std::fabs(dx) + std::fabs(dy) + 1.4143 * step;

@@ -32,7 +32,8 @@ random_plane draw_plane(test::random_source& random) {
   const double extent_x = power(random, 12, -6), extent_y = random.below(3) ? extent_x : power(random, 12, -6);
   const double noise = extent_x * power(random, 30, -29);
   const double away = random.below(2) ? 0 : power(random, 14, -2);
-  const double slope_x = power(random, 9, -8) * random.uniform() * 4, slope_y = power(random, 9, -8) * random.uniform() * 4;
+  const double slope_x = 4 * power(random, 9, -8) * random.uniform();
+  const double slope_y = 4 * power(random, 9, -8) * random.uniform();
   const std::size_t n = 4 + random.below(random.below(8) ? 40 : 600);
   random_plane p;
   for (std::size_t i = 0; i < n; ++i) {
