@@ -37,7 +37,8 @@ set(TESSARN_SOURCES
   geometry/line3d.cpp
   geometry/normal_search.cpp
   geometry/plane.cpp
-  geometry/plane_fit.cpp)
+  geometry/plane_fit.cpp
+  geometry/residual_model.cpp)
 
 # Each is compiled once for each instruction set, in a namespace of that name.
 set(TESSARN_KERNELS

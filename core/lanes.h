@@ -76,9 +76,14 @@ TESSARN_INLINE vec select(mask m, vec a, vec b) {
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
 // Whether m is nowhere set.
 TESSARN_INLINE bool none(mask m) {
+#if defined(TESSARN_ISA_avx512)
+  typedef int8_t bytes __attribute__((vector_size(8)));
+  return (int64_t)__builtin_convertvector(m != mask{}, bytes) == 0;
+#else
   int64_t any = 0;
   for (size_t k = 0; k < width; ++k) any |= m[k];
   return any == 0;
+#endif
 }
 
 TESSARN_INLINE vec square_root(vec v) {

@@ -14,19 +14,23 @@ struct interval {
 
 // For the sum over the points of (n . p - d)^2 with d the mean of n . p, both summed in order, n of unit length.
 //
-// With u = 2^-53, exact deviations s from the mean, T the sum of the squared distances from a reference point and P the
-// sum of the squared points:
-// - the moments carry at most 22 roundings a term, the mean's square 41, the form 10: |s|^2 is known within 128 u T;
-// - the computed mean is off by at most b = (m + 5) u sqrt(P / m), which is orthogonal to s: |s - b|^2 = |s|^2 + m b^2;
+// With u = 2^-53, exact deviations s from the mean, T the sum of the squared distances from the computed centroid and
+// P the sum of the squared points:
+// - the moments carry at most 24 roundings a term, the mean's square 46, the form 10: |s|^2 is known within 128 u T;
+// - the computed mean is off by at most b = (m + 5) u sqrt(P / m), which is orthogonal to s:
+//   |s - b|^2 = |s|^2 + m b^2;
 // - the computed residuals differ from s - b by at most A = 3 u sqrt(P) + u (|s| + sqrt(m) b) in norm;
-// - their squares and the sum are off by at most a factor 1 + (m + 2) u.
+// - their squares and the sum are off by at most a factor 1 + (m + 2) u; or, closer, the squares by 1 + 2 u and the
+//   sum by u times the partial sums, W together. A residual is (n, p - c) and a rest, with the sum of all squared
+//   rests R no more than 3 (m (n, mean)^2 + m b^2 + A^2), so that W <= 65/64 (the form of the weighted products) + 65
+//   m R.
 // Each constant is taken a little larger.
 class residual_bounds {
  public:
-  // The reference point is best near the centroid.
-  residual_bounds(const cloud& points, const vector3d& reference);
+  explicit residual_bounds(const cloud& points);
   // False where magnitudes are so extreme, or not finite, that the bounds say nothing.
   bool usable() const { return usable_; }
+  const residual_form& form() const { return form_; }
   // For the neighbours of a normal in a grid, whose coordinates are given back; infinite where there is no z.
   void operator()(double centre_x, double centre_y, double step, double* x, double* y, double* z, double* low,
                   double* high) const {
@@ -35,7 +39,7 @@ class residual_bounds {
 
  private:
   bool usable_;
-  residual_form form_;  // of the points less the reference point
+  residual_form form_;  // of the points less their centroid
 };
 
 // For the sum of 1 - (v . p)^2 over the first set and of (v . q)^2 over the second, in order, v of unit length.

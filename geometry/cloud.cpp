@@ -17,45 +17,31 @@ unsigned logarithm_from(std::uint64_t n) {
 // A bit for each value of the leading bits of a hash value.
 class bit_table {
  public:
-  explicit bit_table(std::uint64_t least_bits)
-      : shift_(64 - logarithm_from(least_bits)), words_(new std::uint64_t[(std::size_t{1} << (64 - shift_)) / 64]()) {}
-  void prefetch(std::uint64_t h) const {
-#if defined(__GNUC__) || defined(__clang__)
-    __builtin_prefetch(&words_[(h >> shift_) / 64], 1);
-#else
-    static_cast<void>(h);
-#endif
+  explicit bit_table(std::uint64_t size) {
+    const unsigned log = std::min(logarithm_from(size), 32u);
+    shift_ = 32 - log;
+    words_.reset(new std::uint64_t[(std::size_t{1} << log) / 64]());
   }
-  // Whether the bit is set; it is from now on.
-  bool test_and_set(std::uint64_t h) {
-    std::uint64_t& word = words_[(h >> shift_) / 64];
-    const std::uint64_t bit = std::uint64_t{1} << ((h >> shift_) % 64);
-    const bool was_set = (word & bit) != 0;
-    word |= bit;
-    return was_set;
-  }
-  bool test(std::uint64_t h) const { return (words_[(h >> shift_) / 64] >> ((h >> shift_) % 64)) & 1; }
+  unsigned shift() const { return shift_; }
+  std::uint64_t* words() { return words_.get(); }
+  void set(std::uint32_t h) { words_[(h >> shift_) / 64] |= std::uint64_t{1} << ((h >> shift_) % 64); }
+  bool test(std::uint32_t h) const { return (words_[(h >> shift_) / 64] >> ((h >> shift_) % 64)) & 1; }
 
  private:
   unsigned shift_;
   std::unique_ptr<std::uint64_t[]> words_;
 };
 
-// The points, in their order, whose hash value another one shares, and perhaps some more: listed has room for one point
-// more than there are. Few points share a bit of a sparse table. Without branches: they could not be foreseen. Behind the
-// hash values there are 16 more to read.
-std::size_t list_suspects(const std::uint64_t* hashes, ulong count, ulong* listed) {
-  constexpr std::size_t ahead = 16;
-  bit_table seen(16 * static_cast<std::uint64_t>(count));
-  std::size_t found = 0;
-  for (ulong i = 0; i < count; ++i) {
-    seen.prefetch(hashes[static_cast<std::size_t>(i) + ahead]);
-    listed[found] = i;
-    found += seen.test_and_set(hashes[i]);
-  }
-  if (found == 0) return 0;
-  bit_table shared(2 * static_cast<std::uint64_t>(count));
-  for (std::size_t k = 0; k < found; ++k) shared.test_and_set(hashes[listed[k]]);
+// A table of so few bits is cleared in no time, and so sparse for a few hundred points that all of them differ in it.
+constexpr std::uint64_t least_bits = 1 << 15;
+constexpr std::uint64_t bits_each = 16;
+
+// The points, in their order, whose hash value is that of one of the first in the list, and perhaps some more: listed
+// has room for one point more than there are. Without branches: they could not be foreseen.
+std::size_t list_suspects(const std::uint32_t* hashes, ulong count, ulong* listed, std::size_t repeated) {
+  // Sparser: each of the points that shares a bit by chance has to be compared.
+  bit_table shared(64 * static_cast<std::uint64_t>(repeated));
+  for (std::size_t k = 0; k < repeated; ++k) shared.set(hashes[listed[k]]);
   std::size_t suspects = 0;
   for (ulong i = 0; i < count; ++i) {
     listed[suspects] = i;
@@ -65,25 +51,27 @@ std::size_t list_suspects(const std::uint64_t* hashes, ulong count, ulong* liste
 }
 
 // Marks the points that a later point equals; null if there are none. The suspects go through an exact table, from
-// the last to the first.
-std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint64_t* hashes, ulong count) {
-  const std::unique_ptr<ulong[]> listed(new ulong[static_cast<std::size_t>(count) + 1]);
-  const std::size_t suspects = list_suspects(hashes, count, listed.get());
+// the last to the first. Their hash values are brought together: those of most differ, and the points stay untouched.
+std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint32_t* hashes, ulong count, ulong* listed,
+                                          std::size_t repeated) {
+  const std::size_t suspects = list_suspects(hashes, count, listed, repeated);
   const unsigned log = logarithm_from(2 * static_cast<std::uint64_t>(suspects));
   const std::size_t slots = std::size_t{1} << log;
-  const std::unique_ptr<ulong[]> table(new ulong[slots]());  // index + 1; 0 is free
+  const std::unique_ptr<ulong[]> table(new ulong[slots]());  // number in the list + 1; 0 is free
+  const std::unique_ptr<std::uint32_t[]> values(new std::uint32_t[suspects]);
+  for (std::size_t k = 0; k < suspects; ++k) values[k] = hashes[listed[k]];
   std::unique_ptr<bool[]> duplicate;
   for (std::size_t k = suspects; k-- > 0;) {
-    const ulong i = listed[k];
-    const std::uint64_t h = (hashes[i] ^ hashes[i] >> 29) * 0x9E3779B97F4A7C15u;
-    std::size_t slot = static_cast<std::size_t>(h >> (64 - log));
-    for (; table[slot] != 0 && !same_point(pts[i], pts[table[slot] - 1]); slot = (slot + 1) & (slots - 1)) {
-    }
+    std::size_t slot = static_cast<std::size_t>(values[k] * 0x9E3779B97F4A7C15u >> (64 - log));
+    const auto differs = [&](std::size_t other) {
+      return values[other] != values[k] || !same_point(pts[listed[k]], pts[listed[other]]);
+    };
+    while (table[slot] != 0 && differs(table[slot] - 1)) slot = (slot + 1) & (slots - 1);
     if (table[slot] == 0) {
-      table[slot] = i + 1;
+      table[slot] = static_cast<ulong>(k + 1);
     } else {
       if (!duplicate) duplicate.reset(new bool[count]());
-      duplicate[i] = true;
+      duplicate[listed[k]] = true;
     }
   }
   return duplicate;
@@ -93,16 +81,25 @@ std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint64
 
 cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding), coordinates_(allocate(3 * stride_)) {
   static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
-  real* to = coordinates_.get();
-  {
-    const std::unique_ptr<std::uint64_t[]> hashes(new std::uint64_t[n_ + padding]);
-    geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(to), stride_, hashes.get(),
-                      sums_);
-    std::fill_n(hashes.get() + n_, padding, std::uint64_t{0});
-    const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count);
-    if (duplicate) remove(duplicate.get());
-  }
-  for (std::size_t axis = 0; axis < 3; ++axis) std::fill_n(to + axis * stride_ + n_, padding, static_cast<real>(0));
+  const std::unique_ptr<std::uint32_t[]> hashes(new std::uint32_t[n_ + padding]);
+  geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(coordinates_.get()), stride_, hashes.get(),
+                    sums_);
+  std::fill_n(hashes.get() + n_, padding, std::uint32_t{0});
+  bit_table seen(std::max<std::uint64_t>(least_bits, bits_each * static_cast<std::uint64_t>(count)));
+  const std::unique_ptr<ulong[]> listed(new ulong[n_ + 1]);
+  repeated_hashes repeated = {hashes.get(), seen.words(), seen.shift(), listed.get(), 0};
+  make_moments(&repeated);
+  if (repeated.found == 0) return;
+  const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count, listed.get(), repeated.found);
+  if (!duplicate) return;
+  remove(duplicate.get());
+  make_moments(nullptr);
+}
+
+void cloud::make_moments(repeated_hashes* hashes) {
+  const vector3d c = centroid();
+  const double reference[3] = {static_cast<double>(c.x), static_cast<double>(c.y), static_cast<double>(c.z)};
+  farthest_ = geometry().moments(arrays(), reference, &moments_, hashes);
 }
 
 void cloud::remove(const bool* marked) {

@@ -10,7 +10,7 @@ namespace tessarn::detail {
 class cloud {
  public:
   // Of each group of equal points the last one is kept, in order. -0.0 equals 0.0, a point with NaN equals nothing.
-  // Linear expected time; one packed copy and tables of about 20 bytes a point.
+  // Linear expected time; one packed copy and tables of about 20 bytes a point, 4 KiB at least.
   cloud(const vector3d* pts, ulong count);
 
   std::size_t size() const { return n_; }
@@ -19,6 +19,9 @@ class cloud {
 
   // The coordinate sums in the order of the points, times the reciprocal of their number.
   vector3d centroid() const { return vector3d(sums_[0], sums_[1], sums_[2]) / static_cast<real>(n_); }
+  // About the centroid.
+  const moment_sums& moments() const { return moments_; }
+  vector3d farthest_from_centroid() const { return farthest_ < n_ ? point(farthest_) : centroid(); }
   // The first of the points farthest from a, if farther than 0; else a.
   vector3d farthest_from(const vector3d& a) const;
   // The first of the points with the largest sum of distances from a and b, if larger than that of a; else a.
@@ -30,10 +33,13 @@ class cloud {
   const real* z() const { return coordinates_.get() + 2 * stride_; }
 
   void remove(const bool* marked);
+  void make_moments(repeated_hashes* hashes);
 
   std::size_t n_;
   double sums_[3];
-  static constexpr std::size_t padding = 32;  // zeros, for the whole vectors of the kernels
+  moment_sums moments_;
+  std::size_t farthest_;
+  static constexpr std::size_t padding = 48;  // for the whole vectors of the kernels
   std::size_t stride_;
   real_array coordinates_;
 };

@@ -60,7 +60,12 @@ void residuals(const point_arrays& points, const double* x, const double* y, con
 
 TESSARN_INLINE vec positive(vec v) { return select(v > vec{}, v, vec{}); }
 
-// The neighbours are made here: eight numbers that were stored one by one would have to wait for each other to be loaded.
+TESSARN_INLINE vec quadratic_form(const double* s, vec x, vec y, vec z) {
+  return (s[0] * x * x + s[1] * y * y + s[2] * z * z) + 2.0 * (s[3] * x * y + s[4] * x * z + s[5] * y * z);
+}
+
+// The neighbours are made here: eight numbers that were stored one by one would have to wait for each other to be
+// loaded.
 void bound_residuals(const residual_form& f, double centre_x, double centre_y, double step, double* to_x, double* to_y,
                      double* to_z, double* low, double* high) {
   static const double columns[candidate_lanes] = {-1, 0, 1, -1, 1, -1, 0, 1};
@@ -71,9 +76,7 @@ void bound_residuals(const residual_form& f, double centre_x, double centre_y, d
     const vec z = square_root(1.0 - x * x - y * y);
     const mask feasible = (x * x + y * y <= broadcast(1)) & (z == z);
     const vec mean = f.mean[0] * x + f.mean[1] * y + f.mean[2] * z;
-    const vec squares = f.second[0] * x * x + f.second[1] * y * y + f.second[2] * z * z;
-    const vec products = f.second[3] * x * y + f.second[4] * x * z + f.second[5] * y * z;
-    const vec square = squares + 2.0 * products - f.count * (mean * mean);
+    const vec square = quadratic_form(f.second, x, y, z) - f.count * (mean * mean);
     const vec least = positive(square - f.form_margin);
     const vec greatest = positive(square) + f.form_margin;
     // Of (sqrt(least) - margin)^2 and (sqrt(greatest + mean_margin) + margin)^2, from one root that is above both.
@@ -85,8 +88,9 @@ void bound_residuals(const residual_form& f, double centre_x, double centre_y, d
     store(to_x + i, x);
     store(to_y + i, y);
     store(to_z + i, z);
-    store(low + i, select(feasible, from * (1 - f.factor), broadcast(infinity)));
-    store(high + i, select(feasible, to * (1 + f.factor), broadcast(infinity)));
+    const vec sum_margin = 1.1 * 0x1p-53 * quadratic_form(f.weighted, x, y, z) + f.sum_margin;
+    store(low + i, select(feasible, positive(from * (1 - f.sum_factor) - sum_margin), broadcast(infinity)));
+    store(high + i, select(feasible, to * (1 + f.sum_factor) + sum_margin, broadcast(infinity)));
   }
 }
 
@@ -112,118 +116,137 @@ void add_cosines(const point_arrays& points, const double* x, const double* y, c
   add_squares<false>(points, x, y, z, cost);
 }
 
-template <bool VECTOR>
-struct number {
-  typedef double type;
-};
-template <>
-struct number<true> {
-  typedef vec type;
-};
+TESSARN_INLINE vec greater(vec a, vec b) { return a > b ? a : b; }  // b if a is not a number
+TESSARN_INLINE vec lesser(vec a, vec b) { return a < b ? a : b; }
 
-// A running sum with its rounding errors (D. Knuth, The Art of Computer Programming 2, 4.2.2), of numbers or of vectors.
-template <bool VECTOR>
-struct accurate_sum {
-  typedef typename number<VECTOR>::type term;
-  term high, low;
-  TESSARN_MEMBER void add(term v) {
-    const term s = high + v;
-    const term part = s - high;
-    low += (high - (s - part)) + (v - part);
-    high = s;
-  }
-};
-
-constexpr size_t sums = 10;
-constexpr size_t lane_depth = 16;  // additions in a lane before it goes to the accurate sums
-
-TESSARN_INLINE void add_moments(const point_arrays& points, size_t i, const vec* reference, vec* sum) {
-  const vec px = load(points.x + i), py = load(points.y + i), pz = load(points.z + i);
-  const vec x = px - reference[0], y = py - reference[1], z = pz - reference[2];
-  sum[0] += x;
-  sum[1] += y;
-  sum[2] += z;
-  sum[3] += x * x;
-  sum[4] += y * y;
-  sum[5] += z * z;
-  sum[6] += x * y;
-  sum[7] += x * z;
-  sum[8] += y * z;
-  sum[9] += (px * px + py * py) + pz * pz;
+TESSARN_INLINE double greatest_lane(vec v) {
+  double lanes[width];
+  store(lanes, v);
+  for (size_t half = width / 2; half > 0; half /= 2)
+    for (size_t k = 0; k < half; ++k) lanes[k] = lanes[k] > lanes[k + half] ? lanes[k] : lanes[k + half];
+  return lanes[0];
 }
 
-void moments(const point_arrays& points, const double* reference, moment_sums* result) {
-  const vec r[3] = {broadcast(reference[0]), broadcast(reference[1]), broadcast(reference[2])};
-  accurate_sum<true> lanes[sums] = {};
-  size_t i = 0;
-  while (i + width <= points.n) {
-    vec sum[sums] = {};
-    for (size_t k = 0; k < lane_depth && i + width <= points.n; ++k, i += width) add_moments(points, i, r, sum);
-    for (size_t s = 0; s < sums; ++s) lanes[s].add(sum[s]);
+TESSARN_INLINE double sum_of_lanes(vec v) {
+  double lanes[width];
+  store(lanes, v);
+  for (size_t half = width / 2; half > 0; half /= 2)
+    for (size_t k = 0; k < half; ++k) lanes[k] += lanes[k + half];
+  return lanes[0];
+}
+
+TESSARN_INLINE void prefetch(const void* p) {
+#if defined(__GNUC__) || defined(__clang__)
+  __builtin_prefetch(p);
+#else
+  (void)p;
+#endif
+}
+
+struct point_lanes {
+  vec x, y, z;
+};
+
+TESSARN_INLINE point_lanes load_points(const point_arrays& points, size_t i) {
+  return {load(points.x + i), load(points.y + i), load(points.z + i)};
+}
+
+TESSARN_INLINE point_lanes lanes_of(const double* a) { return {broadcast(a[0]), broadcast(a[1]), broadcast(a[2])}; }
+
+TESSARN_INLINE point_lanes difference(const point_lanes& p, const point_lanes& a) {
+  return {p.x - a.x, p.y - a.y, p.z - a.z};
+}
+
+// Zeros where m is not set.
+TESSARN_INLINE point_lanes only(mask m, const point_lanes& p) {
+  return {select(m, p.x, vec{}), select(m, p.y, vec{}), select(m, p.z, vec{})};
+}
+
+TESSARN_INLINE vec squared_length(const point_lanes& d) { return (d.x * d.x + d.y * d.y) + d.z * d.z; }
+
+// Distances are compared, but most points are excluded by their squares p and q, without a root: sqrt(p) + sqrt(q) is
+// less than sqrt(l) where l - p - q is above 2 sqrt(p q); it is sqrt(p + q + 2 min(p, q)) or more.
+//
+// What l must be for distances of the given square or more; -1, which excludes none, where the squares or their
+// products are not accurate. The factor covers the roundings of l - p - q; it makes this smaller by 1e-13 l, and
+// thereby its square by more than that of p q is off.
+TESSARN_INLINE double exclusion_limit(double square) {
+  return square > 1e-100 && square < 1e100 ? square * (1 - 1e-13) : -1;
+}
+
+struct farthest_so_far {
+  double least;
+  size_t found;
+};
+
+constexpr size_t block_vectors = 16;
+
+// The squares of the distances of some points from one or from two others.
+template <bool TWO>
+struct squares_block {
+  vec a[block_vectors], b[TWO ? block_vectors : 1];
+  size_t vectors;
+  vec low;  // not above the greatest square
+
+  TESSARN_MEMBER mask reaches(size_t v, double limit) const {
+    if (!TWO) return a[v] >= broadcast(limit);
+    const vec rest = limit - (a[v] + b[v]);
+    return (rest <= vec{}) | (rest * rest <= 4.0 * (a[v] * b[v]));
   }
-  accurate_sum<false> total[sums] = {};
-  for (size_t s = 0; s < sums; ++s) {
-    double high[width], low[width];
-    store(high, lanes[s].high);
-    store(low, lanes[s].low);
-    for (size_t k = 0; k < width; ++k) {
-      total[s].add(high[k]);
-      total[s].low += low[k];
+  TESSARN_MEMBER void begin() {
+    vectors = 0;
+    low = vec{};
+  }
+  TESSARN_MEMBER void add(vec from_a, vec from_b) {
+    a[vectors] = from_a;
+    if (TWO) b[vectors] = from_b;
+    low = greater(TWO ? from_a + from_b + 2.0 * lesser(from_a, from_b) : from_a, low);
+    ++vectors;
+  }
+  // The first is the i-th point.
+  TESSARN_MEMBER void compare(size_t i, farthest_so_far& far) const {
+    const double limit = exclusion_limit(far.least * far.least);
+    mask inside = {};
+    for (size_t v = 0; v < vectors; ++v) inside |= reaches(v, limit);
+    if (none(inside)) return;
+    const double own_limit = exclusion_limit(greatest_lane(low));
+    const double both = own_limit > limit ? own_limit : limit;
+    for (size_t v = 0; v < vectors; ++v) {
+      if (none(reaches(v, both))) continue;
+      double distance[width];
+      store(distance, TWO ? square_root(a[v]) + square_root(b[v]) : square_root(a[v]));
+      for (size_t k = 0; k < width; ++k) {
+        if (!(distance[k] > far.least)) continue;
+        far.least = distance[k];
+        far.found = i + v * width + k;
+      }
     }
   }
-  for (; i < points.n; ++i) {
-    const double px = points.x[i], py = points.y[i], pz = points.z[i];
-    const double x = px - reference[0], y = py - reference[1], z = pz - reference[2];
-    const double term[sums] = {x, y, z, x * x, y * y, z * z, x * y, x * z, y * z, (px * px + py * py) + pz * pz};
-    for (size_t s = 0; s < sums; ++s) total[s].add(term[s]);
-  }
-  for (size_t s = 0; s < 3; ++s) result->first[s] = total[s].high + total[s].low;
-  for (size_t s = 0; s < 6; ++s) result->second[s] = total[3 + s].high + total[3 + s].low;
-  result->square = total[9].high + total[9].low;
-}
-
-TESSARN_INLINE vec squared_distance(const point_arrays& points, size_t i, const double* a) {
-  const vec x = load(points.x + i) - broadcast(a[0]);
-  const vec y = load(points.y + i) - broadcast(a[1]);
-  const vec z = load(points.z + i) - broadcast(a[2]);
-  return (x * x + y * y) + z * z;
-}
-
-// Distances are compared, but most points are excluded by squares: a sum of squares that is not above the result has no
-// larger distance, or sum of the two distances, than least, since sqrt(p) + sqrt(q) <= sqrt(2 (p + q)). -1, which
-// excludes none, where the square of least is not accurate.
-TESSARN_INLINE double exclusion_limit(double least, double factor) {
-  return least > 1e-140 && least < 1e140 ? least * least * (factor * (1 - 1e-13)) : -1;
-}
-
-constexpr size_t search_vectors = 4;
-constexpr size_t search_points = search_vectors * width;
+};
 
 template <bool TWO>
-TESSARN_INLINE size_t farthest_point(const point_arrays& points, const double* a, const double* b, double least) {
-  constexpr double factor = TWO ? 0.5 : 1;
-  double limit = exclusion_limit(least, factor);
-  size_t found = points.n;
-  for (size_t i = 0; i < points.n; i += search_points) {
-    vec from_a[search_vectors], from_b[search_vectors];
-    mask inside = {};
-    for (size_t v = 0; v < search_vectors; ++v) {
-      from_a[v] = squared_distance(points, i + v * width, a);
-      from_b[v] = TWO ? squared_distance(points, i + v * width, b) : vec{};
-      inside |= (TWO ? from_a[v] + from_b[v] : from_a[v]) > broadcast(limit);
+TESSARN_INLINE size_t farthest_point(const point_arrays& points, const double* from_a, const double* from_b,
+                                     double least) {
+  const point_lanes a = lanes_of(from_a), b = lanes_of(from_b);
+  farthest_so_far far = {least, points.n};
+  squares_block<TWO> block;
+  for (size_t i = 0; i < points.n;) {
+    const size_t first = i;
+    block.begin();
+    for (; block.vectors < block_vectors && i + width <= points.n; i += width) {
+      const point_lanes p = load_points(points, i);
+      block.add(squared_length(difference(p, a)), TWO ? squared_length(difference(p, b)) : vec{});
     }
-    if (none(inside)) continue;
-    double value[search_points];
-    for (size_t v = 0; v < search_vectors; ++v)
-      store(value + v * width, TWO ? square_root(from_a[v]) + square_root(from_b[v]) : square_root(from_a[v]));
-    for (size_t k = 0; k < search_points && i + k < points.n; ++k) {
-      if (!(value[k] > least)) continue;
-      least = value[k];
-      found = i + k;
+    if (block.vectors < block_vectors && i < points.n) {
+      const mask inside = lane_numbers() < broadcast((double)(points.n - i));
+      const point_lanes p = load_points(points, i);
+      block.add(select(inside, squared_length(difference(p, a)), vec{}),
+                TWO ? select(inside, squared_length(difference(p, b)), vec{}) : vec{});
+      i = points.n;
     }
-    limit = exclusion_limit(least, factor);
+    block.compare(first, far);
   }
-  return found;
+  return far.found;
 }
 
 size_t farthest(const point_arrays& points, const double* a, double least) {
@@ -234,10 +257,105 @@ size_t farthest_from_two(const point_arrays& points, const double* a, const doub
   return farthest_point<true>(points, a, b, least);
 }
 
+// A running sum with its rounding errors (D. Knuth, The Art of Computer Programming 2, 4.2.2).
+struct accurate_sum {
+  vec high, low;
+  TESSARN_MEMBER void add(vec v) {
+    const vec s = high + v;
+    const vec part = s - high;
+    low += (high - (s - part)) + (v - part);
+    high = s;
+  }
+};
+
+constexpr size_t sums = 10;
+
+// p less the reference point is d.
+TESSARN_INLINE void add_moments(const point_lanes& p, const point_lanes& d, vec* sum) {
+  sum[0] += d.x;
+  sum[1] += d.y;
+  sum[2] += d.z;
+  sum[3] += d.x * d.x;
+  sum[4] += d.y * d.y;
+  sum[5] += d.z * d.z;
+  sum[6] += d.x * d.y;
+  sum[7] += d.x * d.z;
+  sum[8] += d.y * d.z;
+  sum[9] += squared_length(p);
+}
+
+// Of count points from the i-th on. Without branches: they could not be foreseen.
+TESSARN_INLINE void add_hashes(repeated_hashes& r, size_t i, size_t count) {
+  constexpr size_t ahead = 32;
+  for (size_t k = i; k < i + count; ++k) {
+    prefetch(&r.table[(uint64_t)(r.hash[k + ahead] >> r.shift) / 64]);
+    const uint32_t place = r.hash[k] >> r.shift;
+    uint64_t& word = r.table[place / 64];
+    const uint64_t bit = (uint64_t)1 << (place % 64);
+    r.listed[r.found] = (uint32_t)k;
+    r.found += (word & bit) != 0;
+    word |= bit;
+  }
+}
+
+// The accurate sums take what has been added in the lanes over a block. The search for repeated hash values waits for
+// the memory, the moments for the arithmetic.
+template <bool SEARCH>
+TESSARN_INLINE size_t add_blocks(const point_arrays& points, const double* reference, accurate_sum* total,
+                                 vec* weighted, repeated_hashes* hashes) {
+  repeated_hashes own = SEARCH ? *hashes : repeated_hashes{};  // stays in registers
+  const point_lanes r = lanes_of(reference);
+  for (size_t s = 0; s < sums; ++s) total[s].high = total[s].low = vec{};
+  farthest_so_far far = {0, points.n};
+  squares_block<false> block;
+  for (size_t i = 0; i < points.n;) {
+    const size_t first = i;
+    vec sum[sums] = {};
+    block.begin();
+    for (; block.vectors < block_vectors && i + width <= points.n; i += width) {
+      const point_lanes p = load_points(points, i), d = difference(p, r);
+      if (SEARCH) add_hashes(own, i, width);
+      add_moments(p, d, sum);
+      block.add(squared_length(d), vec{});
+    }
+    if (block.vectors < block_vectors && i < points.n) {
+      const mask inside = lane_numbers() < broadcast((double)(points.n - i));
+      const point_lanes p = load_points(points, i), d = only(inside, difference(p, r));
+      if (SEARCH) add_hashes(own, i, points.n - i);
+      add_moments(only(inside, p), d, sum);
+      block.add(squared_length(d), vec{});
+      i = points.n;
+    }
+    for (size_t s = 0; s < sums; ++s) total[s].add(sum[s]);
+    for (size_t s = 0; s < 6; ++s) weighted[s] += (double)(points.n - first) * sum[3 + s];
+    block.compare(first, far);
+  }
+  if (SEARCH) hashes->found = own.found;
+  return far.found;
+}
+
+size_t moments(const point_arrays& points, const double* reference, moment_sums* result, repeated_hashes* hashes) {
+  accurate_sum total[sums];
+  vec weighted[6] = {};
+  const size_t found = hashes ? add_blocks<true>(points, reference, total, weighted, hashes)
+                              : add_blocks<false>(points, reference, total, weighted, hashes);
+  double value[sums];
+  for (size_t s = 0; s < sums; ++s) value[s] = sum_of_lanes(total[s].high + total[s].low);
+  for (size_t s = 0; s < 3; ++s) result->first[s] = value[s];
+  for (size_t s = 0; s < 6; ++s) result->second[s] = value[3 + s];
+  result->square = value[9];
+  for (size_t s = 0; s < 6; ++s) result->weighted[s] = sum_of_lanes(weighted[s]);
+  return found;
+}
+
 #if defined(__GNUC__) || defined(__clang__)
 typedef uint64_t bits __attribute__((vector_size(width * 8), may_alias));
 TESSARN_INLINE bits bits_of(vec v) { return (bits)v; }
-TESSARN_INLINE void store_bits(uint64_t* p, bits b) { store(reinterpret_cast<double*>(p), (vec)b); }
+TESSARN_INLINE void store_upper_halves(uint32_t* p, bits b) {
+  typedef uint32_t halves __attribute__((vector_size(width * 4)));
+  typedef uint32_t unaligned_halves __attribute__((vector_size(width * 4), aligned(4), may_alias));
+  *reinterpret_cast<unaligned_halves*>(p) = __builtin_convertvector(b >> 32, halves);
+}
 #else
 typedef uint64_t bits;
 TESSARN_INLINE bits bits_of(vec v) {
@@ -247,7 +365,7 @@ TESSARN_INLINE bits bits_of(vec v) {
   } number = {v};
   return number.bits;
 }
-TESSARN_INLINE void store_bits(uint64_t* p, bits b) { *p = b; }
+TESSARN_INLINE void store_upper_halves(uint32_t* p, bits b) { *p = (uint32_t)(b >> 32); }
 #endif
 
 // -0.0 becomes 0.0. Coordinates of few bits have them in the upper half only.
@@ -262,20 +380,23 @@ TESSARN_INLINE bits hash_of(vec x, vec y, vec z) {
          folded_bits_of(z) * 0x94D049BB133111EBu;
 }
 
-TESSARN_INLINE void unpack_points(const double* points, double* to, size_t stride, uint64_t* hash) {
+TESSARN_INLINE void unpack_points(const double* points, double* to, size_t stride, uint32_t* hash) {
   vec x, y, z;
   load_space_points(points, x, y, z);
   store(to, x);
   store(to + stride, y);
   store(to + 2 * stride, z);
-  store_bits(hash, hash_of(x, y, z));
+  store_upper_halves(hash, hash_of(x, y, z));
 }
 
 // The sums go along: their additions wait for each other, the rest waits for the memory.
-void unpack(const double* points, size_t n, double* to, size_t stride, uint64_t* hash, double* sums) {
+void unpack(const double* points, size_t n, double* to, size_t stride, uint32_t* hash, double* sums) {
+  constexpr size_t ahead = 128;
   quad sum = all_lanes(0);
   size_t i = 0;
   for (; i + width <= n; i += width) {
+    const double* later = points + 4 * (i + ahead + width <= n ? i + ahead : i);  // the processor itself stops at pages
+    for (size_t k = 0; k < 4 * width; k += 8) prefetch(later + k);
     unpack_points(points + 4 * i, to + i, stride, hash + i);
     for (size_t k = i; k < i + width; ++k) sum = sum + load_point(points + 4 * k + 1);
   }

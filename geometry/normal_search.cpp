@@ -24,7 +24,8 @@ constexpr std::size_t bounded_size = 64;
 // A set of directions, coordinate by coordinate.
 class direction_set {
  public:
-  direction_set(const vector3d* v, std::size_t n) : n_(v ? n : 0), coordinates_(tessarn::detail::allocate(3 * n_)) {
+  direction_set(const vector3d* v, std::size_t n)
+      : n_(v ? n : 0), coordinates_(tessarn::detail::allocate(3 * n_ + candidate_lanes)) {
     for (std::size_t i = 0; i < n_; ++i) {
       coordinates_[i] = v[i].x;
       coordinates_[n_ + i] = v[i].y;

@@ -4,6 +4,7 @@
 
 #include "geometry/bounds.h"
 #include "geometry/cloud.h"
+#include "geometry/residual_model.h"
 #include "tessarn/geometry.h"
 
 using tessarn::real;
@@ -29,7 +30,8 @@ struct cell {
 
 class plane_search {
  public:
-  plane_search(const cloud& points, const vector3d& centroid) : points_(points), bounds_(points, centroid) {}
+  explicit plane_search(const cloud& points)
+      : points_(points), bounds_(points), model_(bounds_.form(), bounds_.usable()) {}
 
   // Starts from the normal n with the offset d.
   void begin(const vector3d& n, real d) {
@@ -42,61 +44,68 @@ class plane_search {
   // Moves the 3 x 3 grid with the given step to ever better cells until its centre is the best one. True when the
   // cost is exactly 0. Where no cell has a finite cost the normal stays as it is.
   bool run(double step);
-  vector3d normal() const { return {current_.x, current_.y, current_.z}; }
-  real offset() const;
+  // The normal and its offset, for which the sums of squares are not needed.
+  vector3d result(real& offset) const;
 
  private:
-  void begin_grid(cell* cells, double step) const;
-  void complete(cell* cells, const bool* known, double step) const;
-  void shift(cell* cells, int best, double step) const;
+  void move_by_model(int best, double step);
+  void make_grid(cell* cells, int last_move, double step) const;
+  void make_neighbours(cell* cells, double step) const;
   int best_of(cell* cells) const;
   bool cost_is_zero(cell& c) const;
   void evaluate(cell* const* cells, std::size_t count) const;
-  void evaluate_one(cell& c) const {
-    cell* one = &c;
-    if (!c.evaluated) evaluate(&one, 1);
-  }
 
   const cloud& points_;
   const tessarn::detail::residual_bounds bounds_;
+  tessarn::detail::residual_model model_;
   cell current_;
-  bool searched_ = false;
+  bool bounded_ = false;  // whether the cost of the present cell is known
 };
 
-// The sums of squares are not needed for it.
-real plane_search::offset() const {
-  if (current_.evaluated) return current_.offset;
-  double x[candidate_lanes] = {current_.x}, y[candidate_lanes] = {current_.y}, z[candidate_lanes] = {current_.z};
+vector3d plane_search::result(real& offset) const {
+  vector3d n(current_.x, current_.y, current_.z);
+  offset = current_.offset;
+  if (current_.evaluated) return n;
+  double x[candidate_lanes] = {current_.x}, y[candidate_lanes] = {current_.y}, z[candidate_lanes];
   double mean[candidate_lanes];
+  for (double& lane : z) lane = std::sqrt(1 - current_.x * current_.x - current_.y * current_.y);
   tessarn::detail::geometry().means(points_.arrays(), x, y, z, mean);
-  return mean[0];
+  offset = mean[0];
+  n.z = z[0];
+  return n;
 }
 
-// Fills those cells around the centre that are not known.
-void plane_search::complete(cell* cells, const bool* known, double step) const {
+// The cells around the centre.
+void plane_search::make_neighbours(cell* cells, double step) const {
   double x[candidate_lanes], y[candidate_lanes], z[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
   bounds_(current_.x, current_.y, step, x, y, z, low, high);
   for (std::size_t i = 0; i < candidate_lanes; ++i) {
-    const std::size_t k = i < std::size_t{centre} ? i : i + 1;
-    if (known[k]) continue;
-    cell& c = cells[k];
+    cell& c = cells[i < std::size_t{centre} ? i : i + 1];
     c.x = x[i];
     c.y = y[i];
     c.z = z[i];
     c.cost = {low[i], high[i]};
-    c.evaluated = false;
     const bool exists = x[i] * x[i] + y[i] * y[i] <= 1 && z[i] == z[i];
     if (!exists) c.cost = {infinity, infinity};
-    if (exists && !bounds_.usable()) evaluate_one(c);
+    if (exists && !bounds_.usable()) c.cost = {0, infinity};
   }
 }
 
-// The centre is the present cell, once there is one of the search's own.
-void plane_search::begin_grid(cell* cells, double step) const {
-  constexpr bool none[9] = {}, all_but_first[9] = {false, true, true, true, true, true, true, true, true};
-  if (!searched_) complete(cells, all_but_first, 0);  // the centre in place of its neighbour
-  cells[centre] = searched_ ? current_ : cells[0];
-  complete(cells, none, step);
+// The nine cells around the present one. After a move those that were in the grid before are left out, except the new
+// centre: it won over them, and they keep their order.
+void plane_search::make_grid(cell* cells, int last_move, double step) const {
+  if (bounded_) {
+    cells[centre] = current_;
+  } else {
+    make_neighbours(cells, 0);
+    cells[centre] = cells[0];
+  }
+  make_neighbours(cells, step);
+  for (int k = 0; k < 9 && last_move != centre; ++k) {
+    const int i = k % 3 + last_move % 3 - 1;
+    const int j = k / 3 + last_move / 3 - 1;
+    if (k != centre && i >= 0 && i < 3 && j >= 0 && j < 3) cells[k].cost = {infinity, infinity};
+  }
 }
 
 // The sums themselves, for up to candidate_lanes cells in one pass over the points.
@@ -142,41 +151,43 @@ int plane_search::best_of(cell* cells) const {
 
 bool plane_search::cost_is_zero(cell& c) const {
   if (c.cost.low > 0) return false;
-  evaluate_one(c);
+  cell* one = &c;
+  if (!c.evaluated) evaluate(&one, 1);
   return c.cost.low == 0;
 }
 
-// The grid around the new centre; cells that stay in it keep what is known of them.
-void plane_search::shift(cell* cells, int best, double step) const {
-  cell shifted[9];
-  bool known[9];
-  for (int k = 0; k < 9; ++k) {
-    const int i = k % 3 + best % 3 - 1;
-    const int j = k / 3 + best / 3 - 1;
-    known[k] = i >= 0 && i < 3 && j >= 0 && j < 3;
-    if (known[k]) shifted[k] = cells[3 * j + i];
-  }
-  complete(shifted, known, step);
-  for (int k = 0; k < 9; ++k) cells[k] = shifted[k];
+// The coordinates are formed as those of the neighbours are; z is left to the end.
+void plane_search::move_by_model(int best, double step) {
+  if (best == centre && bounded_) return;
+  current_.x = (current_.x + 0.0) + (best % 3 - 1) * step;
+  current_.y = (current_.y + 0.0) + (best / 3 - 1) * step;
+  current_.evaluated = false;
+  bounded_ = false;
 }
 
 bool plane_search::run(double step) {
-  cell cells[9];
-  begin_grid(cells, step);
-  for (;;) {
-    const int best = best_of(cells);
-    if (best < 0 || !(cells[best].cost.low < infinity)) return false;
-    const bool perfect = cost_is_zero(cells[best]);
-    current_ = cells[best];
-    searched_ = true;
+  for (int last_move = centre;;) {
+    int best = model_.best(current_.x, current_.y, step);
+    bool perfect = false;
+    if (best != tessarn::detail::residual_model::undecided) {
+      move_by_model(best, step);
+    } else {
+      cell cells[9];
+      make_grid(cells, last_move, step);
+      best = best_of(cells);
+      if (best < 0 || !(cells[best].cost.low < infinity)) return false;
+      perfect = cost_is_zero(cells[best]);
+      current_ = cells[best];
+      bounded_ = true;
+    }
     if (perfect || best == centre) return perfect;
-    shift(cells, best, step);
+    last_move = best;
   }
 }
 
 // The normal of the plane through three extreme points of the cloud, and its offset.
-vector3d normal_through_extremes(const cloud& points, const vector3d& centroid, real& offset) {
-  const vector3d e1 = points.farthest_from(centroid);
+vector3d normal_through_extremes(const cloud& points, real& offset) {
+  const vector3d e1 = points.farthest_from_centroid();
   const vector3d e2 = points.farthest_from(e1);
   const vector3d e3 = points.farthest_from(e1, e2);
   vector3d n = (e2 - e1).cross(e3 - e1);
@@ -194,17 +205,15 @@ vector3d normal_through_three(const cloud& points, real& offset) {
 }
 
 vector3d refined_normal(const cloud& points, real& offset) {
-  const vector3d centroid = points.centroid();
-  plane_search search(points, centroid);
-  const vector3d guess = normal_through_extremes(points, centroid, offset);
+  plane_search search(points);
+  const vector3d guess = normal_through_extremes(points, offset);
   search.begin(guess, offset);
   double step = first_step;
   do {
     if (search.run(step)) break;
     step *= 0.5;
   } while (step > last_step);
-  offset = search.offset();
-  return search.normal();
+  return search.result(offset);
 }
 
 }  // namespace

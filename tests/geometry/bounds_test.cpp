@@ -55,7 +55,7 @@ TEST(residual_bounds, are_those_of_the_neighbours_row_by_row) {
     tessarn::detail::force_isa(static_cast<isa>(round % 3));
     const auto points = random_cloud(random, 4 + random.below(30));
     const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
-    const tessarn::detail::residual_bounds bounds(distinct, distinct.centroid());
+    const tessarn::detail::residual_bounds bounds(distinct);
     const double x = random.uniform(), y = random.uniform(), step = 0.01 * random.uniform();
     neighbours all;
     bounds(x, y, step, all.x, all.y, all.z, all.low, all.high);
@@ -84,7 +84,7 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
     tessarn::detail::force_isa(static_cast<isa>(round % 3));
     const auto points = random_cloud(random, 4 + random.below(300));
     const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
-    const tessarn::detail::residual_bounds bounds(distinct, distinct.centroid());
+    const tessarn::detail::residual_bounds bounds(distinct);
     ASSERT_TRUE(bounds.usable());
     double x[candidate_lanes], y[candidate_lanes], z[candidate_lanes], mean[candidate_lanes], cost[candidate_lanes];
     for (std::size_t k = 0; k < candidate_lanes; ++k) {
@@ -110,13 +110,42 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
   EXPECT_GT(narrow, all / 2);  // bounds that hold everything would decide nothing
 }
 
+// They bound the partial sums of the squares, and closely: a block has at most 128 points.
+TEST(residual_bounds, weighted_products_hold_the_partial_sums) {
+  test::random_source random(73);
+  for (int round = 0; round < 300; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    const auto points = random_cloud(random, 4 + random.below(3000));
+    const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
+    const vector3d c = distinct.centroid();
+    const double* w = distinct.moments().weighted;
+    double v[3];
+    random_normal(random, v);
+    double partial = 0, all = 0, magnitude = 0;
+    for (std::size_t i = distinct.size(); i-- > 0;) {
+      const vector3d p = distinct.point(i);
+      const double d[3] = {p.x - c.x, p.y - c.y, p.z - c.z};
+      const double a = d[0] * v[0] + d[1] * v[1] + d[2] * v[2];
+      const double weight = static_cast<double>(distinct.size() - i);
+      partial += weight * a * a;
+      all += a * a;
+      magnitude += weight * (d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+    }
+    const double form = (w[0] * v[0] * v[0] + w[1] * v[1] * v[1] + w[2] * v[2] * v[2]) +
+                        2 * (w[3] * v[0] * v[1] + w[4] * v[0] * v[2] + w[5] * v[1] * v[2]);
+    ASSERT_GE(form, partial - 1e-12 * magnitude);
+    ASSERT_LE(form, partial + 128 * all + 1e-12 * magnitude);
+  }
+  tessarn::detail::force_isa(isa::avx512);
+}
+
 TEST(residual_bounds, say_nothing_about_extreme_or_undefined_clouds) {
   const double inf = std::numeric_limits<double>::infinity();
   for (const double scale : {1e-120, 1e120, inf, std::nan("")}) {
     std::vector<vector3d> points;
     for (int i = 0; i < 5; ++i) points.emplace_back(scale * i, scale * (i % 2), scale * (i % 3));
     const cloud distinct(points.data(), 5);
-    EXPECT_FALSE(tessarn::detail::residual_bounds(distinct, distinct.centroid()).usable()) << scale;
+    EXPECT_FALSE(tessarn::detail::residual_bounds(distinct).usable()) << scale;
   }
 }
 
@@ -128,7 +157,7 @@ TEST(direction_bounds, hold_the_sums_of_squares) {
     const std::size_t n = random.below(200), m = 1 + random.below(200);
     const double size = std::ldexp(1.0, static_cast<int>(random.below(30)) - 15);
     for (int k = 0; k < 6; ++k)
-      for (std::size_t i = 0; i < (k < 3 ? n : m); ++i) c[k].push_back(size * random.uniform());
+      for (std::size_t i = 0; i < (k < 3 ? n : m) + candidate_lanes; ++i) c[k].push_back(size * random.uniform());
     const tessarn::detail::point_arrays par{c[0].data(), c[1].data(), c[2].data(), n};
     const tessarn::detail::point_arrays perp{c[3].data(), c[4].data(), c[5].data(), m};
     const tessarn::detail::direction_bounds bounds(par, perp);

@@ -95,6 +95,7 @@ TEST(Cloud, FarthestPoints) {
       if (sum > far_two) two = p, far_two = sum;
     }
     expect_point(c.farthest_from(a), one);
+    expect_point(c.farthest_from_centroid(), c.farthest_from(c.centroid()));
     expect_point(c.farthest_from(a, b), two);
     ASSERT_FALSE(HasFailure()) << "round " << round;
   }

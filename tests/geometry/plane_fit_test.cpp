@@ -167,6 +167,21 @@ TEST(PlaneFit, AgreesWithThePlainFormOnNoisyPlanes) {
   }
 }
 
+// Several blocks of points, some of them more than once.
+TEST(PlaneFit, AgreesWithThePlainFormOnLargerClouds) {
+  test::random_source r(137);
+  for (int round = 0; round < 25; ++round) {
+    const vec3 n = plain::unit({r.uniform(), r.uniform(), r.uniform(0.2, 1)});
+    std::vector<vec3> points = cloud(r, 100 + r.below(1200), n, r.uniform(-3, 3), std::pow(10.0, r.uniform(-9, 0)));
+    for (unsigned k = r.below(3) * r.below(40); k > 0; --k) {
+      const vec3 repeated = points[r.below(static_cast<unsigned>(points.size()))];
+      points[r.below(static_cast<unsigned>(points.size()))] = repeated;
+    }
+    plane p = fitted(points);
+    ASSERT_TRUE(same(p, plain::fit_plane(points))) << "round " << round;
+  }
+}
+
 // Small integers give equal distances and equal costs, which the tie rules decide.
 TEST(PlaneFit, AgreesWithThePlainFormOnGrids) {
   test::random_source r(133);
