@@ -76,7 +76,7 @@ TESSARN_INLINE vec select(mask m, vec a, vec b) {
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
 // Whether m is nowhere set.
 TESSARN_INLINE bool none(mask m) {
-#if defined(TESSARN_ISA_avx512)
+#if TESSARN_LANES == 8
   typedef int8_t bytes __attribute__((vector_size(8)));
   return (int64_t)__builtin_convertvector(m != mask{}, bytes) == 0;
 #else
