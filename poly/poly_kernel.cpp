@@ -1,6 +1,7 @@
 // The kernels of the polynomials; compiled once for each instruction set.
 #include "core/lanes.h"
 #include "poly/chains.h"
+#include "poly/fit_lanes.h"
 #include "poly/kernels.h"
 
 namespace tessarn::detail::TESSARN_ISA {
@@ -8,9 +9,6 @@ namespace {
 
 constexpr size_t group = width == 1 ? partial_sums : 4;
 constexpr size_t group_points = group * width;
-
-// For more powers than this quick chains would be in doubt too often.
-constexpr size_t quick_count = 24;
 
 // All magnitudes of a block at least low and below high, or 0.
 bool in_range(const double* x, double low, double high) {
@@ -33,16 +31,25 @@ bool in_range(const double* x, double low, double high) {
 #endif
 }
 
+size_t add_plane_points(const double* points, size_t n, double marker, unsigned exponents, double* sums) {
+  switch (exponents) {
+    case 3: return add_plane_blocks<3>(points, n, marker, sums);
+    case 5: return add_plane_blocks<5>(points, n, marker, sums);
+    case 7: return add_plane_blocks<7>(points, n, marker, sums);
+    default: return 0;
+  }
+}
+
 bool unpack_plane(const double* points, double marker, double* x, double* y) {
-  mask special = {};
+  mask marked = {};
   for (size_t i = 0; i < point_block; i += width) {
     vec px, py;
     load_plane_points(points + 3 * i, px, py);
-    special |= (px == broadcast(marker)) | (px != px);
+    marked |= (px == broadcast(marker)) | (px != px);
     store(x + i, px);
     store(y + i, py);
   }
-  return none(special);
+  return none(marked);
 }
 
 void unpack_space(const double* points, double* x, double* y, double* z) {
@@ -55,97 +62,110 @@ void unpack_space(const double* points, double* x, double* y, double* z) {
   }
 }
 
-// A chain that is in doubt is run again as a certain one.
-template <size_t GROUP, class Use>
-TESSARN_INLINE void run_chains(const double* x, size_t count, const Use& use) {
-  if (count <= quick_count) {
-    quick_chains<GROUP> quick;
-    if (quick.run(x, count, use)) return;
+// A group in which a chain is in doubt is run again with certain ones.
+template <size_t GROUP, size_t COUNT = 0, class Use>
+TESSARN_INLINE void run_chains(const double* from, size_t count, const Use& use) {
+  vec x[GROUP];
+  for (size_t v = 0; v < GROUP; ++v) x[v] = load(from + v * width);
+  if (count <= most_quick) {
+    quick_chains<GROUP, COUNT> quick;
+    quick.run(x, count, use);
+    if (none(quick.doubt)) return;
   }
   certain_chains<GROUP> certain;
   certain.run(x, count, use);
 }
 
+template <size_t GROUP>
 struct store_powers {
   double* to;
   TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
-    for (size_t v = 0; e > 1 && v < group; ++v) store(to + e * point_block + v * width, power[v]);
+    for (size_t v = 0; e > 1 && v < GROUP; ++v) store(to + e * point_block + v * width, power[v]);
   }
 };
 
-// A block in which a chain is in doubt is run again with certain ones.
-TESSARN_INLINE void store_all_powers(unsigned exponents, double* powers) {
-  const double* x = powers + point_block;
-  mask doubt = {};
-  if (exponents <= quick_count) {
-    for (size_t i = 0; i < point_block; i += group_points) {
-      quick_chains<group> quick;
-      doubt |= quick.doubts(x + i, exponents, store_powers{powers + i});
-    }
-    if (none(doubt)) return;
-  }
-  for (size_t i = 0; i < point_block; i += group_points) {
-    certain_chains<group> certain;
-    certain.run(x + i, exponents, store_powers{powers + i});
+void certain_powers(size_t exponents, double* powers) {
+  certain_chains<1> certain;
+  const vec x = load(powers + point_block);
+  certain.run(&x, exponents, store_powers<1>{powers});
+}
+
+// A group in which a chain is in doubt is run again with certain ones.
+template <size_t GROUP, size_t COUNT>
+TESSARN_INLINE void quick_powers(double* powers, size_t count = COUNT) {
+  for (double* to = powers; to < powers + point_block; to += GROUP * width) {
+    vec x[GROUP];
+    for (size_t v = 0; v < GROUP; ++v) x[v] = load(to + point_block + v * width);
+    quick_chains<GROUP, COUNT> quick;
+    quick.run(x, count, store_powers<GROUP>{to});
+    if (none(quick.doubt)) continue;
+    for (size_t v = 0; v < GROUP; ++v) certain_powers(count, to + v * width);
   }
 }
 
-// The numbers of the surfaces of grade 3 and 4 are known to the compiler.
+// The fits need odd numbers of powers. As many vectors stand side by side as there are registers for them.
 void powers(unsigned exponents, double* powers) {
-  if (exponents == 5) return store_all_powers(5, powers);
-  if (exponents == 7) return store_all_powers(7, powers);
-  store_all_powers(exponents, powers);
+  switch (exponents) {
+    case 3: return quick_powers<4, 3>(powers);
+    case 5: return quick_powers<4, 5>(powers);
+    case 7: return quick_powers<2, 7>(powers);
+    case 9: return quick_powers<2, 9>(powers);
+    case 11: return quick_powers<1, 11>(powers);
+    case 13: return quick_powers<1, 13>(powers);
+    case 15: return quick_powers<1, 15>(powers);
+    case 17: return quick_powers<1, 17>(powers);
+    default: break;
+  }
+  if (exponents <= most_quick) return quick_powers<2, 0>(powers, exponents);
+  for (size_t i = 0; i < point_block; i += width) certain_powers(exponents, powers + i);
 }
 
-constexpr size_t sum_vectors = partial_sums / width;
-
-// Adds one row, or its products with y, to its partial sums.
-template <bool PRODUCTS>
-TESSARN_INLINE void add_row(const double* row, const double* y, double* sum) {
-  vec s[sum_vectors];
-  for (size_t v = 0; v < sum_vectors; ++v) s[v] = load(sum + v * width);
-  for (size_t i = 0; i < point_block; i += partial_sums)
+// Adds rows, and their products with y, to their partial sums.
+template <size_t ROWS, bool PRODUCTS>
+TESSARN_INLINE void add_some_rows(const double* row, const double* y, size_t n, double* sums, double* moments) {
+  vec s[ROWS][sum_vectors], m[ROWS][sum_vectors];
+  for (size_t r = 0; r < ROWS; ++r)
     for (size_t v = 0; v < sum_vectors; ++v) {
-      const vec p = load(row + i + v * width);
-      s[v] += PRODUCTS ? p * load(y + i + v * width) : p;
+      s[r][v] = load(sums + r * partial_sums + v * width);
+      m[r][v] = PRODUCTS ? load(moments + r * partial_sums + v * width) : vec{};
     }
-  for (size_t v = 0; v < sum_vectors; ++v) store(sum + v * width, s[v]);
+  for (size_t i = 0; i < n; i += partial_sums)
+    for (size_t v = 0; v < sum_vectors; ++v) {
+      const vec ordinate = PRODUCTS ? load(y + i + v * width) : vec{};
+      for (size_t r = 0; r < ROWS; ++r) {
+        const vec p = load(row + r * point_block + i + v * width);
+        s[r][v] += p;
+        if (PRODUCTS) m[r][v] += p * ordinate;
+      }
+    }
+  for (size_t r = 0; r < ROWS; ++r)
+    for (size_t v = 0; v < sum_vectors; ++v) {
+      store(sums + r * partial_sums + v * width, s[r][v]);
+      if (PRODUCTS) store(moments + r * partial_sums + v * width, m[r][v]);
+    }
 }
 
-void add_powers(const double* powers, const double* y, unsigned exponents, unsigned ordinates, double* sums) {
-  for (size_t e = 0; e < exponents; ++e) add_row<false>(powers + e * point_block, y, sums + e * partial_sums);
-  sums += exponents * partial_sums;
-  for (size_t e = 0; e < ordinates; ++e) add_row<true>(powers + e * point_block, y, sums + e * partial_sums);
+template <bool PRODUCTS, size_t ROWS>
+TESSARN_INLINE void add_rows(const double* row, size_t rows, const double* y, size_t n, double* sums, double* moments) {
+  for (; rows >= ROWS; rows -= ROWS) {
+    add_some_rows<ROWS, PRODUCTS>(row, y, n, sums, moments);
+    row += ROWS * point_block;
+    sums += ROWS * partial_sums;
+    if (PRODUCTS) moments += ROWS * partial_sums;
+  }
+  if constexpr (ROWS > 1) add_rows<PRODUCTS, ROWS - 1>(row, rows, y, n, sums, moments);
 }
 
-// Adds the powers of a group of points, or their products with y, to partial sums: to = from + ...
-struct add_to_sums {
-  const double* y;
-  size_t exponents, ordinates;
-  const double* from;
-  double* to;
+// Sums that run side by side.
+constexpr size_t product_rows = width == 1 ? 1 : width / 2;
 
-  TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
-    if (e > 0) add(power, nullptr, e * partial_sums);
-    if (e < ordinates) add(power, y, (exponents + e) * partial_sums);
-  }
-  TESSARN_MEMBER void add(const vec* power, const double* factor, size_t at) const {
-    static_assert(group % sum_vectors == 0);
-    vec s[sum_vectors];
-    for (size_t v = 0; v < sum_vectors; ++v) s[v] = load(from + at + v * width);
-    for (size_t v = 0; v < group; ++v) s[v % sum_vectors] += factor ? power[v] * load(factor + v * width) : power[v];
-    for (size_t v = 0; v < sum_vectors; ++v) store(to + at + v * width, s[v]);
-  }
-};
-
-bool add_quick_powers(const double* x, const double* y, unsigned exponents, unsigned ordinates, const double* from,
-                      double* to) {
-  bool done = exponents <= quick_count;
-  for (size_t i = 0; i < point_block && done; i += group_points, from = to) {
-    quick_chains<group> quick;
-    done = quick.run(x + i, exponents, add_to_sums{y + i, exponents, ordinates, from, to});
-  }
-  return done;
+void add_powers(const double* powers, const double* y, size_t n, unsigned exponents, double* sums) {
+  const size_t ordinates = (exponents + 1) / 2;
+  double* moments = sums + exponents * partial_sums;
+  add_rows<true, product_rows>(powers, ordinates, y, n, sums, moments);
+  powers += ordinates * point_block;
+  sums += ordinates * partial_sums;
+  add_rows<false, product_rows>(powers, exponents - ordinates, y, n, sums, moments);
 }
 
 // One power of y times the powers of x, for surfaces of a grade that is known here. Powers 0 are not multiplied with.
@@ -216,8 +236,6 @@ TESSARN_INLINE void add_surface_rows(const surface_blocks& blocks, double* sums,
 }
 
 // Sums of products that run side by side, with one y, w and z for all.
-constexpr size_t product_rows = width == 1 ? 1 : width / 2;
-
 template <bool WEIGHTED, bool MOMENTS, size_t ROWS>
 TESSARN_INLINE void add_product_rows(const double* px, const double* y, const double* w, const double* z, double* sums,
                                      double* moments) {
@@ -526,9 +544,9 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 }  // namespace
 
-const poly_kernels poly_table = {unpack_plane, unpack_space,     in_range,       powers,       add_powers,
-                                 add_quick_powers, add_products, add_points,     values,       power_series,
-                                 derivatives,  curvature,        curvature_derivative, first_event, one_sign,
-                                 surface_values, convolve};
+const poly_kernels poly_table = {add_plane_points, unpack_plane, unpack_space, in_range, powers,
+                                 add_powers,       add_products, add_points, values,
+                                 power_series,     derivatives,  curvature, curvature_derivative,
+                                 first_event,      one_sign,     surface_values, convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA
