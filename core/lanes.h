@@ -71,9 +71,16 @@ TESSARN_INLINE vec select(mask m, vec a, vec b) {
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
 // Whether m is nowhere set.
 TESSARN_INLINE bool none(mask m) {
-  int64_t any = 0;
-  for (size_t k = 0; k < width; ++k) any |= m[k];
-  return any == 0;
+  typedef int64_t two __attribute__((vector_size(16)));
+#if defined(TESSARN_ISA_avx512)
+  const auto half = __builtin_shufflevector(m, m, 0, 1, 2, 3) | __builtin_shufflevector(m, m, 4, 5, 6, 7);
+  const two any = __builtin_shufflevector(half, half, 0, 1) | __builtin_shufflevector(half, half, 2, 3);
+#elif defined(TESSARN_ISA_avx2)
+  const two any = __builtin_shufflevector(m, m, 0, 1) | __builtin_shufflevector(m, m, 2, 3);
+#else
+  const two any = m;
+#endif
+  return (any[0] | any[1]) == 0;
 }
 
 TESSARN_INLINE vec square_root(vec v) {

@@ -87,23 +87,30 @@ struct certain_chains {
   }
 };
 
-// Finds abscissas that are not 0 and so small that the steps of a chain of powers below count are not exact any more
-// (core/power.h), by the bits of their squares, which are ordered as the numbers are. A square of 0 belongs to an abscissa
-// all of whose higher powers are 0.
+// Finds abscissas for which the steps of a chain of powers below count are not exact (core/power.h), by the bits of their
+// squares, which are ordered as the numbers are. A square of 0 belongs to an abscissa all of whose higher powers are 0.
 class range_check {
  public:
   TESSARN_MEMBER explicit range_check(size_t count) {
     constexpr int safe_exponent_range = 960;
-    least_ = mask{} + ((int64_t)(1023 - 2 * (safe_exponent_range / (int)count)) << 52);
+    const int limit = 2 * (safe_exponent_range / (int)count);
+    least_ = mask{} + ((int64_t)(1023 - limit) << 52);
+    most_ = mask{} + ((int64_t)(1023 + limit) << 52);
   }
-  TESSARN_MEMBER void add(vec square) {
+  // Finds what is too small.
+  TESSARN_MEMBER void add_small(vec square) {
     const mask b = bits(square);
     outside_ |= (b - least_) & (mask{} - b);
+  }
+  // And what is too large or a NaN, of either sign.
+  TESSARN_MEMBER void add(vec square) {
+    add_small(square);
+    outside_ |= bits(square) | (most_ - bits(square));
   }
   TESSARN_MEMBER mask found() const { return outside_ & (mask{} + INT64_MIN); }
 
  private:
-  mask least_;
+  mask least_, most_;
   mask outside_ = {};
 };
 

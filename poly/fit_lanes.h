@@ -50,12 +50,15 @@ struct plane_sums {
     mask bad = {};
     range_check range(EXPONENTS);
     quick_chains<1, EXPONENTS> chain;
+    const size_t whole = n - n % partial_sums;
+    double rest[3 * partial_sums];
+    if (n > whole) fill_up(points + 3 * whole, n - whole, rest);
     for (size_t v = 0; v < sum_vectors; ++v) {
       for (size_t i = v * width; i < n; i += partial_sums) {
         vec x, y;
-        load_mixed_points(points + 3 * i, x, y);
+        load_mixed_points(i < whole ? points + 3 * i : rest + 3 * v * width, x, y);
         bad |= x == broadcast(marker);
-        if (EXPONENTS > 3) range.add(x * x);
+        if (EXPONENTS > 3) range.add_small(x * x);
         chain.run(&x, EXPONENTS, add_power{sum[v], y});
       }
       // Infinities and NaN have come as far as the highest power.
@@ -65,6 +68,13 @@ struct plane_sums {
   }
 
  private:
+  // Zeros behind the last point change no sum.
+  TESSARN_MEMBER static void fill_up(const double* points, size_t n, double* to) {
+    for (size_t k = 0; k < partial_sums; ++k) {
+      to[3 * k + 1] = k < n ? points[3 * k + 1] : 0;
+      to[3 * k + 2] = k < n ? points[3 * k + 2] : 0;
+    }
+  }
   struct add_power {
     vec* sum;
     vec y;

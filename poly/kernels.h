@@ -24,17 +24,18 @@ struct surface_blocks {
 };
 
 struct poly_kernels {
-  // Adds n plane points, each three doubles of which x and y are the last two and n a multiple of partial_sums, to sums in
-  // partial_sums lanes each, point i to lane i mod partial_sums: to sum e the powers e for e below exponents, but for sum
+  // Adds n plane points, each three doubles of which x and y are the last two, to sums in partial_sums lanes each, point i to lane i mod partial_sums: to sum e the powers e for e below exponents, but for sum
   // 0, which would count the points, and to sum exponents + e the powers e times y, for 2 e below exponents. Gives the
-  // number of points that it has added: it ends where an x is the marker or a power is not finite or not to be had by
+  // number of points that it has added, at least a block of point_block at once: it ends where an x is the marker or a power is not finite or not to be had by
   // quick chains (poly/chains.h), and knows some numbers of exponents only.
   size_t (*add_plane_points)(const double* points, size_t n, double marker, unsigned exponents, double* sums);
 
   // The coordinates of a block of plane points; false where an x is the marker or a NaN.
   bool (*unpack_plane)(const double* points, double marker, double* x, double* y);
-  // Of space points, each four doubles.
-  void (*unpack_space)(const double* points, double* x, double* y, double* z);
+  // The coordinates of a block of space points, each four doubles: x and y as the powers 1 in px and py, with point_block
+  // numbers a power. True where the powers from 2 to below exponents were to be had by quick chains (poly/chains.h) and
+  // are there, too.
+  bool (*unpack_space)(const double* points, size_t exponents, double* px, double* py, double* z);
 
   // True when every magnitude of a block is 0, or at least low and below high.
   bool (*in_range)(const double* x, double low, double high);

@@ -52,16 +52,6 @@ bool unpack_plane(const double* points, double marker, double* x, double* y) {
   return none(marked);
 }
 
-void unpack_space(const double* points, double* x, double* y, double* z) {
-  for (size_t i = 0; i < point_block; i += width) {
-    vec px, py, pz;
-    load_space_points(points + 4 * i, px, py, pz);
-    store(x + i, px);
-    store(y + i, py);
-    store(z + i, pz);
-  }
-}
-
 // A group in which a chain is in doubt is run again with certain ones.
 template <size_t GROUP, size_t COUNT = 0, class Use>
 TESSARN_INLINE void run_chains(const double* from, size_t count, const Use& use) {
@@ -201,6 +191,52 @@ struct surface_row {
     }
   }
 };
+
+// Powers of vectors of x and as many of y, in rows from 2 on.
+template <size_t GROUP>
+struct store_two_powers {
+  double *px, *py;
+  TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
+    for (size_t v = 0; e > 1 && v < GROUP; ++v) {
+      store(px + e * point_block + v * width, power[v]);
+      store(py + e * point_block + v * width, power[GROUP + v]);
+    }
+  }
+};
+
+// Unpacks a block of space points with powers of GROUP vectors of x and y side by side.
+template <size_t GROUP, size_t COUNT>
+TESSARN_INLINE bool unpack_with_powers(const double* points, double* px, double* py, double* z) {
+  quick_chains<2 * GROUP, COUNT> chain;
+  range_check range(COUNT);
+  for (size_t i = 0; i < point_block; i += GROUP * width) {
+    vec at[2 * GROUP], pz;
+    for (size_t v = 0; v < GROUP; ++v) {
+      const size_t k = i + v * width;
+      load_space_points(points + 4 * k, at[v], at[GROUP + v], pz);
+      store(px + point_block + k, at[v]);
+      store(py + point_block + k, at[GROUP + v]);
+      store(z + k, pz);
+      range.add(at[v] * at[v]);
+      range.add(at[GROUP + v] * at[GROUP + v]);
+    }
+    chain.run(at, COUNT, store_two_powers<GROUP>{px + i, py + i});
+  }
+  return none(chain.doubt | range.found());
+}
+
+bool unpack_space(const double* points, size_t exponents, double* px, double* py, double* z) {
+  if (exponents == 5) return unpack_with_powers<2, 5>(points, px, py, z);
+  if (exponents == 7) return unpack_with_powers<1, 7>(points, px, py, z);
+  for (size_t i = 0; i < point_block; i += width) {
+    vec x, y, pz;
+    load_space_points(points + 4 * i, x, y, pz);
+    store(px + point_block + i, x);
+    store(py + point_block + i, y);
+    store(z + i, pz);
+  }
+  return false;
+}
 
 // As many powers of y side by side as there are registers for their sums.
 template <size_t G>
@@ -387,6 +423,7 @@ bool one_sign(const double* cof, size_t count, double first, double step) {
   return none(not_above) || none(not_below);
 }
 
+template <size_t GROUP>
 struct add_to_series {
   const double* cof;
   const double* factor;
@@ -394,15 +431,29 @@ struct add_to_series {
   TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
     const vec f = broadcast(factor[e]);
     const vec k = broadcast(cof[e]);
-    for (size_t v = 0; v < group; ++v) sum[v] = (e == 0 ? vec{} : sum[v]) + power[v] * f * k;
+    for (size_t v = 0; v < GROUP; ++v) sum[v] = (e == 0 ? vec{} : sum[v]) + power[v] * f * k;
   }
 };
 
+template <size_t GROUP, size_t COUNT = 0>
+TESSARN_INLINE void add_power_series(const double* cof, const double* factor, size_t count, const double* x, double* y) {
+  for (size_t i = 0; i < point_block; i += GROUP * width) {
+    vec sum[GROUP] = {};
+    run_chains<GROUP, COUNT>(x + i, count, add_to_series<GROUP>{cof, factor, sum});
+    for (size_t v = 0; v < GROUP; ++v) store(y + i + v * width, sum[v]);
+  }
+}
+
+#ifndef PG
+#define PG 4
+#endif
 void power_series(const double* cof, const double* factor, size_t count, const double* x, double* y) {
-  for (size_t i = 0; i < point_block; i += group_points) {
-    vec sum[group] = {};
-    run_chains<group>(x + i, count, add_to_series{cof, factor, sum});
-    for (size_t v = 0; v < group; ++v) store(y + i + v * width, sum[v]);
+  switch (count) {
+    case 4: return add_power_series<PG, 4>(cof, factor, 4, x, y);
+    case 5: return add_power_series<PG, 5>(cof, factor, 5, x, y);
+    case 6: return add_power_series<PG, 6>(cof, factor, 6, x, y);
+    case 7: return add_power_series<PG, 7>(cof, factor, 7, x, y);
+    default: return add_power_series<4>(cof, factor, count, x, y);
   }
 }
 

@@ -1,6 +1,7 @@
 #include "poly/power_sums.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "core/power.h"
@@ -22,13 +23,12 @@ void block_powers(unsigned exponents, double* powers) {
       powers[e * point_block + i] = static_cast<double>(power(x[i], e));
 }
 
-constexpr std::size_t cache_line = 64 / sizeof(real);
-
 power_sums::power_sums(unsigned exponents)
-    : exponents_(exponents),
-      length_((static_cast<std::size_t>(exponents) + (exponents + 1) / 2) * partial_sums),
-      storage_(allocate(cache_line + length_ + (static_cast<std::size_t>(exponents) + 1) * point_block)),
-      sums_(as_doubles(whole_cache_line(storage_.get()))) {
+    : exponents_(exponents), length_((static_cast<std::size_t>(exponents) + (exponents + 1) / 2) * partial_sums) {
+  if (length_ > std::size(few_sums_)) {
+    many_sums_ = allocate(length_);
+    sums_ = as_doubles(many_sums_.get());
+  }
   std::fill_n(sums_, length_, 0.0);
 }
 
@@ -47,32 +47,36 @@ void power_sums::add(const vector* points, std::size_t n, real marker) {
 
 // Some of the next points without moving them, or none.
 std::size_t power_sums::add_at_once(const double* points, std::size_t n, double marker) {
-  std::size_t added = kernels_.add_plane_points(points, n / partial_sums * partial_sums, marker, exponents_, sums_);
+  std::size_t added = kernels_.add_plane_points(points, n, marker, exponents_, sums_);
   if (n - added >= point_block && add_block(points + 3 * added, point_block, marker)) added += point_block;
   count_ += added;
   return added;
 }
 
 void power_sums::add(const vector& point, real marker) {
+  block_[3 * waiting_] = 0;
   block_[3 * waiting_ + 1] = static_cast<double>(point.x);
   block_[3 * waiting_ + 2] = static_cast<double>(point.y);
   waiting_ += (marker != marker) | ((point.x != marker) & (point.x == point.x));
   if (waiting_ == point_block) flush();
 }
 
-// Zeros behind the last point change no sum.
 void power_sums::flush() {
   if (waiting_ == 0) return;
-  std::fill(block_ + 3 * waiting_, block_ + 3 * point_block, 0.0);
-  const std::size_t whole = (waiting_ + partial_sums - 1) / partial_sums * partial_sums;
   constexpr double no_marker = std::numeric_limits<double>::quiet_NaN();
-  if (kernels_.add_plane_points(block_, whole, no_marker, exponents_, sums_) == 0) add_block(block_, whole, no_marker);
+  // One block is added or not as a whole.
+  if (kernels_.add_plane_points(block_, waiting_, no_marker, exponents_, sums_) == 0) {
+    // Zeros behind the last point change no sum.
+    std::fill(block_ + 3 * waiting_, block_ + 3 * point_block, 0.0);
+    add_block(block_, (waiting_ + partial_sums - 1) / partial_sums * partial_sums, no_marker);
+  }
   count_ += waiting_;
   waiting_ = 0;
 }
 
 bool power_sums::add_block(const double* points, std::size_t n, double marker) {
-  double* powers = sums_ + length_;
+  if (!powers_) powers_ = allocate(cache_line + (static_cast<std::size_t>(exponents_) + 1) * point_block);
+  double* powers = as_doubles(whole_cache_line(powers_.get()));
   alignas(64) double y[point_block];
   const bool unmarked = kernels_.unpack_plane(points, marker, powers + point_block, y);
   if (!unmarked && marker == marker) return false;

@@ -18,6 +18,7 @@ inline double tree_sum(const double* s) noexcept {
 class power_sums {
  public:
   explicit power_sums(unsigned exponents);
+  power_sums(const power_sums&) = delete;
   // Adds the points whose abscissa is neither the marker nor NaN; all, where the marker is NaN.
   void add(const vector* points, std::size_t n, real marker);
   real power(unsigned e) const { return e == 0 ? static_cast<real>(count_) : tree_sum(sums_ + e * partial_sums); }
@@ -30,12 +31,15 @@ class power_sums {
   void flush();
 
   const poly_kernels& kernels_ = poly();
+  static constexpr std::size_t cache_line = 64 / sizeof(real);
+
   const unsigned exponents_;
   const std::size_t length_;
-  const real_array storage_;  // the sums, and powers of a block
-  double* const sums_;
+  alignas(64) double few_sums_[12 * partial_sums];
+  real_array many_sums_, powers_;  // where they are needed
+  double* sums_ = few_sums_;
   std::size_t count_ = 0, waiting_ = 0;
-  alignas(64) double block_[3 * point_block] = {};  // points as they lie in memory
+  alignas(64) double block_[3 * point_block];  // points as they lie in memory
 };
 
 // Whether the chains of the powers below count of a block of abscissas are safe (core/power.h), or those of 0.

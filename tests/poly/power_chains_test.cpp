@@ -72,14 +72,15 @@ TEST(PowerChains, SumsOfPointsAreThoseOfTheirPowers) {
   test::random_source r(84);
   int whole = 0, ended = 0;
   for (int round = 0; round < 3000; ++round) {
-    const std::size_t n = partial_sums * r.below(4 * point_block / partial_sums);
+    const std::size_t n = r.below(4 * point_block);
+    const double scale = r.below(3) == 0 ? std::ldexp(1.0, -static_cast<int>(r.below(400))) : 1;
     std::vector<vector> points;
     while (points.size() < n) {
       const block x = drawn(r);
       const bool few_bits = r.below(3) > 0;
       for (const double v : x) {
         if (points.size() == n) break;
-        points.emplace_back(few_bits ? std::round(v * 64) / 64 : v, r.below(20) == 0 ? r.hostile() : r.uniform());
+        points.emplace_back((few_bits ? std::round(v * 64) / 64 : v) * scale, r.below(20) == 0 ? r.hostile() : r.uniform());
       }
     }
     const double marker = r.below(4) == 0 ? std::nan("") : -1;
@@ -90,12 +91,12 @@ TEST(PowerChains, SumsOfPointsAreThoseOfTheirPowers) {
     const unsigned exponents = 1 + 2 * r.below(5);
     const std::size_t length = (exponents + (exponents + 1) / 2) * partial_sums;
     std::vector<double> sums(length);
-    for (double& v : sums) v = r.uniform();
+    for (double& v : sums) v = scale < 1 ? 0 : r.uniform();
     std::vector<double> expected = sums;
     const double* data = reinterpret_cast<const double*>(points.data());
     const std::size_t added = poly().add_plane_points(data, n, marker, exponents, sums.data());
     ASSERT_LE(added, n);
-    ASSERT_EQ(added % partial_sums, 0u);
+    ASSERT_TRUE(added == n || added % point_block == 0);
     ++(added == n ? whole : ended);
     for (std::size_t k = 0; k < added; ++k) {
       ASSERT_FALSE(points[k].x == marker);
@@ -170,16 +171,41 @@ TEST(Unpack, PlanePoints) {
   }
 }
 
+// With the powers of the numbers that quick chains know.
 TEST(Unpack, SpacePoints) {
-  std::vector<vector3d> points;
-  for (std::size_t i = 0; i < point_block; ++i) points.emplace_back(double(i), -double(i), 0.5 * double(i));
-  block x, y, z;
-  poly().unpack_space(reinterpret_cast<const double*>(points.data()), x.data(), y.data(), z.data());
-  for (std::size_t i = 0; i < point_block; ++i) {
-    EXPECT_EQ(x[i], points[i].x);
-    EXPECT_EQ(y[i], points[i].y);
-    EXPECT_EQ(z[i], points[i].z);
+  test::random_source r(86);
+  int with_powers = 0, without = 0;
+  for (int round = 0; round < 2000; ++round) {
+    const block bx = drawn(r), by = drawn(r);
+    const bool few_bits = r.below(2) == 0;
+    std::vector<vector3d> points;
+    for (std::size_t i = 0; i < point_block; ++i)
+      points.emplace_back(few_bits ? std::round(bx[i] * 64) / 64 : bx[i], few_bits ? std::round(by[i] * 64) / 64 : by[i],
+                          r.uniform());
+    if (r.below(4) == 0) {
+      constexpr double out_of_range[] = {5e-324, 1e-100, 1e300, std::numeric_limits<double>::infinity()};
+      const double v = r.below(5) == 0 ? std::nan("") : out_of_range[r.below(4)];
+      (r.below(2) ? points[r.below(point_block)].x : points[r.below(point_block)].y) = r.below(2) ? v : -v;
+    }
+    const unsigned exponents = 3 + 2 * r.below(4);
+    std::vector<double> px(exponents * point_block), py(exponents * point_block), z(point_block);
+    const double* data = reinterpret_cast<const double*>(points.data());
+    const bool done = poly().unpack_space(data, exponents, px.data(), py.data(), z.data());
+    ++(done ? with_powers : without);
+    for (std::size_t i = 0; i < point_block; ++i) {
+      EXPECT_BITS(px[point_block + i], points[i].x);
+      EXPECT_BITS(py[point_block + i], points[i].y);
+      EXPECT_BITS(z[i], points[i].z);
+      for (unsigned e = 2; done && e < exponents; ++e) {
+        const double x = tessarn::detail::power(points[i].x, e), y = tessarn::detail::power(points[i].y, e);
+        // A power of 0 is a zero of either sign.
+        ASSERT_BITS(px[e * point_block + i] + 0.0, x + 0.0) << test::hex(points[i].x) << " to the power " << e;
+        ASSERT_BITS(py[e * point_block + i] + 0.0, y + 0.0) << test::hex(points[i].y) << " to the power " << e;
+      }
+    }
   }
+  EXPECT_GT(with_powers, 100);
+  EXPECT_GT(without, 100);
 }
 
 }  // namespace
