@@ -93,7 +93,7 @@ class range_check {
  public:
   TESSARN_MEMBER explicit range_check(size_t count) {
     constexpr int safe_exponent_range = 960;
-    const int limit = 2 * (safe_exponent_range / (int)count);
+    const int limit = count > 3 ? 2 * (safe_exponent_range / (int)count) : 0;  // a square needs no chain
     least_ = mask{} + ((int64_t)(1023 - limit) << 52);
     most_ = mask{} + ((int64_t)(1023 + limit) << 52);
   }

@@ -8,6 +8,9 @@ namespace tessarn::detail::TESSARN_ISA {
 
 constexpr size_t sum_vectors = partial_sums / width;
 
+// Sums that run side by side.
+constexpr size_t product_rows = width == 1 ? 1 : width / 2;
+
 // Eight plane points with point k in lane 3 k + 1 mod 8, which takes no shuffles but one; mixed() brings a vector into
 // this order, in_order() back. Other widths take the points as they come.
 #if defined(TESSARN_ISA_avx512)

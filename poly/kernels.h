@@ -83,10 +83,10 @@ struct poly_kernels {
   // z[i] = p(x[i], y[i]) by running products for a table of g x g coefficients; z may be x or y.
   void (*surface_values)(const double* cof, size_t g, const double* x, const double* y, double* z, size_t n);
 
-  // r[k] = the sum of c[k - j] q[j] over j ascending from +0.0, for the n + nq - 1 coefficients of a product. c and q are
-  // finite and have 8 and 24 zeros before and behind them, so that products with a zero of the margins change nothing; r
-  // has room for 32 more entries.
-  void (*convolve)(const double* c, size_t n, const double* q, size_t nq, double* r);
+  // r[k] = the sum of c[k - j] q[j] over j ascending from +0.0, for the n + nq - 1 coefficients of a product. c and q have
+  // 8 and 24 zeros before and behind them, products with which change nothing as long as all are finite: false, and no
+  // result, where one is not. r has room for 32 more entries.
+  bool (*convolve)(const double* c, size_t n, const double* q, size_t nq, double* r);
 };
 
 namespace baseline {
