@@ -22,9 +22,9 @@ inline double horner(const std::array<double, N>& c, double x) {
 }
 
 // The same for any number of coefficients.
-double horner(const values& c, double x) {
-  double s = c.back();
-  for (std::size_t k = c.size() - 1; k-- > 0;) s = s * x + c[k];
+inline double horner(const double* c, std::size_t n, double x) {
+  double s = c[n - 1];
+  for (std::size_t k = n - 1; k-- > 0;) s = s * x + c[k];
   return s;
 }
 
@@ -150,7 +150,9 @@ void add_array_of_any(const std::string& operation, double needs, long n, double
   r.peer(
       "other", "Horner loop, any number", [c](array_inputs & in, int i) -> auto& {
         const values& x = in.x[std::size_t(i)];
-        for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = horner(in.*c, x[k]);
+        const double* first = (in.*c).data();
+        const std::size_t n = (in.*c).size();
+        for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = horner(first, n, x[k]);
         return in.y;
       });
 }
