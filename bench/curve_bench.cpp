@@ -21,6 +21,13 @@ inline double horner(const std::array<double, N>& c, double x) {
   return s;
 }
 
+// The same for any number of coefficients.
+inline double horner(const double* c, std::size_t n, double x) {
+  double s = c[n - 1];
+  for (std::size_t k = n - 1; k-- > 0;) s = s * x + c[k];
+  return s;
+}
+
 std::array<double, count - 1> derivative(const coefficients& c) {
   std::array<double, count - 1> d;
   for (std::size_t k = 1; k < count; ++k) d[k - 1] = double(k) * c[k];
@@ -40,6 +47,8 @@ struct array_inputs {
     const values drawn = random_values(count, 10);
     std::copy(drawn.begin(), drawn.end(), c.begin());
     set(p, c.data(), count);
+    any = drawn;
+    for (std::size_t k = 1; k < drawn.size(); ++k) any_derivative.push_back(double(k) * drawn[k]);
     for (int i = 0; i < rotation; ++i)
       x.push_back(random_values(std::size_t(n), 11 + std::uint64_t(i)));
   }
@@ -48,6 +57,7 @@ struct array_inputs {
   std::vector<values> x;
   values y;
   coefficients c;
+  values any, any_derivative;
   binom p;
 };
 
@@ -124,6 +134,41 @@ void add_derivative(long n, double reach) {
       return in.y;
     });
   }
+}
+
+// Rows of their own for the loop that a user writes for any number of coefficients.
+template <class Ours>
+void add_array_of_any(const std::string& operation, double needs, long n, double reach, Ours ours,
+                      values array_inputs::*c) {
+  row<array_inputs> r(operation + " over an array, 6 coefficients, against any number", n,
+                      {needs * (count - 1) * double(n), 16.0 * double(n)});
+  r.reach(reach).agree({1e-13}).note("the peer has the number as an argument, too");
+  r.ours([ours](array_inputs & in, int i) -> auto& {
+    ours(in, in.x[std::size_t(i)]);
+    return in.y;
+  });
+  r.peer(
+      "other", "Horner loop, any number", [c](array_inputs & in, int i) -> auto& {
+        const values& x = in.x[std::size_t(i)];
+        const double* first = (in.*c).data();
+        const std::size_t n = (in.*c).size();
+        for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = horner(first, n, x[k]);
+        return in.y;
+      });
+}
+
+void add_func_of_any(long n, double reach) {
+  add_array_of_any(
+      "func", 3, n, reach,
+      [](array_inputs& in, const values& x) { in.p.func(x.data(), in.y.data(), index(in.n)); },
+      &array_inputs::any);
+}
+
+void add_derivative_of_any(long n, double reach) {
+  add_array_of_any(
+      "func_1", 4, n, reach,
+      [](array_inputs& in, const values& x) { in.p.func_1(x.data(), in.y.data(), index(in.n)); },
+      &array_inputs::any_derivative);
 }
 
 // ---------------------------------------------------------------------------- one at a time
@@ -303,6 +348,10 @@ void add_curves() {
   add_func(1000000, 1.0);
   add_derivative(1000, 0);
   add_derivative(1000000, 0.3);
+  add_func_of_any(1000, 0);
+  add_func_of_any(1000000, 1.0);
+  add_derivative_of_any(1000, 0);
+  add_derivative_of_any(1000000, 0.3);
   add_point(3, 0);
   add_point(6, 1.0);
   add_point(12, 0);

@@ -12,7 +12,7 @@ namespace bench {
 namespace {
 
 // The normal equations as a careful user writes them: each point once, powers by running products,
-// each distinct sum once.
+// each distinct sum once; the number of coefficients is known to the compiler.
 template <int M>
 Eigen::VectorXd fit_by_running_powers(const std::vector<plain::vec2>& points) {
   double sums[2 * M - 1] = {}, moments[M] = {};
@@ -54,6 +54,54 @@ Eigen::VectorXd fit_by_running_powers(const std::vector<plain::vec3>& points) {
   return a.ldlt().solve(Eigen::Map<Eigen::Matrix<double, G * G, 1>>(&moments[0][0]));
 }
 
+// The same where the number of coefficients is an argument, as it is in our fits.
+Eigen::VectorXd fit_by_running_powers(const std::vector<plain::vec2>& points, int m) {
+  std::vector<double> sums(std::size_t(2 * m - 1)), moments(std::size_t(m), 0.0);
+  for (const plain::vec2& p : points) {
+    double power = 1;
+    for (std::size_t k = 0; k < moments.size(); ++k) {
+      sums[k] += power;
+      moments[k] += power * p.y;
+      power *= p.x;
+    }
+    for (std::size_t k = moments.size(); k < sums.size(); ++k) {
+      sums[k] += power;
+      power *= p.x;
+    }
+  }
+  Eigen::MatrixXd a(m, m);
+  for (int r = 0; r < m; ++r) {
+    for (int c = 0; c < m; ++c) a(r, c) = sums[std::size_t(r + c)];
+  }
+  return a.ldlt().solve(Eigen::Map<Eigen::VectorXd>(moments.data(), m));
+}
+
+Eigen::VectorXd fit_by_running_powers(const std::vector<plain::vec3>& points, int g) {
+  const int side = 2 * g - 1;
+  std::vector<double> sums(std::size_t(side * side)), moments(std::size_t(g * g));
+  std::vector<double> of_x(std::size_t(side), 1.0);
+  for (const plain::vec3& p : points) {
+    for (int k = 1; k < side; ++k) of_x[std::size_t(k)] = of_x[std::size_t(k - 1)] * p.x;
+    double of_y = 1;
+    for (int j = 0; j < side; ++j) {
+      double* sum = &sums[std::size_t(side * j)];
+      for (int i = 0; i < side; ++i) sum[i] += of_y * of_x[std::size_t(i)];
+      if (j < g) {
+        double* moment = &moments[std::size_t(g * j)];
+        const double of_y_z = of_y * p.z;
+        for (int i = 0; i < g; ++i) moment[i] += of_y_z * of_x[std::size_t(i)];
+      }
+      of_y *= p.y;
+    }
+  }
+  Eigen::MatrixXd a(g * g, g * g);
+  for (int r = 0; r < g * g; ++r) {
+    for (int c = 0; c < g * g; ++c)
+      a(r, c) = sums[std::size_t(side * (r / g + c / g) + r % g + c % g)];
+  }
+  return a.ldlt().solve(Eigen::Map<Eigen::VectorXd>(moments.data(), g * g));
+}
+
 // The design matrix of GSL's general least squares is filled in every call, like our sums.
 struct gsl_fit {
   gsl_fit(std::size_t n, std::size_t unknowns)
@@ -85,6 +133,7 @@ struct fit_inputs {
     }
   }
   long n;
+  int count = M;
   int rotation;
   std::vector<std::vector<vector>> points;
   std::vector<std::vector<plain::vec2>> plain_points;
@@ -93,15 +142,31 @@ struct fit_inputs {
 };
 
 template <int M>
-void add_fit(long n, double reach) {
-  using inputs = fit_inputs<M>;
-  row<inputs> r("fit, " + std::to_string(M) + " coefficients", n,
-                {(6.0 * M - 4) * double(n), sizeof(vector) * double(n)});
-  r.reach(reach).agree({1e-7}).note("correctly rounded powers");
-  r.ours([](inputs & in, int i) -> auto& {
-    in.result.create(in.points[std::size_t(i)].data(), index(in.n), M);
+row<fit_inputs<M>> fit_row(const std::string& peers, long n, double reach) {
+  row<fit_inputs<M>> r("fit, " + std::to_string(M) + " coefficients" + peers, n,
+                       {(6.0 * M - 4) * double(n), sizeof(vector) * double(n)});
+  r.reach(reach).agree({1e-7});
+  r.ours([](fit_inputs<M> & in, int i) -> auto& {
+    in.result.create(in.points[std::size_t(i)].data(), index(in.n), index(in.count));
     return in.result;
   });
+  return r;
+}
+
+template <int M>
+void add_fit_of_any(long n, double reach) {
+  fit_row<M>(", against any number", n, reach)
+      .note("the peer has the number as an argument, too")
+      .peer("other", "running powers, any number", [](fit_inputs<M>& in, int i) {
+        return fit_by_running_powers(in.plain_points[std::size_t(i)], in.count);
+      });
+}
+
+template <int M>
+void add_fit(long n, double reach) {
+  using inputs = fit_inputs<M>;
+  row<inputs> r = fit_row<M>("", n, reach);
+  r.note("correctly rounded powers; running powers know their number");
   r.peer("other", "running powers", [](inputs& in, int i) {
     return fit_by_running_powers<M>(in.plain_points[std::size_t(i)]);
   });
@@ -143,6 +208,7 @@ struct surface_inputs {
     }
   }
   static constexpr std::size_t n = 10000;
+  int grade = G;
   int rotation;
   std::vector<std::vector<vector3d>> points;
   std::vector<std::vector<plain::vec3>> plain_points;
@@ -151,16 +217,33 @@ struct surface_inputs {
 };
 
 template <int G>
-void add_surface(double reach) {
+row<surface_inputs<G>> surface_row(const std::string& peers, double reach) {
   using inputs = surface_inputs<G>;
   constexpr double n = double(inputs::n), distinct = (2 * G - 1) * (2 * G - 1);
-  row<inputs> r("surface fit by grade, 10000 points", G,
+  row<inputs> r("surface fit by grade, 10000 points" + peers, G,
                 {n * (2 * (2 * G - 3) + 2 * distinct + 2 * G * G), sizeof(vector3d) * n});
-  r.reach(reach).agree({1e-7}).note("correctly rounded powers");
+  r.reach(reach).agree({1e-7});
   r.ours([](inputs & in, int i) -> auto& {
-    in.result.create(in.points[std::size_t(i)].data(), inputs::n, G);
+    in.result.create(in.points[std::size_t(i)].data(), inputs::n, index(in.grade));
     return in.result;
   });
+  return r;
+}
+
+template <int G>
+void add_surface_of_any(double reach) {
+  surface_row<G>(", against any grade", reach)
+      .note("the peer has the grade as an argument, too")
+      .peer("other", "running powers, any grade", [](surface_inputs<G>& in, int i) {
+        return fit_by_running_powers(in.plain_points[std::size_t(i)], in.grade);
+      });
+}
+
+template <int G>
+void add_surface(double reach) {
+  using inputs = surface_inputs<G>;
+  row<inputs> r = surface_row<G>("", reach);
+  r.note("correctly rounded powers; running powers know the grade");
   r.peer("other", "running powers", [](inputs& in, int i) {
     return fit_by_running_powers<G>(in.plain_points[std::size_t(i)]);
   });
@@ -206,11 +289,19 @@ void add_fits() {
   add_fit<4>(100, 2);
   add_fit<4>(10000, 2);
   add_fit<4>(1000000, 2);
+  add_fit_of_any<4>(100, 2);
+  add_fit_of_any<4>(10000, 2);
+  add_fit_of_any<4>(1000000, 2);
   add_fit<8>(100, 0);
   add_fit<8>(10000, 1.5);
+  add_fit_of_any<8>(100, 0);
+  add_fit_of_any<8>(10000, 1.5);
   add_surface<2>(2);
   add_surface<3>(2.5);
   add_surface<4>(2.5);
+  add_surface_of_any<2>(2);
+  add_surface_of_any<3>(2.5);
+  add_surface_of_any<4>(2.5);
 }
 
 }  // namespace bench

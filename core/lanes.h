@@ -79,10 +79,12 @@ TESSARN_INLINE bool none(mask m) {
 #if TESSARN_LANES == 8
   typedef int8_t bytes __attribute__((vector_size(8)));
   return (int64_t)__builtin_convertvector(m != mask{}, bytes) == 0;
+#elif TESSARN_LANES == 4
+  typedef int64_t two __attribute__((vector_size(16)));
+  const two any = __builtin_shufflevector(m, m, 0, 1) | __builtin_shufflevector(m, m, 2, 3);
+  return (any[0] | any[1]) == 0;
 #else
-  int64_t any = 0;
-  for (size_t k = 0; k < width; ++k) any |= m[k];
-  return any == 0;
+  return (m[0] | m[1]) == 0;
 #endif
 }
 

@@ -23,12 +23,7 @@ real* released(real_array& coefficients, slong n) {
 constexpr slong kernel_count = 16;
 constexpr std::size_t c_margin = 8, q_margin = 24, r_margin = 32;
 
-bool all_finite(const real* c, slong n) {
-  int others = 0;
-  for (slong i = 0; i < n; ++i) others |= !(c[i] - c[i] == 0);
-  return others == 0;
-}
-
+// The coefficients of a product, or none where some of the factors' are not finite.
 real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
   const auto length = static_cast<std::size_t>(n) + static_cast<std::size_t>(nq) + 2 * c_margin + 2 * q_margin;
   const real_array padded = tessarn::detail::allocate_zeroed(length);
@@ -38,8 +33,10 @@ real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
   std::copy_n(q, nq, padded_q);
   real_array product = tessarn::detail::allocate(static_cast<std::size_t>(m) + r_margin);
   using tessarn::detail::as_doubles;
-  tessarn::detail::poly().convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
-                                   static_cast<std::size_t>(nq), as_doubles(product.get()));
+  const bool done =
+      tessarn::detail::poly().convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
+                                       static_cast<std::size_t>(nq), as_doubles(product.get()));
+  if (!done) product.reset();
   return product;
 }
 
@@ -128,10 +125,8 @@ void binom::operator-=(binom& q) {
 void binom::operator*=(binom& q) {
   const auto m = static_cast<slong>(static_cast<ulong>(cofcnt) + static_cast<ulong>(q.cofcnt) - 1u);
   real_array product;
-  if (m > 0 && cofcnt >= kernel_count && q.cofcnt >= kernel_count && all_finite(cof, cofcnt) &&
-      all_finite(q.cof, q.cofcnt)) {
-    product = convolved(cof, cofcnt, q.cof, q.cofcnt, m);
-  } else {
+  if (m > 0 && cofcnt >= kernel_count && q.cofcnt >= kernel_count) product = convolved(cof, cofcnt, q.cof, q.cofcnt, m);
+  if (!product) {
     product = allocate_counted(m);
     for (slong j = 0; j < q.cofcnt; ++j)
       for (slong i = 0; i < cofcnt; ++i) product[static_cast<std::size_t>(i + j)] += cof[i] * q.cof[j];

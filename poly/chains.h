@@ -5,6 +5,18 @@
 
 namespace tessarn::detail::TESSARN_ISA {
 
+TESSARN_INLINE mask bits(vec v) {
+#if defined(__GNUC__) || defined(__clang__)
+  return (mask)v;
+#else
+  union {
+    double v;
+    int64_t bits;
+  } both = {v};
+  return both.bits;
+#endif
+}
+
 // v with the lower 27 bits of its significand cleared: 26 are left.
 TESSARN_INLINE vec leading_bits(vec v) {
 #if defined(__GNUC__) || defined(__clang__)
@@ -58,13 +70,10 @@ template <size_t GROUP>
 struct certain_chains {
   vec power[GROUP];
 
-  // True: there is no doubt about any of the powers.
   template <class Use>
-  TESSARN_MEMBER bool run(const double* from, size_t count, const Use& use) {
-    vec x[GROUP];
+  TESSARN_MEMBER void run(const vec* x, size_t count, const Use& use) {
     pair halves[GROUP], p[GROUP];
     for (size_t v = 0; v < GROUP; ++v) {
-      x[v] = load(from + v * width);
       halves[v] = split(x[v]);
       power[v] = broadcast(1);
       p[v] = {x[v], vec{}};
@@ -75,78 +84,114 @@ struct certain_chains {
       use(e, power);
       for (size_t v = 0; v < GROUP; ++v) p[v] = times(p[v], x[v], halves[v]);
     }
-    return true;
   }
 };
 
-// The same in half of the operations, for powers of which nearly all are far enough from the middle between two
-// numbers to be rounded with 20 bits to spare; run() is false when one was not.
+// Finds abscissas for which the steps of a chain of powers below count are not exact (core/power.h), by the bits of their
+// squares, which are ordered as the numbers are. A square of 0 belongs to an abscissa all of whose higher powers are 0.
+class range_check {
+ public:
+  TESSARN_MEMBER explicit range_check(size_t count) {
+    constexpr int safe_exponent_range = 960;
+    const int limit = count > 3 ? 2 * (safe_exponent_range / (int)count) : 0;  // a square needs no chain
+    least_ = mask{} + ((int64_t)(1023 - limit) << 52);
+    most_ = mask{} + ((int64_t)(1023 + limit) << 52);
+  }
+  // Finds what is too small.
+  TESSARN_MEMBER void add_small(vec square) {
+    const mask b = bits(square);
+    outside_ |= (b - least_) & (mask{} - b);
+  }
+  // And what is too large or a NaN, of either sign.
+  TESSARN_MEMBER void add(vec square) {
+    add_small(square);
+    outside_ |= bits(square) | (most_ - bits(square));
+  }
+  TESSARN_MEMBER mask found() const { return outside_ & (mask{} + INT64_MIN); }
+
+ private:
+  mask least_, most_;
+  mask outside_ = {};
+};
+
+// Quick chains have at most this many powers, from the power 0 on.
+constexpr size_t most_quick = 25;
+
+// The powers of GROUP vectors of abscissas in less than half of the operations, where the chain is safe and nearly all
+// powers are far enough from the middle between two numbers to be rounded with 20 bits to spare; doubts are collected.
+// Their number is COUNT, where it is known here.
 //
-// A power is kept as head + rest, with a head of 26 bits, and x as head and rest likewise, but with a head so much
-// smaller than x that its rest lies between 2^-25 |x| and 2^-24 |x|. In a step the product of the heads is exact, and
-//     t = power_head x_rest + power_rest x
-// lies between 2^-25.01 and 2^-23 of the power. A step rounds the first product by at most 2^-77 of the power, the
-// second by 2^-77 (2^-78 from the power 3 on), their sum by 2^-76 and the rest by 2^-78, so the power e is off by at
-// most e 2^-75 of itself. That is less than what e 2^-49 of t is, with the rounding of that product: the power lies
-// between the sums with t made larger and smaller by this, and where both round to the same number so does the power.
-template <size_t GROUP>
+// A power is kept as head + rest, the head of 26 bits, and made of two others, a and b, of nearly half of its exponent:
+//     s = head_a head_b, which is exact, and t = head_b rest_a + rest_b power_a
+// with power_a for head_a + rest_a. The head of x is made so small that its rest lies between 2^-25 |x| and 2^-24 |x|,
+// and then taken a margin m = 2^-48 of itself too small; later heads are those of s, so that rests have the sign of their
+// power. All that is added is of one sign, and relative errors only pass on: with the rounding of a product, a power and
+// a sum t is off by 3 more roundings than the rests, and a rest by 1 more than its t. The exponents up to 16 are halved
+// at most four times, which makes less than 15 roundings of 2^-53 in t. With r = rest_x / x the rest of power e is below
+// (2 e - 1) r of it, since cutting s adds less than r, and so t is below 2 e r of the power; it is above (1 - 2^-18) e r
+// of it, since the heads are not above the powers of that of x. What t lacks by the smaller rest of x is m e r of the
+// power, that is more than m t / 2 and more than those roundings, but with them less than 1.5 m t. So the power lies
+// between s + t and s + (1 + 2 m) t, and where both round to the same number so does it. Exponents up to 24 are halved
+// five times, in less than 19 roundings, and have twice the margin.
+template <size_t GROUP, size_t COUNT = 0>
 struct quick_chains {
-  vec power[GROUP];
-  vec x[GROUP], x_head[GROUP], x_rest[GROUP], head[GROUP], rest[GROUP];
+  vec power[most_quick / 2 + 1][GROUP], head[most_quick / 2 + 1][GROUP], rest[most_quick / 2 + 1][GROUP];
+  vec last[GROUP];
+  mask doubt = {};
 
   template <class Use>
-  TESSARN_MEMBER bool run(const double* from, size_t count, const Use& use) {
-    return none(doubts(from, count, use));
-  }
-  // Bits are set where there was doubt.
-  template <class Use>
-  TESSARN_MEMBER mask doubts(const double* from, size_t count, const Use& use) {
-    mask doubt = {};
-    if (count == 0) return doubt;
-    for (size_t v = 0; v < GROUP; ++v) power[v] = broadcast(1);
-    use(0, power);
-    if (count == 1) return doubt;
+  TESSARN_MEMBER void run(const vec* x, size_t count, const Use& use) {
+    if (COUNT > 0) count = COUNT;
+    const double margin = margin_of(count);
+    for (size_t v = 0; v < GROUP; ++v) last[v] = broadcast(1);
+    if (count > 0) use(0, last);
+    if (count > 1) use(1, x);
+    if (count < 3) return;
     for (size_t v = 0; v < GROUP; ++v) {
-      power[v] = x[v] = load(from + v * width);
-      head[v] = x_head[v] = leading_bits(x[v] * broadcast(1 - 0x1p-25));
-      rest[v] = x_rest[v] = x[v] - x_head[v];
+      power[1][v] = x[v];
+      head[1][v] = leading_bits(x[v] * broadcast(1 - 0x1p-25));
+      rest[1][v] = (x[v] - head[1][v]) * broadcast(1 - margin);
+      last[v] = x[v] * x[v];
     }
-    use(1, power);
-    if (count == 2) return doubt;
+    use(2, last);
+    if (count < 4) return;
     // A square is rounded once as it is.
-    for (size_t v = 0; v < GROUP; ++v) keep(v, x[v] * x[v], head[v] * x_head[v], remainder(v));
-    use(2, power);
-    double margin = 2 * 0x1p-49;
-    for (size_t e = 3; e < count; ++e) {
-      margin += 0x1p-49;
-      doubt |= step(margin, e + 1 < count);
-      use(e, power);
+    for (size_t v = 0; v < GROUP; ++v) {
+      power[2][v] = last[v];
+      keep(2, v, head[1][v] * head[1][v], rest[1][v] * (head[1][v] + x[v]));
     }
-    return doubt;
+    if constexpr (COUNT > 3)
+      known_steps<3>(use);
+    else
+      for (size_t e = 3; e < count; ++e) step(e, count, use);
   }
 
  private:
-  TESSARN_MEMBER vec remainder(size_t v) const { return head[v] * x_rest[v] + rest[v] * x[v]; }
-  TESSARN_MEMBER void keep(size_t v, vec rounded, vec s, vec t) {
-    power[v] = rounded;
-    head[v] = leading_bits(rounded);
-    rest[v] = (s - head[v]) + t;
+  TESSARN_MEMBER static double margin_of(size_t count) { return count > 17 ? 0x1p-47 : 0x1p-48; }
+  template <size_t E, class Use>
+  TESSARN_MEMBER void known_steps(const Use& use) {
+    step(E, COUNT, use);
+    if constexpr (E + 1 < COUNT) known_steps<E + 1>(use);
   }
-  // To the next power, from which the chain goes on or not; bits are set where it is in doubt.
-  TESSARN_MEMBER mask step(double margin, bool goes_on) {
-    const vec more = broadcast(1 + margin), less = broadcast(1 - margin);
-    mask doubt = {};
+  template <class Use>
+  TESSARN_MEMBER void step(size_t e, size_t count, const Use& use) {
+    const size_t a = e / 2, b = e - a;
+    const double margin = margin_of(count);
     for (size_t v = 0; v < GROUP; ++v) {
-      const vec s = head[v] * x_head[v];
-      const vec t = remainder(v);
-      const vec rounded = s + t * more;
-      doubt = with_difference(doubt, rounded, s + t * less);
-      if (goes_on)
-        keep(v, rounded, s, t);
-      else
-        power[v] = rounded;
+      const vec s = head[a][v] * head[b][v];
+      const vec t = a == b ? rest[a][v] * (head[a][v] + power[a][v])
+                           : head[b][v] * rest[a][v] + rest[b][v] * power[a][v];
+      last[v] = s + t;
+      doubt = with_difference(doubt, last[v], s + t * broadcast(1 + 2 * margin));
+      if (2 * e > count) continue;
+      power[e][v] = last[v];
+      keep(e, v, s, t);
     }
-    return doubt;
+    use(e, last);
+  }
+  TESSARN_MEMBER void keep(size_t e, size_t v, vec s, vec t) {
+    head[e][v] = leading_bits(s);
+    rest[e][v] = (s - head[e][v]) + t;
   }
 };
 

@@ -14,59 +14,109 @@ slong falling_factorial(slong i, unsigned k) noexcept {
 
 namespace {
 
-// v as the leading bits of approximation and the rest.
-inline double_double cut(real approximation, real v) noexcept {
-  const real high = leading_bits(approximation);
-  return {high, v - high};
-}
+// A power with what the quick chains of poly/chains.h make of it.
+struct chained {
+  real power, head, rest;
+};
 
-// Gives the powers e = 0 .. highest of x to use(e, power), in this order, each correctly rounded. Short chains are the
-// quick ones of poly/chains.h; a power in doubt is formed for itself.
+// Such a chain of a single abscissa. A power in doubt is formed for itself.
+class chain {
+ public:
+  static constexpr slong most = 24;
+
+  chain(real x, slong highest) noexcept
+      : x_(x), margin_(static_cast<real>(highest > 16 ? 0x1p-47 : 0x1p-48)) {}
+  chained first() const noexcept {
+    const real head = leading_bits(product(x_, 1 - static_cast<real>(0x1p-25)));
+    return {x_, head, product(x_ - head, 1 - margin_)};
+  }
+  // A square is rounded once as it is.
+  chained second(const chained& a) const noexcept {
+    const real s = product(a.head, a.head), head = leading_bits(s);
+    return {product(x_, x_), head, (s - head) + product(a.rest, a.head + x_)};
+  }
+  // The product of a and b, power e.
+  chained made(slong e, const chained& a, const chained& b) const noexcept {
+    return rounded(e, product(a.head, b.head), product(b.head, a.rest) + product(b.rest, a.power));
+  }
+  chained square(slong e, const chained& a) const noexcept {
+    return rounded(e, product(a.head, a.head), product(a.rest, a.head + a.power));
+  }
+
+ private:
+  chained rounded(slong e, real s, real t) const noexcept {
+    const real head = leading_bits(s);
+    real power = s + t;
+    if (power != s + product(t, 1 + 2 * margin_)) power = detail::power(x_, static_cast<unsigned>(e));
+    return {power, head, (s - head) + t};
+  }
+
+  const real x_, margin_;
+};
+
+// The powers from 2 on.
 template <class Use>
-inline void each_power(real x, slong highest, Use use) noexcept {
-  use(0, static_cast<real>(1));
-  if (highest < 1) return;
-  use(1, x);
-  if (highest < 2) return;
+inline Use each_high_power(real x, slong highest, Use use) noexcept {
   if (!chain_is_safe(x, static_cast<unsigned>(highest))) {
     for (slong e = 2; e <= highest; ++e) use(e, power(x, static_cast<unsigned>(e)));
-    return;
+    return use;
   }
-  if (highest >= 24) {
+  if (highest > chain::most) {
     const double_double halves = split(x);
     double_double w{x, 0};
     for (slong e = 2; e <= highest; ++e) {
       w = times(w, x, halves);
       use(e, w.high);
     }
-    return;
+    return use;
   }
-  const double_double halves = cut(product(x, 1 - static_cast<real>(0x1p-25)), x);
-  const real square = product(x, x);
-  use(2, square);
-  double_double w = cut(square, product(halves.high, halves.high));
-  w.low += product(halves.high, halves.low) + product(halves.low, x);
-  real margin = static_cast<real>(0x1p-48);
-  for (slong e = 3; e <= highest; ++e) {
-    margin += static_cast<real>(0x1p-49);
-    const real s = product(w.high, halves.high);
-    const real t = product(w.high, halves.low) + product(w.low, x);
-    real rounded = s + product(t, 1 + margin);
-    if (rounded != s + product(t, 1 - margin)) rounded = power(x, static_cast<unsigned>(e));
-    use(e, rounded);
-    w = cut(rounded, s);
-    w.low += t;
+  const chain c(x, highest);
+  chained p[chain::most / 2 + 1];
+  p[1] = c.first();
+  p[2] = c.second(p[1]);
+  use(2, p[2].power);
+  const chained third = c.made(3, p[1], p[2]);
+  use(3, third.power);
+  if (highest < 4) return use;
+  const chained fourth = c.square(4, p[2]);
+  use(4, fourth.power);
+  p[3] = third;
+  p[4] = fourth;
+  for (slong e = 5; e <= highest; ++e) {
+    const slong a = e / 2;
+    const chained next = e % 2 == 0 ? c.square(e, p[a]) : c.made(e, p[a], p[a + 1]);
+    use(e, next.power);
+    if (2 * e <= highest + 1) p[e] = next;
   }
+  return use;
+}
+
+// Gives the powers e = 0 .. highest of x to use(e, power), in this order, each correctly rounded, and gives use back: as
+// a value of its own it stays in registers.
+template <class Use>
+inline Use each_power(real x, slong highest, Use use) noexcept {
+  use(0, static_cast<real>(1));
+  if (highest < 1) return use;
+  use(1, x);
+  if (highest < 2) return use;
+  if (highest > 2) return each_high_power(x, highest, use);
+  use(2, product(x, x));  // rounded once as it is
+  return use;
 }
 
 template <unsigned K>
-real derivative(coefficients p, real x) noexcept {
-  real s = 0;
-  each_power(x, p.n - 1 - static_cast<slong>(K), [&](slong e, real power) {
+struct add_to_derivative {
+  const real* cof;
+  real sum = 0;
+  void operator()(slong e, real power) noexcept {
     const slong i = e + static_cast<slong>(K);
-    s += power * static_cast<real>(falling_factorial(i, K)) * p.cof[i];
-  });
-  return s;
+    sum += power * static_cast<real>(falling_factorial(i, K)) * cof[i];
+  }
+};
+
+template <unsigned K>
+real derivative(coefficients p, real x) noexcept {
+  return each_power(x, p.n - 1 - static_cast<slong>(K), add_to_derivative<K>{p.cof}).sum;
 }
 
 }  // namespace

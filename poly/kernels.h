@@ -24,11 +24,18 @@ struct surface_blocks {
 };
 
 struct poly_kernels {
-  // The coordinates of a block of plane points, each three doubles of which x and y are the last two. False where an x is
-  // the marker or a NaN.
+  // Adds n plane points, each three doubles of which x and y are the last two, to sums in partial_sums lanes each, point i to lane i mod partial_sums: to sum e the powers e for e below exponents, but for sum
+  // 0, which would count the points, and to sum exponents + e the powers e times y, for 2 e below exponents. Gives the
+  // number of points that it has added, at least a block of point_block at once: it ends where an x is the marker or a power is not finite or not to be had by
+  // quick chains (poly/chains.h), and knows some numbers of exponents only.
+  size_t (*add_plane_points)(const double* points, size_t n, double marker, unsigned exponents, double* sums);
+
+  // The coordinates of a block of plane points; false where an x is the marker or a NaN.
   bool (*unpack_plane)(const double* points, double marker, double* x, double* y);
-  // Of space points, each four doubles.
-  void (*unpack_space)(const double* points, double* x, double* y, double* z);
+  // The coordinates of a block of space points, each four doubles: x and y as the powers 1 in px and py, with point_block
+  // numbers a power. True where the powers from 2 to below exponents were to be had by quick chains (poly/chains.h) and
+  // are there, too.
+  bool (*unpack_space)(const double* points, size_t exponents, double* px, double* py, double* z);
 
   // True when every magnitude of a block is 0, or at least low and below high.
   bool (*in_range)(const double* x, double low, double high);
@@ -38,18 +45,10 @@ struct poly_kernels {
   // a zero of either sign.
   void (*powers)(unsigned exponents, double* powers);
 
-  // Adds a block to sums in partial_sums lanes each, point i of the block to lane i mod partial_sums: to sum e the powers
-  // e, for e below exponents, and to sum exponents + e the powers e times y, for e below ordinates. Where the block is
-  // not full, powers and y are 0 from the end on.
-  void (*add_powers)(const double* powers, const double* y, unsigned exponents, unsigned ordinates, double* sums);
+  // The same from powers and y, n of a block, which are there, for any exponents; powers 0 are 1, and sum 0 is of no use.
+  void (*add_powers)(const double* powers, const double* y, size_t n, unsigned exponents, double* sums);
 
-  // The same in one pass from the abscissas, with powers that are rounded with a margin: to = from + ..., but for the sum
-  // 0, which counts the points. False where the margin does not do, or for many exponents; to is then of no use. Where
-  // the block is not full, x and y are 0 from the end on.
-  bool (*add_quick_powers)(const double* x, const double* y, unsigned exponents, unsigned ordinates, const double* from,
-                           double* to);
-
-  // As add_powers for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
+  // As add_plane_points for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below side; and
   // (py[j] px[i]) z to moment g j + i, for i and j below g. Without weights w is not there, and sum 0 is of no use. Where
   // a block is not full, px, py, w and z are 0 from the end on, but for the powers 0, which are 1.
   void (*add_products)(const surface_blocks& blocks, bool weighted, unsigned g, double* sums, double* moments);
@@ -84,10 +83,10 @@ struct poly_kernels {
   // z[i] = p(x[i], y[i]) by running products for a table of g x g coefficients; z may be x or y.
   void (*surface_values)(const double* cof, size_t g, const double* x, const double* y, double* z, size_t n);
 
-  // r[k] = the sum of c[k - j] q[j] over j ascending from +0.0, for the n + nq - 1 coefficients of a product. c and q are
-  // finite and have 8 and 24 zeros before and behind them, so that products with a zero of the margins change nothing; r
-  // has room for 32 more entries.
-  void (*convolve)(const double* c, size_t n, const double* q, size_t nq, double* r);
+  // r[k] = the sum of c[k - j] q[j] over j ascending from +0.0, for the n + nq - 1 coefficients of a product. c and q have
+  // 8 and 24 zeros before and behind them, products with which change nothing as long as all are finite: false, and no
+  // result, where one is not. r has room for 32 more entries.
+  bool (*convolve)(const double* c, size_t n, const double* q, size_t nq, double* r);
 };
 
 namespace baseline {

@@ -1,16 +1,14 @@
 // The kernels of the polynomials; compiled once for each instruction set.
 #include "core/lanes.h"
 #include "poly/chains.h"
+#include "poly/fit_lanes.h"
 #include "poly/kernels.h"
+#include "poly/surface_lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 namespace {
 
 constexpr size_t group = width == 1 ? partial_sums : 4;
-constexpr size_t group_points = group * width;
-
-// For more powers than this quick chains would be in doubt too often.
-constexpr size_t quick_count = 24;
 
 // All magnitudes of a block at least low and below high, or 0.
 bool in_range(const double* x, double low, double high) {
@@ -33,269 +31,141 @@ bool in_range(const double* x, double low, double high) {
 #endif
 }
 
+size_t add_plane_points(const double* points, size_t n, double marker, unsigned exponents, double* sums) {
+  switch (exponents) {
+    case 3: return add_plane_blocks<3>(points, n, marker, sums);
+    case 5: return add_plane_blocks<5>(points, n, marker, sums);
+    case 7: return add_plane_blocks<7>(points, n, marker, sums);
+    default: return 0;
+  }
+}
+
 bool unpack_plane(const double* points, double marker, double* x, double* y) {
-  mask special = {};
+  mask marked = {};
   for (size_t i = 0; i < point_block; i += width) {
     vec px, py;
     load_plane_points(points + 3 * i, px, py);
-    special |= (px == broadcast(marker)) | (px != px);
+    marked |= (px == broadcast(marker)) | (px != px);
     store(x + i, px);
     store(y + i, py);
   }
-  return none(special);
+  return none(marked);
 }
 
-void unpack_space(const double* points, double* x, double* y, double* z) {
-  for (size_t i = 0; i < point_block; i += width) {
-    vec px, py, pz;
-    load_space_points(points + 4 * i, px, py, pz);
-    store(x + i, px);
-    store(y + i, py);
-    store(z + i, pz);
-  }
-}
-
-// A chain that is in doubt is run again as a certain one.
-template <size_t GROUP, class Use>
-TESSARN_INLINE void run_chains(const double* x, size_t count, const Use& use) {
-  if (count <= quick_count) {
-    quick_chains<GROUP> quick;
-    if (quick.run(x, count, use)) return;
+// A group in which a chain is in doubt is run again with certain ones.
+template <size_t GROUP, size_t COUNT = 0, class Use>
+TESSARN_INLINE void run_chains(const double* from, size_t count, const Use& use) {
+  vec x[GROUP];
+  for (size_t v = 0; v < GROUP; ++v) x[v] = load(from + v * width);
+  if (count <= most_quick) {
+    quick_chains<GROUP, COUNT> quick;
+    quick.run(x, count, use);
+    if (none(quick.doubt)) return;
   }
   certain_chains<GROUP> certain;
   certain.run(x, count, use);
 }
 
+template <size_t GROUP>
 struct store_powers {
   double* to;
   TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
-    for (size_t v = 0; e > 1 && v < group; ++v) store(to + e * point_block + v * width, power[v]);
+    for (size_t v = 0; e > 1 && v < GROUP; ++v) store(to + e * point_block + v * width, power[v]);
   }
 };
 
-// A block in which a chain is in doubt is run again with certain ones.
-TESSARN_INLINE void store_all_powers(unsigned exponents, double* powers) {
-  const double* x = powers + point_block;
-  mask doubt = {};
-  if (exponents <= quick_count) {
-    for (size_t i = 0; i < point_block; i += group_points) {
-      quick_chains<group> quick;
-      doubt |= quick.doubts(x + i, exponents, store_powers{powers + i});
-    }
-    if (none(doubt)) return;
-  }
-  for (size_t i = 0; i < point_block; i += group_points) {
-    certain_chains<group> certain;
-    certain.run(x + i, exponents, store_powers{powers + i});
+void certain_powers(size_t exponents, double* powers) {
+  certain_chains<1> certain;
+  const vec x = load(powers + point_block);
+  certain.run(&x, exponents, store_powers<1>{powers});
+}
+
+// A group in which a chain is in doubt is run again with certain ones.
+template <size_t GROUP, size_t COUNT>
+TESSARN_INLINE void quick_powers(double* powers, size_t count = COUNT) {
+  for (double* to = powers; to < powers + point_block; to += GROUP * width) {
+    vec x[GROUP];
+    for (size_t v = 0; v < GROUP; ++v) x[v] = load(to + point_block + v * width);
+    quick_chains<GROUP, COUNT> quick;
+    quick.run(x, count, store_powers<GROUP>{to});
+    if (none(quick.doubt)) continue;
+    for (size_t v = 0; v < GROUP; ++v) certain_powers(count, to + v * width);
   }
 }
 
-// The numbers of the surfaces of grade 3 and 4 are known to the compiler.
+// The fits need odd numbers of powers. As many vectors stand side by side as there are registers for them.
 void powers(unsigned exponents, double* powers) {
-  if (exponents == 5) return store_all_powers(5, powers);
-  if (exponents == 7) return store_all_powers(7, powers);
-  store_all_powers(exponents, powers);
+  switch (exponents) {
+    case 3: return quick_powers<4, 3>(powers);
+    case 5: return quick_powers<4, 5>(powers);
+    case 7: return quick_powers<2, 7>(powers);
+    case 9: return quick_powers<2, 9>(powers);
+    case 11: return quick_powers<1, 11>(powers);
+    case 13: return quick_powers<1, 13>(powers);
+    case 15: return quick_powers<1, 15>(powers);
+    case 17: return quick_powers<1, 17>(powers);
+    default: break;
+  }
+  if (exponents <= most_quick) return quick_powers<2, 0>(powers, exponents);
+  for (size_t i = 0; i < point_block; i += width) certain_powers(exponents, powers + i);
 }
 
-constexpr size_t sum_vectors = partial_sums / width;
-
-// Adds one row, or its products with y, to its partial sums.
-template <bool PRODUCTS>
-TESSARN_INLINE void add_row(const double* row, const double* y, double* sum) {
-  vec s[sum_vectors];
-  for (size_t v = 0; v < sum_vectors; ++v) s[v] = load(sum + v * width);
-  for (size_t i = 0; i < point_block; i += partial_sums)
-    for (size_t v = 0; v < sum_vectors; ++v) {
-      const vec p = load(row + i + v * width);
-      s[v] += PRODUCTS ? p * load(y + i + v * width) : p;
-    }
-  for (size_t v = 0; v < sum_vectors; ++v) store(sum + v * width, s[v]);
-}
-
-void add_powers(const double* powers, const double* y, unsigned exponents, unsigned ordinates, double* sums) {
-  for (size_t e = 0; e < exponents; ++e) add_row<false>(powers + e * point_block, y, sums + e * partial_sums);
-  sums += exponents * partial_sums;
-  for (size_t e = 0; e < ordinates; ++e) add_row<true>(powers + e * point_block, y, sums + e * partial_sums);
-}
-
-// Adds the powers of a group of points, or their products with y, to partial sums: to = from + ...
-struct add_to_sums {
-  const double* y;
-  size_t exponents, ordinates;
-  const double* from;
-  double* to;
-
-  TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
-    if (e > 0) add(power, nullptr, e * partial_sums);
-    if (e < ordinates) add(power, y, (exponents + e) * partial_sums);
-  }
-  TESSARN_MEMBER void add(const vec* power, const double* factor, size_t at) const {
-    static_assert(group % sum_vectors == 0);
-    vec s[sum_vectors];
-    for (size_t v = 0; v < sum_vectors; ++v) s[v] = load(from + at + v * width);
-    for (size_t v = 0; v < group; ++v) s[v % sum_vectors] += factor ? power[v] * load(factor + v * width) : power[v];
-    for (size_t v = 0; v < sum_vectors; ++v) store(to + at + v * width, s[v]);
-  }
-};
-
-bool add_quick_powers(const double* x, const double* y, unsigned exponents, unsigned ordinates, const double* from,
-                      double* to) {
-  bool done = exponents <= quick_count;
-  for (size_t i = 0; i < point_block && done; i += group_points, from = to) {
-    quick_chains<group> quick;
-    done = quick.run(x + i, exponents, add_to_sums{y + i, exponents, ordinates, from, to});
-  }
-  return done;
-}
-
-// One power of y times the powers of x, for surfaces of a grade that is known here. Powers 0 are not multiplied with.
-template <size_t G, bool WEIGHTED>
-struct surface_row {
-  static constexpr size_t side = 2 * G - 1;
-  vec sum[side], moment[G];
-
-  TESSARN_MEMBER void load_from(const double* sums, const double* moments, size_t b) {
-    TESSARN_UNROLL
-    for (size_t a = 0; a < side; ++a) sum[a] = load(sums + (side * b + a) * partial_sums);
-    if (b >= G) return;
-    TESSARN_UNROLL
-    for (size_t a = 0; a < G; ++a) moment[a] = load(moments + (G * b + a) * partial_sums);
-  }
-  TESSARN_MEMBER void store_to(double* sums, double* moments, size_t b) const {
-    TESSARN_UNROLL
-    for (size_t a = 0; a < side; ++a) store(sums + (side * b + a) * partial_sums, sum[a]);
-    if (b >= G) return;
-    TESSARN_UNROLL
-    for (size_t a = 0; a < G; ++a) store(moments + (G * b + a) * partial_sums, moment[a]);
-  }
-  TESSARN_MEMBER void add(size_t b, vec y, const vec* x, vec w, vec z) {
-    TESSARN_UNROLL
-    for (size_t a = 0; a < side; ++a) {
-      const bool is_one = a == 0 && b == 0;
-      const vec basis = a == 0 ? y : b == 0 ? x[a] : y * x[a];
-      if (WEIGHTED)
-        sum[a] += is_one ? w : basis * w;
-      else if (!is_one)
-        sum[a] += basis;
-      if (a < G && b < G) moment[a] += is_one ? z : basis * z;
-    }
-  }
-};
-
-// As many powers of y side by side as there are registers for their sums.
-template <size_t G>
-constexpr size_t most_rows = width < 8 ? 1 : G < 4 ? 3 : 2;
-
-template <size_t G, bool WEIGHTED, size_t FIRST>
-TESSARN_INLINE void add_surface_rows(const surface_blocks& blocks, double* sums, double* moments) {
-  constexpr size_t side = 2 * G - 1;
-  constexpr size_t rows = side - FIRST < most_rows<G> ? side - FIRST : most_rows<G>;
-  for (size_t v = 0; v < partial_sums; v += width) {
-    surface_row<G, WEIGHTED> row[rows];
-    TESSARN_UNROLL
-    for (size_t r = 0; r < rows; ++r) row[r].load_from(sums + v, moments + v, FIRST + r);
-    for (size_t at = v; at < blocks.count * point_block; at += partial_sums) {
-      const double* px = blocks.first + at / point_block * blocks.stride;
-      const double* py = px + blocks.rows * point_block;
-      const double* z = py + blocks.rows * point_block;
-      const size_t i = at % point_block;
-      vec x[side];
-      TESSARN_UNROLL
-      for (size_t a = 1; a < side; ++a) x[a] = load(px + a * point_block + i);
-      const vec weight = WEIGHTED ? load(z + point_block + i) : vec{}, ordinate = FIRST < G ? load(z + i) : vec{};
-      TESSARN_UNROLL
-      for (size_t r = 0; r < rows; ++r) {
-        const size_t b = FIRST + r;
-        row[r].add(b, b == 0 ? vec{} : load(py + b * point_block + i), x, weight, ordinate);
-      }
-    }
-    TESSARN_UNROLL
-    for (size_t r = 0; r < rows; ++r) row[r].store_to(sums + v, moments + v, FIRST + r);
-  }
-  if constexpr (FIRST + rows < side) add_surface_rows<G, WEIGHTED, FIRST + rows>(blocks, sums, moments);
-}
-
-// Sums of products that run side by side, with one y, w and z for all.
-constexpr size_t product_rows = width == 1 ? 1 : width / 2;
-
-template <bool WEIGHTED, bool MOMENTS, size_t ROWS>
-TESSARN_INLINE void add_product_rows(const double* px, const double* y, const double* w, const double* z, double* sums,
-                                     double* moments) {
+// Adds rows, and their products with y, to their partial sums.
+template <size_t ROWS, bool PRODUCTS>
+TESSARN_INLINE void add_some_rows(const double* row, const double* y, size_t n, double* sums, double* moments) {
   vec s[ROWS][sum_vectors], m[ROWS][sum_vectors];
   for (size_t r = 0; r < ROWS; ++r)
     for (size_t v = 0; v < sum_vectors; ++v) {
       s[r][v] = load(sums + r * partial_sums + v * width);
-      m[r][v] = MOMENTS ? load(moments + r * partial_sums + v * width) : vec{};
+      m[r][v] = PRODUCTS ? load(moments + r * partial_sums + v * width) : vec{};
     }
-  for (size_t i = 0; i < point_block; i += partial_sums)
-    for (size_t v = 0; v < sum_vectors; ++v)
+  for (size_t i = 0; i < n; i += partial_sums)
+    for (size_t v = 0; v < sum_vectors; ++v) {
+      const vec ordinate = PRODUCTS ? load(y + i + v * width) : vec{};
       for (size_t r = 0; r < ROWS; ++r) {
-        const size_t at = i + v * width;
-        const vec basis = load(y + at) * load(px + r * point_block + at);
-        s[r][v] += WEIGHTED ? basis * load(w + at) : basis;
-        if (MOMENTS) m[r][v] += basis * load(z + at);
+        const vec p = load(row + r * point_block + i + v * width);
+        s[r][v] += p;
+        if (PRODUCTS) m[r][v] += p * ordinate;
       }
+    }
   for (size_t r = 0; r < ROWS; ++r)
     for (size_t v = 0; v < sum_vectors; ++v) {
       store(sums + r * partial_sums + v * width, s[r][v]);
-      if (MOMENTS) store(moments + r * partial_sums + v * width, m[r][v]);
+      if (PRODUCTS) store(moments + r * partial_sums + v * width, m[r][v]);
     }
 }
 
-template <bool WEIGHTED, bool MOMENTS, size_t ROWS>
-TESSARN_INLINE void add_at_most(size_t rows, const double* px, const double* y, const double* w, const double* z,
-                                double* sums, double* moments) {
-  if (rows == ROWS) return add_product_rows<WEIGHTED, MOMENTS, ROWS>(px, y, w, z, sums, moments);
-  if constexpr (ROWS > 1) add_at_most<WEIGHTED, MOMENTS, ROWS - 1>(rows, px, y, w, z, sums, moments);
+template <bool PRODUCTS, size_t ROWS>
+TESSARN_INLINE void add_rows(const double* row, size_t rows, const double* y, size_t n, double* sums, double* moments) {
+  for (; rows >= ROWS; rows -= ROWS) {
+    add_some_rows<ROWS, PRODUCTS>(row, y, n, sums, moments);
+    row += ROWS * point_block;
+    sums += ROWS * partial_sums;
+    if (PRODUCTS) moments += ROWS * partial_sums;
+  }
+  if constexpr (ROWS > 1) add_rows<PRODUCTS, ROWS - 1>(row, rows, y, n, sums, moments);
 }
 
-// The powers first .. last - 1 of x with one of y.
-template <bool WEIGHTED, bool MOMENTS>
-TESSARN_INLINE void add_product_range(size_t first, size_t last, const double* px, const double* y, const double* w,
-                                      const double* z, double* sums, double* moments) {
-  for (size_t rows; first < last; first += rows) {
-    rows = last - first < product_rows ? last - first : product_rows;
-    add_at_most<WEIGHTED, MOMENTS, product_rows>(rows, px + first * point_block, y, w, z, sums + first * partial_sums,
-                                                 MOMENTS ? moments + first * partial_sums : nullptr);
-  }
+void add_powers(const double* powers, const double* y, size_t n, unsigned exponents, double* sums) {
+  const size_t ordinates = (exponents + 1) / 2;
+  double* moments = sums + exponents * partial_sums;
+  add_rows<true, product_rows>(powers, ordinates, y, n, sums, moments);
+  powers += ordinates * point_block;
+  sums += ordinates * partial_sums;
+  add_rows<false, product_rows>(powers, exponents - ordinates, y, n, sums, moments);
 }
 
-template <bool WEIGHTED>
-TESSARN_INLINE void add_all_products(const double* px, const double* py, const double* w, const double* z, size_t g,
-                                     double* sums, double* moments) {
-  const size_t side = 2 * g - 1;
-  for (size_t b = 0; b < side; ++b) {
-    const double* y = py + b * point_block;
-    double* row = sums + b * side * partial_sums;
-    if (b < g) add_product_range<WEIGHTED, true>(0, g, px, y, w, z, row, moments + b * g * partial_sums);
-    add_product_range<WEIGHTED, false>(b < g ? g : 0, side, px, y, w, z, row, nullptr);
+bool unpack_space(const double* points, size_t exponents, double* px, double* py, double* z) {
+  if (exponents == 5) return unpack_with_powers<2, 5>(points, px, py, z);
+  if (exponents == 7) return unpack_with_powers<1, 7>(points, px, py, z);
+  for (size_t i = 0; i < point_block; i += width) {
+    vec x, y, pz;
+    load_space_points(points + 4 * i, x, y, pz);
+    store(px + point_block + i, x);
+    store(py + point_block + i, y);
+    store(z + i, pz);
   }
-}
-
-// For the grade 2, which needs no chains of powers, the sums stay in registers from the first point to the last.
-template <bool WEIGHTED>
-TESSARN_INLINE void add_points_of(const double* points, const double* w, size_t n, double* sums, double* moments) {
-  for (size_t v = 0; v < partial_sums; v += width) {
-    surface_row<2, WEIGHTED> row[3];
-    TESSARN_UNROLL
-    for (size_t b = 0; b < 3; ++b) row[b].load_from(sums + v, moments + v, b);
-    for (size_t i = v; i < n; i += partial_sums) {
-      vec x[3], y[3], z, weight = {};
-      load_space_points(points + 4 * i, x[1], y[1], z);
-      x[2] = x[1] * x[1];
-      y[2] = y[1] * y[1];
-      if (WEIGHTED) {
-        const vec factor = load(w + i);
-        z = (factor * z) * factor;
-        weight = factor * factor;
-      }
-      row[0].add(0, vec{}, x, weight, z);
-      row[1].add(1, y[1], x, weight, z);
-      row[2].add(2, y[2], x, weight, z);
-    }
-    TESSARN_UNROLL
-    for (size_t b = 0; b < 3; ++b) row[b].store_to(sums + v, moments + v, b);
-  }
+  return false;
 }
 
 void add_points(const double* points, const double* w, size_t n, double* sums, double* moments) {
@@ -303,18 +173,6 @@ void add_points(const double* points, const double* w, size_t n, double* sums, d
     add_points_of<true>(points, w, n, sums, moments);
   else
     add_points_of<false>(points, w, n, sums, moments);
-}
-
-template <bool WEIGHTED>
-TESSARN_INLINE void add_products_of(const surface_blocks& blocks, size_t g, double* sums, double* moments) {
-  if (g == 2) return add_surface_rows<2, WEIGHTED, 0>(blocks, sums, moments);
-  if (g == 3) return add_surface_rows<3, WEIGHTED, 0>(blocks, sums, moments);
-  if (g == 4) return add_surface_rows<4, WEIGHTED, 0>(blocks, sums, moments);
-  for (size_t k = 0; k < blocks.count; ++k) {
-    const double* px = blocks.first + k * blocks.stride;
-    const double* z = px + 2 * blocks.rows * point_block;
-    add_all_products<WEIGHTED>(px, px + blocks.rows * point_block, z + point_block, z, g, sums, moments);
-  }
 }
 
 void add_products(const surface_blocks& blocks, bool weighted, unsigned g, double* sums, double* moments) {
@@ -369,6 +227,7 @@ bool one_sign(const double* cof, size_t count, double first, double step) {
   return none(not_above) || none(not_below);
 }
 
+template <size_t GROUP>
 struct add_to_series {
   const double* cof;
   const double* factor;
@@ -376,15 +235,26 @@ struct add_to_series {
   TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
     const vec f = broadcast(factor[e]);
     const vec k = broadcast(cof[e]);
-    for (size_t v = 0; v < group; ++v) sum[v] = (e == 0 ? vec{} : sum[v]) + power[v] * f * k;
+    for (size_t v = 0; v < GROUP; ++v) sum[v] = (e == 0 ? vec{} : sum[v]) + power[v] * f * k;
   }
 };
 
+template <size_t GROUP, size_t COUNT = 0>
+TESSARN_INLINE void add_power_series(const double* cof, const double* factor, size_t count, const double* x, double* y) {
+  for (size_t i = 0; i < point_block; i += GROUP * width) {
+    vec sum[GROUP] = {};
+    run_chains<GROUP, COUNT>(x + i, count, add_to_series<GROUP>{cof, factor, sum});
+    for (size_t v = 0; v < GROUP; ++v) store(y + i + v * width, sum[v]);
+  }
+}
+
 void power_series(const double* cof, const double* factor, size_t count, const double* x, double* y) {
-  for (size_t i = 0; i < point_block; i += group_points) {
-    vec sum[group] = {};
-    run_chains<group>(x + i, count, add_to_series{cof, factor, sum});
-    for (size_t v = 0; v < group; ++v) store(y + i + v * width, sum[v]);
+  switch (count) {
+    case 4: return add_power_series<group, 4>(cof, factor, 4, x, y);
+    case 5: return add_power_series<group, 5>(cof, factor, 5, x, y);
+    case 6: return add_power_series<group, 6>(cof, factor, 6, x, y);
+    case 7: return add_power_series<group, 7>(cof, factor, 7, x, y);
+    default: return add_power_series<group>(cof, factor, count, x, y);
   }
 }
 
@@ -457,9 +327,18 @@ TESSARN_INLINE void convolve_block(const double* c, ptrdiff_t n, const double* q
   for (size_t v = 0; v < product_vectors; ++v) store(r + v * width, sum[v]);
 }
 
-void convolve(const double* c, size_t n, const double* q, size_t nq, double* r) {
+// Of n numbers and what stands behind them in the last vector.
+TESSARN_INLINE mask some_not_finite(const double* x, size_t n) {
+  mask others = {};
+  for (size_t i = 0; i < n; i += width) others |= not_finite(load(x + i));
+  return others;
+}
+
+bool convolve(const double* c, size_t n, const double* q, size_t nq, double* r) {
+  if (!none(some_not_finite(c, n) | some_not_finite(q, nq))) return false;
   for (size_t k = 0; k < n + nq - 1; k += product_block)
     convolve_block(c, static_cast<ptrdiff_t>(n), q, static_cast<ptrdiff_t>(nq), static_cast<ptrdiff_t>(k), r + k);
+  return true;
 }
 
 TESSARN_INLINE bool is_event(const double* x, const double* f, double end, bool at_end) {
@@ -526,9 +405,9 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 }  // namespace
 
-const poly_kernels poly_table = {unpack_plane, unpack_space,     in_range,       powers,       add_powers,
-                                 add_quick_powers, add_products, add_points,     values,       power_series,
-                                 derivatives,  curvature,        curvature_derivative, first_event, one_sign,
-                                 surface_values, convolve};
+const poly_kernels poly_table = {add_plane_points, unpack_plane, unpack_space, in_range, powers,
+                                 add_powers,       add_products, add_points, values,
+                                 power_series,     derivatives,  curvature, curvature_derivative,
+                                 first_event,      one_sign,     surface_values, convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA

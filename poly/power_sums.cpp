@@ -1,7 +1,8 @@
 #include "poly/power_sums.h"
 
 #include <algorithm>
-#include <utility>
+#include <iterator>
+#include <limits>
 
 #include "core/power.h"
 
@@ -22,34 +23,67 @@ void block_powers(unsigned exponents, double* powers) {
       powers[e * point_block + i] = static_cast<double>(power(x[i], e));
 }
 
-power_sums::power_sums(unsigned exponents, unsigned ordinates)
-    : exponents_(exponents),
-      ordinates_(ordinates),
-      length_((static_cast<std::size_t>(exponents) + ordinates) * partial_sums),
-      storage_(allocate(2 * length_ + exponents * point_block)),
-      sums_(as_doubles(storage_.get())),
-      next_(sums_ + length_) {
+power_sums::power_sums(unsigned exponents)
+    : exponents_(exponents), length_((static_cast<std::size_t>(exponents) + (exponents + 1) / 2) * partial_sums) {
+  if (length_ > std::size(few_sums_)) {
+    many_sums_ = allocate(length_);
+    sums_ = as_doubles(many_sums_.get());
+  }
   std::fill_n(sums_, length_, 0.0);
 }
 
-// The quick sums are made beside the present ones, which are still there when they do not do.
-void power_sums::flush() {
-  if (filled_ == 0) return;
-  std::fill(x_ + filled_, x_ + point_block, 0.0);
-  std::fill(y_ + filled_, y_ + point_block, 0.0);
-  if (chains_are_safe(x_, exponents_) && kernels_.add_quick_powers(x_, y_, exponents_, ordinates_, sums_, next_)) {
-    std::copy_n(sums_, partial_sums, next_);
-    next_[0] += static_cast<double>(filled_);
-    std::swap(sums_, next_);
-  } else {
-    double* powers = as_doubles(storage_.get()) + 2 * length_;
-    std::fill_n(powers, filled_, 1.0);
-    std::fill(powers + filled_, powers + point_block, 0.0);
-    if (exponents_ > 1) std::copy_n(x_, point_block, powers + point_block);
-    block_powers(exponents_, powers);
-    kernels_.add_powers(powers, y_, exponents_, ordinates_, sums_);
+void power_sums::add(const vector* points, std::size_t n, real marker) {
+  static_assert(sizeof(vector) == 3 * sizeof(double), "three doubles a point, as the kernel takes them");
+  for (std::size_t i = 0; i < n;) {
+    if (waiting_ == 0) {
+      const std::size_t added = add_at_once(reinterpret_cast<const double*>(points + i), n - i, static_cast<double>(marker));
+      i += added;
+      if (added > 0) continue;
+    }
+    for (const std::size_t end = std::min(n, i + point_block); i < end; ++i) add(points[i], marker);
   }
-  filled_ = 0;
+  flush();
+}
+
+// Some of the next points without moving them, or none.
+std::size_t power_sums::add_at_once(const double* points, std::size_t n, double marker) {
+  std::size_t added = kernels_.add_plane_points(points, n, marker, exponents_, sums_);
+  if (n - added >= point_block && add_block(points + 3 * added, point_block, marker)) added += point_block;
+  count_ += added;
+  return added;
+}
+
+void power_sums::add(const vector& point, real marker) {
+  block_[3 * waiting_] = 0;
+  block_[3 * waiting_ + 1] = static_cast<double>(point.x);
+  block_[3 * waiting_ + 2] = static_cast<double>(point.y);
+  waiting_ += (marker != marker) | ((point.x != marker) & (point.x == point.x));
+  if (waiting_ == point_block) flush();
+}
+
+void power_sums::flush() {
+  if (waiting_ == 0) return;
+  constexpr double no_marker = std::numeric_limits<double>::quiet_NaN();
+  // One block is added or not as a whole.
+  if (kernels_.add_plane_points(block_, waiting_, no_marker, exponents_, sums_) == 0) {
+    // Zeros behind the last point change no sum.
+    std::fill(block_ + 3 * waiting_, block_ + 3 * point_block, 0.0);
+    add_block(block_, (waiting_ + partial_sums - 1) / partial_sums * partial_sums, no_marker);
+  }
+  count_ += waiting_;
+  waiting_ = 0;
+}
+
+bool power_sums::add_block(const double* points, std::size_t n, double marker) {
+  if (!powers_) powers_ = allocate(cache_line + (static_cast<std::size_t>(exponents_) + 1) * point_block);
+  double* powers = as_doubles(whole_cache_line(powers_.get()));
+  alignas(64) double y[point_block];
+  const bool unmarked = kernels_.unpack_plane(points, marker, powers + point_block, y);
+  if (!unmarked && marker == marker) return false;
+  std::fill_n(powers, point_block, 1.0);
+  block_powers(exponents_, powers);
+  kernels_.add_powers(powers, y, n, exponents_, sums_);
+  return true;
 }
 
 }  // namespace tessarn::detail

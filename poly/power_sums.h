@@ -12,42 +12,34 @@ inline double tree_sum(const double* s) noexcept {
   return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
 }
 
-// power(e) = sum of x^e for e below exponents, and moment(e) = sum of x^e y for e below ordinates <= exponents, over
-// the points in the order in which they are added: correctly rounded powers, each sum in partial_sums from +0.0.
-// Equal exponents share one sum. The points pass through a block of fixed size.
+// power(e) = sum of x^e for e below exponents, and moment(e) = sum of x^e y for 2 e below exponents, over the points in
+// the order in which they are added: correctly rounded powers, each sum in partial_sums from +0.0. Equal exponents share
+// one sum. What the kernel does not add at once passes through a block of fixed size.
 class power_sums {
  public:
-  power_sums(unsigned exponents, unsigned ordinates);
-  // Adds the point if it is accepted.
-  void add(real x, real y, bool accepted) {
-    x_[filled_] = static_cast<double>(x);
-    y_[filled_] = static_cast<double>(y);
-    filled_ += accepted;
-    if (filled_ == point_block) flush();
-  }
-  // Adds point_block points at once, if none is waiting and no abscissa is the marker or a NaN; false otherwise.
-  bool add_block(const vector* points, real marker) {
-    static_assert(sizeof(vector) == 3 * sizeof(double), "three doubles a point, as the kernel takes them");
-    if (filled_ != 0) return false;
-    if (!kernels_.unpack_plane(reinterpret_cast<const double*>(points), static_cast<double>(marker), x_, y_)) return false;
-    filled_ = point_block;
-    flush();
-    return true;
-  }
-  // To be called after the last point.
-  void flush();
-  real power(unsigned e) const { return tree_sum(sums_ + e * partial_sums); }
-  real moment(unsigned e) const { return power(exponents_ + e); }
+  explicit power_sums(unsigned exponents);
+  power_sums(const power_sums&) = delete;
+  // Adds the points whose abscissa is neither the marker nor NaN; all, where the marker is NaN.
+  void add(const vector* points, std::size_t n, real marker);
+  real power(unsigned e) const { return e == 0 ? static_cast<real>(count_) : tree_sum(sums_ + e * partial_sums); }
+  real moment(unsigned e) const { return tree_sum(sums_ + (exponents_ + e) * partial_sums); }
 
  private:
+  std::size_t add_at_once(const double* points, std::size_t n, double marker);
+  void add(const vector& point, real marker);
+  bool add_block(const double* points, std::size_t n, double marker);
+  void flush();
+
   const poly_kernels& kernels_ = poly();
-  const unsigned exponents_, ordinates_;
+  static constexpr std::size_t cache_line = 64 / sizeof(real);
+
+  const unsigned exponents_;
   const std::size_t length_;
-  const real_array storage_;  // two sets of sums, and powers
-  double* sums_;
-  double* next_;
-  std::size_t filled_ = 0;
-  alignas(64) double x_[point_block], y_[point_block];
+  alignas(64) double few_sums_[12 * partial_sums];
+  real_array many_sums_, powers_;  // where they are needed
+  double* sums_ = few_sums_;
+  std::size_t count_ = 0, waiting_ = 0;
+  alignas(64) double block_[3 * point_block];  // points as they lie in memory
 };
 
 // Whether the chains of the powers below count of a block of abscissas are safe (core/power.h), or those of 0.

@@ -79,11 +79,13 @@ class surface_sums {
   void fill(double* px, const vector3d* pts, const real* w, std::size_t count) const {
     double* py = px + rows() * point_block;
     double* z = py + rows() * point_block;
+    bool with_powers = false;
     if (count == point_block)
-      kernels_.unpack_space(reinterpret_cast<const double*>(pts), px + point_block, py + point_block, z);
+      with_powers = kernels_.unpack_space(reinterpret_cast<const double*>(pts), side_, px, py, z);
     else
       unpack_rest(pts, count, px + point_block, py + point_block, z);
     if (w) apply_weights(w, count, z);
+    if (with_powers) return;
     tessarn::detail::block_powers(static_cast<unsigned>(side_), px);
     tessarn::detail::block_powers(static_cast<unsigned>(side_), py);
   }

@@ -66,30 +66,72 @@ TEST(PowerChains, AreCorrectlyRounded) {
   }
 }
 
-TEST(PowerChains, QuickSumsAreThoseOfTheRowsOrAreRefused) {
+// What add_plane_points adds at once is what the powers of the same points give, block by block; it ends before a point
+// that it must not add.
+TEST(PowerChains, SumsOfPointsAreThoseOfTheirPowers) {
   test::random_source r(84);
-  int quick = 0, refused = 0;
-  for (int round = 0; round < 1500; ++round) {
-    const block x = drawn(r);
-    const unsigned exponents = 1 + r.below(28), ordinates = r.below(exponents + 1);
-    if (!tessarn::detail::chains_are_safe(x.data(), exponents)) continue;
+  int whole = 0, ended = 0;
+  for (int round = 0; round < 3000; ++round) {
+    const std::size_t n = r.below(4 * point_block);
+    const double scale = r.below(3) == 0 ? std::ldexp(1.0, -static_cast<int>(r.below(400))) : 1;
+    std::vector<vector> points;
+    while (points.size() < n) {
+      const block x = drawn(r);
+      const bool few_bits = r.below(3) > 0;
+      for (const double v : x) {
+        if (points.size() == n) break;
+        points.emplace_back((few_bits ? std::round(v * 64) / 64 : v) * scale, r.below(20) == 0 ? r.hostile() : r.uniform());
+      }
+    }
+    const double marker = r.below(4) == 0 ? std::nan("") : -1;
+    if (n > 0 && r.below(3) == 0) {
+      constexpr double out_of_range[] = {-1, 5e-324, 1e-60, 1e300, std::numeric_limits<double>::infinity()};
+      points[r.below(static_cast<unsigned>(n))].x = out_of_range[r.below(5)];
+    }
+    const unsigned exponents = 1 + 2 * r.below(5);
+    const std::size_t length = (exponents + (exponents + 1) / 2) * partial_sums;
+    std::vector<double> sums(length);
+    for (double& v : sums) v = scale < 1 ? 0 : r.uniform();
+    std::vector<double> expected = sums;
+    const double* data = reinterpret_cast<const double*>(points.data());
+    const std::size_t added = poly().add_plane_points(data, n, marker, exponents, sums.data());
+    ASSERT_LE(added, n);
+    ASSERT_TRUE(added == n || added % point_block == 0);
+    ++(added == n ? whole : ended);
+    for (std::size_t k = 0; k < added; ++k) {
+      ASSERT_FALSE(points[k].x == marker);
+      for (unsigned e = 0; e < exponents; ++e) {
+        const double p = tessarn::detail::power(points[k].x, e);
+        if (e > 0) expected[e * partial_sums + k % partial_sums] += p;
+        if (2 * e < exponents) expected[(exponents + e) * partial_sums + k % partial_sums] += p * points[k].y;
+      }
+    }
+    for (std::size_t k = partial_sums; k < length; ++k) ASSERT_BITS(sums[k], expected[k]) << exponents << ' ' << added;
+  }
+  EXPECT_GT(whole, 300);
+  EXPECT_GT(ended, 300);
+}
+
+TEST(PowerChains, SumsOfRowsAreThoseOfTheirPowers) {
+  test::random_source r(85);
+  for (int round = 0; round < 300; ++round) {
+    const unsigned exponents = 1 + r.below(28);
+    const std::size_t n = partial_sums * (1 + r.below(point_block / partial_sums));
+    std::vector<double> powers(exponents * point_block), sums((exponents + (exponents + 1) / 2) * partial_sums);
     block y;
     for (double& v : y) v = r.below(20) == 0 ? r.hostile() : r.uniform();
-    const std::size_t length = (exponents + ordinates) * partial_sums;
-    std::vector<double> from(length), to(length);
-    for (double& v : from) v = r.uniform();
-    const std::vector<double> before = from;
-    if (!poly().add_quick_powers(x.data(), y.data(), exponents, ordinates, from.data(), to.data())) {
-      ++refused;
-      EXPECT_EQ(from, before);
-      continue;
-    }
-    ++quick;
-    poly().add_powers(powers_of(x, exponents).data(), y.data(), exponents, ordinates, from.data());
-    for (std::size_t k = partial_sums; k < length; ++k) ASSERT_BITS(to[k], from[k]) << k;
+    for (double& v : powers) v = r.uniform();
+    for (double& v : sums) v = r.uniform();
+    std::vector<double> expected = sums;
+    poly().add_powers(powers.data(), y.data(), n, exponents, sums.data());
+    for (unsigned e = 0; e < exponents; ++e)
+      for (std::size_t i = 0; i < n; ++i) {
+        const double p = powers[e * point_block + i];
+        expected[e * partial_sums + i % partial_sums] += p;
+        if (2 * e < exponents) expected[(exponents + e) * partial_sums + i % partial_sums] += p * y[i];
+      }
+    for (std::size_t k = partial_sums; k < sums.size(); ++k) ASSERT_BITS(sums[k], expected[k]) << exponents;
   }
-  EXPECT_GT(quick, 300);
-  EXPECT_GT(refused, 100);
 }
 
 TEST(PowerChains, RangeTakesZeroForSafe) {
@@ -129,16 +171,41 @@ TEST(Unpack, PlanePoints) {
   }
 }
 
+// With the powers of the numbers that quick chains know.
 TEST(Unpack, SpacePoints) {
-  std::vector<vector3d> points;
-  for (std::size_t i = 0; i < point_block; ++i) points.emplace_back(double(i), -double(i), 0.5 * double(i));
-  block x, y, z;
-  poly().unpack_space(reinterpret_cast<const double*>(points.data()), x.data(), y.data(), z.data());
-  for (std::size_t i = 0; i < point_block; ++i) {
-    EXPECT_EQ(x[i], points[i].x);
-    EXPECT_EQ(y[i], points[i].y);
-    EXPECT_EQ(z[i], points[i].z);
+  test::random_source r(86);
+  int with_powers = 0, without = 0;
+  for (int round = 0; round < 2000; ++round) {
+    const block bx = drawn(r), by = drawn(r);
+    const bool few_bits = r.below(2) == 0;
+    std::vector<vector3d> points;
+    for (std::size_t i = 0; i < point_block; ++i)
+      points.emplace_back(few_bits ? std::round(bx[i] * 64) / 64 : bx[i], few_bits ? std::round(by[i] * 64) / 64 : by[i],
+                          r.uniform());
+    if (r.below(4) == 0) {
+      constexpr double out_of_range[] = {5e-324, 1e-100, 1e300, std::numeric_limits<double>::infinity()};
+      const double v = r.below(5) == 0 ? std::nan("") : out_of_range[r.below(4)];
+      (r.below(2) ? points[r.below(point_block)].x : points[r.below(point_block)].y) = r.below(2) ? v : -v;
+    }
+    const unsigned exponents = 3 + 2 * r.below(4);
+    std::vector<double> px(exponents * point_block), py(exponents * point_block), z(point_block);
+    const double* data = reinterpret_cast<const double*>(points.data());
+    const bool done = poly().unpack_space(data, exponents, px.data(), py.data(), z.data());
+    ++(done ? with_powers : without);
+    for (std::size_t i = 0; i < point_block; ++i) {
+      EXPECT_BITS(px[point_block + i], points[i].x);
+      EXPECT_BITS(py[point_block + i], points[i].y);
+      EXPECT_BITS(z[i], points[i].z);
+      for (unsigned e = 2; done && e < exponents; ++e) {
+        const double x = tessarn::detail::power(points[i].x, e), y = tessarn::detail::power(points[i].y, e);
+        // A power of 0 is a zero of either sign.
+        ASSERT_BITS(px[e * point_block + i] + 0.0, x + 0.0) << test::hex(points[i].x) << " to the power " << e;
+        ASSERT_BITS(py[e * point_block + i] + 0.0, y + 0.0) << test::hex(points[i].y) << " to the power " << e;
+      }
+    }
   }
+  EXPECT_GT(with_powers, 100);
+  EXPECT_GT(without, 100);
 }
 
 }  // namespace
