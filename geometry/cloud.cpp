@@ -38,13 +38,13 @@ constexpr std::uint64_t bits_each = 16;
 
 // The points, in their order, whose hash value is that of one of the first in the list, and perhaps some more: listed
 // has room for one point more than there are. Without branches: they could not be foreseen.
-std::size_t list_suspects(const std::uint32_t* hashes, ulong count, ulong* listed, std::size_t repeated) {
+std::size_t list_suspects(const std::uint32_t* hashes, ulong count, std::uint32_t* listed, std::size_t repeated) {
   // Sparser: each of the points that shares a bit by chance has to be compared.
   bit_table shared(64 * static_cast<std::uint64_t>(repeated));
   for (std::size_t k = 0; k < repeated; ++k) shared.set(hashes[listed[k]]);
   std::size_t suspects = 0;
   for (ulong i = 0; i < count; ++i) {
-    listed[suspects] = i;
+    listed[suspects] = static_cast<std::uint32_t>(i);
     suspects += shared.test(hashes[i]);
   }
   return suspects;
@@ -52,8 +52,8 @@ std::size_t list_suspects(const std::uint32_t* hashes, ulong count, ulong* liste
 
 // Marks the points that a later point equals; null if there are none. The suspects go through an exact table, from
 // the last to the first. Their hash values are brought together: those of most differ, and the points stay untouched.
-std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint32_t* hashes, ulong count, ulong* listed,
-                                          std::size_t repeated) {
+std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint32_t* hashes, ulong count,
+                                          std::uint32_t* listed, std::size_t repeated) {
   const std::size_t suspects = list_suspects(hashes, count, listed, repeated);
   const unsigned log = logarithm_from(2 * static_cast<std::uint64_t>(suspects));
   const std::size_t slots = std::size_t{1} << log;
@@ -81,16 +81,17 @@ std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint32
 
 cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding), coordinates_(allocate(3 * stride_)) {
   static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
-  const std::unique_ptr<std::uint32_t[]> hashes(new std::uint32_t[n_ + padding]);
-  geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(coordinates_.get()), stride_, hashes.get(),
-                    sums_);
-  std::fill_n(hashes.get() + n_, padding, std::uint32_t{0});
+  // The hash values, padded, and a list of points.
+  const std::unique_ptr<std::uint32_t[]> room(new std::uint32_t[stride_ + n_ + 1]);
+  std::uint32_t* const hashes = room.get();
+  std::uint32_t* const listed = hashes + stride_;
+  geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(coordinates_.get()), stride_, hashes, sums_);
+  std::fill_n(hashes + n_, padding, std::uint32_t{0});
   bit_table seen(std::max<std::uint64_t>(least_bits, bits_each * static_cast<std::uint64_t>(count)));
-  const std::unique_ptr<ulong[]> listed(new ulong[n_ + 1]);
-  repeated_hashes repeated = {hashes.get(), seen.words(), seen.shift(), listed.get(), 0};
+  repeated_hashes repeated = {hashes, seen.words(), seen.shift(), listed, 0};
   make_moments(&repeated);
   if (repeated.found == 0) return;
-  const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes.get(), count, listed.get(), repeated.found);
+  const std::unique_ptr<bool[]> duplicate = marked_duplicates(pts, hashes, count, listed, repeated.found);
   if (!duplicate) return;
   remove(duplicate.get());
   make_moments(nullptr);
