@@ -39,6 +39,12 @@ void set(binom& p, const double* c, long n) {
   for (long k = 0; k < n; ++k) p.set(tessarn::slong(k), c[k]);
 }
 
+// At one abscissa: the running power and the terms; powers, factors and coefficients.
+products_and_sums func_needs(int n) { return {2.0 * n - 3, n - 1.0}; }
+products_and_sums derivative_needs(int n) {
+  return powers_below(n - 1) + products_and_sums{2.0 * n - 4, n - 2.0};
+}
+
 // ---------------------------------------------------------------------------- over arrays
 
 struct array_inputs {
@@ -65,7 +71,7 @@ plain::poly plain_form(const coefficients& c) { return {values(c.begin(), c.end(
 
 void add_func(long n, double reach) {
   row<array_inputs> r("func over an array, 6 coefficients", n,
-                      {3.0 * (count - 1) * double(n), 16.0 * double(n)});
+                      {func_needs(count).side_by_side() * double(n), 16.0 * double(n)});
   r.reach(reach).agree({1e-13}).note("ascending powers, not Horner's scheme");
   r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
@@ -103,7 +109,7 @@ void add_func(long n, double reach) {
 
 void add_derivative(long n, double reach) {
   row<array_inputs> r("func_1 over an array, 6 coefficients", n,
-                      {4.0 * (count - 1) * double(n), 16.0 * double(n)});
+                      {derivative_needs(count).side_by_side() * double(n), 16.0 * double(n)});
   r.reach(reach).agree({1e-13}).note("correctly rounded powers");
   r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func_1(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
@@ -138,10 +144,10 @@ void add_derivative(long n, double reach) {
 
 // Rows of their own for the loop that a user writes for any number of coefficients.
 template <class Ours>
-void add_array_of_any(const std::string& operation, double needs, long n, double reach, Ours ours,
-                      values array_inputs::*c) {
+void add_array_of_any(const std::string& operation, products_and_sums needs, long n, double reach,
+                      Ours ours, values array_inputs::*c) {
   row<array_inputs> r(operation + " over an array, 6 coefficients, against any number", n,
-                      {needs * (count - 1) * double(n), 16.0 * double(n)});
+                      {needs.side_by_side() * double(n), 16.0 * double(n)});
   r.reach(reach).agree({1e-13}).note("the peer has the number as an argument, too");
   r.ours([ours](array_inputs & in, int i) -> auto& {
     ours(in, in.x[std::size_t(i)]);
@@ -159,14 +165,14 @@ void add_array_of_any(const std::string& operation, double needs, long n, double
 
 void add_func_of_any(long n, double reach) {
   add_array_of_any(
-      "func", 3, n, reach,
+      "func", func_needs(count), n, reach,
       [](array_inputs& in, const values& x) { in.p.func(x.data(), in.y.data(), index(in.n)); },
       &array_inputs::any);
 }
 
 void add_derivative_of_any(long n, double reach) {
   add_array_of_any(
-      "func_1", 4, n, reach,
+      "func_1", derivative_needs(count), n, reach,
       [](array_inputs& in, const values& x) { in.p.func_1(x.data(), in.y.data(), index(in.n)); },
       &array_inputs::any_derivative);
 }
@@ -188,7 +194,7 @@ struct point_inputs {
 
 void add_point(long n, double reach) {
   row<point_inputs> r("func_1 by number of coefficients", n,
-                      {4.0 * double(n - 1), 8.0 * double(n)});
+                      {derivative_needs(int(n)).side_by_side(), 8.0 * double(n)});
   r.reach(reach).agree({1e-12}).note("correctly rounded powers");
   r.ours([](point_inputs& in, int i) { return in.p.func_1(in.x[std::size_t(i)]); });
   r.peer("other", "Horner", [](point_inputs& in, int i) {
@@ -256,7 +262,9 @@ struct search_inputs {
 };
 
 void add_find_zero(long n, double reach) {
-  row<search_inputs> r("find_zero by samples", n, {(3.0 * (count - 1) + 1) * double(n), 0});
+  row<search_inputs> r(
+      "find_zero by samples", n,
+      {(func_needs(count) + products_and_sums{0, 1}).side_by_side() * double(n), 0});
   r.reach(reach).agree({1e-6});
   r.ours([](search_inputs& in, int i) {
     return in.zero_curves[std::size_t(i)].find_zero(0, 1, in.step, in.eps);

@@ -143,8 +143,9 @@ struct fit_inputs {
 
 template <int M>
 row<fit_inputs<M>> fit_row(const std::string& peers, long n, double reach) {
+  const products_and_sums point = powers_below(2 * M - 1) + products_and_sums{M - 1, 3 * M - 2};
   row<fit_inputs<M>> r("fit, " + std::to_string(M) + " coefficients" + peers, n,
-                       {(6.0 * M - 4) * double(n), sizeof(vector) * double(n)});
+                       {point.side_by_side() * double(n), sizeof(vector) * double(n), true});
   r.reach(reach).agree({1e-7});
   r.ours([](fit_inputs<M> & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), index(in.n), index(in.count));
@@ -219,9 +220,13 @@ struct surface_inputs {
 template <int G>
 row<surface_inputs<G>> surface_row(const std::string& peers, double reach) {
   using inputs = surface_inputs<G>;
-  constexpr double n = double(inputs::n), distinct = (2 * G - 1) * (2 * G - 1);
+  constexpr double n = double(inputs::n), mixed = (2 * G - 2) * (2 * G - 2);
+  constexpr double distinct = (2 * G - 1) * (2 * G - 1);
+  const products_and_sums powers = powers_below(2 * G - 1);
+  const products_and_sums point =
+      powers + powers + products_and_sums{mixed + G * G - 1, distinct - 1 + G * G};
   row<inputs> r("surface fit by grade, 10000 points" + peers, G,
-                {n * (2 * (2 * G - 3) + 2 * distinct + 2 * G * G), sizeof(vector3d) * n});
+                {n * point.side_by_side(), sizeof(vector3d) * n, true});
   r.reach(reach).agree({1e-7});
   r.ours([](inputs & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), inputs::n, index(in.grade));

@@ -116,8 +116,9 @@ void add_memory(const char* name, long bytes, void (*run)(std::vector<double>&))
 
 void add_machine_limits() {
   add_rates();
-  // Caches of the first, second and third level, and memory; the bytes of a copy are those read and written.
-  for (long bytes : {16L << 10, 512L << 10, 8L << 20, 128L << 20}) {
+  // Caches of the first, second and third level, the last one nearly filled, and memory. The bytes
+  // of a copy are those read and written.
+  for (long bytes : {16L << 10, 512L << 10, 8L << 20, 24L << 20, 128L << 20}) {
     add_memory("copy", bytes, [](std::vector<double>& all) {
       const std::size_t half = all.size() / 2;
       std::memcpy(all.data(), all.data() + half, half * sizeof(double));

@@ -27,6 +27,17 @@ std::string hasher::text() const {
   return text;
 }
 
+products_and_sums powers_below(int count) {
+  if (count < 4) return {count > 2 ? 1.0 : 0.0, 0};
+  products_and_sums all = {5, 4};  // the square, and what is kept of x and of it
+  for (int e = 3; e < count; ++e) {
+    const int products = e % 2 == 0 ? 3 : 4;
+    const int kept = 2 * e <= count ? 2 : 0;  // for higher powers
+    all = all + products_and_sums{double(products), 3.0 + kept};
+  }
+  return all;
+}
+
 namespace detail {
 
 namespace {

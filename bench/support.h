@@ -29,6 +29,18 @@ struct work {
   bool only_read = false;  // the bytes, which are copied otherwise
 };
 
+// Products and sums run side by side: the more numerous ones set the limit.
+struct products_and_sums {
+  double products = 0, sums = 0;
+  double side_by_side() const { return 2 * (products > sums ? products : sums); }
+  friend products_and_sums operator+(products_and_sums a, products_and_sums b) {
+    return {a.products + b.products, a.sums + b.sums};
+  }
+};
+
+// The correctly rounded powers x^2 .. x^(count - 1) by the chains that the library uses (poly/chains.h).
+products_and_sums powers_below(int count);
+
 // How much of the peers' and our own results must agree.
 struct agreement {
   double tolerance = 1e-9;  // largest difference, relative to the largest value
