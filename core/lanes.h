@@ -121,8 +121,8 @@ TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
   const vec a = load(p), b = load(p + 4), c = load(p + 8), d = load(p + 12);
   const vec ab = __builtin_shufflevector(a, b, 1, 5, 3, 7), cd = __builtin_shufflevector(c, d, 1, 5, 3, 7);
   x = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
-  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 6, 0, 0), __builtin_shufflevector(c, d, 2, 6, 0, 0), 0, 1,
-                              4, 5);
+  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 6, 0, 0), __builtin_shufflevector(c, d, 2, 6, 0, 0), 0,
+                              1, 4, 5);
   z = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
 }
 #else

@@ -59,8 +59,8 @@ struct geometry_kernels {
                     double* cost);
   // The eight neighbours of the centre, row by row, in the grid of the given step, x = centre_x + (-1, 0 or 1) step
   // and y alike, with z = sqrt(1 - x^2 - y^2), and bounds of the sum of squares; infinite where there is no z.
-  void (*bound_residuals)(const residual_form& form, double centre_x, double centre_y, double step, double* x, double* y,
-                          double* z, double* low, double* high);
+  void (*bound_residuals)(const residual_form& form, double centre_x, double centre_y, double step, double* x,
+                          double* y, double* z, double* low, double* high);
   // For eight vectors v: cost += 1 - (v . p)^2, or (v . p)^2, over the points in their order.
   void (*add_sines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
   void (*add_cosines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);

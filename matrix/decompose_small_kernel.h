@@ -1,5 +1,5 @@
-// The reduction of a 3 x 3 matrix for the decomposition, in registers and in the order of the published algorithm, so that
-// the bits are its own. Kernel sources only.
+// The reduction of a 3 x 3 matrix for the decomposition, in registers and in the order of the published algorithm, so
+// that the bits are its own. Kernel sources only.
 #pragma once
 
 #include "matrix/column_kernel.h"

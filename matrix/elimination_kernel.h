@@ -40,9 +40,11 @@ static void update_behind(double* w, size_t n, size_t first, size_t last, double
   const double* upper = w + first * n + last;
   double* rest = w + last * n + last;
   if (n - last <= unpacked_limit)
-    multiply_unpacked<from_stored, add_products>(factors, n, upper, n, rest, n, n - last, last - first, n - last, false);
+    multiply_unpacked<from_stored, add_products>(factors, n, upper, n, rest, n, n - last, last - first, n - last,
+                                                 false);
   else
-    multiply_packed<add_products>(factors, n, upper, n, rest, n, n - last, last - first, n - last, false, false, workspace);
+    multiply_packed<add_products>(factors, n, upper, n, rest, n, n - last, last - first, n - last, false, false,
+                                  workspace);
 }
 
 static size_t elimination_workspace(size_t n) {

@@ -30,8 +30,8 @@ struct matrix_kernels {
   void (*eliminate)(double* w, size_t n, double* workspace);
   size_t (*elimination_workspace)(size_t n);
 
-  // dst = the adjugate of the n x n matrix m; returns its determinant. Both without the NaN rule, n > 4. workspace begins
-  // at a whole cache line and holds adjugate_workspace(n) doubles.
+  // dst = the adjugate of the n x n matrix m; returns its determinant. Both without the NaN rule, n > 4. workspace
+  // begins at a whole cache line and holds adjugate_workspace(n) doubles.
   double (*adjugate)(const double* m, size_t n, double* dst, double* workspace);
   size_t (*adjugate_workspace)(size_t n);
 

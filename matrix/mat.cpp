@@ -14,7 +14,9 @@ using tessarn::detail::real_mat;
 
 namespace {
 
-std::size_t entry_count(tessarn::ulong width, tessarn::ulong height) { return static_cast<tessarn::ulong>(width * height); }
+std::size_t entry_count(tessarn::ulong width, tessarn::ulong height) {
+  return static_cast<tessarn::ulong>(width * height);
+}
 
 std::size_t entry_count(const real_mat& m) { return entry_count(m.getWidth(), m.getHeight()); }
 
@@ -80,7 +82,9 @@ void real_mat::create(tessarn::ulong columns, tessarn::ulong rows) {
   height = rows;
 }
 
-void real_mat::set(tessarn::ulong x, tessarn::ulong y, real v) { data[position(x, y)] = tessarn::detail::without_quiet_nan(v); }
+void real_mat::set(tessarn::ulong x, tessarn::ulong y, real v) {
+  data[position(x, y)] = tessarn::detail::without_quiet_nan(v);
+}
 
 real_mat real_mat::operator+(mat& b) {
   return combined(*this, b, [](real u, real v) { return u + v; });

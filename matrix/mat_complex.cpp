@@ -8,7 +8,9 @@ using tessarn::detail::complex_mat;
 
 namespace {
 
-std::size_t entry_count(tessarn::ulong width, tessarn::ulong height) { return static_cast<tessarn::ulong>(width * height); }
+std::size_t entry_count(tessarn::ulong width, tessarn::ulong height) {
+  return static_cast<tessarn::ulong>(width * height);
+}
 
 }  // namespace
 

@@ -55,17 +55,21 @@ TESSARN_INLINE void tile_column(const double* a, size_t row_stride, size_t k_str
                                 size_t b_stride, size_t count, double* c, size_t c_stride, size_t rows, bool rule) {
   size_t r = 0;
   for (; r + tile_rows <= rows; r += tile_rows)
-    tile<tile_rows, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count, c + r * c_stride, c_stride, rule);
+    tile<tile_rows, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count,
+                                          c + r * c_stride, c_stride, rule);
   if (tile_rows > 4 && r + 4 <= rows) {
-    tile<4, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count, c + r * c_stride, c_stride, rule);
+    tile<4, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count, c + r * c_stride,
+                                  c_stride, rule);
     r += 4;
   }
   if (r + 2 <= rows) {
-    tile<2, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count, c + r * c_stride, c_stride, rule);
+    tile<2, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count, c + r * c_stride,
+                                  c_stride, rule);
     r += 2;
   }
   if (r < rows)
-    tile<1, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count, c + r * c_stride, c_stride, rule);
+    tile<1, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count, c + r * c_stride,
+                                  c_stride, rule);
 }
 
 template <start_mode START, tile_mode MODE>
@@ -75,7 +79,8 @@ static void tile_columns(size_t vectors, const double* a, size_t row_stride, siz
     case 1: return tile_column<1, START, MODE>(a, row_stride, k_stride, b, b_stride, count, c, c_stride, rows, rule);
     case 2: return tile_column<2, START, MODE>(a, row_stride, k_stride, b, b_stride, count, c, c_stride, rows, rule);
     default:
-      return tile_column<tile_vectors, START, MODE>(a, row_stride, k_stride, b, b_stride, count, c, c_stride, rows, rule);
+      return tile_column<tile_vectors, START, MODE>(a, row_stride, k_stride, b, b_stride, count, c, c_stride, rows,
+                                                    rule);
   }
 }
 
@@ -196,16 +201,20 @@ static void multiply_packed(const double* a, size_t a_stride, const double* b, s
         for (size_t r = 0; r < strips; r += tile_rows) {
           double* entry = c + (r0 + r) * c_stride + x;
           if (start)
-            tile_columns<from_zero, MODE>(vectors, packed_a + r * count, 1, tile_rows, panel, b_step, count, entry, c_stride, tile_rows, last);
+            tile_columns<from_zero, MODE>(vectors, packed_a + r * count, 1, tile_rows, panel, b_step, count, entry,
+                                          c_stride, tile_rows, last);
           else
-            tile_columns<from_stored, MODE>(vectors, packed_a + r * count, 1, tile_rows, panel, b_step, count, entry, c_stride, tile_rows, last);
+            tile_columns<from_stored, MODE>(vectors, packed_a + r * count, 1, tile_rows, panel, b_step, count, entry,
+                                            c_stride, tile_rows, last);
         }
         double* entry = c + (r0 + strips) * c_stride + x;
         const double* rest = block_a + strips * a_stride;
         if (start)
-          tile_columns<from_zero, MODE>(vectors, rest, a_stride, 1, panel, b_step, count, entry, c_stride, block - strips, last);
+          tile_columns<from_zero, MODE>(vectors, rest, a_stride, 1, panel, b_step, count, entry, c_stride,
+                                        block - strips, last);
         else
-          tile_columns<from_stored, MODE>(vectors, rest, a_stride, 1, panel, b_step, count, entry, c_stride, block - strips, last);
+          tile_columns<from_stored, MODE>(vectors, rest, a_stride, 1, panel, b_step, count, entry, c_stride,
+                                          block - strips, last);
         panel += b_step * count;
         x += b_step;
       }
@@ -213,9 +222,11 @@ static void multiply_packed(const double* a, size_t a_stride, const double* b, s
         const double* narrow_b = b + k0 * b_stride + whole;
         double* narrow_c = c + r0 * c_stride + whole;
         if (start)
-          narrow_columns<from_zero, MODE>(block_a, a_stride, narrow_b, b_stride, count, narrow_c, c_stride, block, columns - whole, last);
+          narrow_columns<from_zero, MODE>(block_a, a_stride, narrow_b, b_stride, count, narrow_c, c_stride, block,
+                                          columns - whole, last);
         else
-          narrow_columns<from_stored, MODE>(block_a, a_stride, narrow_b, b_stride, count, narrow_c, c_stride, block, columns - whole, last);
+          narrow_columns<from_stored, MODE>(block_a, a_stride, narrow_b, b_stride, count, narrow_c, c_stride, block,
+                                            columns - whole, last);
       }
     }
   }

@@ -87,8 +87,9 @@ struct certain_chains {
   }
 };
 
-// Finds abscissas for which the steps of a chain of powers below count are not exact (core/power.h), by the bits of their
-// squares, which are ordered as the numbers are. A square of 0 belongs to an abscissa all of whose higher powers are 0.
+// Finds abscissas for which the steps of a chain of powers below count are not exact (core/power.h), by the bits of
+// their squares, which are ordered as the numbers are. A square of 0 belongs to an abscissa all of whose higher powers
+// are 0.
 class range_check {
  public:
   TESSARN_MEMBER explicit range_check(size_t count) {
@@ -124,15 +125,15 @@ constexpr size_t most_quick = 25;
 // A power is kept as head + rest, the head of 26 bits, and made of two others, a and b, of nearly half of its exponent:
 //     s = head_a head_b, which is exact, and t = head_b rest_a + rest_b power_a
 // with power_a for head_a + rest_a. The head of x is made so small that its rest lies between 2^-25 |x| and 2^-24 |x|,
-// and then taken a margin m = 2^-48 of itself too small; later heads are those of s, so that rests have the sign of their
-// power. All that is added is of one sign, and relative errors only pass on: with the rounding of a product, a power and
-// a sum t is off by 3 more roundings than the rests, and a rest by 1 more than its t. The exponents up to 16 are halved
-// at most four times, which makes less than 15 roundings of 2^-53 in t. With r = rest_x / x the rest of power e is below
-// (2 e - 1) r of it, since cutting s adds less than r, and so t is below 2 e r of the power; it is above (1 - 2^-18) e r
-// of it, since the heads are not above the powers of that of x. What t lacks by the smaller rest of x is m e r of the
-// power, that is more than m t / 2 and more than those roundings, but with them less than 1.5 m t. So the power lies
-// between s + t and s + (1 + 2 m) t, and where both round to the same number so does it. Exponents up to 24 are halved
-// five times, in less than 19 roundings, and have twice the margin.
+// and then taken a margin m = 2^-48 of itself too small; later heads are those of s, so that rests have the sign of
+// their power. All that is added is of one sign, and relative errors only pass on: with the rounding of a product, a
+// power and a sum t is off by 3 more roundings than the rests, and a rest by 1 more than its t. The exponents up to 16
+// are halved at most four times, which makes less than 15 roundings of 2^-53 in t. With r = rest_x / x the rest of
+// power e is below (2 e - 1) r of it, since cutting s adds less than r, and so t is below 2 e r of the power; it is
+// above (1 - 2^-18) e r of it, since the heads are not above the powers of that of x. What t lacks by the smaller rest
+// of x is m e r of the power, that is more than m t / 2 and more than those roundings, but with them less than 1.5 m t.
+// So the power lies between s + t and s + (1 + 2 m) t, and where both round to the same number so does it. Exponents up
+// to 24 are halved five times, in less than 19 roundings, and have twice the margin.
 template <size_t GROUP, size_t COUNT = 0>
 struct quick_chains {
   vec power[most_quick / 2 + 1][GROUP], head[most_quick / 2 + 1][GROUP], rest[most_quick / 2 + 1][GROUP];

@@ -91,8 +91,8 @@ inline Use each_high_power(real x, slong highest, Use use) noexcept {
   return use;
 }
 
-// Gives the powers e = 0 .. highest of x to use(e, power), in this order, each correctly rounded, and gives use back: as
-// a value of its own it stays in registers.
+// Gives the powers e = 0 .. highest of x to use(e, power), in this order, each correctly rounded, and gives use back:
+// as a value of its own it stays in registers.
 template <class Use>
 inline Use each_power(real x, slong highest, Use use) noexcept {
   use(0, static_cast<real>(1));

@@ -17,7 +17,8 @@ constexpr size_t product_rows = width == 1 ? 1 : width / 2;
 TESSARN_INLINE void load_mixed_points(const double* p, vec& x, vec& y) {
   const vec a = load(p), b = load(p + 8), c = load(p + 16);
   x = __builtin_shufflevector(__builtin_shufflevector(c, a, 0, 9, 2, 3, 12, 5, 6, 15), b, 0, 1, 10, 3, 4, 13, 6, 7);
-  const vec after = __builtin_shufflevector(__builtin_shufflevector(c, a, 0, 1, 10, 3, 4, 13, 6, 7), b, 8, 1, 2, 11, 4, 5, 14, 7);
+  const vec after =
+      __builtin_shufflevector(__builtin_shufflevector(c, a, 0, 1, 10, 3, 4, 13, 6, 7), b, 8, 1, 2, 11, 4, 5, 14, 7);
   y = __builtin_shufflevector(after, after, 1, 2, 3, 4, 5, 6, 7, 0);
 }
 TESSARN_INLINE vec mixed(vec v) { return __builtin_shufflevector(v, v, 5, 0, 3, 6, 1, 4, 7, 2); }

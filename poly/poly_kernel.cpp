@@ -240,7 +240,8 @@ struct add_to_series {
 };
 
 template <size_t GROUP, size_t COUNT = 0>
-TESSARN_INLINE void add_power_series(const double* cof, const double* factor, size_t count, const double* x, double* y) {
+TESSARN_INLINE void add_power_series(const double* cof, const double* factor, size_t count, const double* x,
+                                     double* y) {
   for (size_t i = 0; i < point_block; i += GROUP * width) {
     vec sum[GROUP] = {};
     run_chains<GROUP, COUNT>(x + i, count, add_to_series<GROUP>{cof, factor, sum});
@@ -280,7 +281,8 @@ struct add_to_derivatives {
 void derivatives(const double* cof, const double* factors, size_t stride, size_t count, const double* x, double* d) {
   for (size_t i = 0; i < point_block; i += derivative_group * width) {
     vec sum[3][derivative_group] = {};
-    run_chains<derivative_group>(x + i, count == 0 ? 0 : count - 1, add_to_derivatives{cof, factors, stride, count, sum});
+    run_chains<derivative_group>(x + i, count == 0 ? 0 : count - 1,
+                                 add_to_derivatives{cof, factors, stride, count, sum});
     for (size_t k = 0; k < 3; ++k)
       for (size_t v = 0; v < derivative_group; ++v) store(d + k * point_block + i + v * width, sum[k][v]);
   }
@@ -314,7 +316,8 @@ void curvature_derivative(const double* d, double* y) {
 constexpr size_t product_vectors = width == 8 ? 4 : 6;
 constexpr size_t product_block = product_vectors * width;
 
-TESSARN_INLINE void convolve_block(const double* c, ptrdiff_t n, const double* q, ptrdiff_t nq, ptrdiff_t k, double* r) {
+TESSARN_INLINE void convolve_block(const double* c, ptrdiff_t n, const double* q, ptrdiff_t nq, ptrdiff_t k,
+                                   double* r) {
   constexpr auto lead = static_cast<ptrdiff_t>(product_block - width);
   const ptrdiff_t first = k - n + 1 > -lead ? k - n + 1 : -lead;
   const ptrdiff_t from_last = k + static_cast<ptrdiff_t>(width);

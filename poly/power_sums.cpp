@@ -36,7 +36,8 @@ void power_sums::add(const vector* points, std::size_t n, real marker) {
   static_assert(sizeof(vector) == 3 * sizeof(double), "three doubles a point, as the kernel takes them");
   for (std::size_t i = 0; i < n;) {
     if (waiting_ == 0) {
-      const std::size_t added = add_at_once(reinterpret_cast<const double*>(points + i), n - i, static_cast<double>(marker));
+      const std::size_t added =
+          add_at_once(reinterpret_cast<const double*>(points + i), n - i, static_cast<double>(marker));
       i += added;
       if (added > 0) continue;
     }

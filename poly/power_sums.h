@@ -13,8 +13,8 @@ inline double tree_sum(const double* s) noexcept {
 }
 
 // power(e) = sum of x^e for e below exponents, and moment(e) = sum of x^e y for 2 e below exponents, over the points in
-// the order in which they are added: correctly rounded powers, each sum in partial_sums from +0.0. Equal exponents share
-// one sum. What the kernel does not add at once passes through a block of fixed size.
+// the order in which they are added: correctly rounded powers, each sum in partial_sums from +0.0. Equal exponents
+// share one sum. What the kernel does not add at once passes through a block of fixed size.
 class power_sums {
  public:
   explicit power_sums(unsigned exponents);

@@ -47,7 +47,8 @@ class surface_sums {
     for (std::size_t first = g_ == 2 ? add_whole_groups(pts, w, n) : 0; first < n; first += point_block) {
       fill(blocks_ + filled * stride(), pts + first, w ? w + first : nullptr, std::min(n - first, point_block));
       if (++filled < most_blocks && n - first > point_block) continue;
-      kernels_.add_products({blocks_, filled, rows(), stride()}, w != nullptr, static_cast<unsigned>(g_), sums_, moments_);
+      kernels_.add_products({blocks_, filled, rows(), stride()}, w != nullptr, static_cast<unsigned>(g_), sums_,
+                            moments_);
       filled = 0;
     }
     if (w) return;

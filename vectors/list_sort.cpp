@@ -82,7 +82,8 @@ void sort_equals(coordinates* points, std::size_t n) {
 
 }  // namespace
 
-// Without NaN the order is a weak ordering, and a bubble sort never exchanges equals: a stable sort gives the same list.
+// Without NaN the order is a weak ordering, and a bubble sort never exchanges equals: a stable sort gives the same
+// list.
 void vectormat::sort() {
   if (count < 2) return;
   if (has_nan(points, count)) return bubble_sort(points, count);

@@ -69,11 +69,11 @@ class TESSARN_API binom {
   void mirror_v();
 
   /// Fits m coefficients through n points by least squares: sums of the correctly rounded powers of the
-  /// abscissas, the accepted point k in partial sum k mod 8, and the square solver. A point whose x is -1.0 or NaN is left
-  /// out. Points that do not determine the coefficients leave the right-hand side, the sums of x^i y, in
-  /// them: evaluate the fit to know. Normal equations lose twice the digits that the condition of the
-  /// problem costs: shift and scale the abscissas for more than a few coefficients, but not to [-1, 1],
-  /// where the left end is the marker and would be left out; [-0.5, 0.5] is safe.
+  /// abscissas, the accepted point k in partial sum k mod 8, and the square solver. A point whose x is -1.0 or NaN is
+  /// left out. Points that do not determine the coefficients leave the right-hand side, the sums of x^i y, in them:
+  /// evaluate the fit to know. Normal equations lose twice the digits that the condition of the problem costs: shift
+  /// and scale the abscissas for more than a few coefficients, but not to [-1, 1], where the left end is the marker and
+  /// would be left out; [-0.5, 0.5] is safe.
   void create(vector* pts, ulong n, ulong m);
   /// Fits the constant and the odd powers below m; the even powers stay 0. Every point takes part, also
   /// one with x = -1.0.
