@@ -1,6 +1,7 @@
 #include "geometry/cloud.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 namespace tessarn::detail {
@@ -14,27 +15,36 @@ unsigned logarithm_from(std::uint64_t n) {
   return log;
 }
 
-// A bit for each value of the leading bits of a hash value.
+// A table of so few bits is cleared in no time, and so sparse for a few hundred points that all of them differ in it.
+constexpr std::uint64_t least_bits = 1 << 15;
+constexpr std::uint64_t bits_each = 16;
+
+// A bit for each value of the leading bits of a hash value; up to least_bits nothing is allocated.
 class bit_table {
  public:
   explicit bit_table(std::uint64_t size) {
     const unsigned log = std::min(logarithm_from(size), 32u);
+    const std::size_t words = (std::size_t{1} << log) / 64;
     shift_ = 32 - log;
-    words_.reset(new std::uint64_t[(std::size_t{1} << log) / 64]());
+    if (words > std::size(few_)) {
+      many_.reset(new std::uint64_t[words]());
+      words_ = many_.get();
+    } else {
+      std::fill_n(few_, words, std::uint64_t{0});
+    }
   }
+  bit_table(const bit_table&) = delete;
   unsigned shift() const { return shift_; }
-  std::uint64_t* words() { return words_.get(); }
+  std::uint64_t* words() { return words_; }
   void set(std::uint32_t h) { words_[(h >> shift_) / 64] |= std::uint64_t{1} << ((h >> shift_) % 64); }
   bool test(std::uint32_t h) const { return (words_[(h >> shift_) / 64] >> ((h >> shift_) % 64)) & 1; }
 
  private:
   unsigned shift_;
-  std::unique_ptr<std::uint64_t[]> words_;
+  std::uint64_t* words_ = few_;
+  std::unique_ptr<std::uint64_t[]> many_;
+  std::uint64_t few_[least_bits / 64];
 };
-
-// A table of so few bits is cleared in no time, and so sparse for a few hundred points that all of them differ in it.
-constexpr std::uint64_t least_bits = 1 << 15;
-constexpr std::uint64_t bits_each = 16;
 
 // The points, in their order, whose hash value is that of one of the first in the list, and perhaps some more: listed
 // has room for one point more than there are. Without branches: they could not be foreseen.
@@ -79,13 +89,17 @@ std::unique_ptr<bool[]> marked_duplicates(const vector3d* pts, const std::uint32
 
 }  // namespace
 
-cloud::cloud(const vector3d* pts, ulong count) : n_(count), stride_(n_ + padding), coordinates_(allocate(3 * stride_)) {
+cloud::cloud(const vector3d* pts, ulong count)
+    : n_(count),
+      stride_(n_ + padding),
+      many_(3 * stride_ > std::size(few_) ? allocate(3 * stride_) : nullptr),
+      coordinates_(many_ ? many_.get() : few_) {
   static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
   // The hash values, padded, and a list of points.
   const std::unique_ptr<std::uint32_t[]> room(new std::uint32_t[stride_ + n_ + 1]);
   std::uint32_t* const hashes = room.get();
   std::uint32_t* const listed = hashes + stride_;
-  geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(coordinates_.get()), stride_, hashes, sums_);
+  geometry().unpack(reinterpret_cast<const double*>(pts), n_, as_doubles(coordinates_), stride_, hashes, sums_);
   std::fill_n(hashes + n_, padding, std::uint32_t{0});
   bit_table seen(std::max<std::uint64_t>(least_bits, bits_each * static_cast<std::uint64_t>(count)));
   repeated_hashes repeated = {hashes, seen.words(), seen.shift(), listed, 0};
@@ -109,7 +123,7 @@ void cloud::remove(const bool* marked) {
   for (std::size_t i = 0; i < n_; ++i) {
     if (marked[i]) continue;
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      real* c = coordinates_.get() + axis * stride_;
+      real* c = coordinates_ + axis * stride_;
       c[kept] = c[i];
       sums_[axis] += static_cast<double>(c[i]);
     }

@@ -10,8 +10,10 @@ namespace tessarn::detail {
 class cloud {
  public:
   // Of each group of equal points the last one is kept, in order. -0.0 equals 0.0, a point with NaN equals nothing.
-  // Linear expected time; one packed copy and tables of about 20 bytes a point, 4 KiB at least.
+  // Linear expected time; one packed copy and tables of about 20 bytes a point, of which the former and most of the
+  // latter are not allocated for a hundred points.
   cloud(const vector3d* pts, ulong count);
+  cloud(const cloud&) = delete;
 
   std::size_t size() const { return n_; }
   vector3d point(std::size_t i) const { return {x()[i], y()[i], z()[i]}; }
@@ -28,9 +30,9 @@ class cloud {
   vector3d farthest_from(const vector3d& a, const vector3d& b) const;
 
  private:
-  const real* x() const { return coordinates_.get(); }
-  const real* y() const { return coordinates_.get() + stride_; }
-  const real* z() const { return coordinates_.get() + 2 * stride_; }
+  const real* x() const { return coordinates_; }
+  const real* y() const { return coordinates_ + stride_; }
+  const real* z() const { return coordinates_ + 2 * stride_; }
 
   void remove(const bool* marked);
   void make_moments(repeated_hashes* hashes);
@@ -41,7 +43,9 @@ class cloud {
   std::size_t farthest_;
   static constexpr std::size_t padding = 48;  // for the whole vectors of the kernels
   std::size_t stride_;
-  real_array coordinates_;
+  real_array many_;  // where the few do not do
+  real* coordinates_;
+  real few_[3 * 160];
 };
 
 }  // namespace tessarn::detail

@@ -84,7 +84,7 @@ TEST_EVERY_BUILD(Memory, Points) {
     hyperbinom h;
     expect_within(bytes_of([&] { h.create(a.data(), n, 2); }), 16384, "surface fit " + size);
     expect_within(bytes_of([&] { p.find_zero(-1, 1, 1e-4, 1e-9); }), 0, "find_zero " + size);
-    expect_within(bytes_of([&] { plane fitted(a.data(), n); }), bytes(7.0 * n) + 5120, "plane fit " + size);
+    expect_within(bytes_of([&] { plane fitted(a.data(), n); }), bytes(7.0 * n) + 1024, "plane fit " + size);
   }
 }
 
