@@ -45,7 +45,7 @@ size_t mark(const double* points, size_t n, double limit, bool* marked) {
   size_t found = 0;
   for (size_t first = 0; first < n; first += block) {
     const size_t m = n - first < block ? n - first : block;
-    take_apart(points + 3 * (first - neighbours), m + 2 * neighbours, x, y);
+    take_apart(points + 3 * first - 3 * neighbours, m + 2 * neighbours, x, y);
     squared_deviations(y, m, squared);
     uint32_t in_block = 0;
     for (size_t i = 0; i < m; ++i) {
