@@ -34,7 +34,7 @@ def mark(row):
         return "✗"
     if ratio >= row.reach:
         return "✓"
-    hidden = min(0.03, row.ours.spread() + row.best_peer().spread())
+    hidden = min(0.05, row.ours.spread() + row.best_peer().spread())
     return "≈" if ratio * (1 + hidden) >= row.reach else "✗"
 
 
@@ -109,7 +109,7 @@ def size_text(size):
 LEGEND = ("Times in nanoseconds of processor time, the median of the repetitions; ± is half of their range. "
           "Each library stands with its fastest call in the faster of the two programs. The ratio is the time "
           "of the best peer over ours: above 1 we are faster; beside it the ratio to reach, ≈ where it is missed by "
-          "less than the spreads of the two times and less than 3 %, and what the limit would give where that is less. "
+          "less than the spreads of the two times and less than 5 %, and what the limit would give where that is less. "
           "The limit is what the stated arithmetic needs on "
           "this machine, by operations or (b) by bytes, and the share is how much of it is reached. The hash "
           "is that of all bits of our results.")
