@@ -108,6 +108,8 @@ TEST(Binom, WorkedExample) {
   p.func_1(d);
   EXPECT_TRUE(same(d, {{2, 6}}));
   EXPECT_TRUE(same(p, {{1, 2, 3}}));
+  p.func_1(p);
+  EXPECT_TRUE(same(p, {{2, 6}}));
   binom h = of({1, 2, 3});
   h.mirror_h();
   EXPECT_TRUE(same(h, {{1, -2, 3}}));

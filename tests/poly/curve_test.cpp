@@ -65,6 +65,25 @@ TEST(Derivatives, OfPowersBetweenTwoNumbers) {
   }
 }
 
+// Counts on either side of those at which the powers are made in another way.
+TEST(Derivatives, OfManyCoefficients) {
+  test::random_source r(94);
+  for (std::size_t n = 1; n <= 40; ++n) {
+    plain::poly pp;
+    for (std::size_t k = 0; k < n; ++k) pp.cof.push_back(r.uniform());
+    const binom p = of(pp.cof);
+    for (int i = 0; i < 40; ++i) {
+      const double x = i % 4 == 0 ? test::draw_finite(r) : r.uniform(-1.5, 1.5);
+      SCOPED_TRACE(std::to_string(n) + " coefficients, x = " + test::hex(x));
+      ASSERT_BITS(p.func_1(x), plain::func_1(pp, x));
+      ASSERT_BITS(p.func_2(x), plain::func_2(pp, x));
+      ASSERT_BITS(p.func_3(x), plain::func_3(pp, x));
+      ASSERT_BITS(p.func_4(x), plain::func_4(pp, x));
+      ASSERT_BITS(p.arc(x), plain::arc(pp, x));
+    }
+  }
+}
+
 TEST(Derivatives, TheFactorWrapsAt32Bits) {
   binom p;
   p.create(70001);
