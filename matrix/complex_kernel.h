@@ -6,6 +6,58 @@
 
 namespace tessarn::detail::TESSARN_ISA {
 
+#if defined(__GNUC__) || defined(__clang__)
+// Real and imaginary parts that lie like the coordinates of plane points, (*, re, im), the first at p. What stands
+// before them is neither a number to compute with nor written.
+typedef double unaligned_pair __attribute__((vector_size(16), aligned(8), may_alias));
+TESSARN_INLINE unaligned_pair load_pair(const double* p) { return *reinterpret_cast<const unaligned_pair*>(p); }
+TESSARN_INLINE void store_pair(double* p, unaligned_pair v) { *reinterpret_cast<unaligned_pair*>(p) = v; }
+// width / 2 of them, one behind the other in v, and as many as there are lanes, the parts apart.
+#if TESSARN_LANES == 8
+TESSARN_INLINE vec load_pairs(const double* p) {
+  return __builtin_shufflevector(load(p), load(p + 3), 0, 1, 3, 4, 6, 7, 14, 15);
+}
+TESSARN_INLINE void store_pairs(double* p, vec v) {
+  const auto low = __builtin_shufflevector(v, v, 0, 1, 2, 3), high = __builtin_shufflevector(v, v, 4, 5, 6, 7);
+  store_pair(p, __builtin_shufflevector(low, low, 0, 1));
+  store_pair(p + 3, __builtin_shufflevector(low, low, 2, 3));
+  store_pair(p + 6, __builtin_shufflevector(high, high, 0, 1));
+  store_pair(p + 9, __builtin_shufflevector(high, high, 2, 3));
+}
+TESSARN_INLINE vec swap_pairs(vec v) { return __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6); }
+TESSARN_INLINE void store_parts(double* p, vec re, vec im) {
+  store_pairs(p, __builtin_shufflevector(re, im, 0, 8, 1, 9, 2, 10, 3, 11));
+  store_pairs(p + 12, __builtin_shufflevector(re, im, 4, 12, 5, 13, 6, 14, 7, 15));
+}
+#elif TESSARN_LANES == 4
+TESSARN_INLINE vec load_pairs(const double* p) {
+  return __builtin_shufflevector(load_pair(p), load_pair(p + 3), 0, 1, 2, 3);
+}
+TESSARN_INLINE void store_pairs(double* p, vec v) {
+  store_pair(p, __builtin_shufflevector(v, v, 0, 1));
+  store_pair(p + 3, __builtin_shufflevector(v, v, 2, 3));
+}
+TESSARN_INLINE vec swap_pairs(vec v) { return __builtin_shufflevector(v, v, 1, 0, 3, 2); }
+TESSARN_INLINE void store_parts(double* p, vec re, vec im) {
+  store_pairs(p, __builtin_shufflevector(re, im, 0, 4, 1, 5));
+  store_pairs(p + 6, __builtin_shufflevector(re, im, 2, 6, 3, 7));
+}
+#else
+TESSARN_INLINE vec load_pairs(const double* p) { return load(p); }
+TESSARN_INLINE void store_pairs(double* p, vec v) { store(p, v); }
+TESSARN_INLINE vec swap_pairs(vec v) { return __builtin_shufflevector(v, v, 1, 0); }
+TESSARN_INLINE void store_parts(double* p, vec re, vec im) {
+  store_pairs(p, __builtin_shufflevector(re, im, 0, 2));
+  store_pairs(p + 3, __builtin_shufflevector(re, im, 1, 3));
+}
+#endif
+#else
+TESSARN_INLINE void store_parts(double* p, vec re, vec im) {
+  p[0] = re;
+  p[1] = im;
+}
+#endif
+
 // A tile of the complex product: rows by vectors of columns, both parts in registers.
 #if defined(TESSARN_ISA_avx512)
 static constexpr size_t complex_rows = 4, complex_vectors = 2;
