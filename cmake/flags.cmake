@@ -26,8 +26,8 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
     set(TESSARN_FLAGS_avx2 /arch:AVX2)
     set(TESSARN_FLAGS_avx512 /arch:AVX512)
   else()  # also clang-cl, whose /arch:AVX2 would allow more than AVX2
-    set(TESSARN_FLAGS_avx2 -mavx2)
-    set(TESSARN_FLAGS_avx512 -mavx512f -mavx512dq -mavx512cd -mavx512bw -mavx512vl -mprefer-vector-width=512)
+    set(TESSARN_FLAGS_avx2 -mavx2 -mbmi2)
+    set(TESSARN_FLAGS_avx512 -mbmi2 -mavx512f -mavx512dq -mavx512cd -mavx512bw -mavx512vl -mprefer-vector-width=512)
   endif()
   if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # GCC takes the stack for aligned to 32 bytes where Windows promises 16 (GCC bug 54412).

@@ -33,6 +33,8 @@ set(TESSARN_SOURCES
   poly/surface_fit.cpp
   geometry/bounds.cpp
   geometry/cloud.cpp
+  geometry/duplicates.cpp
+  geometry/extremes.cpp
   geometry/kernels.cpp
   geometry/line3d.cpp
   geometry/normal_search.cpp

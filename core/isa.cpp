@@ -50,11 +50,10 @@ isa detect() noexcept {
   const auto has = [](unsigned flags, int bit) { return ((flags >> bit) & 1u) != 0; };
   if (!has(one.c, 27)) return isa::baseline;  // OSXSAVE
   const unsigned long long saved = extended_control();
-  bool avx2 = (saved & 0x6) == 0x6 && has(one.c, 28) && has(seven.b, 5);
+  bool avx2 = (saved & 0x6) == 0x6 && has(one.c, 28) && has(seven.b, 5) && has(seven.b, 8);  // AVX, AVX2, BMI2
 #if defined(_MSC_VER) && !defined(__clang__)
-  // /arch:AVX2 means a whole processor: FMA, MOVBE, F16C, BMI1, BMI2 and LZCNT too.
-  avx2 = avx2 && has(one.c, 12) && has(one.c, 22) && has(one.c, 29) && has(seven.b, 3) && has(seven.b, 8) &&
-         has(cpuid(0x80000001u).c, 5);
+  // /arch:AVX2 means a whole processor: FMA, MOVBE, F16C, BMI1 and LZCNT too.
+  avx2 = avx2 && has(one.c, 12) && has(one.c, 22) && has(one.c, 29) && has(seven.b, 3) && has(cpuid(0x80000001u).c, 5);
 #endif
   const bool avx512 = avx2 && (saved & 0xE6) == 0xE6 && has(seven.b, 16) && has(seven.b, 17) &&
                       has(seven.b, 28) && has(seven.b, 30) && has(seven.b, 31);  // F, DQ, CD, BW, VL

@@ -1,5 +1,6 @@
 #include "geometry/bounds.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tessarn::detail {
@@ -20,34 +21,53 @@ double form(const double* s, double x, double y, double z) {
 
 residual_bounds::residual_bounds(const cloud& points) {
   const auto count = static_cast<double>(points.size());
-  const moment_sums& sums = points.moments();
-  const double trace = sums.second[0] + sums.second[1] + sums.second[2];
-  usable_ = trace > least && trace < greatest && sums.square > least && sums.square < greatest;
+  const moment_sums& moments = points.moments();
+  const double* sums = moments.sum;
+  const double trace = sums[3] + sums[4] + sums[5];
+  const vector3d& r = points.reference();
+  const double reference[3] = {static_cast<double>(r.x), static_cast<double>(r.y), static_cast<double>(r.z)};
+  double square = trace;  // of the points
+  for (int k = 0; k < 3; ++k) {
+    form_.mean[k] = sums[k] / count;
+    square += 2 * reference[k] * sums[k] + count * reference[k] * reference[k];
+  }
+  square *= 1 + outward;
+  usable_ = trace > least && trace < greatest && square > least && square < greatest;
   form_.count = count;
-  for (int k = 0; k < 3; ++k) form_.mean[k] = sums.first[k] / count;
-  for (int k = 0; k < 6; ++k) form_.second[k] = sums.second[k];
-  for (int k = 0; k < 6; ++k) form_.weighted[k] = sums.weighted[k];
+  std::copy_n(sums + 3, 6, form_.second);
+  translate_weighted(moments.weighted, count);
   form_.form_margin = 128 * u * trace;
-  const double mean_error = 1.1 * (count + 5) * u * std::sqrt(sums.square / count);
+  const double mean_error = 1.1 * (count + 5) * u * std::sqrt(square / count);
   form_.mean_margin = count * mean_error * mean_error;
   form_.mean_margin_root = 1.1 * std::sqrt(form_.mean_margin);
-  form_.residual_margin = 3.5 * u * std::sqrt(sums.square) + 1.1 * u * form_.mean_margin_root;
+  form_.residual_margin = 3.5 * u * std::sqrt(square) + 1.1 * u * form_.mean_margin_root;
   form_.factor = 1.1 * (count + 2) * u + outward;
   // The weighted products carry a rounding for each block, and |s|^2 <= T.
-  double rest = form_.mean_margin + 3 * form_.residual_margin * form_.residual_margin + 10 * u * u * trace;
-  for (const double m : form_.mean) rest += count * m * m;
-  form_.sum_margin = 200 * u * count * rest + 1.1 * u * count * (count + 100) * u * trace;
+  const double rest = form_.mean_margin + 3 * form_.residual_margin * form_.residual_margin + 1000 * u * u * trace;
+  form_.sum_margin = 200 * u * count * rest + 1.1 * u * count * (count + 200) * u * trace;
   form_.sum_factor = 4 * u + outward;
+}
+
+// From those about the reference point to those about the mean; the sum of the weights is taken somewhat too large.
+void residual_bounds::translate_weighted(const double* weighted, double count) {
+  const double weights = 0.5 * count * (count + 2 * block_limit);
+  const double* mean = form_.mean;
+  const auto translated = [&](int k, int a, int b) {
+    return weighted[3 + k] - (mean[a] * weighted[b] + mean[b] * weighted[a]) + weights * mean[a] * mean[b];
+  };
+  const int axes[6][2] = {{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}};
+  for (int k = 0; k < 6; ++k) form_.weighted[k] = translated(k, axes[k][0], axes[k][1]);
 }
 
 direction_bounds::direction_bounds(const point_arrays& par, const point_arrays& perp) {
   const double origin[3] = {0, 0, 0};
   moment_sums a, b;
-  geometry().moments(par, origin, &a, nullptr);
-  geometry().moments(perp, origin, &b, nullptr);
+  geometry().moments(par, origin, &a);
+  geometry().moments(perp, origin, &b);
   constant_ = static_cast<double>(par.n);
-  for (int k = 0; k < 6; ++k) second_[k] = b.second[k] - a.second[k];
-  const double magnitude = constant_ + a.square + b.square;
+  for (int k = 0; k < 6; ++k) second_[k] = b.sum[3 + k] - a.sum[3 + k];
+  double magnitude = constant_;
+  for (int k = 3; k < 6; ++k) magnitude += a.sum[k] + b.sum[k];
   usable_ = magnitude > least && magnitude < greatest;
   // A term is off by at most 8 roundings of its size, their sum by as many as there are terms, the moments by 24, their
   // difference and the form by 12.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/storage.h"
+#include "geometry/extremes.h"
 #include "geometry/kernels.h"
 #include "tessarn/vectors.h"
 
@@ -21,9 +22,9 @@ class cloud {
 
   // The coordinate sums in the order of the points, times the reciprocal of their number.
   vector3d centroid() const { return vector3d(sums_[0], sums_[1], sums_[2]) / static_cast<real>(n_); }
-  // About the centroid.
+  // About a point amid the cloud.
   const moment_sums& moments() const { return moments_; }
-  vector3d farthest_from_centroid() const { return farthest_ < n_ ? point(farthest_) : centroid(); }
+  const vector3d& reference() const { return reference_; }
   // The first of the points farthest from a, if farther than 0; else a.
   vector3d farthest_from(const vector3d& a) const;
   // The first of the points with the largest sum of distances from a and b, if larger than that of a; else a.
@@ -35,17 +36,17 @@ class cloud {
   const real* z() const { return coordinates_ + 2 * stride_; }
 
   void remove(const bool* marked);
-  void make_moments(repeated_hashes* hashes);
 
   std::size_t n_;
+  vector3d reference_;
   double sums_[3];
   moment_sums moments_;
-  std::size_t farthest_;
+  reaches reaches_;
   static constexpr std::size_t padding = 48;  // for the whole vectors of the kernels
   std::size_t stride_;
   real_array many_;  // where the few do not do
   real* coordinates_;
-  real few_[3 * 160];
+  alignas(64) real few_[3 * 160];
 };
 
 }  // namespace tessarn::detail

@@ -162,6 +162,8 @@ TESSARN_INLINE point_lanes only(mask m, const point_lanes& p) {
   return {select(m, p.x, vec{}), select(m, p.y, vec{}), select(m, p.z, vec{})};
 }
 
+TESSARN_INLINE mask lanes_below(size_t n) { return lane_numbers() < broadcast((double)n); }
+
 TESSARN_INLINE vec squared_length(const point_lanes& d) { return (d.x * d.x + d.y * d.y) + d.z * d.z; }
 
 // Distances are compared, but most points are excluded by their squares p and q, without a root: sqrt(p) + sqrt(q) is
@@ -179,7 +181,8 @@ struct farthest_so_far {
   size_t found;
 };
 
-constexpr size_t block_vectors = 16;
+constexpr size_t block_vectors = 16, block_points = block_vectors * width;
+static_assert(block_points <= block_limit, "what the sums' weights are bounded by");
 
 // The squares of the distances of some points from one or from two others.
 template <bool TWO>
@@ -238,7 +241,7 @@ TESSARN_INLINE size_t farthest_point(const point_arrays& points, const double* f
       block.add(squared_length(difference(p, a)), TWO ? squared_length(difference(p, b)) : vec{});
     }
     if (block.vectors < block_vectors && i < points.n) {
-      const mask inside = lane_numbers() < broadcast((double)(points.n - i));
+      const mask inside = lanes_below(points.n - i);
       const point_lanes p = load_points(points, i);
       block.add(select(inside, squared_length(difference(p, a)), vec{}),
                 TWO ? select(inside, squared_length(difference(p, b)), vec{}) : vec{});
@@ -268,10 +271,8 @@ struct accurate_sum {
   }
 };
 
-constexpr size_t sums = 10;
-
-// p less the reference point is d.
-TESSARN_INLINE void add_moments(const point_lanes& p, const point_lanes& d, vec* sum) {
+// First the differences from the reference point, then their products: d is p less the reference point.
+TESSARN_INLINE void add_moments(const point_lanes& d, vec* sum) {
   sum[0] += d.x;
   sum[1] += d.y;
   sum[2] += d.z;
@@ -281,71 +282,43 @@ TESSARN_INLINE void add_moments(const point_lanes& p, const point_lanes& d, vec*
   sum[6] += d.x * d.y;
   sum[7] += d.x * d.z;
   sum[8] += d.y * d.z;
-  sum[9] += squared_length(p);
 }
 
-// Of count points from the i-th on. Without branches: they could not be foreseen.
-TESSARN_INLINE void add_hashes(repeated_hashes& r, size_t i, size_t count) {
-  constexpr size_t ahead = 32;
-  for (size_t k = i; k < i + count; ++k) {
-    prefetch(&r.table[(uint64_t)(r.hash[k + ahead] >> r.shift) / 64]);
-    const uint32_t place = r.hash[k] >> r.shift;
-    uint64_t& word = r.table[place / 64];
-    const uint64_t bit = (uint64_t)1 << (place % 64);
-    r.listed[r.found] = (uint32_t)k;
-    r.found += (word & bit) != 0;
-    word |= bit;
+// The accurate sums take what has been added in the lanes over a block.
+struct moment_totals {
+  accurate_sum total[moment_count];
+  vec weighted[moment_count];
+
+  TESSARN_MEMBER void begin() {
+    for (size_t s = 0; s < moment_count; ++s) total[s].high = total[s].low = weighted[s] = vec{};
   }
-}
+  TESSARN_MEMBER void add(const vec* sum, double weight) {
+    for (size_t s = 0; s < moment_count; ++s) {
+      total[s].add(sum[s]);
+      weighted[s] += weight * sum[s];
+    }
+  }
+  TESSARN_MEMBER void finish(moment_sums* result) const {
+    for (size_t s = 0; s < moment_count; ++s) {
+      result->sum[s] = sum_of_lanes(total[s].high + total[s].low);
+      result->weighted[s] = sum_of_lanes(weighted[s]);
+    }
+  }
+};
 
-// The accurate sums take what has been added in the lanes over a block. The search for repeated hash values waits for
-// the memory, the moments for the arithmetic.
-template <bool SEARCH>
-TESSARN_INLINE size_t add_blocks(const point_arrays& points, const double* reference, accurate_sum* total,
-                                 vec* weighted, repeated_hashes* hashes) {
-  repeated_hashes own = SEARCH ? *hashes : repeated_hashes{};  // stays in registers
+void moments(const point_arrays& points, const double* reference, moment_sums* result) {
   const point_lanes r = lanes_of(reference);
-  for (size_t s = 0; s < sums; ++s) total[s].high = total[s].low = vec{};
-  farthest_so_far far = {0, points.n};
-  squares_block<false> block;
+  moment_totals totals;
+  totals.begin();
   for (size_t i = 0; i < points.n;) {
-    const size_t first = i;
-    vec sum[sums] = {};
-    block.begin();
-    for (; block.vectors < block_vectors && i + width <= points.n; i += width) {
-      const point_lanes p = load_points(points, i), d = difference(p, r);
-      if (SEARCH) add_hashes(own, i, width);
-      add_moments(p, d, sum);
-      block.add(squared_length(d), vec{});
-    }
-    if (block.vectors < block_vectors && i < points.n) {
-      const mask inside = lane_numbers() < broadcast((double)(points.n - i));
-      const point_lanes p = load_points(points, i), d = only(inside, difference(p, r));
-      if (SEARCH) add_hashes(own, i, points.n - i);
-      add_moments(only(inside, p), d, sum);
-      block.add(squared_length(d), vec{});
-      i = points.n;
-    }
-    for (size_t s = 0; s < sums; ++s) total[s].add(sum[s]);
-    for (size_t s = 0; s < 6; ++s) weighted[s] += (double)(points.n - first) * sum[3 + s];
-    block.compare(first, far);
+    const size_t first = i, end = points.n - first < block_points ? points.n : first + block_points;
+    vec sum[moment_count] = {};
+    for (; i + width <= end; i += width) add_moments(difference(load_points(points, i), r), sum);
+    if (i < end) add_moments(only(lanes_below(end - i), difference(load_points(points, i), r)), sum);
+    i = end;
+    totals.add(sum, (double)(points.n - first));
   }
-  if (SEARCH) hashes->found = own.found;
-  return far.found;
-}
-
-size_t moments(const point_arrays& points, const double* reference, moment_sums* result, repeated_hashes* hashes) {
-  accurate_sum total[sums];
-  vec weighted[6] = {};
-  const size_t found = hashes ? add_blocks<true>(points, reference, total, weighted, hashes)
-                              : add_blocks<false>(points, reference, total, weighted, hashes);
-  double value[sums];
-  for (size_t s = 0; s < sums; ++s) value[s] = sum_of_lanes(total[s].high + total[s].low);
-  for (size_t s = 0; s < 3; ++s) result->first[s] = value[s];
-  for (size_t s = 0; s < 6; ++s) result->second[s] = value[3 + s];
-  result->square = value[9];
-  for (size_t s = 0; s < 6; ++s) result->weighted[s] = sum_of_lanes(weighted[s]);
-  return found;
+  totals.finish(result);
 }
 
 #if defined(__GNUC__) || defined(__clang__)
@@ -375,41 +348,134 @@ TESSARN_INLINE bits folded_bits_of(vec v) {
 }
 
 // A linear combination of the coordinates' bits.
-TESSARN_INLINE bits hash_of(vec x, vec y, vec z) {
-  return folded_bits_of(x) * 0x9E3779B97F4A7C15u + folded_bits_of(y) * 0xBF58476D1CE4E5B9u +
-         folded_bits_of(z) * 0x94D049BB133111EBu;
+TESSARN_INLINE bits hash_of(const point_lanes& p) {
+  return folded_bits_of(p.x) * 0x9E3779B97F4A7C15u + folded_bits_of(p.y) * 0xBF58476D1CE4E5B9u +
+         folded_bits_of(p.z) * 0x94D049BB133111EBu;
 }
 
-TESSARN_INLINE void unpack_points(const double* points, double* to, size_t stride, uint32_t* hash) {
-  vec x, y, z;
-  load_space_points(points, x, y, z);
-  store(to, x);
-  store(to + stride, y);
-  store(to + 2 * stride, z);
-  store_upper_halves(hash, hash_of(x, y, z));
+TESSARN_INLINE point_lanes unpack_points(const double* points, double* to, size_t stride, uint32_t* hash) {
+  point_lanes p;
+  load_space_points(points, p.x, p.y, p.z);
+  store(to, p.x);
+  store(to + stride, p.y);
+  store(to + 2 * stride, p.z);
+  store_upper_halves(hash, hash_of(p));
+  return p;
 }
 
-// The sums go along: their additions wait for each other, the rest waits for the memory.
-void unpack(const double* points, size_t n, double* to, size_t stride, uint32_t* hash, double* sums) {
+TESSARN_INLINE vec note_reach(double* to, const point_lanes& d) {
+  const vec square = greater(squared_length(d), vec{});
+  *to = greatest_lane(square);
+  return square;
+}
+
+// The moments and the ordered sums cost next to nothing besides: the memory is waited for.
+void take_in(const double* points, size_t n, const double* reference, const cloud_room& room, moment_sums* result,
+             double* sums) {
   constexpr size_t ahead = 128;
-  quad sum = all_lanes(0);
-  size_t i = 0;
-  for (; i + width <= n; i += width) {
-    const double* later = points + 4 * (i + ahead + width <= n ? i + ahead : i);  // the processor itself stops at pages
-    for (size_t k = 0; k < 4 * width; k += 8) prefetch(later + k);
-    unpack_points(points + 4 * i, to + i, stride, hash + i);
-    for (size_t k = i; k < i + width; ++k) sum = sum + load_point(points + 4 * k + 1);
+  const point_lanes r = lanes_of(reference);
+  moment_totals totals;
+  totals.begin();
+  quad ordered = all_lanes(0);
+  for (size_t i = 0; i < n;) {
+    const size_t first = i, end = n - first < block_points ? n : first + block_points;
+    vec sum[moment_count] = {}, reach = {};
+    for (; i + width <= end; i += width) {
+      const double* later = points + 4 * (i + ahead + width <= n ? i + ahead : i);  // the processor stops at pages
+      for (size_t k = 0; k < 4 * width; k += 8) prefetch(later + k);
+      const point_lanes d = difference(unpack_points(points + 4 * i, room.to + i, room.stride, room.hash + i), r);
+      add_moments(d, sum);
+      if (room.group_reach) reach = greater(note_reach(room.group_reach + i / width, d), reach);
+      for (size_t k = i; k < i + width; ++k) ordered = ordered + load_point(points + 4 * k + 1);
+    }
+    if (i < end) {
+      double rest[4 * width] = {};
+      for (size_t k = 0; k < 4 * (end - i); ++k) rest[k] = k % 4 == 0 ? 0 : points[4 * i + k];
+      const point_lanes p = unpack_points(rest, room.to + i, room.stride, room.hash + i);
+      const point_lanes d = only(lanes_below(end - i), difference(p, r));
+      add_moments(d, sum);
+      if (room.group_reach) reach = greater(note_reach(room.group_reach + i / width, d), reach);
+      for (; i < end; ++i) ordered = ordered + load_point(points + 4 * i + 1);
+    }
+    totals.add(sum, (double)(n - first));
+    if (room.group_reach) room.block_reach[first / block_points] = greatest_lane(reach);
   }
-  double rest[4 * width] = {};
-  for (size_t k = 0; k < 4 * (n - i); ++k) rest[k] = k % 4 == 0 ? 0 : points[4 * i + k];
-  if (i < n) unpack_points(rest, to + i, stride, hash + i);
-  for (; i < n; ++i) sum = sum + load_point(points + 4 * i + 1);
-  store_point(sums, sum);
+  totals.finish(result);
+  store_point(sums, ordered);
+}
+
+// Of up to so many hash values all pairs are compared faster than a table is cleared and filled.
+constexpr size_t most_compared = width < 4 ? 32 : 160;
+#if defined(__GNUC__) || defined(__clang__)
+constexpr size_t hash_lanes = width < 4 ? 4 : 8;
+typedef uint32_t hash_vec __attribute__((vector_size(hash_lanes * 4)));
+
+TESSARN_INLINE hash_vec load_hashes(const uint32_t* p) {
+  typedef uint32_t unaligned __attribute__((vector_size(hash_lanes * 4), aligned(4), may_alias));
+  return *reinterpret_cast<const unaligned*>(p);
+}
+TESSARN_INLINE void keep_least(hash_vec& least, hash_vec v) { least = v < least ? v : least; }
+
+// The pairs of near ones first, since the rest is taken four hash values at a time.
+bool repeats(const uint32_t* hash, size_t n) {
+  hash_vec least[4] = {};
+  for (size_t r = 0; r < 4; ++r) least[r] = ~hash_vec{};
+  for (size_t i = 0; i < n; i += hash_lanes)
+    for (size_t r = 1; r < 4; ++r) keep_least(least[r], load_hashes(hash + i) ^ load_hashes(hash + i + r));
+  for (size_t i = 0; i < n; i += 4) {
+    hash_vec own[4];
+    for (size_t r = 0; r < 4; ++r) own[r] = hash[i + r] - hash_vec{};
+    for (size_t k = i + 4; k < n; k += hash_lanes) {
+      const hash_vec others = load_hashes(hash + k);
+      for (size_t r = 0; r < 4; ++r) keep_least(least[r], own[r] ^ others);
+    }
+  }
+  for (size_t r = 1; r < 4; ++r) keep_least(least[0], least[r]);
+  bool found = false;
+  for (size_t k = 0; k < hash_lanes; ++k) found |= least[0][k] == 0;
+  return found;
+}
+#else
+bool repeats(const uint32_t* hash, size_t n) {
+  for (size_t i = 0; i < n; ++i)
+    for (size_t k = i + 1; k < n; ++k)
+      if (hash[i] == hash[k]) return true;
+  return false;
+}
+#endif
+
+// Without branches: they could not be foreseen.
+size_t list_repeated(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed) {
+  constexpr size_t ahead = 32;
+  const hash_words own = table;  // stays in registers
+  size_t found = 0;
+  for (size_t k = 0; k < n; ++k) {
+    prefetch(&own.words[hash[k + ahead] >> own.shift]);
+    const uint32_t h = hash[k];
+    uint64_t& word = own.words[h >> own.shift];
+    const uint64_t two = (uint64_t)1 << h % 64 | (uint64_t)1 << h / 64 % 64;
+    listed[found] = (uint32_t)k;
+    found += (word & two) == two;
+    word |= two;
+  }
+  return found;
+}
+
+size_t list_suspects(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed) {
+  const hash_words own = table;
+  size_t found = 0;
+  for (size_t k = 0; k < n; ++k) {
+    const uint32_t h = hash[k];
+    listed[found] = (uint32_t)k;
+    found += own.words[h >> own.shift] >> h % 64 & 1;
+  }
+  return found;
 }
 
 }  // namespace
 
-const geometry_kernels geometry_table = {means,    residuals, bound_residuals,   add_sines, add_cosines, moments,
-                                         farthest, farthest_from_two, unpack};
+const geometry_kernels geometry_table = {
+    means,   residuals, bound_residuals, add_sines,     add_cosines,   moments, farthest,     farthest_from_two,
+    take_in, repeats,   list_repeated,   list_suspects, most_compared, width,   block_points};
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -17,15 +17,14 @@ struct point_arrays {
   size_t n;
 };
 
-// Sums about a reference point, each accurate to two dozen roundings of the sum of its magnitudes: of the coordinates,
-// of their products xx, yy, zz, xy, xz, yz, and of the squares of the coordinates themselves.
+// Sums over the points less a reference point: of the coordinates x, y, z, of their products xx, yy, zz, xy, xz, yz,
+// and of these times the number of points from the first of their block on, which has at most block_limit points. Each
+// is accurate to two dozen roundings of the sum of its magnitudes, the latter to two dozen and one for each block.
+inline constexpr size_t block_limit = 128;
+inline constexpr size_t moment_count = 9;
 struct moment_sums {
-  double first[3];
-  double second[6];
-  double square;
-  // The products, each times the number of points from the first of its block on: not less than the sum of the partial
-  // sums, for the squares, in the order of the points.
-  double weighted[6];
+  double sum[moment_count];
+  double weighted[moment_count];
 };
 
 // What bounds the sum of the squared residuals of a normal (bounds.h): the sums' first moments over their number, the
@@ -40,15 +39,22 @@ struct residual_form {
   double factor;                  // for all of the sum's roundings, without the weighted products
 };
 
-// A search for repeated hash values of points. The table has a bit for each value of a hash less its last bits, as
-// many as shift; those of the points are set. Lists the points whose bit was set before; there is room for one point
-// more, and 48 hash values behind the last one may be read.
-struct repeated_hashes {
-  const uint32_t* hash;
-  uint64_t* table;
+// A word for each value of a hash less its last bits, as many as shift.
+struct hash_words {
+  uint64_t* words;
   unsigned shift;
-  uint32_t* listed;
-  size_t found;
+};
+
+// Where the points of a cloud go, with 32 more places behind the last one: the i-th to to[i], to[stride + i] and
+// to[2 stride + i], and its hash value, the same for both zeros. The square of the greatest distance from the reference
+// point, 0 where none is a number, goes to group_reach for each group of points, and to block_reach for each block, if
+// these are wanted.
+struct cloud_room {
+  double* to;
+  size_t stride;
+  uint32_t* hash;
+  double* group_reach;
+  double* block_reach;
 };
 
 struct geometry_kernels {
@@ -65,18 +71,27 @@ struct geometry_kernels {
   void (*add_sines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
   void (*add_cosines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
 
-  // The moments, and what farthest would find from the reference point and 0. With hashes, searches them along the way.
-  size_t (*moments)(const point_arrays& points, const double* reference, moment_sums* sums, repeated_hashes* hashes);
+  void (*moments)(const point_arrays& points, const double* reference, moment_sums* sums);
 
   // The first of the points that are farthest from a, if farther than least; points.n otherwise. With b, the same for
   // the sum of the distances.
   size_t (*farthest)(const point_arrays& points, const double* a, double least);
   size_t (*farthest_from_two)(const point_arrays& points, const double* a, const double* b, double least);
 
-  // The coordinates of n space points, each four doubles of which they are the last three, to to[i], to[stride + i] and
-  // to[2 stride + i], and a hash value of each, the same for both zeros. There is room for 32 more.
-  // The coordinates' sums in the order of the points, from +0.0, to sums.
-  void (*unpack)(const double* points, size_t n, double* to, size_t stride, uint32_t* hash, double* sums);
+  // Takes in n space points, each four doubles of which the coordinates are the last three, with their moments about
+  // the reference point and the coordinates' sums in the order of the points, from +0.0.
+  void (*take_in)(const double* points, size_t n, const double* reference, const cloud_room& room, moment_sums* moments,
+                  double* sums);
+  // Whether two of the hash values, or a hash value and one of the 32 behind the last one, are the same.
+  bool (*repeats)(const uint32_t* hash, size_t n);
+  // Lists the points, in order, that have both bits of their hash value's word, by its last twelve bits, set by points
+  // before; sets them for all points. There is room in the list for one point more, and 32 hash values behind the last
+  // one may be read.
+  size_t (*list_repeated)(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed);
+  // The same for the one bit by the last six bits, without setting any.
+  size_t (*list_suspects)(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed);
+  size_t most_compared;               // up to so many hash values repeats is faster than the lists
+  size_t group_points, block_points;  // what a group and a block has, if not the last one
 };
 
 namespace baseline {

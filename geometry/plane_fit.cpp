@@ -187,7 +187,7 @@ bool plane_search::run(double step) {
 
 // The normal of the plane through three extreme points of the cloud, and its offset.
 vector3d normal_through_extremes(const cloud& points, real& offset) {
-  const vector3d e1 = points.farthest_from_centroid();
+  const vector3d e1 = points.farthest_from(points.centroid());
   const vector3d e2 = points.farthest_from(e1);
   const vector3d e3 = points.farthest_from(e1, e2);
   vector3d n = (e2 - e1).cross(e3 - e1);

@@ -3,10 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
+#include <set>
 #include <vector>
 
+#include "core/isa.h"
 #include "support/bits.h"
 #include "support/random.h"
 
@@ -34,7 +38,7 @@ double drawn(test::random_source& r, unsigned kind) {
 
 std::vector<vector3d> drawn_points(test::random_source& r) {
   std::vector<vector3d> points;
-  const unsigned kind = r.below(4), n = 3 + r.below(r.below(2) ? 20 : 700);
+  const unsigned kind = r.below(4), n = 3 + r.below(r.below(2) ? 40 : 700);
   for (unsigned i = 0; i < n; ++i) {
     if (i > 0 && r.below(8) == 0) {
       points.push_back(points[r.below(i)]);
@@ -95,10 +99,100 @@ TEST(Cloud, FarthestPoints) {
       if (sum > far_two) two = p, far_two = sum;
     }
     expect_point(c.farthest_from(a), one);
-    expect_point(c.farthest_from_centroid(), c.farthest_from(c.centroid()));
     expect_point(c.farthest_from(a, b), two);
     ASSERT_FALSE(HasFailure()) << "round " << round;
   }
+}
+
+// So many points that whole blocks of them are left out of the searches.
+std::vector<vector3d> many_points(test::random_source& r, unsigned kind) {
+  const unsigned n = 4096 + r.below(9000);
+  std::vector<vector3d> points;
+  for (unsigned i = 0; i < n; ++i) {
+    const double angle = 6.2831853 * r.uniform(), along = 1.0 * i / n, x = r.uniform(), y = r.uniform();
+    switch (kind) {
+      case 0: points.emplace_back(x, y, 0.1 * x); break;                                                // a square
+      case 1: points.emplace_back(std::cos(angle), std::sin(angle), 0.01 * x); break;                   // a ring
+      case 2: points.emplace_back(100 * along, x, 1e6); break;                                          // row by row
+      case 3: points.emplace_back(r.below(3), r.below(3), std::ldexp(1.0 * r.below(3), -50)); break;    // ties
+      case 4: points.emplace_back(x * x * x * 1e-3, y, r.below(900) ? 0.0 : 50 * x); break;             // a few outside
+      case 5: points.emplace_back(std::ldexp(x, -400), std::ldexp(y, -500), 0); break;                  // squares vanish
+      case 6: points.emplace_back(std::ldexp(x, 600), std::ldexp(y, 500), 1); break;                    // and overflow
+      default: points.emplace_back(r.below(2000) ? x : r.hostile(), y, r.below(2000) ? y : r.hostile());
+    }
+  }
+  return points;
+}
+
+TEST(Cloud, FarthestOfManyPoints) {
+  test::random_source r(94);
+  for (unsigned round = 0; round < 72; ++round) {
+    tessarn::detail::force_isa(static_cast<tessarn::detail::isa>(round / 8 % 3));
+    const std::vector<vector3d> points = many_points(r, round % 8);
+    const cloud c(points.data(), static_cast<tessarn::ulong>(points.size()));
+    const auto any = [&] { return points[r.below(static_cast<unsigned>(points.size()))]; };
+    for (const vector3d& a : {c.centroid(), any(), any() * 1.5, vector3d(1e9, 0, 0), c.farthest_from(c.centroid())}) {
+      const vector3d b = r.below(2) ? c.farthest_from(a) : any();
+      vector3d one = a, two = a;
+      double far_one = 0, far_two = (a - a).lenld() + (a - b).lenld();
+      for (std::size_t i = 0; i < c.size(); ++i) {
+        const vector3d p = c.point(i);
+        const double from_a = (p - a).lenld(), sum = from_a + (p - b).lenld();
+        if (from_a > far_one) one = p, far_one = from_a;
+        if (sum > far_two) two = p, far_two = sum;
+      }
+      expect_point(c.farthest_from(a), one);
+      expect_point(c.farthest_from(a, b), two);
+    }
+    ASSERT_FALSE(HasFailure()) << "round " << round;
+  }
+  tessarn::detail::force_isa(tessarn::detail::isa::avx512);
+}
+
+TEST(Cloud, KeepsTheLastOfEqualPointsAmongMany) {
+  test::random_source r(95);
+  for (unsigned round = 0; round < 24; ++round) {
+    tessarn::detail::force_isa(static_cast<tessarn::detail::isa>(round % 3));
+    std::vector<vector3d> points = many_points(r, round % 2 ? 0 : 7);
+    std::vector<bool> repeated(points.size());
+    for (unsigned k = r.below(round % 4 == 0 ? 2 : 600); k > 0; --k) {
+      const unsigned first = r.below(static_cast<unsigned>(points.size() / 2));
+      points[points.size() / 2 + r.below(static_cast<unsigned>(points.size() / 2))] = points[first];
+    }
+    std::set<std::array<double, 3>> later;
+    for (std::size_t i = points.size(); i-- > 0;) {
+      const vector3d& p = points[i];
+      const bool number = p.x == p.x && p.y == p.y && p.z == p.z;
+      repeated[i] = number && !later.insert({p.x + 0.0, p.y + 0.0, p.z + 0.0}).second;  // -0.0 becomes 0.0
+    }
+    const cloud c(points.data(), static_cast<tessarn::ulong>(points.size()));
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < points.size(); ++i)
+      if (!repeated[i] && kept < c.size()) expect_point(c.point(kept++), points[i]);
+    ASSERT_EQ(kept, c.size());
+    ASSERT_EQ(static_cast<std::ptrdiff_t>(kept), std::count(repeated.begin(), repeated.end(), false));
+    ASSERT_FALSE(HasFailure()) << "round " << round;
+  }
+  tessarn::detail::force_isa(tessarn::detail::isa::avx512);
+}
+
+// Each pair of a small number of hash values, and none where all differ.
+TEST(Cloud, RepeatedHashValues) {
+  test::random_source r(96);
+  for (unsigned n = 1; n < 70; ++n) {
+    tessarn::detail::force_isa(static_cast<tessarn::detail::isa>(n % 3));
+    std::vector<std::uint32_t> hash(n + 32);
+    for (unsigned k = 0; k < hash.size(); ++k) hash[k] = (k << 20) + r.below(1u << 20);
+    EXPECT_FALSE(tessarn::detail::geometry().repeats(hash.data(), n));
+    for (unsigned i = 0; i < n; ++i)
+      for (unsigned j = 0; j < i; ++j) {
+        const std::uint32_t own = hash[i];
+        hash[i] = hash[j];
+        EXPECT_TRUE(tessarn::detail::geometry().repeats(hash.data(), n)) << n << ": " << i << ", " << j;
+        hash[i] = own;
+      }
+  }
+  tessarn::detail::force_isa(tessarn::detail::isa::avx512);
 }
 
 }  // namespace
