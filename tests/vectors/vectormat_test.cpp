@@ -260,6 +260,20 @@ TEST(Vectormat, AverageSumsEvenAndOddPointsApart) {
   EXPECT_TRUE(same(l.average(), {5 * 0.2, 7 * 0.2}));
 }
 
+// Long lists are read half a page of memory at a time.
+TEST(Vectormat, AverageOfLongLists) {
+  test::random_source r(77);
+  vectormat l;
+  plain::point_list p;
+  for (int i = 0; i < 2100; ++i) {
+    const vec2 drawn = {test::draw_finite(r) * 1e-3, r.uniform(-1, 1)};
+    vector v(drawn.x, drawn.y);
+    l.add(v);
+    plain::add(p, drawn);
+    ASSERT_TRUE(same(l.average(), plain::average(p))) << i + 1 << " points";
+  }
+}
+
 TEST(Vectormat, CentroidAssignment) {
   vectormat l;
   fill(l, {{0, 0}, {2, 0}, {2, 2}});
