@@ -50,6 +50,15 @@ set(TESSARN_KERNELS
   geometry/geometry_kernel.cpp
   vectors/list_kernel.cpp)
 
+# The chains of powers are written in an order that hides the latency of their steps, which GCC is to keep, and their
+# tests of single numbers belong into the integer units.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  set_source_files_properties(poly/poly_kernel.cpp PROPERTIES COMPILE_OPTIONS "-fno-tree-ter;-fno-tree-reassoc")
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+    set_property(SOURCE poly/poly_kernel.cpp APPEND PROPERTY COMPILE_OPTIONS -mno-stv)
+  endif()
+endif()
+
 file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
 
 # Compiles the objects of the library with the given definition; <name>_ALL lists them.

@@ -12,11 +12,13 @@
 #define TESSARN_INLINE static inline __attribute__((always_inline))
 #define TESSARN_MEMBER inline __attribute__((always_inline))
 // Before a loop of at most eight rounds over an array of vectors, so that the array stays in registers.
-// And before a loop that is to stay one.
+// The same of at most 32 rounds. And before a loop that is to stay one.
 #if defined(__clang__)
+#define TESSARN_UNROLL_MORE _Pragma("clang loop unroll(full)")
 #define TESSARN_UNROLL _Pragma("clang loop unroll(full)")
 #define TESSARN_KEEP_LOOP _Pragma("clang loop unroll(disable)")
 #else
+#define TESSARN_UNROLL_MORE _Pragma("GCC unroll 32")
 #define TESSARN_UNROLL _Pragma("GCC unroll 8")
 #define TESSARN_KEEP_LOOP _Pragma("GCC unroll 1")
 #endif
@@ -25,6 +27,7 @@
 #define TESSARN_INLINE static __forceinline
 #define TESSARN_MEMBER __forceinline
 #define TESSARN_UNROLL
+#define TESSARN_UNROLL_MORE
 #endif
 
 namespace tessarn::detail::TESSARN_ISA {
@@ -77,8 +80,9 @@ TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
 // Whether m is nowhere set.
 TESSARN_INLINE bool none(mask m) {
 #if TESSARN_LANES == 8
-  typedef int8_t bytes __attribute__((vector_size(8)));
-  return (int64_t)__builtin_convertvector(m != mask{}, bytes) == 0;
+  typedef long long quadwords __attribute__((vector_size(64)));
+  constexpr int not_equal = 4;
+  return __builtin_ia32_cmpq512_mask((quadwords)m, quadwords{}, not_equal, -1) == 0;
 #elif TESSARN_LANES == 4
   typedef int64_t two __attribute__((vector_size(16)));
   const two any = __builtin_shufflevector(m, m, 0, 1) | __builtin_shufflevector(m, m, 2, 3);

@@ -143,24 +143,36 @@ struct quick_chains {
   template <class Use>
   TESSARN_MEMBER void run(const vec* x, size_t count, const Use& use) {
     if (COUNT > 0) count = COUNT;
+    if (count > 2) {
+      begin(x, count);
+    } else {
+      for (size_t v = 0; v < GROUP; ++v) power[1][v] = x[v];
+    }
+    finish(count, use);
+  }
+  // The first part, up to what the power 3 is made of, for more than two powers.
+  TESSARN_MEMBER void begin(const vec* x, size_t count) {
     const double margin = margin_of(count);
-    for (size_t v = 0; v < GROUP; ++v) last[v] = broadcast(1);
-    if (count > 0) use(0, last);
-    if (count > 1) use(1, x);
-    if (count < 3) return;
     for (size_t v = 0; v < GROUP; ++v) {
       power[1][v] = x[v];
+      power[2][v] = x[v] * x[v];
+      if (count < 4) continue;
       head[1][v] = leading_bits(x[v] * broadcast(1 - 0x1p-25));
       rest[1][v] = (x[v] - head[1][v]) * broadcast(1 - margin);
-      last[v] = x[v] * x[v];
     }
-    use(2, last);
     if (count < 4) return;
     // A square is rounded once as it is.
-    for (size_t v = 0; v < GROUP; ++v) {
-      power[2][v] = last[v];
-      keep(2, v, head[1][v] * head[1][v], rest[1][v] * (head[1][v] + x[v]));
-    }
+    for (size_t v = 0; v < GROUP; ++v) keep(2, v, head[1][v] * head[1][v], rest[1][v] * (head[1][v] + x[v]));
+  }
+  // The rest.
+  template <class Use>
+  TESSARN_MEMBER void finish(size_t count, const Use& use) {
+    if (COUNT > 0) count = COUNT;
+    for (size_t v = 0; v < GROUP; ++v) last[v] = broadcast(1);
+    if (count > 0) use(0, last);
+    if (count > 1) use(1, power[1]);
+    if (count > 2) use(2, power[2]);
+    if (count < 4) return;
     if constexpr (COUNT > 3)
       known_steps<3>(use);
     else

@@ -65,11 +65,11 @@ void power_sums::add(const vector& point, real marker) {
 void power_sums::flush() {
   if (waiting_ == 0) return;
   constexpr double no_marker = std::numeric_limits<double>::quiet_NaN();
-  // One block is added or not as a whole.
-  if (kernels_.add_plane_points(block_, waiting_, no_marker, exponents_, sums_) == 0) {
+  const std::size_t added = kernels_.add_plane_points(block_, waiting_, no_marker, exponents_, sums_);
+  if (added < waiting_) {
     // Zeros behind the last point change no sum.
-    std::fill(block_ + 3 * waiting_, block_ + 3 * point_block, 0.0);
-    add_block(block_, (waiting_ + partial_sums - 1) / partial_sums * partial_sums, no_marker);
+    std::fill(std::copy(block_ + 3 * added, block_ + 3 * waiting_, block_), block_ + 3 * point_block, 0.0);
+    add_block(block_, (waiting_ - added + partial_sums - 1) / partial_sums * partial_sums, no_marker);
   }
   count_ += waiting_;
   waiting_ = 0;

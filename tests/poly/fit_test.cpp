@@ -156,13 +156,32 @@ TEST(Fit, AgreesWithThePlainForm) {
 
 TEST(Fit, LongListsAgreeWithThePlainForm) {
   test::random_source r(82);
-  for (const unsigned m : {1u, 4u, 9u}) {
+  for (const unsigned m : {1u, 3u, 4u, 5u, 8u, 9u}) {
     std::vector<vec2> points;
     for (int i = 0; i < 3000; ++i) points.push_back({r.uniform(-3, 3), r.uniform(-5, 5)});
     binom p = fitted(points, m);
     ASSERT_TRUE(same(p, plain::fit(points, m)));
     binom q = fitted_odd(points, m);
     ASSERT_TRUE(same(q, plain::fit_odd(points, m)));
+  }
+}
+
+// Marked points, and abscissas whose powers take the long way, anywhere between the others.
+TEST(Fit, ListsWithExceptionsAgreeWithThePlainForm) {
+  test::random_source r(86);
+  constexpr double exceptions[] = {-1, nan, 0, -0.0, 5e-324, 1e-25, 1e25, 1e200};
+  for (int round = 0; round < 400; ++round) {
+    const std::size_t n = r.below(200);
+    std::vector<vec2> points;
+    const double scale = r.below(4) == 0 ? 1e-24 : 1;
+    for (std::size_t i = 0; i < n; ++i) points.push_back({r.uniform(-3, 3) * scale, r.uniform(-5, 5)});
+    for (unsigned k = r.below(4); n > 0 && k > 0; --k)
+      points[r.below(static_cast<unsigned>(n))].x = exceptions[r.below(round % 2 == 0 ? 4 : 8)];
+    const unsigned m = 2 + r.below(8);
+    binom p = fitted(points, m);
+    ASSERT_TRUE(same(p, plain::fit(points, m))) << "round " << round << ", m = " << m;
+    binom q = fitted_odd(points, m);
+    ASSERT_TRUE(same(q, plain::fit_odd(points, m))) << "round " << round << ", m = " << m;
   }
 }
 
