@@ -5,18 +5,6 @@
 
 namespace tessarn::detail::TESSARN_ISA {
 
-TESSARN_INLINE mask bits(vec v) {
-#if defined(__GNUC__) || defined(__clang__)
-  return (mask)v;
-#else
-  union {
-    double v;
-    int64_t bits;
-  } both = {v};
-  return both.bits;
-#endif
-}
-
 // v with the lower 27 bits of its significand cleared: 26 are left.
 TESSARN_INLINE vec leading_bits(vec v) {
 #if defined(__GNUC__) || defined(__clang__)
@@ -87,33 +75,27 @@ struct certain_chains {
   }
 };
 
-// Finds abscissas for which the steps of a chain of powers below count are not exact (core/power.h), by the bits of
-// their squares, which are ordered as the numbers are. A square of 0 belongs to an abscissa all of whose higher powers
-// are 0.
-class range_check {
- public:
-  TESSARN_MEMBER explicit range_check(size_t count) {
-    constexpr int safe_exponent_range = 960;
-    const int limit = count > 3 ? 2 * (safe_exponent_range / (int)count) : 0;  // a square needs no chain
-    least_ = mask{} + ((int64_t)(1023 - limit) << 52);
-    most_ = mask{} + ((int64_t)(1023 + limit) << 52);
-  }
-  // Finds what is too small.
-  TESSARN_MEMBER void add_small(vec square) {
-    const mask b = bits(square);
-    outside_ |= (b - least_) & (mask{} - b);
-  }
-  // And what is too large or a NaN, of either sign.
-  TESSARN_MEMBER void add(vec square) {
-    add_small(square);
-    outside_ |= bits(square) | (most_ - bits(square));
-  }
-  TESSARN_MEMBER mask found() const { return outside_ & (mask{} + INT64_MIN); }
+TESSARN_INLINE uint64_t bits_at(const double* p) {
+#if defined(__GNUC__) || defined(__clang__)
+  typedef uint64_t aliasing_uint64 __attribute__((may_alias));
+  return *reinterpret_cast<const aliasing_uint64*>(p);
+#else
+  union {
+    double v;
+    uint64_t bits;
+  } both = {*p};
+  return both.bits;
+#endif
+}
 
- private:
-  mask least_, most_;
-  mask outside_ = {};
-};
+// Whether the chains of powers below EXPONENTS are safe for v (core/power.h), or v is 0, and all higher powers.
+// On numbers one by one, since the units of the vectors have enough to do.
+template <size_t EXPONENTS>
+TESSARN_INLINE bool chain_takes(const double* v) {
+  constexpr uint64_t limit = 960 / EXPONENTS, least = (1023 - limit) << 53, extent = 2 * limit << 53;
+  // The second comparison is one of doubles, or GCC does both where the first would do.
+  return 2 * bits_at(v) - least <= extent || *v == 0;
+}
 
 // Quick chains have at most this many powers, from the power 0 on.
 constexpr size_t most_quick = 25;

@@ -31,21 +31,7 @@ TESSARN_INLINE vec in_order(vec v) { return v; }
 
 TESSARN_INLINE mask not_finite(vec v) { return v - v != vec{}; }
 
-TESSARN_INLINE uint64_t bits_at(const double* p) {
-#if defined(__GNUC__) || defined(__clang__)
-  typedef uint64_t aliasing_uint64 __attribute__((may_alias));
-  return *reinterpret_cast<const aliasing_uint64*>(p);
-#else
-  union {
-    double v;
-    uint64_t bits;
-  } both = {*p};
-  return both.bits;
-#endif
-}
-
-// Finds abscissas that the chains below EXPONENTS do not take: the marker, which is not 0, and what is neither 0 nor in
-// range (core/power.h). On numbers one by one, since the units of the vectors have enough to do.
+// Finds abscissas that the chains do not take, and the marker, which is not 0.
 template <size_t EXPONENTS>
 class abscissa_check {
  public:
@@ -53,16 +39,13 @@ class abscissa_check {
   TESSARN_MEMBER bool passes(const double* points) const {
     TESSARN_UNROLL
     for (size_t k = 0; k < partial_sums; ++k) {
-      const uint64_t x = bits_at(points + 3 * k + 1), magnitude = 2 * x;
-      if (x == marker_) return false;
-      if (magnitude - least > extent && points[3 * k + 1] != 0) return false;
+      const double* x = points + 3 * k + 1;
+      if (bits_at(x) == marker_ || !chain_takes<EXPONENTS>(x)) return false;
     }
     return true;
   }
 
  private:
-  static constexpr uint64_t limit = 960 / EXPONENTS;
-  static constexpr uint64_t least = (1023 - limit) << 53, extent = 2 * limit << 53;
   uint64_t marker_;
 };
 

@@ -27,8 +27,8 @@ struct poly_kernels {
   // Adds n plane points, each three doubles of which x and y are the last two, to sums in partial_sums lanes each,
   // point i to lane i mod partial_sums: to sum e the powers e for e below exponents, but for sum 0, which would count
   // the points, and to sum exponents + e the powers e times y, for 2 e below exponents. Gives the number of points that
-  // it has added, all or a multiple of partial_sums: it ends where an x is the marker or a power is not finite or not to
-  // be had by quick chains (poly/chains.h), and knows some numbers of exponents only. The marker is not 0.
+  // it has added, all or a multiple of partial_sums: it ends where an x is the marker, which is not 0, or a power is
+  // not to be had by chains (poly/chains.h), and knows some numbers of exponents only.
   size_t (*add_plane_points)(const double* points, size_t n, double marker, unsigned exponents, double* sums);
 
   // The coordinates of a block of plane points; false where an x is the marker or a NaN.

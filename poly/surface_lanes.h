@@ -57,8 +57,11 @@ struct store_two_powers {
 template <size_t GROUP, size_t COUNT>
 TESSARN_INLINE bool unpack_with_powers(const double* points, double* px, double* py, double* z) {
   quick_chains<2 * GROUP, COUNT> chain;
-  range_check range(COUNT);
+  bool safe = true;
   for (size_t i = 0; i < point_block; i += GROUP * width) {
+    TESSARN_UNROLL_MORE
+    for (size_t k = 0; k < GROUP * width; ++k)
+      if (!chain_takes<COUNT>(points + 4 * (i + k) + 1) || !chain_takes<COUNT>(points + 4 * (i + k) + 2)) safe = false;
     vec at[2 * GROUP], pz;
     for (size_t v = 0; v < GROUP; ++v) {
       const size_t k = i + v * width;
@@ -66,12 +69,10 @@ TESSARN_INLINE bool unpack_with_powers(const double* points, double* px, double*
       store(px + point_block + k, at[v]);
       store(py + point_block + k, at[GROUP + v]);
       store(z + k, pz);
-      range.add(at[v] * at[v]);
-      range.add(at[GROUP + v] * at[GROUP + v]);
     }
     chain.run(at, COUNT, store_two_powers<GROUP>{px + i, py + i});
   }
-  return none(chain.doubt | range.found());
+  return safe && none(chain.doubt);
 }
 
 // As many powers of y side by side as there are registers for their sums.
