@@ -29,6 +29,9 @@ TESSARN_INLINE vec mixed(vec v) { return v; }
 TESSARN_INLINE vec in_order(vec v) { return v; }
 #endif
 
+// Sixteen, and vectors of two numbers.
+constexpr bool few_registers = width < 4;
+
 TESSARN_INLINE mask not_finite(vec v) { return v - v != vec{}; }
 
 // Finds abscissas that the chains do not take, and the marker, which is not 0.
@@ -87,12 +90,13 @@ struct plane_sums {
       for (size_t k = 1; k < rows; ++k) store(sums + k * partial_sums + v * width, in_order(sum[k][v]));
     }
   }
-  // The power e of VECTORS vectors of points.
+  // The power e of VECTORS vectors of points, which go to the sums' vectors from the first on.
   template <size_t VECTORS>
-  TESSARN_MEMBER void add(size_t e, const vec* power, const vec* y) {
+  TESSARN_MEMBER void add(size_t e, const vec* power, const vec* y, size_t first = 0) {
     for (size_t v = 0; v < VECTORS; ++v) {
-      if (e > 0) sum[e][v % sum_vectors] += power[v];
-      if (2 * e < EXPONENTS) sum[EXPONENTS + e][v % sum_vectors] += e > 0 ? power[v] * y[v] : y[v];
+      const size_t to = (first + v) % sum_vectors;
+      if (e > 0) sum[e][to] += power[v];
+      if (2 * e < EXPONENTS) sum[EXPONENTS + e][to] += e > 0 ? power[v] * y[v] : y[v];
     }
   }
 };
@@ -105,7 +109,7 @@ TESSARN_INLINE void load_some_points(const double* points, vec* x, vec* y) {
 // Without chains nothing but the marker and what is not finite is in the way, which is found behind a block, and the
 // block undone.
 TESSARN_INLINE size_t add_line_points(const double* points, size_t n, double marker, double* sums) {
-  constexpr size_t block = 128;
+  constexpr size_t block = 128, at_once = few_registers ? 1 : sum_vectors;
   const filled_points<partial_sums> all(points, n);
   plane_sums<3> good;
   good.load_from(sums);
@@ -114,17 +118,18 @@ TESSARN_INLINE size_t add_line_points(const double* points, size_t n, double mar
     const size_t end = n - i < block ? n : i + block;
     plane_sums<3> next = good;
     mask bad = {};
-    for (size_t k = i; k < end; k += partial_sums) {
-      vec x[sum_vectors], y[sum_vectors], square[sum_vectors];
-      load_some_points<sum_vectors>(all.at(k), x, y);
-      for (size_t v = 0; v < sum_vectors; ++v) {
-        bad |= x[v] == broadcast(marker);
-        square[v] = x[v] * x[v];
+    for (size_t first = 0; first < sum_vectors; first += at_once)
+      for (size_t k = i; k < end; k += partial_sums) {
+        vec x[at_once], y[at_once], square[at_once];
+        load_some_points<at_once>(all.at(k) + 3 * first * width, x, y);
+        for (size_t v = 0; v < at_once; ++v) {
+          bad |= x[v] == broadcast(marker);
+          square[v] = x[v] * x[v];
+        }
+        next.add<at_once>(0, x, y, first);
+        next.add<at_once>(1, x, y, first);
+        next.add<at_once>(2, square, y, first);
       }
-      next.add<sum_vectors>(0, x, y);
-      next.add<sum_vectors>(1, x, y);
-      next.add<sum_vectors>(2, square, y);
-    }
     for (size_t v = 0; v < sum_vectors; ++v) bad |= not_finite(next.sum[2][v]);
     if (!none(bad)) break;
     good = next;
@@ -208,6 +213,37 @@ struct few_powers : points_to_add<EXPONENTS, partial_sums> {
       for (size_t e = 0; e < EXPONENTS; ++e) sum.template add<vectors>(e, these.power[e], y);
       chain = next;
       for (size_t v = 0; v < vectors; ++v) y[v] = next_y[v];
+    }
+    sum.store_to(this->sums);
+    return i;
+  }
+};
+
+// The same with few registers, vector by vector.
+template <size_t EXPONENTS>
+struct few_powers_singly : points_to_add<EXPONENTS, partial_sums> {
+  using base = points_to_add<EXPONENTS, partial_sums>;
+
+  TESSARN_MEMBER size_t add(size_t i, mask& doubt) const {
+    plane_sums<EXPONENTS> sum;
+    sum.load_from(this->sums);
+    for (; i < this->n; i += base::group) {
+      const double* p = this->all.at(i);
+      if (!this->check.passes(p)) break;
+      plane_powers<EXPONENTS, 1> these[base::vectors];
+      quick_chains<1, EXPONENTS> chain;
+      TESSARN_KEEP_LOOP
+      for (size_t v = 0; v < base::vectors; ++v) {
+        vec x;
+        load_some_points<1>(p + 3 * v * width, &x, these[v].y);
+        chain.run(&x, EXPONENTS, keep_powers<EXPONENTS, 1>{&these[v]});
+      }
+      if (!none(chain.doubt)) {
+        doubt = chain.doubt;
+        break;
+      }
+      for (size_t e = 0; e < EXPONENTS; ++e)
+        for (size_t v = 0; v < base::vectors; ++v) sum.template add<1>(e, these[v].power[e], these[v].y, v);
     }
     sum.store_to(this->sums);
     return i;

@@ -31,11 +31,19 @@ bool in_range(const double* x, double low, double high) {
 #endif
 }
 
+template <size_t EXPONENTS>
+TESSARN_INLINE size_t add_few_powers(const double* points, size_t n, double marker, double* sums) {
+  if constexpr (few_registers)
+    return add_points_by_chains<few_powers_singly<EXPONENTS>>(points, n, marker, sums);
+  else
+    return add_points_by_chains<few_powers<EXPONENTS>>(points, n, marker, sums);
+}
+
 size_t add_plane_points(const double* points, size_t n, double marker, unsigned exponents, double* sums) {
   switch (exponents) {
     case 3: return add_line_points(points, n, marker, sums);
-    case 5: return add_points_by_chains<few_powers<5>>(points, n, marker, sums);
-    case 7: return add_points_by_chains<few_powers<7>>(points, n, marker, sums);
+    case 5: return add_few_powers<5>(points, n, marker, sums);
+    case 7: return add_few_powers<7>(points, n, marker, sums);
     case 9: return add_points_by_chains<many_powers<9>>(points, n, marker, sums);
     case 11: return add_points_by_chains<many_powers<11>>(points, n, marker, sums);
     case 13: return add_points_by_chains<many_powers<13>>(points, n, marker, sums);
