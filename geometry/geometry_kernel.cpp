@@ -449,6 +449,7 @@ size_t list_repeated(const hash_words& table, const uint32_t* hash, size_t n, ui
   constexpr size_t ahead = 32;
   const hash_words own = table;  // stays in registers
   size_t found = 0;
+  TESSARN_UNROLL_LONG
   for (size_t k = 0; k < n; ++k) {
     prefetch(&own.words[hash[k + ahead] >> own.shift]);
     const uint32_t h = hash[k];
@@ -464,6 +465,7 @@ size_t list_repeated(const hash_words& table, const uint32_t* hash, size_t n, ui
 size_t list_suspects(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed) {
   const hash_words own = table;
   size_t found = 0;
+  TESSARN_UNROLL_LONG
   for (size_t k = 0; k < n; ++k) {
     const uint32_t h = hash[k];
     listed[found] = (uint32_t)k;
