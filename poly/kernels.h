@@ -63,8 +63,8 @@ struct poly_kernels {
   void (*values)(const double* cof, size_t count, const double* x, double* y);
 
   // y[i] = the sum over e of (x[i]^e factor[e]) cof[e] ascending for e below count, and a block of abscissas for which
-  // the chain of powers is safe.
-  void (*power_series)(const double* cof, const double* factor, size_t count, const double* x, double* y);
+  // the chain of powers is safe. Merged: where e + 1 is a power of two there is no factor.
+  void (*power_series)(const double* cof, const double* factor, bool merged, size_t count, const double* x, double* y);
 
   // The first three derivatives of a polynomial of count coefficients at a block of abscissas, for which the chain is
   // safe; factors[k * stride + i] is the factor of coefficient i in derivative k + 1, d[k * point_block + i] the

@@ -239,36 +239,46 @@ bool one_sign(const double* cof, size_t count, double first, double step) {
   return none(not_above) || none(not_below);
 }
 
-template <size_t GROUP>
+template <size_t GROUP, bool MERGED>
 struct add_to_series {
   const double* cof;
   const double* factor;
   vec* sum;
   TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
+    const bool plain = MERGED && ((e + 1) & e) == 0;
     const vec f = broadcast(factor[e]);
     const vec k = broadcast(cof[e]);
-    for (size_t v = 0; v < GROUP; ++v) sum[v] = (e == 0 ? vec{} : sum[v]) + power[v] * f * k;
+    for (size_t v = 0; v < GROUP; ++v) sum[v] = (e == 0 ? vec{} : sum[v]) + (plain ? power[v] : power[v] * f) * k;
   }
 };
 
-template <size_t GROUP, size_t COUNT = 0>
+template <bool MERGED, size_t GROUP, size_t COUNT = 0>
 TESSARN_INLINE void add_power_series(const double* cof, const double* factor, size_t count, const double* x,
                                      double* y) {
   for (size_t i = 0; i < point_block; i += GROUP * width) {
     vec sum[GROUP] = {};
-    run_chains<GROUP, COUNT>(x + i, count, add_to_series<GROUP>{cof, factor, sum});
+    run_chains<GROUP, COUNT>(x + i, count, add_to_series<GROUP, MERGED>{cof, factor, sum});
     for (size_t v = 0; v < GROUP; ++v) store(y + i + v * width, sum[v]);
   }
 }
 
-void power_series(const double* cof, const double* factor, size_t count, const double* x, double* y) {
+template <bool MERGED>
+TESSARN_INLINE void some_power_series(const double* cof, const double* factor, size_t count, const double* x,
+                                      double* y) {
   switch (count) {
-    case 4: return add_power_series<group, 4>(cof, factor, 4, x, y);
-    case 5: return add_power_series<group, 5>(cof, factor, 5, x, y);
-    case 6: return add_power_series<group, 6>(cof, factor, 6, x, y);
-    case 7: return add_power_series<group, 7>(cof, factor, 7, x, y);
-    default: return add_power_series<group>(cof, factor, count, x, y);
+    case 4: return add_power_series<MERGED, group, 4>(cof, factor, 4, x, y);
+    case 5: return add_power_series<MERGED, group, 5>(cof, factor, 5, x, y);
+    case 6: return add_power_series<MERGED, group, 6>(cof, factor, 6, x, y);
+    case 7: return add_power_series<MERGED, group, 7>(cof, factor, 7, x, y);
+    default: return add_power_series<MERGED, group>(cof, factor, count, x, y);
   }
+}
+
+void power_series(const double* cof, const double* factor, bool merged, size_t count, const double* x, double* y) {
+  if (merged)
+    some_power_series<true>(cof, factor, count, x, y);
+  else
+    some_power_series<false>(cof, factor, count, x, y);
 }
 
 constexpr size_t derivative_group = width == 1 ? 1 : 2;

@@ -65,6 +65,20 @@ TEST(Derivatives, OfPowersBetweenTwoNumbers) {
   }
 }
 
+// Twice and four times a coefficient may be infinite where the derivative is not, or subnormal as the coefficient is.
+TEST(Derivatives, OfExtremeCoefficientsOverArrays) {
+  test::random_source r(97);
+  const double inf = std::numeric_limits<double>::infinity();
+  const double extremes[] = {1.7e308, -1e308, 8e307, 5e-324, -3e-310, 0.0, -0.0, inf, std::nan(""), 1};
+  for (int round = 0; round < 400; ++round) {
+    std::vector<double> c(1 + r.below(20)), x(70 + r.below(100)), y(x.size());
+    for (double& v : c) v = r.below(3) ? r.uniform() : extremes[r.below(round % 2 ? 10 : 7)];
+    for (double& v : x) v = std::ldexp(r.uniform(), static_cast<int>(r.below(80)) - 60);
+    of(c).func_1(x.data(), y.data(), static_cast<tessarn::ulong>(x.size()));
+    for (std::size_t i = 0; i < x.size(); ++i) ASSERT_BITS(y[i], plain::func_1({c}, x[i])) << test::hex(x[i]);
+  }
+}
+
 // Counts on either side of those at which the powers are made in another way.
 TEST(Derivatives, OfManyCoefficients) {
   test::random_source r(94);
