@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geometry/coordinates.h"
+
 namespace tessarn::detail {
 namespace {
 
@@ -24,8 +26,7 @@ residual_bounds::residual_bounds(const cloud& points) {
   const moment_sums& moments = points.moments();
   const double* sums = moments.sum;
   const double trace = sums[3] + sums[4] + sums[5];
-  const vector3d& r = points.reference();
-  const double reference[3] = {static_cast<double>(r.x), static_cast<double>(r.y), static_cast<double>(r.z)};
+  const std::array<double, 3> reference = coordinates_of(points.reference());
   double square = trace;  // of the points
   for (int k = 0; k < 3; ++k) {
     form_.mean[k] = sums[k] / count;

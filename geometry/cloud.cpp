@@ -4,6 +4,7 @@
 #include <iterator>
 #include <memory>
 
+#include "geometry/coordinates.h"
 #include "geometry/duplicates.h"
 
 namespace tessarn::detail {
@@ -17,12 +18,6 @@ vector3d amid(const vector3d* pts, std::size_t n) {
   return sum / static_cast<real>(samples);
 }
 
-void coordinates_of(const vector3d& p, double* to) {
-  to[0] = static_cast<double>(p.x);
-  to[1] = static_cast<double>(p.y);
-  to[2] = static_cast<double>(p.z);
-}
-
 }  // namespace
 
 cloud::cloud(const vector3d* pts, ulong count)
@@ -33,12 +28,11 @@ cloud::cloud(const vector3d* pts, ulong count)
       many_(3 * stride_ > std::size(few_) ? allocate(3 * stride_ + 8) : nullptr),
       coordinates_(many_ ? whole_cache_line(many_.get()) : few_) {
   static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
-  double from[3];
-  coordinates_of(reference_, from);
   duplicate_search search(count);
   const cloud_room room = {as_doubles(coordinates_), stride_, search.hashes(), reaches_.of_groups(),
                            reaches_.of_blocks()};
-  geometry().take_in(reinterpret_cast<const double*>(pts), n_, from, room, &moments_, sums_);
+  geometry().take_in(reinterpret_cast<const double*>(pts), n_, coordinates_of(reference_).data(), room,
+                     &moments_, sums_);
   reaches_.prepare(reference_);
   const std::unique_ptr<bool[]> marked = search.marked(pts);
   if (marked) remove(marked.get());
@@ -58,9 +52,7 @@ void cloud::remove(const bool* marked) {
   }
   n_ = kept;
   reaches_.forget();
-  double from[3];
-  coordinates_of(reference_, from);
-  geometry().moments(arrays(), from, &moments_);
+  geometry().moments(arrays(), coordinates_of(reference_).data(), &moments_);
 }
 
 vector3d cloud::farthest_from(const vector3d& a) const {

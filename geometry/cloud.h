@@ -11,8 +11,8 @@ namespace tessarn::detail {
 class cloud {
  public:
   // Of each group of equal points the last one is kept, in order. -0.0 equals 0.0, a point with NaN equals nothing.
-  // Linear expected time; one packed copy and tables of about 20 bytes a point, none of which is allocated for a hundred
-  // points that differ.
+  // Linear expected time; one packed copy and tables of about 20 bytes a point, none of which is allocated for a
+  // hundred points that differ.
   cloud(const vector3d* pts, ulong count);
   cloud(const cloud&) = delete;
 

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
+
+#include "geometry/coordinates.h"
 
 namespace tessarn::detail {
 namespace {
@@ -42,10 +43,15 @@ void reaches::prepare(const vector3d& reference) {
 class reaches::query {
  public:
   query(const point_arrays& points, const vector3d& reference, const vector3d& a, const vector3d* b, double least)
-      : points_(points), a_(a), b_(b), away_(distance(a, reference)), least_(least), found_(points.n) {
-    coordinates_of(a, from_a_);
+      : points_(points),
+        a_(a),
+        b_(b),
+        from_a_(coordinates_of(a)),
+        away_(distance(a, reference)),
+        least_(least),
+        found_(points.n) {
     if (b == nullptr) return;
-    coordinates_of(*b, from_b_);
+    from_b_ = coordinates_of(*b);
     apart_ = distance(a, *b);
     middle_away_ = distance((a + *b) / 2, reference);
     away_ += distance(*b, reference);
@@ -58,8 +64,8 @@ class reaches::query {
   void search(std::size_t begin, std::size_t end) {
     const std::size_t n = std::min(points_.n, end) - begin;
     const point_arrays part = {points_.x + begin, points_.y + begin, points_.z + begin, n};
-    const std::size_t i = b_ == nullptr ? geometry().farthest(part, from_a_, least_)
-                                        : geometry().farthest_from_two(part, from_a_, from_b_, least_);
+    const std::size_t i = b_ == nullptr ? geometry().farthest(part, from_a_.data(), least_)
+                                        : geometry().farthest_from_two(part, from_a_.data(), from_b_.data(), least_);
     if (i == n) return;
     found_ = begin + i;
     const vector3d p(part.x[i], part.y[i], part.z[i]);
@@ -78,16 +84,10 @@ class reaches::query {
   }
 
  private:
-  static void coordinates_of(const vector3d& p, double* to) {
-    to[0] = static_cast<double>(p.x);
-    to[1] = static_cast<double>(p.y);
-    to[2] = static_cast<double>(p.z);
-  }
-
   const point_arrays& points_;
   const vector3d& a_;
   const vector3d* b_;
-  double from_a_[3], from_b_[3];
+  std::array<double, 3> from_a_, from_b_{};
   double away_, apart_ = 0, middle_away_ = 0;
   double least_;
   std::size_t found_;
