@@ -1,0 +1,40 @@
+// Square systems that the library sets up for itself: normal equations.
+#pragma once
+
+#include "core/storage.h"
+#include "matrix/elimination.h"
+
+namespace tessarn::detail {
+
+// n equations with one right-hand side. Up to 16 unknowns nothing is allocated.
+class linear_system {
+ public:
+  explicit linear_system(std::size_t n) : n_(n) {
+    const std::size_t length = n * (n + 1);
+    if (length > few) {
+      many_entries_ = allocate(length);
+      entries_ = many_entries_.get();
+    }
+  }
+  linear_system(const linear_system&) = delete;
+
+  std::size_t size() const noexcept { return n_; }
+  // The n coefficients of equation r.
+  real* row(std::size_t r) noexcept { return entries_ + n_ * r; }
+  // The right-hand side, and then the solution.
+  real* right() noexcept { return entries_ + n_ * n_; }
+  // Leaves the right-hand side as it is when a column of candidate pivots is exactly 0.
+  void solve() {
+    if (n_ > 0) solve_lu(entries_, n_, {right(), n_, 1});
+  }
+
+ private:
+  static constexpr std::size_t few = 16 * 17;
+
+  const std::size_t n_;
+  real few_entries_[few];
+  real_array many_entries_;  // where they are needed
+  real* entries_ = few_entries_;
+};
+
+}  // namespace tessarn::detail
