@@ -93,8 +93,10 @@ TESSARN_INLINE uint64_t bits_at(const double* p) {
 template <size_t EXPONENTS>
 TESSARN_INLINE bool chain_takes(const double* v) {
   constexpr uint64_t limit = 960 / EXPONENTS, least = (1023 - limit) << 53, extent = 2 * limit << 53;
-  // The second comparison is one of doubles, or GCC does both where the first would do.
-  return 2 * bits_at(v) - least <= extent || *v == 0;
+  // The second comparison is one of doubles, or GCC does both where the first would do. Told that it is seldom reached,
+  // GCC puts it out of the way, where it costs no jump.
+  if (2 * bits_at(v) - least <= extent) [[likely]] return true;
+  return *v == 0;
 }
 
 // Quick chains have at most this many powers, from the power 0 on.
