@@ -33,10 +33,17 @@ struct poly_kernels {
 
   // The coordinates of a block of plane points; false where an x is the marker or a NaN.
   bool (*unpack_plane)(const double* points, double marker, double* x, double* y);
+  // Where unpack_space and add_points put point k of eight, in a block, and its terms, in partial sums: such that
+  // the coordinates are taken apart with little effort.
+  const unsigned char* surface_lanes;
+
   // The coordinates of a block of space points, each four doubles: x and y as the powers 1 in px and py, with
   // point_block numbers a power. True where the powers from 2 to below exponents were to be had by quick chains
   // (poly/chains.h) and are there, too.
   bool (*unpack_space)(const double* points, size_t exponents, double* px, double* py, double* z);
+
+  // Makes (w z) w of the ordinates of a block as unpack_space leaves them, and w w behind them.
+  void (*apply_weights)(const double* w, double* z);
 
   // True when every magnitude of a block is 0, or at least low and below high.
   bool (*in_range)(const double* x, double low, double high);

@@ -172,12 +172,20 @@ bool unpack_space(const double* points, size_t exponents, double* px, double* py
   if (exponents == 7) return unpack_with_powers<1, 7>(points, px, py, z);
   for (size_t i = 0; i < point_block; i += width) {
     vec x, y, pz;
-    load_space_points(points + 4 * i, x, y, pz);
+    load_surface_points(points + 4 * i, x, y, pz);
     store(px + point_block + i, x);
     store(py + point_block + i, y);
     store(z + i, pz);
   }
   return false;
+}
+
+void apply_weights(const double* w, double* z) {
+  for (size_t i = 0; i < point_block; i += width) {
+    const vec weight = load_for_surface(w + i);
+    store(z + i, (weight * load(z + i)) * weight);
+    store(z + point_block + i, weight * weight);
+  }
 }
 
 void add_points(const double* points, const double* w, size_t n, double* sums, double* moments) {
@@ -430,9 +438,9 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 }  // namespace
 
-const poly_kernels poly_table = {add_plane_points, unpack_plane, unpack_space, in_range, powers,
-                                 add_powers,       add_products, add_points, values,
-                                 power_series,     derivatives,  curvature, curvature_derivative,
-                                 first_event,      one_sign,     surface_values, convolve};
+const poly_kernels poly_table = {
+    add_plane_points, unpack_plane, surface_lanes, unpack_space, apply_weights, in_range, powers, add_powers, add_products,
+    add_points, values, power_series, derivatives, curvature, curvature_derivative, first_event, one_sign, surface_values,
+    convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA

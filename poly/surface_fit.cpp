@@ -2,20 +2,19 @@
 #include <algorithm>
 #include <new>
 
-#include "core/access.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "matrix/linear_system.h"
 #include "poly/power_sums.h"
 #include "tessarn/poly.h"
 
 using tessarn::real;
 using tessarn::slong;
 using tessarn::detail::computed;
+using tessarn::detail::linear_system;
 using tessarn::detail::partial_sums;
 using tessarn::detail::point_block;
 using tessarn::detail::real_array;
-using tessarn::detail::real_mat;
-using tessarn::detail::real_sqmat;
 
 namespace {
 
@@ -51,13 +50,13 @@ class surface_sums {
                             moments_);
       filled = 0;
     }
-    if (w) return;
-    std::fill_n(sums_, partial_sums, 0.0);
-    sums_[0] = static_cast<double>(n);
+    close();
+    if (!w) sums_[0] = static_cast<double>(n);
   }
 
-  real power(std::size_t b, std::size_t a) const { return sum(side_ * b + a); }
-  real moment(std::size_t j, std::size_t i) const { return sum(side_ * side_ + g_ * j + i); }
+  // After run. Every sum that is a NaN has become 0.
+  real power(std::size_t b, std::size_t a) const { return sums_[side_ * b + a]; }
+  real moment(std::size_t j, std::size_t i) const { return sums_[side_ * side_ + g_ * j + i]; }
 
  private:
   static constexpr std::size_t cache_line = 64 / sizeof(real);
@@ -90,22 +89,28 @@ class surface_sums {
     tessarn::detail::block_powers(static_cast<unsigned>(side_), px);
     tessarn::detail::block_powers(static_cast<unsigned>(side_), py);
   }
-  static void unpack_rest(const vector3d* pts, std::size_t count, double* x, double* y, double* z) {
+  // Where point i of a block stands.
+  std::size_t place(std::size_t i) const { return i - i % partial_sums + kernels_.surface_lanes[i % partial_sums]; }
+  void unpack_rest(const vector3d* pts, std::size_t count, double* x, double* y, double* z) const {
     for (std::size_t i = 0; i < point_block; ++i) {
-      x[i] = i < count ? static_cast<double>(pts[i].x) : 0;
-      y[i] = i < count ? static_cast<double>(pts[i].y) : 0;
-      z[i] = i < count ? static_cast<double>(pts[i].z) : 0;
+      x[place(i)] = i < count ? static_cast<double>(pts[i].x) : 0;
+      y[place(i)] = i < count ? static_cast<double>(pts[i].y) : 0;
+      z[place(i)] = i < count ? static_cast<double>(pts[i].z) : 0;
     }
   }
-  // Makes (w z) w of the ordinates, and w w behind them.
-  static void apply_weights(const real* w, std::size_t count, double* z) {
-    for (std::size_t i = 0; i < point_block; ++i) {
-      const auto weight = static_cast<double>(i < count ? w[i] : 0);
-      z[i] = (weight * z[i]) * weight;
-      z[point_block + i] = weight * weight;
+  void apply_weights(const real* w, std::size_t count, double* z) const {
+    double filled[point_block] = {};
+    if (count < point_block) std::copy_n(w, count, filled);
+    kernels_.apply_weights(count < point_block ? filled : tessarn::detail::as_doubles(w), z);
+  }
+  // Puts each sum in the place of partial sums that went into one before it.
+  void close() {
+    for (std::size_t k = 0; k < length() / partial_sums; ++k) {
+      double in_order[partial_sums];
+      for (std::size_t i = 0; i < partial_sums; ++i) in_order[i] = sums_[k * partial_sums + place(i)];
+      sums_[k] = static_cast<double>(computed(tessarn::detail::tree_sum(in_order)));
     }
   }
-  real sum(std::size_t k) const { return tessarn::detail::tree_sum(sums_ + k * partial_sums); }
 
   const tessarn::detail::poly_kernels& kernels_ = tessarn::detail::poly();
   const std::size_t g_, side_;
@@ -115,20 +120,16 @@ class surface_sums {
   double* const blocks_;
 };
 
-// The sum in row r and column c depends on the exponents' sums only. Every sum that is a NaN becomes 0.
-real_mat solved(const surface_sums& s, tessarn::ulong g) {
-  const tessarn::ulong unknowns = g * g;
-  real_mat b;
-  b.create(1, unknowns);
-  real_sqmat a;
-  a.create(unknowns);
-  for (tessarn::ulong r = 0; r < unknowns; ++r) {
-    for (tessarn::ulong c = 0; c < unknowns; ++c)
-      a.getData()[static_cast<std::size_t>(r) * unknowns + c] = computed(s.power(r / g + c / g, r % g + c % g));
-    b.getData()[r] = computed(s.moment(r / g, r % g));
+// The normal equations in the order of the coefficients, y^j x^i at g j + i. The sum in a row and a column depends on the
+// sums of their exponents only.
+void set_up(const surface_sums& s, std::size_t g, linear_system& system) {
+  for (std::size_t r = 0; r < g * g; ++r) {
+    const std::size_t j = r / g, i = r % g;
+    real* to = system.row(r);
+    for (std::size_t b = 0; b < g; ++b)
+      for (std::size_t a = 0; a < g; ++a) *to++ = s.power(j + b, i + a);
+    system.right()[r] = s.moment(j, i);
   }
-  a.solve(b);
-  return b;
 }
 
 }  // namespace
@@ -141,7 +142,8 @@ void hyperbinom::create(vector3d* pts, real* w, tessarn::ulong n, tessarn::ulong
   if (grade < 1) return;
   surface_sums sums(g);
   sums.run(pts, w, n);
-  const real_mat solution = solved(sums, g);
-  const tessarn::ulong unknowns = g * g;
-  for (tessarn::ulong k = 0; k < unknowns; ++k) cof[k] = solution.getData()[k];
+  linear_system system(static_cast<std::size_t>(g) * g);
+  set_up(sums, g, system);
+  system.solve();
+  std::copy_n(system.right(), system.size(), cof);
 }

@@ -7,6 +7,30 @@
 
 namespace tessarn::detail::TESSARN_ISA {
 
+// Eight space points in the order of surface_lanes, for which two shuffles a coordinate do, and numbers that belong to
+// them. Other widths take the points as they come.
+#if defined(TESSARN_ISA_avx512)
+static constexpr unsigned char surface_lanes[partial_sums] = {0, 2, 1, 3, 4, 6, 5, 7};
+TESSARN_INLINE void load_surface_points(const double* p, vec& x, vec& y, vec& z) {
+  const vec a = load(p), b = load(p + 8), c = load(p + 16), d = load(p + 24);
+  const vec ab_xz = __builtin_shufflevector(a, b, 1, 9, 3, 11, 5, 13, 7, 15);
+  const vec cd_xz = __builtin_shufflevector(c, d, 1, 9, 3, 11, 5, 13, 7, 15);
+  const vec ab_y = __builtin_shufflevector(a, b, 0, 8, 2, 10, 4, 12, 6, 14);
+  const vec cd_y = __builtin_shufflevector(c, d, 0, 8, 2, 10, 4, 12, 6, 14);
+  x = __builtin_shufflevector(ab_xz, cd_xz, 0, 1, 4, 5, 8, 9, 12, 13);
+  y = __builtin_shufflevector(ab_y, cd_y, 2, 3, 6, 7, 10, 11, 14, 15);
+  z = __builtin_shufflevector(ab_xz, cd_xz, 2, 3, 6, 7, 10, 11, 14, 15);
+}
+TESSARN_INLINE vec load_for_surface(const double* p) {
+  const vec v = load(p);
+  return __builtin_shufflevector(v, v, 0, 2, 1, 3, 4, 6, 5, 7);
+}
+#else
+static constexpr unsigned char surface_lanes[partial_sums] = {0, 1, 2, 3, 4, 5, 6, 7};
+TESSARN_INLINE void load_surface_points(const double* p, vec& x, vec& y, vec& z) { load_space_points(p, x, y, z); }
+TESSARN_INLINE vec load_for_surface(const double* p) { return load(p); }
+#endif
+
 // One power of y times the powers of x, for surfaces of a grade that is known here. Powers 0 are not multiplied with.
 template <size_t G, bool WEIGHTED>
 struct surface_row {
@@ -65,7 +89,7 @@ TESSARN_INLINE bool unpack_with_powers(const double* points, double* px, double*
     vec at[2 * GROUP], pz;
     for (size_t v = 0; v < GROUP; ++v) {
       const size_t k = i + v * width;
-      load_space_points(points + 4 * k, at[v], at[GROUP + v], pz);
+      load_surface_points(points + 4 * k, at[v], at[GROUP + v], pz);
       store(px + point_block + k, at[v]);
       store(py + point_block + k, at[GROUP + v]);
       store(z + k, pz);
@@ -172,11 +196,11 @@ TESSARN_INLINE void add_points_of(const double* points, const double* w, size_t 
     for (size_t b = 0; b < 3; ++b) row[b].load_from(sums + v, moments + v, b);
     for (size_t i = v; i < n; i += partial_sums) {
       vec x[3], y[3], z, weight = {};
-      load_space_points(points + 4 * i, x[1], y[1], z);
+      load_surface_points(points + 4 * i, x[1], y[1], z);
       x[2] = x[1] * x[1];
       y[2] = y[1] * y[1];
       if (WEIGHTED) {
-        const vec factor = load(w + i);
+        const vec factor = load_for_surface(w + i);
         z = (factor * z) * factor;
         weight = factor * factor;
       }

@@ -171,6 +171,23 @@ TEST(Unpack, PlanePoints) {
   }
 }
 
+TEST(Unpack, WeightsMeetTheirPoints) {
+  test::random_source r(87);
+  std::vector<vector3d> points;
+  std::vector<double> w, px(3 * point_block), py(3 * point_block), z(2 * point_block);
+  for (std::size_t i = 0; i < point_block; ++i) {
+    points.emplace_back(r.uniform(), r.uniform(), r.uniform());
+    w.push_back(r.uniform());
+  }
+  poly().unpack_space(reinterpret_cast<const double*>(points.data()), 3, px.data(), py.data(), z.data());
+  poly().apply_weights(w.data(), z.data());
+  for (std::size_t i = 0; i < point_block; ++i) {
+    const std::size_t at = i - i % partial_sums + poly().surface_lanes[i % partial_sums];
+    EXPECT_BITS(z[at], (w[i] * static_cast<double>(points[i].z)) * w[i]);
+    EXPECT_BITS(z[point_block + at], w[i] * w[i]);
+  }
+}
+
 // With the powers of the numbers that quick chains know.
 TEST(Unpack, SpacePoints) {
   test::random_source r(86);
@@ -193,14 +210,15 @@ TEST(Unpack, SpacePoints) {
     const bool done = poly().unpack_space(data, exponents, px.data(), py.data(), z.data());
     ++(done ? with_powers : without);
     for (std::size_t i = 0; i < point_block; ++i) {
-      EXPECT_BITS(px[point_block + i], points[i].x);
-      EXPECT_BITS(py[point_block + i], points[i].y);
-      EXPECT_BITS(z[i], points[i].z);
+      const std::size_t at = i - i % partial_sums + poly().surface_lanes[i % partial_sums];
+      EXPECT_BITS(px[point_block + at], points[i].x);
+      EXPECT_BITS(py[point_block + at], points[i].y);
+      EXPECT_BITS(z[at], points[i].z);
       for (unsigned e = 2; done && e < exponents; ++e) {
         const double x = tessarn::detail::power(points[i].x, e), y = tessarn::detail::power(points[i].y, e);
         // A power of 0 is a zero of either sign.
-        ASSERT_BITS(px[e * point_block + i] + 0.0, x + 0.0) << test::hex(points[i].x) << " to the power " << e;
-        ASSERT_BITS(py[e * point_block + i] + 0.0, y + 0.0) << test::hex(points[i].y) << " to the power " << e;
+        ASSERT_BITS(px[e * point_block + at] + 0.0, x + 0.0) << test::hex(points[i].x) << " to the power " << e;
+        ASSERT_BITS(py[e * point_block + at] + 0.0, y + 0.0) << test::hex(points[i].y) << " to the power " << e;
       }
     }
   }
