@@ -5,16 +5,14 @@
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/adjugate.h"
-#include "matrix/elimination.h"
 #include "matrix/kernels.h"
-#include "matrix/multiply.h"
+#include "matrix/linear_system.h"
 
 using tessarn::real;
 using tessarn::detail::as_doubles;
 using tessarn::detail::computed;
 using tessarn::detail::real_array;
 using tessarn::detail::real_mat;
-using tessarn::detail::real_sqmat;
 using tessarn::detail::without_quiet_nan;
 
 namespace {
@@ -58,18 +56,18 @@ void real_mat::solve(mat& A, mat& b) {
   if (b.height != m || b.width != 1) return;
   mat g;
   g.create(1, A.width);
-  real_sqmat normal;
-  normal.create(A.width);
+  tessarn::detail::linear_system normal(A.width);
   const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
   const std::size_t stride = kernels.normal_stride(n);
   const real_array sums = tessarn::detail::allocate(n * stride + kernels.normal_workspace(n));
   kernels.normal_equations(as_doubles(A.data), as_doubles(b.data), m, n, as_doubles(sums.get()),
                            as_doubles(sums.get() + n * stride));
   for (std::size_t c = 0; c < n; ++c) {
-    for (std::size_t d = 0; d < n; ++d) normal.getData()[c * n + d] = computed(sums[c * stride + d]);
-    g.data[c] = computed(sums[c * stride + n]);
+    std::transform(&sums[c * stride], &sums[c * stride + n], normal.row(c), computed);
+    normal.right()[c] = computed(sums[c * stride + n]);
   }
-  normal.solve(g);
+  normal.solve();
+  std::copy_n(normal.right(), n, g.data);
   *this = static_cast<mat&&>(g);
 }
 

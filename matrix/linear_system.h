@@ -9,8 +9,10 @@ namespace tessarn::detail {
 // n equations with one right-hand side. Up to 16 unknowns nothing is allocated.
 class linear_system {
  public:
-  explicit linear_system(std::size_t n) : n_(n) {
-    const std::size_t length = n * (n + 1);
+  // Fails as a matrix of n x n entries does where 32 bits do not count them.
+  explicit linear_system(ulong n) : n_(n) {
+    require_countable(n, n);
+    const std::size_t length = n_ * (n_ + 1);
     if (length > few) {
       many_entries_ = allocate(length);
       entries_ = many_entries_.get();

@@ -438,9 +438,9 @@ void surface_values(const double* cof, size_t g, const double* x, const double* 
 
 }  // namespace
 
-const poly_kernels poly_table = {
-    add_plane_points, unpack_plane, surface_lanes, unpack_space, apply_weights, in_range, powers, add_powers, add_products,
-    add_points, values, power_series, derivatives, curvature, curvature_derivative, first_event, one_sign, surface_values,
-    convolve};
+const poly_kernels poly_table = {add_plane_points, unpack_plane,   surface_lanes, unpack_space, apply_weights,
+                                 in_range,         powers,         add_powers,    add_products, add_points,
+                                 values,           power_series,   derivatives,   curvature,    curvature_derivative,
+                                 first_event,      one_sign,       surface_values, convolve};
 
 }  // namespace tessarn::detail::TESSARN_ISA

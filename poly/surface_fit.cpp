@@ -120,8 +120,8 @@ class surface_sums {
   double* const blocks_;
 };
 
-// The normal equations in the order of the coefficients, y^j x^i at g j + i. The sum in a row and a column depends on the
-// sums of their exponents only.
+// The normal equations in the order of the coefficients, y^j x^i at g j + i. The sum in a row and a column depends on
+// the sums of their exponents only.
 void set_up(const surface_sums& s, std::size_t g, linear_system& system) {
   for (std::size_t r = 0; r < g * g; ++r) {
     const std::size_t j = r / g, i = r % g;
@@ -142,7 +142,7 @@ void hyperbinom::create(vector3d* pts, real* w, tessarn::ulong n, tessarn::ulong
   if (grade < 1) return;
   surface_sums sums(g);
   sums.run(pts, w, n);
-  linear_system system(static_cast<std::size_t>(g) * g);
+  linear_system system(g * g);
   set_up(sums, g, system);
   system.solve();
   std::copy_n(system.right(), system.size(), cof);
