@@ -1,7 +1,6 @@
 // The polynomial fits: normal equations from power sums, solved by the square solver.
 #include <limits>
 
-#include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/linear_system.h"
 #include "poly/power_sums.h"
@@ -9,7 +8,6 @@
 
 using tessarn::real;
 using tessarn::slong;
-using tessarn::detail::computed;
 using tessarn::detail::linear_system;
 
 namespace {
@@ -18,17 +16,17 @@ constexpr auto full_power = [](tessarn::ulong r) { return static_cast<unsigned>(
 constexpr auto odd_power = [](tessarn::ulong r) { return r == 0 ? 0u : static_cast<unsigned>(2 * r - 1); };
 
 // Solves for the unknowns whose powers are exponent_of(0), exponent_of(1), ... The sum in row r and column c depends on
-// the sum of their exponents only, so each exponent is summed once. Every sum that is a NaN becomes 0.
+// the sum of their exponents only, so each exponent is summed once.
 template <class ExponentOf>
 void fit(const vector* pts, tessarn::ulong n, ExponentOf exponent_of, real marker, linear_system& system) {
   const auto q = static_cast<tessarn::ulong>(system.size());
   if (q == 0) return;
   tessarn::detail::power_sums sums(2 * exponent_of(q - 1) + 1);
   sums.add(pts, n, marker);
+  sums.close();
   for (tessarn::ulong r = 0; r < q; ++r) {
-    for (tessarn::ulong c = 0; c < q; ++c)
-      system.row(r)[c] = computed(sums.power(exponent_of(r) + exponent_of(c)));
-    system.right()[r] = computed(sums.moment(exponent_of(r)));
+    for (tessarn::ulong c = 0; c < q; ++c) system.row(r)[c] = sums.power(exponent_of(r) + exponent_of(c));
+    system.right()[r] = sums.moment(exponent_of(r));
   }
   system.solve();
 }

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <limits>
 
+#include "core/nan_rule.h"
 #include "core/power.h"
 
 namespace tessarn::detail {
@@ -44,6 +45,12 @@ void power_sums::add(const vector* points, std::size_t n, real marker) {
     for (const std::size_t end = std::min(n, i + point_block); i < end; ++i) add(points[i], marker);
   }
   flush();
+}
+
+void power_sums::close() {
+  // Each in the place of partial sums that went into one before it.
+  for (std::size_t k = 1; k < length_ / partial_sums; ++k) sums_[k] = computed(tree_sum(sums_ + k * partial_sums));
+  sums_[0] = static_cast<double>(count_);
 }
 
 // Some of the next points without moving them, or none.

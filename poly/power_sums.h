@@ -21,8 +21,10 @@ class power_sums {
   power_sums(const power_sums&) = delete;
   // Adds the points whose abscissa is neither the marker nor NaN; all, where the marker is NaN.
   void add(const vector* points, std::size_t n, real marker);
-  real power(unsigned e) const { return e == 0 ? static_cast<real>(count_) : tree_sum(sums_ + e * partial_sums); }
-  real moment(unsigned e) const { return tree_sum(sums_ + (exponents_ + e) * partial_sums); }
+  // Ends adding: every sum in one number, and 0 where it is a NaN.
+  void close();
+  real power(unsigned e) const { return sums_[e]; }
+  real moment(unsigned e) const { return sums_[exponents_ + e]; }
 
  private:
   std::size_t add_at_once(const double* points, std::size_t n, double marker);
