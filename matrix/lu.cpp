@@ -8,6 +8,7 @@
 #include "core/storage.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels.h"
+#include "matrix/small_solve.h"
 
 namespace tessarn::detail {
 namespace {
@@ -58,56 +59,6 @@ bool factorise_by_rule(real* w, std::size_t n, std::uint32_t* order) {
   return true;
 }
 
-// A row of the system on its way through the factorisation.
-template <std::size_t N>
-struct system_row {
-  real w[N];
-  real b;    // the right-hand side, and then the intermediate entry
-  real sum;  // of the terms of the forward substitution
-};
-
-// The system of N equations without the rule, the rows exchanged by pointer and the forward substitution done on the
-// way. False when a column of candidate pivots is 0.
-//
-// A NaN that appears in an entry stays in the entries that depend on it, down to a column of candidate pivots that has
-// nothing else: a system that is solved is solved as under the rule.
-template <std::size_t N>
-bool solve_small(const real* a, column_view<real> b) {
-  system_row<N> rows[N];
-  system_row<N>* at[N];
-  for (std::size_t r = 0; r < N; ++r) {
-    std::copy_n(a + N * r, N, rows[r].w);
-    rows[r].b = b[r];
-    rows[r].sum = 0;
-    at[r] = &rows[r];
-  }
-  for (std::size_t k = 0; k < N; ++k) {
-    real best = 0;
-    std::size_t p = N;
-    for (std::size_t r = k; r < N; ++r) {
-      const real magnitude = std::fabs(at[r]->w[k]);
-      p = magnitude > best ? r : p;
-      best = magnitude > best ? magnitude : best;
-    }
-    if (p == N) return false;
-    std::swap(at[k], at[p]);
-    system_row<N>& upper = *at[k];
-    upper.b = computed(upper.b - upper.sum);
-    for (std::size_t r = k + 1; r < N; ++r) {
-      system_row<N>& row = *at[r];
-      const real multiplier = row.w[k] / upper.w[k];
-      for (std::size_t c = k + 1; c < N; ++c) row.w[c] -= multiplier * upper.w[c];
-      row.sum += multiplier * upper.b;
-    }
-  }
-  for (std::size_t i = N; i-- > 0;) {
-    real s = 0;
-    for (std::size_t j = i + 1; j < N; ++j) s += at[i]->w[j] * b[j];
-    b[i] = computed((at[i]->b - s) / at[i]->w[i]);
-  }
-  return true;
-}
-
 // v = L^-1 P b from the factorised w, each sum ascending from +0.0.
 void substitute_forward(const real* w, std::size_t n, const std::uint32_t* order, column_view<real> b, real* v) {
   for (std::size_t i = 0; i < n; ++i) {
@@ -154,10 +105,13 @@ bool solve_by_kernel(const real* a, std::size_t n, column_view<real> b, real* ro
 
 bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
   using solver = bool (*)(const real*, column_view<real>);
-  static constexpr solver small[] = {nullptr,        solve_small<1>, solve_small<2>,  solve_small<3>,  solve_small<4>,
-                                     solve_small<5>, solve_small<6>, solve_small<7>,  solve_small<8>,  solve_small<9>,
-                                     solve_small<10>, solve_small<11>, solve_small<12>};
-  if (n < sizeof small / sizeof *small) return small[n](a, b) || solve_by_rule(a, n, b);
+  static constexpr solver small[] = {nullptr,
+                                     solve_named<1>,        solve_named<2>,        solve_named<3>,
+                                     solve_named<4>,        solve_named<5>,        solve_named<6>,
+                                     solve_named<7>,        solve_named<8>,        solve_by_pointers<9>,
+                                     solve_by_pointers<10>, solve_by_pointers<11>, solve_by_pointers<12>};
+  // Where two equations share an entry of b, the solution overwrites what it still needs.
+  if (n < sizeof small / sizeof *small) return (n <= b.height && small[n](a, b)) || solve_by_rule(a, n, b);
   const std::size_t stride = matrix().lu_stride(n);
   const std::size_t size = (n + 1) * stride + matrix().lu_workspace(n);
   if (size <= stack_size) {

@@ -1,0 +1,145 @@
+// Systems of a few equations, solved without the NaN rule.
+//
+// A NaN that appears in an entry of the matrix stays in the entries that depend on it, down to a column of candidate
+// pivots that has nothing else, and one on the right-hand side stays down to the solution: a system that is solved here
+// without a NaN in its solution is solved as under the rule, and all others are left to it.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "core/unroll.h"
+#include "matrix/elimination.h"
+
+namespace tessarn::detail {
+
+// Puts the solution in place of the right-hand side, unless there is a NaN in it.
+template <std::size_t N>
+bool put_solution(const real* u, column_view<real> b) {
+  bool any_nan = false;
+  for (std::size_t i = 0; i < N; ++i) any_nan |= u[i] != u[i];
+  if (any_nan) return false;
+  for (std::size_t i = 0; i < N; ++i) b[i] = u[i];
+  return true;
+}
+
+// A system whose every entry has a name, and mostly a register, of its own: for N of at most eight. The forward substitution
+// is done on the way.
+template <std::size_t N>
+class named_system {
+ public:
+  named_system(const real* a, column_view<real> b) {
+    TESSARN_UNROLL for (std::size_t r = 0; r < N; ++r) {
+      TESSARN_UNROLL for (std::size_t c = 0; c < N; ++c) w_[r][c] = a[N * r + c];
+      v_[r] = b[r];
+      sum_[r] = 0;
+    }
+  }
+
+  // False when a column of candidate pivots is 0.
+  bool eliminate() {
+    TESSARN_UNROLL for (std::size_t k = 0; k < N; ++k) {
+      if (!exchange_for_pivot(k)) return false;
+      v_[k] -= sum_[k];
+      TESSARN_UNROLL for (std::size_t r = k + 1; r < N; ++r) {
+        const real multiplier = w_[r][k] / w_[k][k];
+        TESSARN_UNROLL for (std::size_t c = k + 1; c < N; ++c) w_[r][c] -= multiplier * w_[k][c];
+        sum_[r] += multiplier * v_[k];
+      }
+    }
+    return true;
+  }
+  bool substitute_back(column_view<real> b) const {
+    real u[N];
+    TESSARN_UNROLL for (std::size_t k = 0; k < N; ++k) {
+      const std::size_t i = N - 1 - k;
+      real s = 0;
+      TESSARN_UNROLL for (std::size_t j = i + 1; j < N; ++j) s += w_[i][j] * u[j];
+      u[i] = (v_[i] - s) / w_[i][i];
+    }
+    return put_solution<N>(u, b);
+  }
+
+ private:
+  // The row of the largest magnitude in column k goes to row k, the upper one of equals. What stands left of the column
+  // is done with.
+  bool exchange_for_pivot(std::size_t k) {
+    real best = 0;
+    std::size_t p = N;
+    TESSARN_UNROLL for (std::size_t r = k; r < N; ++r) {
+      const real magnitude = std::fabs(w_[r][k]);
+      if (magnitude > best) {
+        p = r;
+        best = magnitude;
+      }
+    }
+    if (p == N) return false;
+    TESSARN_UNROLL for (std::size_t r = k + 1; r < N; ++r) {
+      if (r != p) continue;
+      TESSARN_UNROLL for (std::size_t c = k; c < N; ++c) std::swap(w_[k][c], w_[r][c]);
+      std::swap(v_[k], v_[r]);
+      std::swap(sum_[k], sum_[r]);
+    }
+    return true;
+  }
+
+  real w_[N][N];
+  real v_[N];    // the right-hand side, and then the intermediate entries
+  real sum_[N];  // of the terms of the forward substitution
+};
+
+template <std::size_t N>
+bool solve_named(const real* a, column_view<real> b) {
+  named_system<N> system(a, b);
+  return system.eliminate() && system.substitute_back(b);
+}
+
+// A row of a system on its way through the factorisation.
+template <std::size_t N>
+struct system_row {
+  real w[N];
+  real b;    // the right-hand side, and then the intermediate entry
+  real sum;  // of the terms of the forward substitution
+};
+
+// The same for more equations, the rows exchanged by pointer.
+template <std::size_t N>
+bool solve_by_pointers(const real* a, column_view<real> b) {
+  system_row<N> rows[N];
+  system_row<N>* at[N];
+  for (std::size_t r = 0; r < N; ++r) {
+    std::copy_n(a + N * r, N, rows[r].w);
+    rows[r].b = b[r];
+    rows[r].sum = 0;
+    at[r] = &rows[r];
+  }
+  for (std::size_t k = 0; k < N; ++k) {
+    real best = 0;
+    std::size_t p = N;
+    for (std::size_t r = k; r < N; ++r) {
+      const real magnitude = std::fabs(at[r]->w[k]);
+      p = magnitude > best ? r : p;
+      best = magnitude > best ? magnitude : best;
+    }
+    if (p == N) return false;
+    std::swap(at[k], at[p]);
+    system_row<N>& upper = *at[k];
+    upper.b -= upper.sum;
+    for (std::size_t r = k + 1; r < N; ++r) {
+      system_row<N>& row = *at[r];
+      const real multiplier = row.w[k] / upper.w[k];
+      for (std::size_t c = k + 1; c < N; ++c) row.w[c] -= multiplier * upper.w[c];
+      row.sum += multiplier * upper.b;
+    }
+  }
+  real u[N];
+  for (std::size_t i = N; i-- > 0;) {
+    real s = 0;
+    for (std::size_t j = i + 1; j < N; ++j) s += at[i]->w[j] * u[j];
+    u[i] = (at[i]->b - s) / at[i]->w[i];
+  }
+  return put_solution<N>(u, b);
+}
+
+}  // namespace tessarn::detail
