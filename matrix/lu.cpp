@@ -109,7 +109,9 @@ bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
                                      solve_named<1>,        solve_named<2>,        solve_named<3>,
                                      solve_named<4>,        solve_named<5>,        solve_named<6>,
                                      solve_named<7>,        solve_named<8>,        solve_by_pointers<9>,
-                                     solve_by_pointers<10>, solve_by_pointers<11>, solve_by_pointers<12>};
+                                     solve_by_pointers<10>, solve_by_pointers<11>, solve_by_pointers<12>,
+                                     solve_by_pointers<13>, solve_by_pointers<14>, solve_by_pointers<15>,
+                                     solve_by_pointers<16>};
   // Where two equations share an entry of b, the solution overwrites what it still needs.
   if (n < sizeof small / sizeof *small) return (n <= b.height && small[n](a, b)) || solve_by_rule(a, n, b);
   const std::size_t stride = matrix().lu_stride(n);

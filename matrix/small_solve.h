@@ -24,8 +24,8 @@ bool put_solution(const real* u, column_view<real> b) {
   return true;
 }
 
-// A system whose every entry has a name, and mostly a register, of its own: for N of at most eight. The forward substitution
-// is done on the way.
+// A system whose every entry has a name, and mostly a register, of its own: for N of at most eight. The forward
+// substitution is done on the way.
 template <std::size_t N>
 class named_system {
  public:
@@ -103,7 +103,7 @@ struct system_row {
   real sum;  // of the terms of the forward substitution
 };
 
-// The same for more equations, the rows exchanged by pointer.
+// The same for some more equations, the rows exchanged by pointer.
 template <std::size_t N>
 bool solve_by_pointers(const real* a, column_view<real> b) {
   system_row<N> rows[N];
@@ -114,13 +114,16 @@ bool solve_by_pointers(const real* a, column_view<real> b) {
     rows[r].sum = 0;
     at[r] = &rows[r];
   }
+  TESSARN_KEEP_LOOP
   for (std::size_t k = 0; k < N; ++k) {
     real best = 0;
     std::size_t p = N;
     for (std::size_t r = k; r < N; ++r) {
       const real magnitude = std::fabs(at[r]->w[k]);
-      p = magnitude > best ? r : p;
-      best = magnitude > best ? magnitude : best;
+      if (magnitude > best) [[unlikely]] {  // else the compiler selects, and each comparison waits for the one before
+        p = r;
+        best = magnitude;
+      }
     }
     if (p == N) return false;
     std::swap(at[k], at[p]);
