@@ -22,7 +22,7 @@ detail::labels machine_row(long size, double operations, double bytes) {
 }
 
 void report(benchmark::State& state, const detail::labels& row) {
-  detail::set_counters(state, row, "");
+  detail::set_counters(state, row, "", 1);
 }
 
 #if defined(__x86_64__)
@@ -100,6 +100,9 @@ void add_rates() {
 
 #endif
 
+// Processors read ahead by themselves, but not to the next page of memory.
+constexpr std::size_t half_page = 2048 / sizeof(double), ahead = 16 * half_page;
+
 void add_memory(const char* name, long bytes, void (*run)(std::vector<double>&)) {
   const detail::labels row = machine_row(bytes, 0, double(bytes));
   detail::configure(benchmark::RegisterBenchmark(
@@ -116,18 +119,21 @@ void add_memory(const char* name, long bytes, void (*run)(std::vector<double>&))
 
 void add_machine_limits() {
   add_rates();
-  // Caches of the first, second and third level, the last one nearly filled, and memory. The bytes
-  // of a copy are those read and written.
-  for (long bytes : {16L << 10, 512L << 10, 8L << 20, 24L << 20, 128L << 20}) {
+  // Caches of the first, second and third level, the last one nearly filled and overfilled, and memory. The
+  // bytes of a copy are those read and written.
+  for (long bytes : {16L << 10, 512L << 10, 8L << 20, 24L << 20, 48L << 20, 128L << 20}) {
     add_memory("copy", bytes, [](std::vector<double>& all) {
       const std::size_t half = all.size() / 2;
       std::memcpy(all.data(), all.data() + half, half * sizeof(double));
       use(all);
     });
     add_memory("read", bytes, [](std::vector<double>& all) {
-      double sums[64] = {};  // one addition for each loaded number, never waited for
-      for (std::size_t k = 0; k < all.size(); k += 64)
-        for (std::size_t j = 0; j < 64; ++j) sums[j] += all[k + j];
+      constexpr std::size_t at_once = 64;
+      double sums[at_once] = {};  // one addition for each loaded number, never waited for
+      for (std::size_t k = 0; k < all.size(); k += at_once) {
+        if (k % half_page == 0 && k + ahead < all.size()) __builtin_prefetch(&all[k + ahead]);
+        for (std::size_t j = 0; j < at_once; ++j) sums[j] += all[k + j];
+      }
       use(sums);
     });
   }

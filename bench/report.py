@@ -46,9 +46,10 @@ def cells(results, row):
     reach = ""
     if row.reach:
         reach = f"{row.reach:g} {mark(row)}"
-        # Data that stay in a cache can be faster than the limit by the rates of the memory: then it is none.
-        if mark(row) == "✗" and limit and limit < row.ours.median() and best.median() / limit < row.reach:
-            reach += f", limit {ratio_text(best.median() / limit)}"
+        # Who is faster than the rates of the memory has shown that they are no limit; that of the operations is one.
+        least = limit if limit and limit < row.ours.median() else results.time_of_operations(row)
+        if mark(row) == "✗" and least and best.median() / least < row.reach:
+            reach += f", limit {ratio_text(best.median() / least)}"
     name = ""
     if best:
         name = best.name + (" (native)" if best.program() == "native" and best.family in ("Eigen", "other") else "")

@@ -33,7 +33,7 @@ class Row:
         self.size = size
         self.calls = {}
         self.hashes = {}
-        self.operations = self.bytes = self.only_read = self.reach = 0
+        self.operations = self.bytes = self.only_read = self.memory = self.reach = 0
         self.note = ""
 
     @property
@@ -85,8 +85,8 @@ class Results:
                               Row(operation, int(size)))
         entry = row.calls.setdefault((family, call), Call(family, call))
         entry.times.setdefault(program, []).append(time)
-        row.operations, row.bytes, row.only_read, row.reach = (
-            b[key] for key in ("operations", "bytes", "only_read", "reach"))
+        row.operations, row.bytes, row.only_read, row.memory, row.reach = (
+            b[key] for key in ("operations", "bytes", "only_read", "memory", "reach"))
         digest, row.note = b["label"].split("|", 1)
         row.hashes[program] = digest
 
@@ -112,12 +112,16 @@ class Results:
         rates = sorted((s, self.rate(r)) for (call, s), r in self.machine.items() if call == kind)
         return next((rate for s, rate in rates if s >= size), rates[-1][1] if rates else None)
 
+    def time_of_operations(self, row):
+        return row.operations / self.arithmetic_rate() if self.machine else None
+
     def limit(self, row):
         """The least time in nanoseconds, and whether operations or bytes set it."""
         if not self.machine:
             return None, ""
-        by_operations = row.operations / self.arithmetic_rate()
-        by_bytes = row.bytes / self.memory_rate("read" if row.only_read else "copy", row.bytes)
+        by_operations = self.time_of_operations(row)
+        # The inputs take turns: what one of them left in a cache is there again if all of them fit.
+        by_bytes = row.bytes / self.memory_rate("read" if row.only_read else "copy", row.memory)
         if max(by_operations, by_bytes) == 0:
             return None, ""
         return (by_operations, "operations") if by_operations >= by_bytes else (by_bytes, "bytes")

@@ -57,10 +57,11 @@ std::string benchmark_name(const labels& row, const std::string& family, const s
   return row.operation + "|" + std::to_string(row.size) + "|" + family + "|" + call;
 }
 
-void set_counters(benchmark::State& state, const labels& row, const std::string& hash) {
+void set_counters(benchmark::State& state, const labels& row, const std::string& hash, int inputs) {
   state.counters["operations"] = row.needs.operations;
   state.counters["bytes"] = row.needs.bytes;
   state.counters["only_read"] = row.needs.only_read;
+  state.counters["memory"] = row.needs.bytes * inputs / (row.needs.in_place ? 2 : 1);
   state.counters["reach"] = row.reach;
   state.SetLabel(hash + "|" + row.note);
 }

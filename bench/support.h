@@ -27,6 +27,7 @@ struct work {
   double operations = 0;
   double bytes = 0;
   bool only_read = false;  // the bytes, which are copied otherwise
+  bool in_place = false;   // they are written where they were read
 };
 
 // Products and sums run side by side: the more numerous ones set the limit.
@@ -77,7 +78,8 @@ struct labels {
 
 // "operation|size|family|call", with family one of ours, plain, machine, or the peer's column.
 std::string benchmark_name(const labels& row, const std::string& family, const std::string& call);
-void set_counters(benchmark::State& state, const labels& row, const std::string& hash);
+// inputs: how many take turns.
+void set_counters(benchmark::State& state, const labels& row, const std::string& hash, int inputs);
 void configure(benchmark::internal::Benchmark* b, const std::string& family);
 // Empty when the two agree, else the reason.
 std::string disagreement(const values& ours, const values& other, const labels& row, bool bits);
@@ -209,7 +211,7 @@ class row {
         use(result);
         if (++i == rotation) i = 0;
       }
-      detail::set_counters(state, s->labels, s->hash);
+      detail::set_counters(state, s->labels, s->hash, rotation);
     };
     // A copy of the function serves all repetitions: Google Benchmark wants it copyable.
     auto function = std::make_shared<decltype(timed)>(std::move(timed));
