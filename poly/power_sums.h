@@ -37,7 +37,7 @@ class power_sums {
 
   const unsigned exponents_;
   const std::size_t length_;
-  alignas(64) double few_sums_[12 * partial_sums];
+  alignas(64) double few_sums_[23 * partial_sums];  // those of eight coefficients
   real_array many_sums_, powers_;  // where they are needed
   double* sums_ = few_sums_;
   std::size_t count_ = 0, waiting_ = 0;

@@ -114,6 +114,24 @@ TEST(BinomAllocation, EveryOperation) {
   }
 }
 
+// Their sums and their normal equations stand on the stack; a constant's points pass through a block.
+TEST(BinomAllocation, FitsOfTwoToEightCoefficientsAllocateThemOnly) {
+  std::vector<vector> points;
+  for (int i = 0; i < 200; ++i) points.push_back(vector(0.01 * (i + 1), i % 7));
+  for (tessarn::ulong m = 2; m <= 8; ++m) {
+    const long failures = fail_every_allocation([&](long k) {
+      binom p;
+      return run(k, [&]() { p.create(points.data(), 200, m); });
+    });
+    EXPECT_EQ(failures, 1) << m;
+    const long odd_failures = fail_every_allocation([&](long k) {
+      binom p;
+      return run(k, [&]() { p.createtan(points.data(), 200, m); });
+    });
+    EXPECT_EQ(odd_failures, 1) << m;
+  }
+}
+
 TEST(BinomAllocation, ShiftOfTheEmptyPolynomial) {
   const long live = live_blocks();
   fail_every_allocation([&](long k) {
