@@ -168,8 +168,8 @@ void add_powers(const double* powers, const double* y, size_t n, unsigned expone
 }
 
 bool unpack_space(const double* points, size_t exponents, double* px, double* py, double* z) {
-  if (exponents == 5) return unpack_with_powers<2, 5>(points, px, py, z);
-  if (exponents == 7) return unpack_with_powers<1, 7>(points, px, py, z);
+  if (exponents == 5) return unpack_with_powers<5>(points, px, py, z);
+  if (exponents == 7) return unpack_with_powers<7>(points, px, py, z);
   for (size_t i = 0; i < point_block; i += width) {
     vec x, y, pz;
     load_surface_points(points + 4 * i, x, y, pz);

@@ -65,36 +65,34 @@ struct surface_row {
   }
 };
 
-// Powers of vectors of x and as many of y, in rows from 2 on.
-template <size_t GROUP>
+// Powers of a vector of x and of one of y, in rows from 2 on.
 struct store_two_powers {
   double *px, *py;
   TESSARN_MEMBER void operator()(size_t e, const vec* power) const {
-    for (size_t v = 0; e > 1 && v < GROUP; ++v) {
-      store(px + e * point_block + v * width, power[v]);
-      store(py + e * point_block + v * width, power[GROUP + v]);
-    }
+    if (e < 2) return;
+    store(px + e * point_block, power[0]);
+    store(py + e * point_block, power[1]);
   }
 };
 
-// Unpacks a block of space points with powers of GROUP vectors of x and y side by side.
-template <size_t GROUP, size_t COUNT>
+// Unpacks a block of space points with powers of a vector of x and one of y side by side. The next points are taken
+// apart before these, to hide how long it takes.
+template <size_t COUNT>
 TESSARN_INLINE bool unpack_with_powers(const double* points, double* px, double* py, double* z) {
-  quick_chains<2 * GROUP, COUNT> chain;
+  quick_chains<2, COUNT> chain;
   bool safe = true;
-  for (size_t i = 0; i < point_block; i += GROUP * width) {
+  vec next[2], next_z;
+  load_surface_points(points, next[0], next[1], next_z);
+  for (size_t i = 0; i < point_block; i += width) {
+    const vec at[2] = {next[0], next[1]};
+    store(px + point_block + i, at[0]);
+    store(py + point_block + i, at[1]);
+    store(z + i, next_z);
+    load_surface_points(points + 4 * (i + width < point_block ? i + width : i), next[0], next[1], next_z);
     TESSARN_UNROLL_MORE
-    for (size_t k = 0; k < GROUP * width; ++k)
-      if (!chain_takes<COUNT>(points + 4 * (i + k) + 1) || !chain_takes<COUNT>(points + 4 * (i + k) + 2)) safe = false;
-    vec at[2 * GROUP], pz;
-    for (size_t v = 0; v < GROUP; ++v) {
-      const size_t k = i + v * width;
-      load_surface_points(points + 4 * k, at[v], at[GROUP + v], pz);
-      store(px + point_block + k, at[v]);
-      store(py + point_block + k, at[GROUP + v]);
-      store(z + k, pz);
-    }
-    chain.run(at, COUNT, store_two_powers<GROUP>{px + i, py + i});
+    for (size_t k = i; k < i + width; ++k)
+      if (!chain_takes<COUNT>(points + 4 * k + 1) || !chain_takes<COUNT>(points + 4 * k + 2)) safe = false;
+    chain.run(at, COUNT, store_two_powers{px + i, py + i});
   }
   return safe && none(chain.doubt);
 }
