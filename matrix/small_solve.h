@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "core/nan_rule.h"
 #include "core/unroll.h"
 #include "matrix/elimination.h"
 
@@ -17,9 +18,7 @@ namespace tessarn::detail {
 // Puts the solution in place of the right-hand side, unless there is a NaN in it.
 template <std::size_t N>
 bool put_solution(const real* u, column_view<real> b) {
-  bool any_nan = false;
-  for (std::size_t i = 0; i < N; ++i) any_nan |= u[i] != u[i];
-  if (any_nan) return false;
+  if (has_nan(u, N)) return false;
   for (std::size_t i = 0; i < N; ++i) b[i] = u[i];
   return true;
 }

@@ -7,8 +7,8 @@
 
 namespace tessarn::detail::TESSARN_ISA {
 
-// Eight space points in the order of surface_lanes, for which two shuffles a coordinate do, and numbers that belong to
-// them. Other widths take the points as they come.
+// Eight space points in the order of surface_lanes, for which seven shuffles of one step each do, and numbers that
+// belong to them. Other widths take the points as they come.
 #if defined(TESSARN_ISA_avx512)
 static constexpr unsigned char surface_lanes[partial_sums] = {0, 2, 1, 3, 4, 6, 5, 7};
 TESSARN_INLINE void load_surface_points(const double* p, vec& x, vec& y, vec& z) {
