@@ -1,5 +1,6 @@
 // Matrices of hostile entries: decomposition, inversion, solves, determinants, matching.
 #include <cmath>
+#include <cstring>
 
 #include "input.h"
 
@@ -47,7 +48,9 @@ void square(fuzz::input& in) {
   real_sqmat c(a);
   c.orthogonalize();
   a.optimize();
+  const real_sqmat product = c * a;
   c *= a;
+  fuzz::require(std::memcmp(product.getData(), c.getData(), n * n * sizeof(tessarn::real)) == 0, "both products agree");
   c *= c;
   if (n > 0) c.setColumn(in.any_number(), a.getColumn(in.any_number()));
   c.transpose(c);
@@ -68,8 +71,13 @@ void complex_square(fuzz::input& in) {
   sqmat<cplx> c(a);
   c.orthogonalize();
   a.optimize();
+  const sqmat<cplx> product = c * a;
   c *= a;
-  if (n > 0) c.setColumn(in.any_number(), a.getColumn(in.any_number()));
+  if (n > 0) {
+    const cplx one = product.get(n - 1, 0), other = c.get(n - 1, 0);
+    fuzz::require(std::memcmp(&one.re, &other.re, 2 * sizeof one.re) == 0, "both products agree");
+    c.setColumn(in.any_number(), a.getColumn(in.any_number()));
+  }
   cplx z(in.real(), in.real()), w(in.real(), in.real());
   z /= w;
   z.sqrt();

@@ -150,7 +150,7 @@ static size_t complex_workspace(size_t n) {
   return 2 * n * (columns + (n < complex_block ? n : complex_block));
 }
 
-static void complex_multiply(double* a, const double* b, size_t n, double* workspace) {
+static void complex_multiply(const double* a, const double* b, double* c, size_t n, double* workspace) {
   double* packed = workspace;
   for (size_t x = 0; x < n; x += complex_panel) {
     const size_t columns = panel_columns(n, x);
@@ -158,7 +158,7 @@ static void complex_multiply(double* a, const double* b, size_t n, double* works
       for (size_t v = x; v < x + columns; v += width, packed += 2 * width)
         part(b + (k * n + v) * entry_step, n - v < width ? n - v : width, packed, packed + width);
   }
-  // With one panel a row is read to its end before it is overwritten.
+  // With one panel a row is read to its end before it is overwritten where c is a.
   const bool copied = n > complex_panel;
   double* strips = packed;
   for (size_t first = 0; first < n; first += complex_block) {
@@ -177,10 +177,10 @@ static void complex_multiply(double* a, const double* b, size_t n, double* works
       size_t r = 0;
       for (; r + complex_rows <= rows; r += complex_rows)
         complex_strip<complex_rows>({left.a + r * left.row, left.row, left.column}, panel, n,
-                                    a + ((first + r) * n + x) * entry_step, columns);
+                                    c + ((first + r) * n + x) * entry_step, columns);
       for (; r < rows; ++r)
         complex_strip<1>({left.a + r * left.row, left.row, left.column}, panel, n,
-                         a + ((first + r) * n + x) * entry_step, columns);
+                         c + ((first + r) * n + x) * entry_step, columns);
       panel += 2 * n * panel_columns(n, x);
     }
   }
@@ -189,7 +189,7 @@ static void complex_multiply(double* a, const double* b, size_t n, double* works
 #if defined(__GNUC__) || defined(__clang__)
 // n = 4, a row of entries one behind the other in one vector or more. x y = Re x (Re y, Im y) + Im x (-Im y, Re y): to
 // add the product with a number turned round is to subtract the product.
-static void complex_multiply_four(double* a, const double* b) {
+static void complex_multiply_four(const double* a, const double* b, double* c) {
   constexpr size_t vectors = 8 / width, step = width / 2 * entry_step;
   mask signs;
   TESSARN_UNROLL for (size_t l = 0; l < width; ++l) signs[l] = l % 2 == 0 ? INT64_MIN : 0;
@@ -207,13 +207,13 @@ static void complex_multiply_four(double* a, const double* b) {
       const vec f_im = broadcast_from(a + (r * 4 + k) * entry_step + 1);
       TESSARN_UNROLL for (size_t v = 0; v < vectors; ++v) sum[v] += f_re * upright[k][v] + f_im * turned[k][v];
     }
-    TESSARN_UNROLL for (size_t v = 0; v < vectors; ++v) store_pairs(a + r * 4 * entry_step + v * step, sum[v]);
+    TESSARN_UNROLL for (size_t v = 0; v < vectors; ++v) store_pairs(c + r * 4 * entry_step + v * step, sum[v]);
   }
 }
 #else
-static void complex_multiply_four(double* a, const double* b) {
+static void complex_multiply_four(const double* a, const double* b, double* c) {
   double workspace[2 * 4 * (4 + 4)];
-  complex_multiply(a, b, 4, workspace);
+  complex_multiply(a, b, c, 4, workspace);
 }
 #endif
 

@@ -33,9 +33,12 @@ void multiply_three(const real* a, const real* b, real* c) {
   }
 }
 
+constexpr std::size_t entry_reals = sizeof(cplx) / sizeof(real);  // from entry to entry
+static_assert(entry_reals == 3, "the kernels step from entry to entry by three reals");
+
 // N x N, a row of sums at a time.
 template <std::size_t N>
-void multiply_small(cplx* a, const cplx* b) {
+void multiply_small(const cplx* a, const cplx* b, real* c) {
   real re[N][N], im[N][N];
   for (std::size_t k = 0; k < N; ++k)
     for (std::size_t x = 0; x < N; ++x) {
@@ -52,10 +55,22 @@ void multiply_small(cplx* a, const cplx* b) {
       }
     }
     for (std::size_t x = 0; x < N; ++x) {
-      a[r * N + x].re = sum_re[x];
-      a[r * N + x].im = sum_im[x];
+      c[(r * N + x) * entry_reals] = sum_re[x];
+      c[(r * N + x) * entry_reals + 1] = sum_im[x];
     }
   }
+}
+
+void multiply_large(const cplx* a, const cplx* b, real* c, std::size_t n) {
+  const matrix_kernels& kernels = matrix();
+  const auto call = [&](real* workspace) {
+    kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), as_doubles(c), n, as_doubles(workspace));
+  };
+  if (n <= complex_stack_size) {
+    alignas(64) real workspace[complex_stack];
+    return call(workspace);
+  }
+  call(allocate(kernels.complex_workspace(n)).get());
 }
 
 }  // namespace
@@ -71,23 +86,13 @@ void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size
   kernels.multiply(as_doubles(a), as_doubles(b), as_doubles(c), rows, inner, columns, as_doubles(workspace.get()));
 }
 
-void multiply_four(cplx* a, const cplx* b) {
-  matrix().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re));
-}
-
-void multiply(cplx* a, const cplx* b, std::size_t n) {
-  if (n == 2) return multiply_small<2>(a, b);
-  if (n == 3) return multiply_small<3>(a, b);
-  static_assert(sizeof(cplx) == 3 * sizeof(real), "the kernel steps from entry to entry by three reals");
-  const matrix_kernels& kernels = matrix();
-  const auto call = [&](real* workspace) {
-    kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), n, as_doubles(workspace));
-  };
-  if (n <= complex_stack_size) {
-    alignas(64) real workspace[complex_stack];
-    return call(workspace);
+void multiply(const cplx* a, const cplx* b, real* c, std::size_t n) {
+  switch (n) {
+    case 2: return multiply_small<2>(a, b, c);
+    case 3: return multiply_small<3>(a, b, c);
+    case 4: return matrix().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re), as_doubles(c));
+    default: return multiply_large(a, b, c, n);
   }
-  call(allocate(kernels.complex_workspace(n)).get());
 }
 
 }  // namespace tessarn::detail

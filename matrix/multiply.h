@@ -11,9 +11,8 @@ namespace tessarn::detail {
 // +0.0, a NaN stored as 0.0. c is neither a nor b.
 void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size_t inner, std::size_t columns);
 
-// a = a b for n x n matrices of complex numbers, each entry the sum over k ascending from 0 + 0i. b may be a.
-void multiply(cplx* a, const cplx* b, std::size_t n);
-// The same for n = 4, without the detours for other sizes.
-void multiply_four(cplx* a, const cplx* b);
+// c = a b for n x n matrices of complex numbers, each entry the sum over k ascending from 0 + 0i. c is the first real
+// part of the product, whose entries need not be constructed yet; any of the matrices may be another.
+void multiply(const cplx* a, const cplx* b, real* c, std::size_t n);
 
 }  // namespace tessarn::detail

@@ -79,10 +79,16 @@ void real_sqmat::transpose(sqmat& dst) {
 
 void real_sqmat::operator*=(sqmat& b) {
   if (b.size != size || size == 0) return;
+  const sqmat product = *this * static_cast<const sqmat&>(b);
+  std::copy_n(product.data, entry_count(size), data);
+}
+
+real_sqmat real_sqmat::operator*(const sqmat& b) const {
   sqmat product;
+  if (b.size != size) return product;
   product.create(size);
   tessarn::detail::multiply(data, b.data, product.data, size, size, size);
-  std::copy_n(product.data, entry_count(size), data);
+  return product;
 }
 
 bool real_sqmat::operator==(sqmat& b) {

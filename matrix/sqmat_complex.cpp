@@ -4,6 +4,7 @@
 #include "core/access.h"
 #include "core/storage.h"
 #include "matrix/complex_array.h"
+#include "matrix/kernels.h"
 #include "matrix/multiply.h"
 
 using tessarn::detail::complex_mat;
@@ -13,6 +14,26 @@ namespace {
 
 std::size_t entry_count(tessarn::ulong n) { return static_cast<tessarn::ulong>(n * n); }
 
+// a b as new entries.
+cplx* product_of(const cplx* a, const cplx* b, tessarn::ulong n) {
+  using namespace tessarn::detail;
+  const std::size_t count = entry_count(n);
+  entries_owner product(allocate_entries(count));
+  multiply(a, b, first_part(product.get()), n);
+  construct_around_parts(product.get(), count);
+  return product.release();
+}
+
+// The same for n = 4, the size of transformations, without the detours for other sizes: they take longer than the rest
+// of the work that is not arithmetic.
+cplx* product_of_four(const cplx* a, const cplx* b) {
+  using namespace tessarn::detail;
+  cplx* product = allocate_entries(16);
+  matrix().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re), as_doubles(first_part(product)));
+  construct_around_parts(product, 16);
+  return product;
+}
+
 }  // namespace
 
 complex_sqmat::sqmat(sqmat& m) : data(tessarn::detail::copied_entries(m.data, entry_count(m.size))), size(m.size) {}
@@ -20,8 +41,9 @@ complex_sqmat::sqmat(sqmat& m) : data(tessarn::detail::copied_entries(m.data, en
 complex_sqmat::~sqmat() { release(); }
 
 void complex_sqmat::release() noexcept {
-  tessarn::detail::release_entries(data);
+  cplx* entries = data;
   forget();
+  tessarn::detail::release_entries(entries);
 }
 
 void complex_sqmat::create(tessarn::ulong n) {
@@ -58,6 +80,13 @@ void complex_sqmat::setColumn(tessarn::ulong x, complex_mat column) {
 
 void complex_sqmat::operator*=(sqmat& b) {
   if (b.size != size || size == 0) return;
-  if (size == 4) return tessarn::detail::multiply_four(data, b.data);
-  tessarn::detail::multiply(data, b.data, size);
+  tessarn::detail::multiply(data, b.data, tessarn::detail::first_part(data), size);
+}
+
+complex_sqmat complex_sqmat::operator*(const sqmat& b) const {
+  sqmat product;
+  if (b.size != size || size == 0) return product;
+  product.data = size == 4 ? product_of_four(data, b.data) : product_of(data, b.data, size);
+  product.size = size;
+  return product;
 }

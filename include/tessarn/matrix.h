@@ -312,6 +312,8 @@ class TESSARN_API sqmat<long double> {
 
   /// transform() for n points; in may be out.
   void transform(const vector3d* in, vector3d* out, ulong n) const;
+  /// this b as a new matrix, with the entries that `*=` gives; empty when the sizes differ.
+  sqmat operator*(const sqmat& b) const;
 
  protected:
   real* data;
@@ -390,6 +392,10 @@ class TESSARN_API sqmat<cplx> {
   cplx cof(ulong x, ulong y) const { return self().cof(x, y); }
   void solve(mat<cplx>& b) const { self().solve(b); }
   /// @}
+
+  /// this b as a new matrix, with the entries that `*=` gives; empty when the sizes differ. It spares the copy that
+  /// `c = a; c *= b` makes.
+  sqmat operator*(const sqmat& b) const;
 
  protected:
   cplx* data;

@@ -126,6 +126,7 @@ TEST(MatrixAllocation, EveryFailureLeavesObjectsUsable) {
       {"sqmat transpose", [](world& w) { w.s.transpose(w.t); }},
       {"sqmat transpose into itself", [](world& w) { w.s.transpose(w.s); }},
       {"sqmat *=", [](world& w) { w.s *= w.s; }},
+      {"sqmat *", [](world& w) { w.t = w.s * w.s; }},
       {"sqmat det",
        [](world& w) {
          (void)w.s.det();
@@ -144,6 +145,7 @@ TEST(MatrixAllocation, EveryFailureLeavesObjectsUsable) {
       {"complex sqmat create", [](world& w) { w.cs.create(7); }},
       {"complex sqmat getColumn", [](world& w) { complex_matrix c = w.cs.getColumn(0); }},
       {"complex sqmat *=", [](world& w) { w.cs *= w.cs; }},
+      {"complex sqmat *", [](world& w) { w.ct = w.cs * w.cs; }},
       {"complex sqmat det", [](world& w) { (void)w.cs.det(); }},
       {"complex sqmat cof", [](world& w) { (void)w.ct.cof(1, 1); }},
       {"complex sqmat solve", [](world& w) { w.cs.solve(w.cb); }},

@@ -119,13 +119,15 @@ void matrices() {
     for (tessarn::ulong x = 0; x < 2; ++x) s.set(x, y, 1.3 - x + 2 * y);
   const sqmat<long double> t(s);
   s *= t;
+  s = s * t;
   s.setColumn(0, t.getColumn(1));
   print("sqmat det", static_cast<double>(s.det()) + static_cast<double>(t.cof(0, 1)) + (s == t));
   std::vector<sqmat<cplx>> complex_list(2);
   complex_list[0].create(2);
   complex_list[0].set(0, 0, cplx(1, 2));
   complex_list.push_back(complex_list[0]);
-  print("sqmat<cplx>", static_cast<double>(complex_list[2].get(0, 0).im));
+  const sqmat<cplx> square = complex_list[2] * complex_list[0];
+  print("sqmat<cplx>", static_cast<double>(complex_list[2].get(0, 0).im + square.get(0, 0).re));
   std::vector<mat<cplx>> columns(2);
   columns[1] = complex_list[0].getColumn(0);
   print("mat<cplx>", static_cast<double>(columns[1].get(0, 0).re));

@@ -60,15 +60,18 @@ TEST(Sqmat, Create) {
 }
 
 // As new cplx[n] would have made them: whole objects, their number in front.
-TEST(Sqmat, ComplexEntriesAreAnArrayOfObjects) {
-  complex_probe a;
-  a.create(3);
-  complex_probe b(a);
-  for (const complex_probe* m : {&a, &b}) {
-    EXPECT_EQ(reinterpret_cast<const std::size_t*>(m->entries())[-1], 9u);
-    for (u32 i = 0; i < 9; ++i) {
-      const cplx& entry = m->entries()[i];
-      EXPECT_EQ(typeid(entry), typeid(cplx));
+TEST_EVERY_BUILD(Sqmat, ComplexEntriesAreAnArrayOfObjects) {
+  for (u32 n : {1u, 2u, 3u, 4u, 5u, 17u}) {
+    complex_probe a, product;
+    a.create(n);
+    complex_probe b(a);
+    static_cast<complex_square&>(product) = a * b;
+    for (const complex_probe* m : {&a, &b, &product}) {
+      EXPECT_EQ(reinterpret_cast<const std::size_t*>(m->entries())[-1], n * n);
+      for (u32 i = 0; i < n * n; ++i) {
+        const cplx& entry = m->entries()[i];
+        EXPECT_EQ(typeid(entry), typeid(cplx));
+      }
     }
   }
 }
@@ -306,6 +309,42 @@ TEST(Sqmat, ProductInPlace) {
   EXPECT_TRUE(same(c.get(0, 0), {-3, 4}));
 }
 
+TEST(Sqmat, ProductAsANewMatrix) {
+  const real_square a = square(2, {1, 2, 3, 4});
+  const real_square b = square(2, {0, 1, 1, 0});
+  plain::square want(2);
+  want.data = {2, 1, 4, 3};
+  EXPECT_TRUE(same(a * b, want));
+  want.data = {3, 4, 1, 2};
+  EXPECT_TRUE(same(b * a, want));
+  want.data = {7, 10, 15, 22};
+  EXPECT_TRUE(same(a * a, want));
+  EXPECT_EQ((a * square(3, {1, 2, 3, 4, 5, 6, 7, 8, 9})).getSize(), 0u);
+  EXPECT_EQ((a * real_square()).getSize(), 0u);
+  EXPECT_EQ((real_square() * real_square()).getSize(), 0u);
+  real_square c = a;
+  c = c * c * b;  // temporaries, and a result that replaces an operand
+  want.data = {10, 7, 22, 15};
+  EXPECT_TRUE(same(c, want));
+}
+
+TEST(Sqmat, ComplexProductAsANewMatrix) {
+  const complex_square a = complex_rows(2, {{1, 1}, {2, 0}, {0, -1}, {3, 2}});
+  const complex_square b = complex_rows(2, {{0, 1}, {1, 0}, {2, 0}, {0, -2}});
+  const complex_square c = a * b;
+  ASSERT_EQ(c.getSize(), 2u);
+  EXPECT_TRUE(same(c.get(0, 0), {3, 1}));
+  EXPECT_TRUE(same(c.get(1, 0), {1, -3}));
+  EXPECT_TRUE(same(c.get(0, 1), {7, 4}));
+  EXPECT_TRUE(same(c.get(1, 1), {4, -7}));
+  EXPECT_EQ((a * complex_rows(1, {{1, 2}})).getSize(), 0u);
+  EXPECT_EQ((a * complex_square()).getSize(), 0u);
+  EXPECT_EQ((complex_square() * complex_square()).getSize(), 0u);
+  complex_square d = complex_rows(1, {{1, 2}});
+  d = d * d;
+  EXPECT_TRUE(same(d.get(0, 0), {-3, 4}));
+}
+
 TEST(Sqmat, Comparison) {
   real_square a = square(2, {1, 2, 3, 4});
   real_square b = square(3, {1, 2, 3, 4, 5, 6, 7, 8, 9});
@@ -373,9 +412,11 @@ TEST_EVERY_BUILD(Sqmat, OperationsMatchThePlainForm) {
       a.setColumn(x, to_library(c));
       plain::set_column(p, x, c);
       EXPECT_TRUE(same(a, p));
+      const real_square product = a * b;
       a *= b;
       plain::multiply(p, q);
       EXPECT_TRUE(same(a, p));
+      EXPECT_TRUE(same(product, p));
       EXPECT_TRUE(same(b, q));
       if (n <= 40) {
         a *= a;
@@ -403,13 +444,18 @@ TEST_EVERY_BUILD(Sqmat, ComplexOperationsMatchThePlainForm) {
       a.setColumn(x, to_library(c));
       plain::set_column(p, x, c);
       EXPECT_TRUE(same(a, p));
+      const complex_square product = a * b;
       a *= b;
       plain::multiply(p, q);
       EXPECT_TRUE(same(a, p));
+      EXPECT_TRUE(same(product, p));
+      EXPECT_TRUE(same(b, q));
       if (n <= 70) {
+        const complex_square squared = a * a;
         a *= a;
         plain::multiply(p, plain::csquare(p));
         EXPECT_TRUE(same(a, p));
+        EXPECT_TRUE(same(squared, p));
       }
     }
   }

@@ -124,6 +124,8 @@ const operation real_sqmat_table[] = {
     MATRIX("sqmat transpose", n, real_sqmat, 48, real_sqmat b; a.transpose(b); out.put(b)),
     CHANGED("sqmat *=", n, real_sqmat, 48, real_sqmat b = draw_sqmat(in, in.integer(0, 7) == 0 ? 3 : a.getSize()); a *= b; out.put(a)),
     CHANGED("sqmat *= const", n, real_sqmat, 48, const real_sqmat b = draw_sqmat(in, a.getSize()); a *= b; a *= a; out.put(a)),
+    MATRIX("sqmat *", n, real_sqmat, 48, const real_sqmat b = draw_sqmat(in, in.integer(0, 7) == 0 ? 3 : a.getSize());
+           out.put(a * b); out.put(b * b)),
     MATRIX("sqmat ==, !=", n, real_sqmat, 6, real_sqmat b = draw_sqmat(in, in.integer(0, 7) == 0 ? 3 : a.getSize()); const real_sqmat c(a);
            out.put(a == b); out.put(a != b); out.put(a == c); out.put(a != c)),
     MATRIX("sqmat det", 2 * n, real_sqmat, 48, out.put(a.det())),
@@ -189,6 +191,8 @@ const operation complex_sqmat_table[] = {
             const complex_mat c = draw_complex_mat(in, 1, h); a.setColumn(index_of(in), c); out.put(a)),
     CHANGED("sqmat<cplx> *=", n, complex_sqmat, 40, complex_sqmat b = draw_complex_sqmat(in, in.integer(0, 7) == 0 ? 3 : a.getSize()); a *= b; out.put(a)),
     CHANGED("sqmat<cplx> *= const", n, complex_sqmat, 40, const complex_sqmat b = draw_complex_sqmat(in, a.getSize()); a *= b; a *= a; out.put(a)),
+    MATRIX("sqmat<cplx> *", n, complex_sqmat, 40, const complex_sqmat b = draw_complex_sqmat(in, in.integer(0, 7) == 0 ? 3 : a.getSize());
+           out.put(a * b); out.put(b * b)),
     MATRIX("sqmat<cplx> det", 2 * n, complex_sqmat, 40, out.put(a.det())),
     MATRIX("sqmat<cplx> cof", n, complex_sqmat, 17, out.put(a.cof(index_of(in), 1)); out.put(a.cof(0, index_of(in)))),
     MATRIX("sqmat<cplx> solve", 2 * n, complex_sqmat, 40, complex_mat b = draw_complex_mat(in, 1, a.getSize()); a.solve(b); out.put(b)),

@@ -114,6 +114,7 @@ void real_square(Matrix& a) {
   t = a;
   t *= a;
   CHECK(t.get(0, 0) == 18);
+  CHECK((a * a).get(0, 0) == 18 && (a * real_sqmat()).getSize() == 0);
   CHECK(a.det() == 10 && a.cof(0, 0) == 3);
   real_mat b = a.getColumn(0);
   a.solve(b);
@@ -166,6 +167,7 @@ void complex_square(Matrix& a) {
   t = copied;
   t *= a;
   CHECK(t.get(0, 0).re == 18);
+  CHECK((a * a).get(0, 0).re == 18 && (a * complex_sqmat()).getSize() == 0);
   CHECK(near(a.det().re, 10) && a.cof(0, 0).re == 3);
   complex_mat b = a.getColumn(0);
   a.solve(b);
