@@ -145,7 +145,7 @@ template <int M>
 row<fit_inputs<M>> fit_row(const std::string& peers, long n, double reach) {
   const products_and_sums point = powers_below(2 * M - 1) + products_and_sums{M - 1, 3 * M - 2};
   row<fit_inputs<M>> r("fit, " + std::to_string(M) + " coefficients" + peers, n,
-                       {point.side_by_side() * double(n), sizeof(vector) * double(n), true});
+                       {point.side_by_side() * double(n), sizeof(vector) * double(n), traffic::read});
   r.reach(reach).agree({1e-7});
   r.ours([](fit_inputs<M> & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), index(in.n), index(in.count));
@@ -226,7 +226,7 @@ row<surface_inputs<G>> surface_row(const std::string& peers, double reach) {
   const products_and_sums point =
       powers + powers + products_and_sums{mixed + G * G - 1, distinct - 1 + G * G};
   row<inputs> r("surface fit by grade, 10000 points" + peers, G,
-                {n * point.side_by_side(), sizeof(vector3d) * n, true});
+                {n * point.side_by_side(), sizeof(vector3d) * n, traffic::read});
   r.reach(reach).agree({1e-7});
   r.ours([](inputs & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), inputs::n, index(in.grade));

@@ -98,7 +98,7 @@ constexpr double limit = 4;
 
 void add_delete_errors(long n, double reach) {
   row<sorted_inputs> r("DeleteErrors", n,
-                       {14.0 * double(n), 2.0 * sizeof(vector) * double(n), false, true});
+                       {14.0 * double(n), 2.0 * sizeof(vector) * double(n), traffic::move});
   r.reach(reach).agree({0}).note("our points are 24 bytes");
   r.ours(
       [](sorted_inputs & in, int i) -> auto& {
@@ -149,7 +149,7 @@ void rotate_by_erase(std::vector<Point>& v) {
 }
 
 void add_average(long n, double reach) {
-  row<random_inputs> r("average", n, {2.0 * double(n), sizeof(vector) * double(n), true});
+  row<random_inputs> r("average", n, {2.0 * double(n), sizeof(vector) * double(n), traffic::read});
   r.reach(reach).agree({1e-9}).note("our points are 24 bytes");
   r.ours([](random_inputs& in, int i) { return in.original[std::size_t(i)].average(); });
   r.peer("other", "loop",
@@ -162,7 +162,7 @@ void add_average(long n, double reach) {
 
 // The first point is removed and appended again, so that the length stays.
 void add_removal(long n, double reach) {
-  row<random_inputs> r("del(0)", n, {0, 2.0 * sizeof(vector) * double(n), false, true});
+  row<random_inputs> r("del(0)", n, {0, 2.0 * sizeof(vector) * double(n), traffic::move});
   r.reach(reach).agree({0}).note("our points are 24 bytes");
   r.ours(
       [](random_inputs & in, int i) -> auto& {
@@ -197,7 +197,7 @@ void add_removal(long n, double reach) {
 }
 
 void add_sort(long n, double reach) {
-  row<random_inputs> r("sort", n, {0, 2.0 * sizeof(vector) * double(n), false, true});
+  row<random_inputs> r("sort", n, {0, 2.0 * sizeof(vector) * double(n), traffic::move});
   r.reach(reach).agree({0});
   r.ours(
       [](random_inputs & in, int i) -> auto& {

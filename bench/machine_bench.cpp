@@ -1,6 +1,6 @@
 // The limits of the machine: multiplications and additions apart, as our arithmetic needs them,
-// with registers of each width; fused ones for comparison; and the rates of copying and of reading
-// in each level of memory.
+// with registers of each width; fused ones for comparison; and the rates of copying, of reading and
+// of moving in place in each level of memory.
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
@@ -103,8 +103,9 @@ void add_rates() {
 // Processors read ahead by themselves, but not to the next page of memory.
 constexpr std::size_t half_page = 2048 / sizeof(double), ahead = 16 * half_page;
 
-void add_memory(const char* name, long bytes, void (*run)(std::vector<double>&)) {
-  const detail::labels row = machine_row(bytes, 0, double(bytes));
+// touched: the bytes read and written together.
+void add_memory(const char* name, long bytes, long touched, void (*run)(std::vector<double>&)) {
+  const detail::labels row = machine_row(bytes, 0, double(touched));
   detail::configure(benchmark::RegisterBenchmark(
                         detail::benchmark_name(row, "machine", name).c_str(),
                         [row, bytes, run](benchmark::State& state) {
@@ -119,15 +120,14 @@ void add_memory(const char* name, long bytes, void (*run)(std::vector<double>&))
 
 void add_machine_limits() {
   add_rates();
-  // Caches of the first, second and third level, the last one nearly filled and overfilled, and memory. The
-  // bytes of a copy are those read and written.
+  // Caches of the first, second and third level, the last one nearly filled and overfilled, and memory.
   for (long bytes : {16L << 10, 512L << 10, 8L << 20, 24L << 20, 48L << 20, 128L << 20}) {
-    add_memory("copy", bytes, [](std::vector<double>& all) {
+    add_memory("copy", bytes, bytes, [](std::vector<double>& all) {
       const std::size_t half = all.size() / 2;
       std::memcpy(all.data(), all.data() + half, half * sizeof(double));
       use(all);
     });
-    add_memory("read", bytes, [](std::vector<double>& all) {
+    add_memory("read", bytes, bytes, [](std::vector<double>& all) {
       constexpr std::size_t at_once = 64;
       double sums[at_once] = {};  // one addition for each loaded number, never waited for
       for (std::size_t k = 0; k < all.size(); k += at_once) {
@@ -135,6 +135,12 @@ void add_machine_limits() {
         for (std::size_t j = 0; j < at_once; ++j) sums[j] += all[k + j];
       }
       use(sums);
+    });
+    // By the size of a plane point, as when the first point of a list is removed.
+    add_memory("move", bytes, 2 * bytes, [](std::vector<double>& all) {
+      constexpr std::size_t distance = sizeof(vector) / sizeof(double);
+      std::memmove(all.data(), all.data() + distance, (all.size() - distance) * sizeof(double));
+      use(all);
     });
   }
 }

@@ -44,7 +44,7 @@ void add(long n, double reach) {
   // offset: about 40 operations a point. The offset needs the normal, and so one pass more than
   // those of the points themselves; the extreme points need not be looked for in all of them.
   const double bytes = sizeof(vector3d) + 3.0 * sizeof(double);
-  row<cloud_inputs> r("plane fit", n, {40.0 * double(n), bytes * double(n), true});
+  row<cloud_inputs> r("plane fit", n, {40.0 * double(n), bytes * double(n), traffic::read});
   r.reach(reach).agree({1e-5}).note("a search of stated steps");
   r.ours([](cloud_inputs& in, int i) {
     return plane(in.ours[std::size_t(i)].data(), index(in.n)).normal;

@@ -2,6 +2,8 @@
 
 import html
 
+from results import TRAFFIC
+
 COLUMNS = ["operation", "size", "Tessarn", "±", "Eigen", "BLAS, LAPACK", "GSL", "other", "plain form",
            "best peer", "ratio", "to reach", "limit", "share", "hash of the results", "remark"]
 TEXT_COLUMNS = {"operation", "best peer", "hash of the results", "remark"}
@@ -93,13 +95,14 @@ def machine_lines(results):
                 for key, value in context.items() if key.startswith("version ")]
     lines.append("Versions: " + "; ".join(versions) + ".")
     rates = [f"{call} with {size} bits {results.rate(row):.1f} GFLOP/s"
-             for (call, size), row in sorted(results.machine.items()) if call not in ("copy", "read")]
-    copies, reads = ([f"{size_text(size)} {results.rate(row):.0f} GB/s"
-                      for (call, size), row in sorted(results.machine.items()) if call == kind]
-                     for kind in ("copy", "read"))
+             for (call, size), row in sorted(results.machine.items()) if call not in TRAFFIC]
+    copies, reads, moves = (", ".join(f"{size_text(size)} {results.rate(row):.0f} GB/s"
+                                      for (call, size), row in sorted(results.machine.items()) if call == kind)
+                            for kind in TRAFFIC)
     if rates:
         lines.append("Limits of the machine, measured in the same run: " + ", ".join(rates) +
-                     "; copies (bytes read and written) of " + ", ".join(copies) + "; reads of " + ", ".join(reads) + ".")
+                     f"; copies (bytes read and written) of {copies}; reads of {reads}; "
+                     f"moves in place (bytes read and written) of {moves}.")
     return lines
 
 

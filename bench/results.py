@@ -3,6 +3,7 @@
 import json
 import statistics
 
+TRAFFIC = ["copy", "read", "move"]  # by the number that the programs give
 PEER_FAMILIES = ["Eigen", "LAPACK", "GSL", "other"]
 
 
@@ -33,7 +34,8 @@ class Row:
         self.size = size
         self.calls = {}
         self.hashes = {}
-        self.operations = self.bytes = self.only_read = self.memory = self.reach = 0
+        self.operations = self.bytes = self.memory = self.reach = 0
+        self.traffic = TRAFFIC[0]
         self.note = ""
 
     @property
@@ -85,8 +87,9 @@ class Results:
                               Row(operation, int(size)))
         entry = row.calls.setdefault((family, call), Call(family, call))
         entry.times.setdefault(program, []).append(time)
-        row.operations, row.bytes, row.only_read, row.memory, row.reach = (
-            b[key] for key in ("operations", "bytes", "only_read", "memory", "reach"))
+        row.operations, row.bytes, row.memory, row.reach = (
+            b[key] for key in ("operations", "bytes", "memory", "reach"))
+        row.traffic = TRAFFIC[int(b["traffic"])]
         digest, row.note = b["label"].split("|", 1)
         row.hashes[program] = digest
 
@@ -108,7 +111,7 @@ class Results:
                    default=None)
 
     def memory_rate(self, kind, size):
-        """The rate of copying or reading in the smallest level of memory that holds so many bytes."""
+        """The rate of this kind of traffic in the smallest level of memory that holds so many bytes."""
         rates = sorted((s, self.rate(r)) for (call, s), r in self.machine.items() if call == kind)
         return next((rate for s, rate in rates if s >= size), rates[-1][1] if rates else None)
 
@@ -121,7 +124,7 @@ class Results:
             return None, ""
         by_operations = self.time_of_operations(row)
         # The inputs take turns: what one of them left in a cache is there again if all of them fit.
-        by_bytes = row.bytes / self.memory_rate("read" if row.only_read else "copy", row.memory)
+        by_bytes = row.bytes / self.memory_rate(row.traffic, row.memory)
         if max(by_operations, by_bytes) == 0:
             return None, ""
         return (by_operations, "operations") if by_operations >= by_bytes else (by_bytes, "bytes")

@@ -60,8 +60,8 @@ std::string benchmark_name(const labels& row, const std::string& family, const s
 void set_counters(benchmark::State& state, const labels& row, const std::string& hash, int inputs) {
   state.counters["operations"] = row.needs.operations;
   state.counters["bytes"] = row.needs.bytes;
-  state.counters["only_read"] = row.needs.only_read;
-  state.counters["memory"] = row.needs.bytes * inputs / (row.needs.in_place ? 2 : 1);
+  state.counters["traffic"] = static_cast<int>(row.needs.kind);
+  state.counters["memory"] = row.needs.bytes * inputs / (row.needs.kind == traffic::move ? 2 : 1);
   state.counters["reach"] = row.reach;
   state.SetLabel(hash + "|" + row.note);
 }

@@ -21,13 +21,16 @@
 
 namespace bench {
 
+// What happens to the bytes of an operation: they are copied to another place, only read, or moved
+// within the place where they are.
+enum class traffic { copy, read, move };
+
 // What the stated arithmetic of an operation needs, whichever way it is done: multiplications and
 // additions (a division or a root counts as one), and bytes read and written.
 struct work {
   double operations = 0;
   double bytes = 0;
-  bool only_read = false;  // the bytes, which are copied otherwise
-  bool in_place = false;   // they are written where they were read
+  traffic kind = traffic::copy;
 };
 
 // Products and sums run side by side: the more numerous ones set the limit.

@@ -109,7 +109,7 @@ constexpr double factor = 1.25;
 
 void add_space(long n, double reach) {
   const double m = double(n);
-  row<vector_inputs>("vector3d, sum of dot products", n, {6 * m, 64 * m, true})
+  row<vector_inputs>("vector3d, sum of dot products", n, {6 * m, 64 * m, traffic::read})
       .reach(reach)
       .ours([](vector_inputs& in, int) {
         const arrays<vector3d> v = in.of<vector3d>();
@@ -175,7 +175,7 @@ void add_space(long n, double reach) {
 
 void add_flat(long n, double reach) {
   const double m = double(n);
-  row<vector_inputs>("vector, sum of lengths", n, {5 * m, 24 * m, true})
+  row<vector_inputs>("vector, sum of lengths", n, {5 * m, 24 * m, traffic::read})
       .reach(reach)
       .ours([](vector_inputs& in, int) {
         const arrays<vector> v = in.of<vector>();
