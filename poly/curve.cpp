@@ -91,17 +91,35 @@ inline Use each_high_power(real x, slong highest, Use use) noexcept {
   return use;
 }
 
-// Gives the powers e = 0 .. highest of x to use(e, power), in this order, each correctly rounded, and gives use back:
-// as a value of its own it stays in registers.
+// The powers 0 .. highest, which is 2 at most. A square is rounded once as it is.
 template <class Use>
-inline Use each_power(real x, slong highest, Use use) noexcept {
+inline Use each_low_power(real x, slong highest, Use use) noexcept {
   use(0, static_cast<real>(1));
   if (highest < 1) return use;
   use(1, x);
   if (highest < 2) return use;
-  if (highest > 2) return each_high_power(x, highest, use);
-  use(2, product(x, x));  // rounded once as it is
+  use(2, product(x, x));
   return use;
+}
+
+// Those where the highest is 3 or 4 and the chain safe: few enough to need no storage.
+template <class Use>
+inline Use each_of_few_powers(real x, slong highest, Use use) noexcept {
+  use = each_low_power(x, 1, use);
+  const chain c(x, highest);
+  const chained first = c.first(), second = c.second(first);
+  use(2, second.power);
+  use(3, c.made(3, first, second).power);
+  if (highest > 3) use(4, c.square(4, second).power);
+  return use;
+}
+
+// Gives the powers e = 0 .. highest of x to use(e, power), in this order, each correctly rounded, and gives use back:
+// as a value of its own it stays in registers.
+template <class Use>
+inline Use each_power(real x, slong highest, Use use) noexcept {
+  if (highest < 3) return each_low_power(x, highest, use);
+  return each_high_power(x, highest, each_low_power(x, 1, use));
 }
 
 template <unsigned K>
@@ -116,7 +134,12 @@ struct add_to_derivative {
 
 template <unsigned K>
 real derivative(coefficients p, real x) noexcept {
-  return each_power(x, p.n - 1 - static_cast<slong>(K), add_to_derivative<K>{p.cof}).sum;
+  const slong highest = p.n - 1 - static_cast<slong>(K);
+  const add_to_derivative<K> use{p.cof};
+  // Called likely so that it stands in front and saves no registers: it is next to no work.
+  if (highest < 3) [[likely]] return each_low_power(x, highest, use).sum;
+  if (highest < 5 && chain_is_safe(x, static_cast<unsigned>(highest))) return each_of_few_powers(x, highest, use).sum;
+  return each_power(x, highest, use).sum;
 }
 
 }  // namespace

@@ -65,6 +65,24 @@ TEST(Derivatives, OfPowersBetweenTwoNumbers) {
   }
 }
 
+// Subnormal powers, and those whose rests are: a large coefficient shows their last bits.
+TEST(Derivatives, OfPowersOutsideTheNormalRange) {
+  test::random_source r(98);
+  for (int e = 2; e <= 9; ++e) {
+    plain::poly pp;
+    pp.cof.assign(static_cast<std::size_t>(e) + 2, 0);
+    pp.cof.back() = 0x1p1000;
+    const binom p = of(pp.cof);
+    std::vector<double> x(400), y(400);
+    for (double& v : x) v = std::ldexp(r.uniform(1, 2), -(960 + static_cast<int>(r.below(120))) / e);
+    p.func_1(x.data(), y.data(), 400);
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      ASSERT_BITS(p.func_1(x[i]), plain::func_1(pp, x[i])) << e << ' ' << test::hex(x[i]);
+      ASSERT_BITS(y[i], plain::func_1(pp, x[i])) << e << ' ' << test::hex(x[i]);
+    }
+  }
+}
+
 // Twice and four times a coefficient may be infinite where the derivative is not, or subnormal as the coefficient is.
 TEST(Derivatives, OfExtremeCoefficientsOverArrays) {
   test::random_source r(97);
