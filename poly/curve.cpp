@@ -138,7 +138,7 @@ real derivative(coefficients p, real x) noexcept {
   const add_to_derivative<K> use{p.cof};
   // Called likely so that it stands in front and saves no registers: it is next to no work.
   if (highest < 3) [[likely]] return each_low_power(x, highest, use).sum;
-  if (highest < 5 && chain_is_safe(x, static_cast<unsigned>(highest))) return each_of_few_powers(x, highest, use).sum;
+  if (highest < 5 && chain_is_clearly_safe<4>(x)) return each_of_few_powers(x, highest, use).sum;
   return each_power(x, highest, use).sum;
 }
 
