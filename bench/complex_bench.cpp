@@ -87,7 +87,8 @@ struct complex_inputs {
 
 void add_product(long n, double reach) {
   const double m = double(n);
-  row<complex_inputs> r("complex product", n, {8 * m * m * m, 3 * sizeof(cplx) * m * m});
+  const double entries = sizeof(cplx) * m * m;  // each input is an operand twice
+  row<complex_inputs> r("complex product", n, {8 * m * m * m, 3 * entries, traffic::copy, 2 * entries});
   r.reach(reach).agree({1e-12}).note("our entries are 24 bytes");
   r.ours([](complex_inputs& in, int i) {
     return in.ours[std::size_t(i)] * in.ours[in.next(i)];

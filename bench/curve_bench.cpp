@@ -47,6 +47,11 @@ products_and_sums derivative_needs(int n) {
 
 // ---------------------------------------------------------------------------- over arrays
 
+// At n abscissas, with one array for the results.
+work over_array(products_and_sums needs, long n) {
+  return {needs.side_by_side() * double(n), 16.0 * double(n), traffic::copy, 8.0 * double(n)};
+}
+
 struct array_inputs {
   explicit array_inputs(long size)
       : n(size), rotation(rotation_for(16.0 * double(n))), y(std::size_t(n)) {
@@ -70,8 +75,7 @@ struct array_inputs {
 plain::poly plain_form(const coefficients& c) { return {values(c.begin(), c.end())}; }
 
 void add_func(long n, double reach) {
-  row<array_inputs> r("func over an array, 6 coefficients", n,
-                      {func_needs(count).side_by_side() * double(n), 16.0 * double(n)});
+  row<array_inputs> r("func over an array, 6 coefficients", n, over_array(func_needs(count), n));
   r.reach(reach).agree({1e-13}).note("ascending powers, not Horner's scheme");
   r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
@@ -108,8 +112,7 @@ void add_func(long n, double reach) {
 }
 
 void add_derivative(long n, double reach) {
-  row<array_inputs> r("func_1 over an array, 6 coefficients", n,
-                      {derivative_needs(count).side_by_side() * double(n), 16.0 * double(n)});
+  row<array_inputs> r("func_1 over an array, 6 coefficients", n, over_array(derivative_needs(count), n));
   r.reach(reach).agree({1e-13}).note("correctly rounded powers");
   r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func_1(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
@@ -146,8 +149,7 @@ void add_derivative(long n, double reach) {
 template <class Ours>
 void add_array_of_any(const std::string& operation, products_and_sums needs, long n, double reach,
                       Ours ours, values array_inputs::*c) {
-  row<array_inputs> r(operation + " over an array, 6 coefficients, against any number", n,
-                      {needs.side_by_side() * double(n), 16.0 * double(n)});
+  row<array_inputs> r(operation + " over an array, 6 coefficients, against any number", n, over_array(needs, n));
   r.reach(reach).agree({1e-13}).note("the peer has the number as an argument, too");
   r.ours([ours](array_inputs & in, int i) -> auto& {
     ours(in, in.x[std::size_t(i)]);
@@ -194,7 +196,7 @@ struct point_inputs {
 
 void add_point(long n, double reach) {
   row<point_inputs> r("func_1 by number of coefficients", n,
-                      {derivative_needs(int(n)).side_by_side(), 8.0 * double(n)});
+                      {derivative_needs(int(n)).side_by_side(), 8.0 * double(n), traffic::read});
   r.reach(reach).agree({1e-12}).note("correctly rounded powers");
   r.ours([](point_inputs& in, int i) { return in.p.func_1(in.x[std::size_t(i)]); });
   r.peer("other", "Horner", [](point_inputs& in, int i) {

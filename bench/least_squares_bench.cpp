@@ -57,7 +57,7 @@ struct tall_inputs {
 void add_system(long m, double reach) {
   const double rows = double(m), n = unknowns;
   row<tall_inputs> r("least squares, 4 columns", m,
-                     {rows * (n * (n + 1) + 2 * n), 8 * rows * (n + 1)});
+                     {rows * (n * (n + 1) + 2 * n), 8 * rows * (n + 1), traffic::read});
   r.reach(reach).agree({1e-10});
   r.ours([](tall_inputs & in, int i) -> auto& {
     in.x.solve(in.ours_a[std::size_t(i)], in.ours_b[std::size_t(i)]);
@@ -149,7 +149,7 @@ values values_of(const rotation_of_library& r) {
 }
 
 void add_match(long n, double reach) {
-  row<match_inputs> r("calc_match", n, {51.0 * double(n), 64.0 * double(n)});
+  row<match_inputs> r("calc_match", n, {51.0 * double(n), 64.0 * double(n), traffic::read});
   r.reach(reach).agree({1e-9, false});
   r.ours([](match_inputs& in, int i) {
     in.transform.calc_match(in.a[std::size_t(i)].data(), in.b[std::size_t(i)].data(), index(in.n));

@@ -30,7 +30,7 @@ void add_products() {
                      {64, 0.75}, {128, 0.72}, {256, 0.75}, {512, 0.75}};
   for (auto [n, reach] : sizes) {
     const double m = double(n);
-    row<product_inputs> r("product", n, {2 * m * m * m, 24 * m * m});
+    row<product_inputs> r("product", n, {2 * m * m * m, 24 * m * m, traffic::copy, 8 * m * m});
     r.reach(reach).agree({1e-12});
     r.ours([](product_inputs& in, int i) { return in.left[in.at(i)] * in.right[in.at(i)]; });
     r.peer("Eigen", "Eigen", [](product_inputs& in, int i) -> Eigen::MatrixXd {

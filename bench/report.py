@@ -49,12 +49,9 @@ def cells(results, row):
     if row.reach:
         reach = f"{row.reach:g} {mark(row)}"
         # Who is faster than the rates of the memory has shown that they are no limit; that of the operations is one.
-        within = limit and limit < row.ours.median()
-        least = limit if within else results.time_of_operations(row)
+        least = limit if limit and limit < row.ours.median() else results.time_of_operations(row)
         if mark(row) == "✗" and least and best.median() / least < row.reach:
             reach += f", limit {ratio_text(best.median() / least)}"
-        elif mark(row) == "✗" and limit and not within:
-            reach += ", memory"
     name = ""
     if best:
         name = best.name + (" (native)" if best.program() == "native" and best.family in ("Eigen", "other") else "")
@@ -116,8 +113,7 @@ def size_text(size):
 LEGEND = ("Times in nanoseconds of processor time, the median of the repetitions; ± is half of their range. "
           "Each library stands with its fastest call in the faster of the two programs. The ratio is the time "
           "of the best peer over ours: above 1 we are faster; beside it the ratio to reach, ≈ where it is missed by "
-          "less than the spreads of the two times and less than 5 %, and what the limit would give where that is less, or "
-          "that we are as fast as the memory. "
+          "less than the spreads of the two times and less than 5 %, and what the limit would give where that is less. "
           "The limit is what the stated arithmetic needs on "
           "this machine, by operations or (b) by bytes, and the share is how much of it is reached. The hash "
           "is that of all bits of our results.")

@@ -91,7 +91,7 @@ void add_solve(long n, double reach) {
 
 void add_det(long n, double reach) {
   const double m = double(n);
-  row<system_inputs> r("det", n, {n == 3 ? 17 : elimination_operations(m) + m, 8 * m * m});
+  row<system_inputs> r("det", n, {n == 3 ? 17 : elimination_operations(m) + m, 8 * m * m, traffic::read});
   r.reach(reach).agree({1e-6});
   r.ours([](system_inputs& in, int i) { return in.ours[std::size_t(i)].det(); });
   r.peer("Eigen", "Eigen LU",

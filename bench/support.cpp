@@ -61,7 +61,8 @@ void set_counters(benchmark::State& state, const labels& row, const std::string&
   state.counters["operations"] = row.needs.operations;
   state.counters["bytes"] = row.needs.bytes;
   state.counters["traffic"] = static_cast<int>(row.needs.kind);
-  state.counters["memory"] = row.needs.bytes * inputs / (row.needs.kind == traffic::move ? 2 : 1);
+  const double own = row.needs.bytes - row.needs.shared;
+  state.counters["memory"] = row.needs.shared + own * inputs / (row.needs.kind == traffic::move ? 2 : 1);
   state.counters["reach"] = row.reach;
   state.SetLabel(hash + "|" + row.note);
 }

@@ -31,6 +31,7 @@ struct work {
   double operations = 0;
   double bytes = 0;
   traffic kind = traffic::copy;
+  double shared = 0;  // of the bytes, those of a place that is the same for all inputs
 };
 
 // Products and sums run side by side: the more numerous ones set the limit.

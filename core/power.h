@@ -81,13 +81,13 @@ inline bool chain_is_safe(real x, unsigned k) noexcept {
   return static_cast<std::uint64_t>(magnitude) * k <= safe_exponent_range;
 }
 
-// The same in one comparison, for a K that is known; 0 is not taken.
+// The same in one comparison, for a K of 1 or more that is known here.
 template <unsigned K>
-inline bool chain_is_clearly_safe(real x) noexcept {
+inline bool chain_is_safe(real x) noexcept {
   constexpr std::uint64_t limit = safe_exponent_range / K, least = (1023 - limit) << 53, extent = 2 * limit << 53;
   std::uint64_t bits;
   std::memcpy(&bits, &x, sizeof bits);
-  return 2 * bits - least <= extent;
+  return 2 * bits - least < extent;
 }
 
 }  // namespace tessarn::detail

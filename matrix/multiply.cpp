@@ -34,7 +34,7 @@ void multiply_three(const real* a, const real* b, real* c) {
 }
 
 constexpr std::size_t entry_reals = sizeof(cplx) / sizeof(real);  // from entry to entry
-static_assert(entry_reals == 3, "the kernels step from entry to entry by three reals");
+static_assert(entry_reals == 3, "the kernels have this distance");
 
 // N x N, a row of sums at a time.
 template <std::size_t N>

@@ -79,7 +79,7 @@ void real_sqmat::transpose(sqmat& dst) {
 
 void real_sqmat::operator*=(sqmat& b) {
   if (b.size != size || size == 0) return;
-  const sqmat product = *this * static_cast<const sqmat&>(b);
+  const sqmat product = *this * b;
   std::copy_n(product.data, entry_count(size), data);
 }
 

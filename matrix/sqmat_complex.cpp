@@ -43,7 +43,7 @@ complex_sqmat::~sqmat() { release(); }
 void complex_sqmat::release() noexcept {
   cplx* entries = data;
   forget();
-  tessarn::detail::release_entries(entries);
+  tessarn::detail::release_entries(entries);  // at the end, where nothing has to be kept for later
 }
 
 void complex_sqmat::create(tessarn::ulong n) {

@@ -102,7 +102,7 @@ inline Use each_low_power(real x, slong highest, Use use) noexcept {
   return use;
 }
 
-// Those where the highest is 3 or 4 and the chain safe: few enough to need no storage.
+// The powers 0 .. highest, which is 3 or 4, where the chain is safe: few enough to need no storage.
 template <class Use>
 inline Use each_of_few_powers(real x, slong highest, Use use) noexcept {
   use = each_low_power(x, 1, use);
@@ -138,7 +138,7 @@ real derivative(coefficients p, real x) noexcept {
   const add_to_derivative<K> use{p.cof};
   // Called likely so that it stands in front and saves no registers: it is next to no work.
   if (highest < 3) [[likely]] return each_low_power(x, highest, use).sum;
-  if (highest < 5 && chain_is_clearly_safe<4>(x)) return each_of_few_powers(x, highest, use).sum;
+  if (highest < 5 && chain_is_safe<4>(x)) return each_of_few_powers(x, highest, use).sum;
   return each_power(x, highest, use).sum;
 }
 

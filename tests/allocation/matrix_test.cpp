@@ -151,7 +151,7 @@ TEST(MatrixAllocation, EveryFailureLeavesObjectsUsable) {
       {"complex sqmat solve", [](world& w) { w.cs.solve(w.cb); }},
       {"complex sqmat orthogonalize", [](world& w) { w.cs.orthogonalize(); }},
   };
-  for (u32 n : {2u, 3u, 6u, 20u}) {
+  for (u32 n : {2u, 3u, 4u, 6u, 20u}) {
     for (const auto& o : operations) failures_of(o.name, n, o.run);
   }
 }
