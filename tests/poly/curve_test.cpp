@@ -83,22 +83,6 @@ TEST(Derivatives, OfPowersOutsideTheNormalRange) {
   }
 }
 
-// The greatest abscissas whose chain is safe, and those beyond them.
-TEST(Derivatives, OfPowersAtTheEndsOfTheSafeRange) {
-  for (int e = 3; e <= 8; ++e) {
-    plain::poly pp;
-    for (int k = 0; k < e + 2; ++k) pp.cof.push_back(1 + k * 0x1p-52);
-    const binom p = of(pp.cof);
-    for (const int exponent : {960 / e, -960 / e, 320, -320, 240, -240}) {
-      double x = std::nextafter(std::nextafter(std::ldexp(1.0, exponent), 0), 0);
-      for (int k = 0; k < 5; ++k, x = std::nextafter(x, HUGE_VAL)) {
-        ASSERT_BITS(p.func_1(x), plain::func_1(pp, x)) << e << ' ' << test::hex(x);
-        ASSERT_BITS(p.func_1(-x), plain::func_1(pp, -x)) << e << ' ' << test::hex(x);
-      }
-    }
-  }
-}
-
 // Twice and four times a coefficient may be infinite where the derivative is not, or subnormal as the coefficient is.
 TEST(Derivatives, OfExtremeCoefficientsOverArrays) {
   test::random_source r(97);
