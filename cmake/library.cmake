@@ -22,6 +22,7 @@ set(TESSARN_SOURCES
   matrix/sqmat.cpp
   matrix/sqmat_complex.cpp
   matrix/svd.cpp
+  matrix/unchecked.cpp
   poly/binom.cpp
   poly/curve.cpp
   poly/curve_blocks.cpp

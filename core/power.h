@@ -2,6 +2,10 @@
 // about one of a thousand inputs and its bits change with the processor; this one is reproducible.
 #pragma once
 
+#include <cmath>
+#include <cstring>
+
+#include "tessarn/detail/product.h"
 #include "tessarn/scalar.h"
 
 namespace tessarn::detail {

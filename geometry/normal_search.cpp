@@ -156,7 +156,7 @@ void grid_search(double& outer, double& inner, const cost_function& cost, Make m
 
 }  // namespace
 
-bool plane::CalcNormale(vector3d& n, vector3d* par, ulong npar, vector3d* perp, ulong nperp) {
+bool plane::CalcNormale(vector3d& n, vector3d* par, tessarn::ulong npar, vector3d* perp, tessarn::ulong nperp) {
   if (par == nullptr && perp == nullptr) return false;
   const direction_set along(par, npar), across(perp, nperp);
   const cost_function cost(along.arrays(), across.arrays());

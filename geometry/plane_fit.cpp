@@ -218,7 +218,7 @@ vector3d refined_normal(const cloud& points, real& offset) {
 
 }  // namespace
 
-plane::plane(vector3d* pts, ulong count) {
+plane::plane(vector3d* pts, tessarn::ulong count) {
   if (count < 3 || pts == nullptr) return;
   const cloud points(pts, count);
   if (points.size() < 3) return;

@@ -66,13 +66,14 @@ void real_mat::operator=(mat& src) {
   std::copy_n(src.data, entry_count(src), data);
 }
 
-void real_mat::operator=(mat&& src) noexcept {
-  if (this == &src) return;
+real_mat& real_mat::operator=(mat&& src) noexcept {
+  if (this == &src) return *this;
   delete[] data;
   data = src.data;
   width = src.width;
   height = src.height;
   src.forget();
+  return *this;
 }
 
 void real_mat::create(tessarn::ulong columns, tessarn::ulong rows) {

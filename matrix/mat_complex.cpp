@@ -34,13 +34,14 @@ void complex_mat::operator=(mat& src) {
   std::copy_n(src.data, entry_count(width, height), data);
 }
 
-void complex_mat::operator=(mat&& src) noexcept {
-  if (this == &src) return;
+complex_mat& complex_mat::operator=(mat&& src) noexcept {
+  if (this == &src) return *this;
   tessarn::detail::release_entries(data);
   data = src.data;
   width = src.width;
   height = src.height;
   src.forget();
+  return *this;
 }
 
 void complex_mat::create(tessarn::ulong columns, tessarn::ulong rows) {

@@ -43,12 +43,13 @@ void real_sqmat::operator=(sqmat& src) {
   if (this != &src) std::copy_n(src.data, entry_count(size), data);
 }
 
-void real_sqmat::operator=(sqmat&& src) noexcept {
-  if (this == &src) return;
+real_sqmat& real_sqmat::operator=(sqmat&& src) noexcept {
+  if (this == &src) return *this;
   delete[] data;
   data = src.data;
   size = src.size;
   src.forget();
+  return *this;
 }
 
 void real_sqmat::set(tessarn::ulong x, tessarn::ulong y, real v) { data[position(x, y)] = without_quiet_nan(v); }
@@ -83,11 +84,11 @@ void real_sqmat::operator*=(sqmat& b) {
   std::copy_n(product.data, entry_count(size), data);
 }
 
-real_sqmat real_sqmat::operator*(const sqmat& b) const {
-  sqmat product;
-  if (b.size != size) return product;
-  product.create(size);
-  tessarn::detail::multiply(data, b.data, product.data, size, size, size);
+real_sqmat tessarn::detail::unchecked::product(const real_sqmat& a, const real_sqmat& b) {
+  real_sqmat product;
+  if (a.size != b.size) return product;
+  product.create(a.size);
+  tessarn::detail::multiply(a.data, b.data, product.data, a.size, a.size, a.size);
   return product;
 }
 

@@ -58,12 +58,13 @@ void complex_sqmat::operator=(sqmat& src) {
   if (this != &src) std::copy_n(src.data, entry_count(size), data);
 }
 
-void complex_sqmat::operator=(sqmat&& src) noexcept {
-  if (this == &src) return;
+complex_sqmat& complex_sqmat::operator=(sqmat&& src) noexcept {
+  if (this == &src) return *this;
   tessarn::detail::release_entries(data);
   data = src.data;
   size = src.size;
   src.forget();
+  return *this;
 }
 
 complex_mat complex_sqmat::getColumn(tessarn::ulong x) {
@@ -83,10 +84,10 @@ void complex_sqmat::operator*=(sqmat& b) {
   tessarn::detail::multiply(data, b.data, tessarn::detail::first_part(data), size);
 }
 
-complex_sqmat complex_sqmat::operator*(const sqmat& b) const {
-  sqmat product;
-  if (b.size != size || size == 0) return product;
-  product.data = size == 4 ? product_of_four(data, b.data) : product_of(data, b.data, size);
-  product.size = size;
+complex_sqmat tessarn::detail::unchecked::product(const complex_sqmat& a, const complex_sqmat& b) {
+  complex_sqmat product;
+  if (a.size != b.size || a.size == 0) return product;
+  product.data = a.size == 4 ? product_of_four(a.data, b.data) : product_of(a.data, b.data, a.size);
+  product.size = a.size;
   return product;
 }

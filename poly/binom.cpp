@@ -80,7 +80,7 @@ const binom& binom::operator=(binom& src) {
   return *this;
 }
 
-const binom& binom::operator=(binom&& src) noexcept {
+binom& binom::operator=(binom&& src) noexcept {
   if (this == &src) return *this;
   if (cof != src.cof) delete[] cof;
   cofcnt = src.cofcnt;
@@ -169,4 +169,12 @@ void binom::mirror_h() {
 
 void binom::mirror_v() {
   for (slong i = 0; i < cofcnt; ++i) cof[i] = -cof[i];
+}
+
+binom::binom(const binom& p) : cofcnt(p.cofcnt), cof(p.cof) {}
+
+binom binom::clone() const {
+  binom p;
+  p.copy(*this);
+  return p;
 }

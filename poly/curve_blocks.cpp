@@ -77,7 +77,7 @@ namespace {
 
 // Applies a block function to n abscissas; the last block is filled up.
 template <class Function>
-void over_array(const Function& f, const real* x, real* y, ulong n) {
+void over_array(const Function& f, const real* x, real* y, tessarn::ulong n) {
   const double* from = as_doubles(x);
   double* to = as_doubles(y);
   std::size_t i = 0;
@@ -98,10 +98,10 @@ using tessarn::detail::block_derivative;
 using tessarn::detail::block_values;
 using tessarn::detail::over_array;
 
-void binom::func(const real* x, real* y, ulong n) const { over_array(block_values({cof, cofcnt}), x, y, n); }
-void binom::func_1(const real* x, real* y, ulong n) const { over_array(block_derivative({cof, cofcnt}, 1), x, y, n); }
-void binom::func_2(const real* x, real* y, ulong n) const { over_array(block_derivative({cof, cofcnt}, 2), x, y, n); }
-void binom::func_3(const real* x, real* y, ulong n) const { over_array(block_derivative({cof, cofcnt}, 3), x, y, n); }
-void binom::func_4(const real* x, real* y, ulong n) const { over_array(block_derivative({cof, cofcnt}, 4), x, y, n); }
-void binom::arc(const real* x, real* y, ulong n) const { over_array(block_curvature({cof, cofcnt}, false), x, y, n); }
-void binom::arc_1(const real* x, real* y, ulong n) const { over_array(block_curvature({cof, cofcnt}, true), x, y, n); }
+void binom::func(const real* x, real* y, tessarn::ulong n) const { over_array(block_values({cof, cofcnt}), x, y, n); }
+void binom::func_1(const real* x, real* y, tessarn::ulong n) const { over_array(block_derivative({cof, cofcnt}, 1), x, y, n); }
+void binom::func_2(const real* x, real* y, tessarn::ulong n) const { over_array(block_derivative({cof, cofcnt}, 2), x, y, n); }
+void binom::func_3(const real* x, real* y, tessarn::ulong n) const { over_array(block_derivative({cof, cofcnt}, 3), x, y, n); }
+void binom::func_4(const real* x, real* y, tessarn::ulong n) const { over_array(block_derivative({cof, cofcnt}, 4), x, y, n); }
+void binom::arc(const real* x, real* y, tessarn::ulong n) const { over_array(block_curvature({cof, cofcnt}, false), x, y, n); }
+void binom::arc_1(const real* x, real* y, tessarn::ulong n) const { over_array(block_curvature({cof, cofcnt}, true), x, y, n); }

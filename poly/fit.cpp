@@ -33,20 +33,20 @@ void fit(const vector* pts, tessarn::ulong n, ExponentOf exponent_of, real marke
 
 }  // namespace
 
-void binom::create(vector* pts, ulong n, ulong m) {
+void binom::create(vector* pts, tessarn::ulong n, tessarn::ulong m) {
   tessarn::detail::require_countable(m, m);
   create(static_cast<slong>(m));
   constexpr real marker = -1;
   linear_system system(m);
   fit(pts, n, full_power, marker, system);
-  for (ulong r = 0; r < m; ++r) set(static_cast<slong>(r), system.right()[r]);
+  for (tessarn::ulong r = 0; r < m; ++r) set(static_cast<slong>(r), system.right()[r]);
 }
 
-void binom::createtan(vector* pts, ulong n, ulong m) {
+void binom::createtan(vector* pts, tessarn::ulong n, tessarn::ulong m) {
   const ulong q = m / 2 + 1;
   tessarn::detail::require_countable(q, q);
   create(static_cast<slong>(m));
   linear_system system(q);
   fit(pts, n, odd_power, std::numeric_limits<real>::quiet_NaN(), system);
-  for (ulong r = 0; r < q; ++r) set(static_cast<slong>(odd_power(r)), system.right()[r]);
+  for (tessarn::ulong r = 0; r < q; ++r) set(static_cast<slong>(odd_power(r)), system.right()[r]);
 }

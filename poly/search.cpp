@@ -1,5 +1,6 @@
 // The searches of the curve analysis: zeros, extreme points of the curvature, and the two members that
 // sample the curve and fit through the samples.
+#include <cstring>
 #include <algorithm>
 #include <cmath>
 #include <limits>

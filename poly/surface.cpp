@@ -64,7 +64,7 @@ const hyperbinom& hyperbinom::operator=(hyperbinom& src) {
   return *this;
 }
 
-const hyperbinom& hyperbinom::operator=(hyperbinom&& src) noexcept {
+hyperbinom& hyperbinom::operator=(hyperbinom&& src) noexcept {
   if (this == &src) return *this;
   if (cof != src.cof) delete[] cof;
   grade = src.grade;
@@ -134,4 +134,12 @@ real hyperbinom::getvec(slong k, real x, real y) {
     return e < 0 ? std::pow(v, static_cast<real>(e)) : tessarn::detail::power(v, static_cast<unsigned>(e));
   };
   return power(x, k % grade) * power(y, k / grade);
+}
+
+hyperbinom::hyperbinom(const hyperbinom& p) : grade(p.grade), cof(p.cof) {}
+
+hyperbinom hyperbinom::clone() const {
+  hyperbinom p;
+  p.copy(*this);
+  return p;
 }

@@ -102,6 +102,19 @@ void vectormat::add(vector& v) {
 
 void vectormat::operator+=(vector& v) { add(v); }
 
+void vectormat::append(const vector* p, tessarn::ulong n) {
+  for (tessarn::ulong i = 0; i < n; ++i) add(p[i]);
+}
+
+void vectormat::reserve(tessarn::ulong n) {
+  if (n <= std::max(capacity, count)) return;
+  point_array grown = allocate(n);
+  copy_points(points, count, grown.get());
+  delete[] points;
+  points = grown.release();
+  capacity = n;
+}
+
 void vectormat::del(tessarn::ulong i) {
   if (count == 0) return;
   --count;

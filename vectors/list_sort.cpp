@@ -1,4 +1,5 @@
 // Sorting of the point list.
+#include <cstring>
 #include <algorithm>
 #include <memory>
 #include <utility>

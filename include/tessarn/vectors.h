@@ -1,361 +1,390 @@
 /// \file
-/// Plane, space and polar vectors, and the point list.
+/// Plane, space and polar vectors, and the point list (tessarn/list.h).
+///
+/// Angles are radians. Lengths and angles are formed from plain sums of squares, without scaling: where a
+/// squared coordinate overflows (magnitudes above about 1e154) or vanishes (below about 1e-162) lengths are
+/// infinite or 0, and angles wrong or 0, without a word. Divisions by a scalar multiply by its reciprocal, except
+/// where a member says that it divides.
 #pragma once
 
+#include <cmath>
+#include <initializer_list>
+#include <utility>
+
+#include "tessarn/detail/overloads.h"
+#include "tessarn/detail/product.h"
+#include "tessarn/detail/rounding.h"
 #include "tessarn/scalar.h"
 
 class vectormat;
 class polarvector3d;
 
-/// A plane vector (x, y), used as a point and as a direction. Angles run from +x towards +y, in radians.
-/// Nothing is owned. Results have the same bits everywhere, up to the C library's asin and acos in the
-/// angles. Divisions by a scalar multiply by its reciprocal.
+/// A plane vector (x, y), used as a point and as a direction. Angles run from +x towards +y. Nothing is
+/// owned. Results have the same bits everywhere, up to the C library's asin and acos in the angles.
+///
+/// \code
+/// vector a(3, 4), b(0, 2);
+/// assert(a.lenld() == 5);
+/// assert(a + 2 * b == vector(3, 8));
+/// assert(b.dirarc() == tessarn::half_pi);  // 90 degrees from +x
+/// \endcode
 class TESSARN_API vector {
-  using real = tessarn::real;
-
  public:
-  real x;  ///< first coordinate
-  real y;  ///< second coordinate
+  tessarn::real x;  ///< first coordinate
+  tessarn::real y;  ///< second coordinate
 
   /// (0, 0).
   vector() noexcept : x(0), y(0) {}
-  vector(real first, real second) noexcept : x(first), y(second) {}
+  vector(tessarn::real first, tessarn::real second) noexcept : x(first), y(second) {}
   vector(const vector&) = default;
   virtual ~vector() = default;
 
   /// Copies b; returns a copy by value.
-  vector operator=(vector& b) noexcept {
-    x = b.x;
-    y = b.y;
-    return *this;
-  }
+  vector operator=(vector& b) noexcept { return *this = std::as_const(b); }
   /// The centroid of a list: the coordinate sums, in order, divided by the count; NaN for an empty
   /// list. This vector holds the running sums, so it should not be a point of the list. Returns a copy.
   vector operator=(vectormat& m) noexcept;
 
   vector operator+(vector& b) noexcept { return {x + b.x, y + b.y}; }
   vector operator-(vector& b) noexcept { return {x - b.x, y - b.y}; }
-  vector operator*(real k) noexcept {
-    using tessarn::detail::product;
-    return {product(x, k), product(y, k)};
-  }
+  vector operator*(tessarn::real k) noexcept { return std::as_const(*this) * k; }
   /// Both coordinates times 1/k; k = 0 gives infinities and NaN.
-  vector operator/(real k) noexcept { return *this * (1 / k); }
+  vector operator/(tessarn::real k) noexcept { return std::as_const(*this) / k; }
   /// The vector scaled to the length len, (x len) (1/L) with L = lenld(); NaN for the zero vector.
-  vector resize(real len) noexcept {
-    using tessarn::detail::product;
-    const real r = 1 / lenld();
-    return {product(product(x, len), r), product(product(y, len), r)};
-  }
+  vector resize(tessarn::real len) noexcept { return std::as_const(*this).resize(len); }
 
-  void operator+=(vector& b) noexcept {
-    x += b.x;
-    y += b.y;
-  }
-  void operator-=(vector& b) noexcept {
-    x -= b.x;
-    y -= b.y;
-  }
-  void operator*=(real k) noexcept {
+  void operator+=(vector& b) noexcept { *this += std::as_const(b); }
+  void operator-=(vector& b) noexcept { *this -= std::as_const(b); }
+  void operator*=(tessarn::real k) noexcept {
     x = tessarn::detail::product(x, k);
     y = tessarn::detail::product(y, k);
   }
-  void operator/=(real k) noexcept { *this *= 1 / k; }
+  void operator/=(tessarn::real k) noexcept { *this *= 1 / k; }
 
   /// True when both coordinates are equal; a NaN coordinate counts as equal.
-  bool operator==(vector& b) noexcept {
-    using tessarn::detail::equal_or_unordered;
-    return equal_or_unordered(x, b.x) && equal_or_unordered(y, b.y);
-  }
+  bool operator==(vector& b) noexcept { return std::as_const(*this) == std::as_const(b); }
 
   /// The length sqrt(x^2 + y^2), without scaling against overflow.
-  real lenld() noexcept { return std::sqrt(squared_length()); }
+  tessarn::real lenld() noexcept { return std::as_const(*this).lenld(); }
   /// The length rounded half up; 2^31 when it does not fit or is NaN.
-  tessarn::ulong lenul() noexcept { return rndu(lenld()); }
+  tessarn::ulong lenul() noexcept { return std::as_const(*this).lenul(); }
   /// The rounded coordinates: half up from 0 on, down to the floor for every negative value.
   int rx() noexcept { return rndi(x); }
   int ry() noexcept { return rndi(y); }
   /// The magnitude rounded half up; results from 2^31 on, and NaN, give 2^31.
-  static unsigned int rndu(real v) noexcept { return tessarn::detail::round_magnitude(v); }
+  static unsigned int rndu(tessarn::real v) noexcept { return tessarn::detail::round_magnitude(v); }
   /// Half up for v >= 0, down for v < 0 (-0.2 gives -1); what does not fit gives -2147483648.
-  static int rndi(real v) noexcept { return tessarn::detail::round_signed(v); }
+  static int rndi(tessarn::real v) noexcept { return tessarn::detail::round_signed(v); }
 
   /// The unsigned angle to the +x axis, acos(x / length), in [0, pi]; NaN for the zero vector.
-  real arc() noexcept { return std::acos(x / lenld()); }
+  tessarn::real arc() noexcept { return std::as_const(*this).arc(); }
   /// The unsigned angle between the two vectors, in [0, pi]; 0 where the arc cosine is NaN, that is for
-  /// a zero vector and for a cosine that rounding pushes outside [-1, 1], antiparallel ones included.
-  real arc(vector& b) noexcept {
-    using tessarn::detail::product;
-    const real c = (product(x, b.x) + product(y, b.y)) / std::sqrt(squared_length() * b.squared_length());
-    const real a = std::acos(c);
-    return a != a ? 0 : a;
-  }
+  /// a zero vector and for a cosine that rounding pushes outside [-1, 1], antiparallel vectors included.
+  tessarn::real arc(vector& b) noexcept { return std::as_const(*this).arc(std::as_const(b)); }
   /// The direction angle in (-pi, pi], by the arc sine; 0 for the zero vector.
-  inline real dirarc() noexcept;
+  tessarn::real dirarc() noexcept { return std::as_const(*this).dirarc(); }
   /// The signed angle from this direction to that of b, in (-pi, pi]; positive counter-clockwise.
-  real dirarc(vector& b) noexcept {
-    const real d = b.dirarc() - dirarc();
-    if (d <= -tessarn::pi) return d + tessarn::two_pi;
-    if (d > tessarn::pi) return d - tessarn::two_pi;
-    return d;
-  }
+  tessarn::real dirarc(vector& b) noexcept { return std::as_const(*this).dirarc(std::as_const(b)); }
   /// Exchanges x and y.
   void flip() noexcept {
-    const real t = x;
+    const tessarn::real t = x;
     x = y;
     y = t;
   }
 
-  /// \name The same for constants and temporaries
+  /// \name For constants and temporaries
+  /// The members above with const operands, with the same results.
   /// @{
   vector& operator=(const vector& b) noexcept {
     x = b.x;
     y = b.y;
     return *this;
   }
-  vector operator=(const vectormat& m) noexcept { return *this = tessarn::detail::mutable_ref(m); }
+  template <class List, class = tessarn::detail::if_is<List, vectormat>>
+  vector operator=(const List& m) noexcept {
+    return *this = tessarn::detail::mutable_ref(m);
+  }
   vector operator+(const vector& b) const noexcept { return {x + b.x, y + b.y}; }
   vector operator-(const vector& b) const noexcept { return {x - b.x, y - b.y}; }
-  vector operator*(real k) const noexcept { return self() * k; }
-  vector operator/(real k) const noexcept { return self() / k; }
-  vector resize(real len) const noexcept { return self().resize(len); }
-  void operator+=(const vector& b) noexcept { *this += other(b); }
-  void operator-=(const vector& b) noexcept { *this -= other(b); }
-  bool operator==(const vector& b) const noexcept { return self() == other(b); }
-  real lenld() const noexcept { return self().lenld(); }
-  tessarn::ulong lenul() const noexcept { return self().lenul(); }
+  vector operator*(tessarn::real k) const noexcept {
+    using tessarn::detail::product;
+    return {product(x, k), product(y, k)};
+  }
+  vector operator/(tessarn::real k) const noexcept { return *this * (1 / k); }
+  vector resize(tessarn::real len) const noexcept {
+    using tessarn::detail::product;
+    const tessarn::real r = 1 / lenld();
+    return {product(product(x, len), r), product(product(y, len), r)};
+  }
+  void operator+=(const vector& b) noexcept {
+    x += b.x;
+    y += b.y;
+  }
+  void operator-=(const vector& b) noexcept {
+    x -= b.x;
+    y -= b.y;
+  }
+  bool operator==(const vector& b) const noexcept {
+    using tessarn::detail::equal_or_unordered;
+    return equal_or_unordered(x, b.x) && equal_or_unordered(y, b.y);
+  }
+  tessarn::real lenld() const noexcept { return std::sqrt(squared_length()); }
+  tessarn::ulong lenul() const noexcept { return rndu(lenld()); }
   int rx() const noexcept { return rndi(x); }
   int ry() const noexcept { return rndi(y); }
-  real arc() const noexcept { return self().arc(); }
-  real arc(const vector& b) const noexcept { return self().arc(other(b)); }
-  real dirarc() const noexcept { return self().dirarc(); }
-  real dirarc(const vector& b) const noexcept { return self().dirarc(other(b)); }
+  tessarn::real arc() const noexcept { return std::acos(x / lenld()); }
+  tessarn::real arc(const vector& b) const noexcept {
+    using tessarn::detail::product;
+    const tessarn::real c =
+        (product(x, b.x) + product(y, b.y)) / std::sqrt(squared_length() * b.squared_length());
+    const tessarn::real a = std::acos(c);
+    return a != a ? 0 : a;
+  }
+  tessarn::real dirarc() const noexcept {
+    using namespace tessarn;
+    if (y == 0) return x >= 0 ? 0 : pi;
+    if (x == 0) return y >= 0 ? half_pi : -half_pi;
+    tessarn::real s = y / lenld();
+    if (s > 1) s = 1;
+    if (s < -1) s = -1;
+    const tessarn::real a = std::asin(s);
+    if (x > 0) return a;
+    return y > 0 ? pi - a : -pi - a;
+  }
+  tessarn::real dirarc(const vector& b) const noexcept {
+    const tessarn::real d = b.dirarc() - dirarc();
+    if (d <= -tessarn::pi) return d + tessarn::two_pi;
+    if (d > tessarn::pi) return d - tessarn::two_pi;
+    return d;
+  }
   /// @}
 
+  /// `v = {}` makes v (0, 0).
+  vector& operator=(std::initializer_list<tessarn::detail::no_value>) noexcept { return *this = vector(); }
+  /// Both coordinates with the other sign.
+  vector operator-() const noexcept { return {-x, -y}; }
+
  private:
-  vector& self() const noexcept { return tessarn::detail::mutable_ref(*this); }
-  static vector& other(const vector& b) noexcept { return tessarn::detail::mutable_ref(b); }
-  real squared_length() const noexcept {
+  tessarn::real squared_length() const noexcept {
     using tessarn::detail::product;
     return product(x, x) + product(y, y);
   }
 };
 
-inline tessarn::real vector::dirarc() noexcept {
-  using namespace tessarn;
-  if (y == 0) return x >= 0 ? 0 : pi;
-  if (x == 0) return y >= 0 ? half_pi : -half_pi;
-  real s = y / lenld();
-  if (s > 1) s = 1;
-  if (s < -1) s = -1;
-  const real a = std::asin(s);
-  if (x > 0) return a;
-  return y > 0 ? pi - a : -pi - a;
-}
-
 /// A space vector (x, y, z), used as a point and as a direction. Nothing is owned. Results have the same
-/// bits everywhere, up to the C library's sin, cos and acos. Divisions multiply by the reciprocal.
+/// bits everywhere, up to the C library's sin, cos and acos.
+///
+/// \code
+/// vector3d a(1, 0, 0), b(0, 1, 0);
+/// assert(a * b == 0);                          // the dot product
+/// assert(a.cross(b) == vector3d(0, 0, 1));
+/// assert(vector3d(0, 0, 5).projection(vector3d(1, 2, 3)).z > 2.99);
+/// assert(vector3d(1, 1e300, 3) * 0.0 == vector3d());
+/// \endcode
 class TESSARN_API vector3d {
-  using real = tessarn::real;
-
  public:
-  real x;  ///< first coordinate
-  real y;  ///< second coordinate
-  real z;  ///< third coordinate
+  tessarn::real x;  ///< first coordinate
+  tessarn::real y;  ///< second coordinate
+  tessarn::real z;  ///< third coordinate
 
   /// (0, 0, 0).
   vector3d() noexcept : x(0), y(0), z(0) {}
-  vector3d(real first, real second, real third) noexcept : x(first), y(second), z(third) {}
+  vector3d(tessarn::real first, tessarn::real second, tessarn::real third) noexcept : x(first), y(second), z(third) {}
   vector3d(const vector3d&) = default;
   /// The Cartesian form of a polar vector: (cos alpha t, sin alpha t, sin beta len), t = cos beta len.
   /// Explicit, so that `vector3d v = p` has one way to go: the conversion of polarvector3d.
   inline explicit vector3d(polarvector3d& p) noexcept;
-  /// The same of *p, which must not be null.
+  /// The Cartesian form of *p, which must not be null.
   inline explicit vector3d(polarvector3d* p) noexcept;
   virtual ~vector3d() = default;
 
-  vector3d& operator=(vector3d& b) noexcept {
+  vector3d& operator=(vector3d& b) noexcept { return *this = std::as_const(b); }
+
+  vector3d operator+(vector3d& b) noexcept { return {x + b.x, y + b.y, z + b.z}; }
+  vector3d operator-(vector3d& b) noexcept { return {x - b.x, y - b.y, z - b.z}; }
+  /// The dot product, (y b.y + x b.x) + z b.z.
+  tessarn::real operator*(vector3d& b) noexcept { return std::as_const(*this) * std::as_const(b); }
+  /// Each coordinate times k; exactly (0, 0, 0) for k = 0, also for infinite and NaN coordinates.
+  vector3d operator*(tessarn::real k) noexcept { return std::as_const(*this) * k; }
+  /// Each coordinate times 1/k; k = 0 gives infinities and NaN.
+  vector3d operator/(tessarn::real k) noexcept { return scaled(1 / k); }
+  /// The cross product, this x b.
+  vector3d cross(vector3d& b) noexcept { return std::as_const(*this).cross(std::as_const(b)); }
+  /// The vector scaled to the length len, (x len) (1/L) and so on; NaN for the zero vector.
+  vector3d resize(tessarn::real len) noexcept { return std::as_const(*this).resize(len); }
+  /// The projection of v onto the line of this vector, with the reciprocal of the length multiplied in twice;
+  /// NaN when this is the zero vector.
+  vector3d projection(vector3d& v) noexcept { return std::as_const(*this).projection(std::as_const(v)); }
+  /// The azimuth decreased by a1 (clockwise seen from +z), then the elevation increased by a2, radians.
+  /// NaN in x and y for a vector on the z axis.
+  vector3d rotate(tessarn::real a1, tessarn::real a2) noexcept { return std::as_const(*this).rotate(a1, a2); }
+  /// This vector turned about the line along axis by the angle in radians, clockwise seen from the tip
+  /// of the axis: a positive angle about +z takes +x towards -y. NaN for a zero axis.
+  vector3d rotate(vector3d& axis, tessarn::real angle) noexcept {
+    return std::as_const(*this).rotate(std::as_const(axis), angle);
+  }
+
+  void operator+=(vector3d& b) noexcept { *this += std::as_const(b); }
+  void operator-=(vector3d& b) noexcept { *this -= std::as_const(b); }
+  /// Each coordinate times k; unlike `*`, k = 0 is not special.
+  void operator*=(tessarn::real k) noexcept { *this = scaled(k); }
+  void operator/=(tessarn::real k) noexcept { *this *= 1 / k; }
+  /// Replaces this vector by the cross product this x b.
+  void operator*=(vector3d& b) noexcept { *this = std::as_const(*this).cross(std::as_const(b)); }
+
+  /// True when all coordinates are equal; a NaN coordinate counts as equal.
+  bool operator==(vector3d& b) noexcept { return std::as_const(*this) == std::as_const(b); }
+
+  /// The length sqrt(x^2 + y^2 + z^2), without scaling against overflow.
+  tessarn::real lenld() noexcept { return std::as_const(*this).lenld(); }
+  /// The length rounded half up; 2^31 when it does not fit or is NaN.
+  tessarn::ulong lenul() noexcept { return rndu(lenld()); }
+  /// The rounded coordinates: half up from 0 on, down to the floor for every negative value.
+  int rx() noexcept { return std::as_const(*this).rx(); }
+  int ry() noexcept { return std::as_const(*this).ry(); }
+  int rz() noexcept { return std::as_const(*this).rz(); }
+  /// The unsigned angle between the two vectors, in [0, pi]; 0 where the arc cosine is NaN, that is for
+  /// a zero vector and for a cosine that rounding pushes outside [-1, 1].
+  tessarn::real arc(vector3d& b) noexcept { return std::as_const(*this).arc(std::as_const(b)); }
+
+  /// \name For constants and temporaries
+  /// The members above with const operands, with the same results.
+  /// @{
+  inline explicit vector3d(const polarvector3d& p) noexcept;
+  inline explicit vector3d(const polarvector3d* p) noexcept;
+  vector3d& operator=(const vector3d& b) noexcept {
     x = b.x;
     y = b.y;
     z = b.z;
     return *this;
   }
-
-  vector3d operator+(vector3d& b) noexcept { return {x + b.x, y + b.y, z + b.z}; }
-  vector3d operator-(vector3d& b) noexcept { return {x - b.x, y - b.y, z - b.z}; }
-  /// The dot product, (y b.y + x b.x) + z b.z.
-  real operator*(vector3d& b) noexcept {
+  vector3d operator+(const vector3d& b) const noexcept { return {x + b.x, y + b.y, z + b.z}; }
+  vector3d operator-(const vector3d& b) const noexcept { return {x - b.x, y - b.y, z - b.z}; }
+  tessarn::real operator*(const vector3d& b) const noexcept {
     using tessarn::detail::product;
     return (product(y, b.y) + product(x, b.x)) + product(z, b.z);
   }
-  /// Each coordinate times k; exactly (0, 0, 0) for k = 0, also for infinite and NaN coordinates.
-  vector3d operator*(real k) noexcept { return k == 0 ? vector3d() : scaled(k); }
-  /// Each coordinate times 1/k; k = 0 gives infinities and NaN.
-  vector3d operator/(real k) noexcept { return scaled(1 / k); }
-  /// The cross product, this x b.
-  vector3d cross(vector3d& b) noexcept {
+  vector3d operator*(tessarn::real k) const noexcept { return k == 0 ? vector3d() : scaled(k); }
+  vector3d operator/(tessarn::real k) const noexcept { return scaled(1 / k); }
+  vector3d cross(const vector3d& b) const noexcept {
     using tessarn::detail::product;
     return {product(y, b.z) - product(z, b.y), product(z, b.x) - product(x, b.z),
             product(x, b.y) - product(y, b.x)};
   }
-  /// The vector scaled to the length len, (x len) (1/L) and so on; NaN for the zero vector.
-  vector3d resize(real len) noexcept {
+  vector3d resize(tessarn::real len) const noexcept {
     using tessarn::detail::product;
-    const real r = 1 / lenld();
+    const tessarn::real r = 1 / lenld();
     return {product(product(x, len), r), product(product(y, len), r), product(product(z, len), r)};
   }
-  /// The projection of v onto the line of this vector; NaN when this is the zero vector.
-  vector3d projection(vector3d& v) noexcept {
-    const real q = 1 / lenld();
+  vector3d projection(const vector3d& v) const noexcept {
+    const tessarn::real q = 1 / lenld();
     return *this * (((*this * v) * q) * q);
   }
-  /// The azimuth decreased by a1 (clockwise seen from +z), then the elevation increased by a2, radians.
-  /// NaN in x and y for a vector on the z axis.
-  inline vector3d rotate(real a1, real a2) noexcept;
-  /// This vector turned about the line along axis by the angle in radians, clockwise seen from the tip
-  /// of the axis: a positive angle about +z takes +x towards -y. NaN for a zero axis.
-  inline vector3d rotate(vector3d& axis, real angle) noexcept;
-
-  void operator+=(vector3d& b) noexcept {
+  vector3d rotate(tessarn::real a1, tessarn::real a2) const noexcept {
+    using tessarn::detail::product;
+    const tessarn::real turned_x = product(x, std::cos(a1)) + product(y, std::sin(a1));
+    const tessarn::real turned_y = product(y, std::cos(a1)) - product(x, std::sin(a1));
+    const tessarn::real rho = std::sqrt(product(turned_x, turned_x) + product(turned_y, turned_y));
+    const tessarn::real f = (product(rho, std::cos(a2)) - product(z, std::sin(a2))) / rho;
+    return {product(turned_x, f), product(turned_y, f), product(z, std::cos(a2)) + product(rho, std::sin(a2))};
+  }
+  vector3d rotate(const vector3d& axis, tessarn::real angle) const noexcept {
+    const tessarn::real q = 1 / axis.lenld();
+    const vector3d along = axis * (((*this * axis) * q) * q);
+    const vector3d across = *this - along;
+    const vector3d tangent = across.cross(axis) * (std::sin(angle) * q);
+    return across * std::cos(angle) + along + tangent;
+  }
+  void operator+=(const vector3d& b) noexcept {
     x += b.x;
     y += b.y;
     z += b.z;
   }
-  void operator-=(vector3d& b) noexcept {
+  void operator-=(const vector3d& b) noexcept {
     x -= b.x;
     y -= b.y;
     z -= b.z;
   }
-  /// Each coordinate times k; unlike `*`, k = 0 is not special.
-  void operator*=(real k) noexcept { *this = scaled(k); }
-  void operator/=(real k) noexcept { *this *= 1 / k; }
-  /// Replaces this vector by the cross product this x b.
-  void operator*=(vector3d& b) noexcept { *this = cross(b); }
-
-  /// True when all coordinates are equal; a NaN coordinate counts as equal.
-  bool operator==(vector3d& b) noexcept {
+  void operator*=(const vector3d& b) noexcept { *this = std::as_const(*this).cross(b); }
+  bool operator==(const vector3d& b) const noexcept {
     using tessarn::detail::equal_or_unordered;
     return equal_or_unordered(x, b.x) && equal_or_unordered(y, b.y) && equal_or_unordered(z, b.z);
   }
-
-  /// The length sqrt(x^2 + y^2 + z^2), without scaling against overflow.
-  real lenld() noexcept { return std::sqrt(squared_length()); }
-  /// The length rounded half up; 2^31 when it does not fit or is NaN.
-  tessarn::ulong lenul() noexcept { return rndu(lenld()); }
-  /// The rounded coordinates: half up from 0 on, down to the floor for every negative value.
-  int rx() noexcept { return rndi(x); }
-  int ry() noexcept { return rndi(y); }
-  int rz() noexcept { return rndi(z); }
-  /// The unsigned angle between the two vectors, in [0, pi]; 0 where the arc cosine is NaN, that is for
-  /// a zero vector and for a cosine that rounding pushes outside [-1, 1].
-  real arc(vector3d& b) noexcept {
-    const real a = std::acos((*this * b) / std::sqrt(squared_length() * b.squared_length()));
+  tessarn::real lenld() const noexcept { return std::sqrt(squared_length()); }
+  tessarn::ulong lenul() const noexcept { return tessarn::detail::round_magnitude(lenld()); }
+  int rx() const noexcept { return tessarn::detail::round_signed(x); }
+  int ry() const noexcept { return tessarn::detail::round_signed(y); }
+  int rz() const noexcept { return tessarn::detail::round_signed(z); }
+  tessarn::real arc(const vector3d& b) const noexcept {
+    const tessarn::real a = std::acos((*this * b) / std::sqrt(squared_length() * b.squared_length()));
     return a != a ? 0 : a;
   }
-
-  /// \name The same for constants and temporaries
-  /// @{
-  inline explicit vector3d(const polarvector3d& p) noexcept;
-  inline explicit vector3d(const polarvector3d* p) noexcept;
-  vector3d& operator=(const vector3d& b) noexcept { return *this = other(b); }
-  vector3d operator+(const vector3d& b) const noexcept { return self() + other(b); }
-  vector3d operator-(const vector3d& b) const noexcept { return self() - other(b); }
-  real operator*(const vector3d& b) const noexcept { return self() * other(b); }
-  vector3d operator*(real k) const noexcept { return self() * k; }
-  vector3d operator/(real k) const noexcept { return scaled(1 / k); }
-  vector3d cross(const vector3d& b) const noexcept { return self().cross(other(b)); }
-  vector3d resize(real len) const noexcept { return self().resize(len); }
-  vector3d projection(const vector3d& v) const noexcept { return self().projection(other(v)); }
-  vector3d rotate(real a1, real a2) const noexcept { return self().rotate(a1, a2); }
-  vector3d rotate(const vector3d& axis, real angle) const noexcept { return self().rotate(other(axis), angle); }
-  void operator+=(const vector3d& b) noexcept { *this += other(b); }
-  void operator-=(const vector3d& b) noexcept { *this -= other(b); }
-  void operator*=(const vector3d& b) noexcept { *this *= other(b); }
-  bool operator==(const vector3d& b) const noexcept { return self() == other(b); }
-  real lenld() const noexcept { return self().lenld(); }
-  tessarn::ulong lenul() const noexcept { return self().lenul(); }
-  int rx() const noexcept { return self().rx(); }
-  int ry() const noexcept { return self().ry(); }
-  int rz() const noexcept { return self().rz(); }
-  real arc(const vector3d& b) const noexcept { return self().arc(other(b)); }
   /// @}
+
+  /// Compares with the Cartesian form of p.
+  inline bool operator==(const polarvector3d& p) const noexcept;
+  /// All coordinates with the other sign.
+  vector3d operator-() const noexcept { return {-x, -y, -z}; }
 
  protected:
   /// The magnitude rounded half up; results from 2^31 on, and NaN, give 2^31.
-  unsigned int rndu(real v) noexcept { return tessarn::detail::round_magnitude(v); }
+  unsigned int rndu(tessarn::real v) noexcept { return tessarn::detail::round_magnitude(v); }
   /// Half up for v >= 0, down for v < 0; what does not fit gives -2147483648.
-  int rndi(real v) noexcept { return tessarn::detail::round_signed(v); }
+  int rndi(tessarn::real v) noexcept { return tessarn::detail::round_signed(v); }
 
  private:
-  vector3d& self() const noexcept { return tessarn::detail::mutable_ref(*this); }
-  static vector3d& other(const vector3d& b) noexcept { return tessarn::detail::mutable_ref(b); }
-  vector3d scaled(real k) const noexcept {
+  vector3d scaled(tessarn::real k) const noexcept {
     using tessarn::detail::product;
     return {product(x, k), product(y, k), product(z, k)};
   }
-  real squared_length() const noexcept {
+  tessarn::real squared_length() const noexcept {
     using tessarn::detail::product;
     return (product(x, x) + product(y, y)) + product(z, z);
   }
 };
 
-inline vector3d vector3d::rotate(real a1, real a2) noexcept {
-  using tessarn::detail::product;
-  const real turned_x = product(x, std::cos(a1)) + product(y, std::sin(a1));
-  const real turned_y = product(y, std::cos(a1)) - product(x, std::sin(a1));
-  const real rho = std::sqrt(product(turned_x, turned_x) + product(turned_y, turned_y));
-  const real f = (product(rho, std::cos(a2)) - product(z, std::sin(a2))) / rho;
-  return {product(turned_x, f), product(turned_y, f), product(z, std::cos(a2)) + product(rho, std::sin(a2))};
-}
-
-inline vector3d vector3d::rotate(vector3d& axis, real angle) noexcept {
-  const real q = 1 / axis.lenld();
-  const vector3d along = axis * (((*this * axis) * q) * q);
-  const vector3d across = *this - along;
-  const vector3d tangent = across.cross(axis) * (std::sin(angle) * q);
-  return across * std::cos(angle) + along + tangent;
-}
-
-/// A space vector in spherical form. The angles are radians and are never normalised. Scaling and
-/// turning act on the fields; sums and products go through the Cartesian form. Nothing is owned.
-/// Results have the same bits everywhere, up to the C library's sin, cos, asin and acos.
+/// A space vector in spherical form. The angles are never normalised. Scaling and turning act on the
+/// fields; sums and products go through the Cartesian form. Nothing is owned. Results have the same bits
+/// everywhere, up to the C library's sin, cos, asin and acos.
+///
+/// \code
+/// polarvector3d p(0.5, 0.25, 2);           // azimuth, elevation, length
+/// assert((p * 3).len == 6);
+/// assert(p.rotate(1, 0).alpha == 1.5);
+/// assert(polarvector3d(vector3d(0, -1, 0)).alpha == tessarn::pi + tessarn::half_pi);
+/// p = vector3d(1, 2, 3);                   // changes nothing, see operator=
+/// assert(p.len == 2);
+/// \endcode
 class TESSARN_API polarvector3d {
-  using real = tessarn::real;
-
  public:
-  real alpha;  ///< angle in the xy plane from +x towards +y; [0, 2 pi) when computed
-  real beta;   ///< elevation above the xy plane; [-pi/2, pi/2] when computed
-  real len;    ///< length
+  tessarn::real alpha;  ///< angle in the xy plane from +x towards +y; [0, 2 pi) when computed
+  tessarn::real beta;   ///< elevation above the xy plane; [-pi/2, pi/2] when computed
+  tessarn::real len;    ///< length
 
   /// All fields 0.
   polarvector3d() noexcept : alpha(0), beta(0), len(0) {}
-  polarvector3d(real azimuth, real elevation, real length) noexcept
+  polarvector3d(tessarn::real azimuth, tessarn::real elevation, tessarn::real length) noexcept
       : alpha(azimuth), beta(elevation), len(length) {}
   polarvector3d(const polarvector3d&) = default;
   /// The polar form of v, careful about the axes: angles 0 for the zero vector, alpha 0 on the z axis
   /// and exact for y = 0, the cosine of alpha clamped to [-1, 1].
-  inline polarvector3d(vector3d& v) noexcept;
+  polarvector3d(vector3d& v) noexcept : polarvector3d(std::as_const(v)) {}
   /// The polar form of *v, which must not be null, computed plainly: a cosine that rounding pushes
   /// past 1 gives a NaN alpha.
-  inline explicit polarvector3d(vector3d* v) noexcept;
+  explicit polarvector3d(vector3d* v) noexcept : polarvector3d(const_cast<const vector3d*>(v)) {}
   virtual ~polarvector3d() = default;
 
   /// The Cartesian form (cos alpha t, sin alpha t, sin beta len) with t = cos beta len.
-  operator vector3d() noexcept { return vector3d(*this); }
+  operator vector3d() noexcept { return vector3d(std::as_const(*this)); }
 
   /// Copies o; returns a copy by value.
-  polarvector3d operator=(polarvector3d& o) noexcept {
-    alpha = o.alpha;
-    beta = o.beta;
-    len = o.len;
-    return *this;
-  }
+  polarvector3d operator=(polarvector3d& o) noexcept { return *this = std::as_const(o); }
   /// Changes nothing and returns a copy of this object: assigning a Cartesian vector has no effect.
   /// Write `p = polarvector3d(v)` to convert.
   polarvector3d operator=(vector3d&) noexcept { return *this; }
   polarvector3d operator=(vector3d*) noexcept { return *this; }
 
-  real lenld() noexcept { return len; }
+  tessarn::real lenld() noexcept { return len; }
   /// The length rounded half up.
   tessarn::ulong lenul() noexcept { return rndu(len); }
   /// The rounded fields: half up from 0 on, down to the floor for every negative value.
@@ -363,38 +392,57 @@ class TESSARN_API polarvector3d {
   int rbeta() noexcept { return rndi(beta); }
   int rlen() noexcept { return rndi(len); }
   /// The same direction with the length l.
-  polarvector3d resize(real l) noexcept { return {alpha, beta, l}; }
+  polarvector3d resize(tessarn::real l) noexcept { return {alpha, beta, l}; }
   /// Both angles increased, not wrapped.
-  polarvector3d rotate(real a, real b) noexcept { return {alpha + a, beta + b, len}; }
-  polarvector3d operator*(real k) noexcept { return {alpha, beta, tessarn::detail::product(len, k)}; }
+  polarvector3d rotate(tessarn::real a, tessarn::real b) noexcept { return {alpha + a, beta + b, len}; }
+  polarvector3d operator*(tessarn::real k) noexcept { return std::as_const(*this) * k; }
   /// The length divided by k, a true division.
-  polarvector3d operator/(real k) noexcept { return {alpha, beta, len / k}; }
-  void operator*=(real k) noexcept { len = tessarn::detail::product(len, k); }
-  void operator/=(real k) noexcept { len = len / k; }
+  polarvector3d operator/(tessarn::real k) noexcept { return {alpha, beta, len / k}; }
+  void operator*=(tessarn::real k) noexcept { len = tessarn::detail::product(len, k); }
+  /// The length divided by k, a true division.
+  void operator/=(tessarn::real k) noexcept { len = len / k; }
   /// These three change nothing.
   void operator+=(polarvector3d&) noexcept {}
   void operator-=(polarvector3d&) noexcept {}
   void operator*=(polarvector3d&) noexcept {}
   /// The Cartesian sum and difference, converted back with care.
-  polarvector3d operator+(polarvector3d& o) noexcept { return vector3d(*this) + vector3d(o); }
-  polarvector3d operator-(polarvector3d& o) noexcept { return vector3d(*this) - vector3d(o); }
+  polarvector3d operator+(polarvector3d& o) noexcept { return std::as_const(*this) + std::as_const(o); }
+  polarvector3d operator-(polarvector3d& o) noexcept { return std::as_const(*this) - std::as_const(o); }
   /// The dot product of the Cartesian forms.
-  real operator*(polarvector3d& o) noexcept { return vector3d(*this) * vector3d(o); }
+  tessarn::real operator*(polarvector3d& o) noexcept { return std::as_const(*this) * std::as_const(o); }
   /// The cross product this x o of the Cartesian forms, converted back with care.
-  polarvector3d cross(polarvector3d& o) noexcept { return vector3d(*this).cross(vector3d(o)); }
+  polarvector3d cross(polarvector3d& o) noexcept { return std::as_const(*this).cross(std::as_const(o)); }
   /// The angle between the directions in [0, pi]; 0 where the arc cosine is NaN. Lengths play no part.
-  inline real arc(polarvector3d& o) noexcept;
+  tessarn::real arc(polarvector3d& o) noexcept { return std::as_const(*this).arc(std::as_const(o)); }
   /// True when all fields are equal; a NaN field counts as equal.
-  bool operator==(polarvector3d& o) noexcept {
-    using tessarn::detail::equal_or_unordered;
-    return equal_or_unordered(alpha, o.alpha) && equal_or_unordered(beta, o.beta) &&
-           equal_or_unordered(len, o.len);
-  }
+  bool operator==(polarvector3d& o) noexcept { return std::as_const(*this) == std::as_const(o); }
 
-  /// \name The same for constants and temporaries
+  /// \name For constants and temporaries
+  /// The members above with const operands, with the same results.
   /// @{
-  polarvector3d(const vector3d& v) noexcept : polarvector3d(const_cast<vector3d&>(v)) {}
-  explicit polarvector3d(const vector3d* v) noexcept : polarvector3d(const_cast<vector3d*>(v)) {}
+  polarvector3d(const vector3d& v) noexcept : alpha(0), beta(0), len(v.lenld()) {
+    using namespace tessarn;
+    if (len == 0) return;
+    const tessarn::real q = 1 / len;
+    beta = std::asin(v.z * q);
+    if (v.y == 0) {
+      alpha = v.x < 0 ? pi : 0;
+    } else if (!(beta >= half_pi || beta <= -half_pi)) {
+      tessarn::real c = (v.x / std::cos(beta)) * q;
+      if (c > 1) c = 1;
+      if (c < -1) c = -1;
+      const tessarn::real a = std::acos(c);
+      alpha = v.y >= 0 ? a : two_pi - a;
+    }
+  }
+  explicit polarvector3d(const vector3d* v) noexcept : alpha(0), beta(0), len(v->lenld()) {
+    using namespace tessarn;
+    if (len == 0) return;
+    beta = std::asin(v->z / len);
+    if (beta == half_pi || beta == -half_pi) return;
+    const tessarn::real a = std::acos(v->x / (std::cos(beta) * len));
+    alpha = v->y < 0 ? two_pi - a : a;
+  }
   operator vector3d() const noexcept { return vector3d(*this); }
   polarvector3d& operator=(const polarvector3d& o) noexcept {
     alpha = o.alpha;
@@ -402,161 +450,118 @@ class TESSARN_API polarvector3d {
     len = o.len;
     return *this;
   }
-  polarvector3d operator=(const vector3d&) noexcept { return *this; }
+  template <class V, class = tessarn::detail::if_is<V, vector3d>>
+  polarvector3d operator=(const V&) noexcept {
+    return *this;
+  }
   polarvector3d operator=(const vector3d*) noexcept { return *this; }
-  real lenld() const noexcept { return len; }
-  tessarn::ulong lenul() const noexcept { return self().lenul(); }
-  int ralpha() const noexcept { return self().ralpha(); }
-  int rbeta() const noexcept { return self().rbeta(); }
-  int rlen() const noexcept { return self().rlen(); }
-  polarvector3d resize(real l) const noexcept { return {alpha, beta, l}; }
-  polarvector3d rotate(real a, real b) const noexcept { return self().rotate(a, b); }
-  polarvector3d operator*(real k) const noexcept { return self() * k; }
-  polarvector3d operator/(real k) const noexcept { return self() / k; }
+  tessarn::real lenld() const noexcept { return len; }
+  tessarn::ulong lenul() const noexcept { return tessarn::detail::round_magnitude(len); }
+  int ralpha() const noexcept { return tessarn::detail::round_signed(alpha); }
+  int rbeta() const noexcept { return tessarn::detail::round_signed(beta); }
+  int rlen() const noexcept { return tessarn::detail::round_signed(len); }
+  polarvector3d resize(tessarn::real l) const noexcept { return {alpha, beta, l}; }
+  polarvector3d rotate(tessarn::real a, tessarn::real b) const noexcept { return {alpha + a, beta + b, len}; }
+  polarvector3d operator*(tessarn::real k) const noexcept {
+    return {alpha, beta, tessarn::detail::product(len, k)};
+  }
+  polarvector3d operator/(tessarn::real k) const noexcept { return {alpha, beta, len / k}; }
   void operator+=(const polarvector3d&) noexcept {}
   void operator-=(const polarvector3d&) noexcept {}
   void operator*=(const polarvector3d&) noexcept {}
-  polarvector3d operator+(const polarvector3d& o) const noexcept { return self() + other(o); }
-  polarvector3d operator-(const polarvector3d& o) const noexcept { return self() - other(o); }
-  real operator*(const polarvector3d& o) const noexcept { return self() * other(o); }
-  polarvector3d cross(const polarvector3d& o) const noexcept { return self().cross(other(o)); }
-  real arc(const polarvector3d& o) const noexcept { return self().arc(other(o)); }
-  bool operator==(const polarvector3d& o) const noexcept { return self() == other(o); }
+  polarvector3d operator+(const polarvector3d& o) const noexcept { return vector3d(*this) + vector3d(o); }
+  polarvector3d operator-(const polarvector3d& o) const noexcept { return vector3d(*this) - vector3d(o); }
+  tessarn::real operator*(const polarvector3d& o) const noexcept { return vector3d(*this) * vector3d(o); }
+  polarvector3d cross(const polarvector3d& o) const noexcept { return vector3d(*this).cross(vector3d(o)); }
+  tessarn::real arc(const polarvector3d& o) const noexcept {
+    using tessarn::detail::product;
+    const tessarn::real c = product(std::sin(beta), std::sin(o.beta)) +
+                            product(std::cos(beta) * std::cos(o.beta), std::cos(alpha - o.alpha));
+    const tessarn::real a = std::acos(c);
+    return a != a ? 0 : a;
+  }
+  bool operator==(const polarvector3d& o) const noexcept {
+    using tessarn::detail::equal_or_unordered;
+    return equal_or_unordered(alpha, o.alpha) && equal_or_unordered(beta, o.beta) && equal_or_unordered(len, o.len);
+  }
   /// @}
+
+  /// Compares with the polar form of v.
+  bool operator==(const vector3d& v) const noexcept { return *this == polarvector3d(v); }
+  /// `p = {}` makes all fields 0.
+  polarvector3d& operator=(std::initializer_list<tessarn::detail::no_value>) noexcept {
+    return *this = polarvector3d();
+  }
+  /// The opposite Cartesian vector, converted back with care: angles stay in their intervals.
+  polarvector3d operator-() const noexcept { return -vector3d(*this); }
 
  protected:
   /// The magnitude rounded half up; results from 2^31 on, and NaN, give 2^31.
-  unsigned int rndu(real v) noexcept { return tessarn::detail::round_magnitude(v); }
+  unsigned int rndu(tessarn::real v) noexcept { return tessarn::detail::round_magnitude(v); }
   /// Half up for v >= 0, down for v < 0; what does not fit gives -2147483648.
-  int rndi(real v) noexcept { return tessarn::detail::round_signed(v); }
-
- private:
-  polarvector3d& self() const noexcept { return tessarn::detail::mutable_ref(*this); }
-  static polarvector3d& other(const polarvector3d& o) noexcept { return tessarn::detail::mutable_ref(o); }
+  int rndi(tessarn::real v) noexcept { return tessarn::detail::round_signed(v); }
 };
 
 inline vector3d::vector3d(const polarvector3d& p) noexcept {
   using tessarn::detail::product;
-  const real t = std::cos(p.beta) * p.len;
+  const tessarn::real t = std::cos(p.beta) * p.len;
   x = product(std::cos(p.alpha), t);
   y = product(std::sin(p.alpha), t);
   z = product(std::sin(p.beta), p.len);
 }
 inline vector3d::vector3d(const polarvector3d* p) noexcept : vector3d(*p) {}
-inline vector3d::vector3d(polarvector3d& p) noexcept : vector3d(static_cast<const polarvector3d&>(p)) {}
-inline vector3d::vector3d(polarvector3d* p) noexcept : vector3d(static_cast<const polarvector3d&>(*p)) {}
+inline vector3d::vector3d(polarvector3d& p) noexcept : vector3d(std::as_const(p)) {}
+inline vector3d::vector3d(polarvector3d* p) noexcept : vector3d(std::as_const(*p)) {}
+inline bool vector3d::operator==(const polarvector3d& p) const noexcept { return *this == vector3d(p); }
 
-inline polarvector3d::polarvector3d(vector3d& v) noexcept : alpha(0), beta(0), len(v.lenld()) {
-  using namespace tessarn;
-  if (len == 0) return;
-  const real q = 1 / len;
-  beta = std::asin(v.z * q);
-  if (v.y == 0) {
-    alpha = v.x < 0 ? pi : 0;
-  } else if (!(beta >= half_pi || beta <= -half_pi)) {
-    real c = (v.x / std::cos(beta)) * q;
-    if (c > 1) c = 1;
-    if (c < -1) c = -1;
-    const real a = std::acos(c);
-    alpha = v.y >= 0 ? a : two_pi - a;
-  }
+/// k times a vector is the vector times k. A program's own operator is preferred.
+template <class K, class V, class = tessarn::detail::if_number<K>, class = tessarn::detail::if_is<V, vector>>
+::vector operator*(K k, const V& v) noexcept {
+  return v * static_cast<tessarn::real>(k);
 }
-
-inline polarvector3d::polarvector3d(vector3d* v) noexcept : alpha(0), beta(0), len(v->lenld()) {
-  using namespace tessarn;
-  if (len == 0) return;
-  beta = std::asin(v->z / len);
-  if (beta == half_pi || beta == -half_pi) return;
-  const real a = std::acos(v->x / (std::cos(beta) * len));
-  alpha = v->y < 0 ? two_pi - a : a;
+template <class K, class V, class = tessarn::detail::if_number<K>, class = tessarn::detail::if_is<V, vector3d>>
+vector3d operator*(K k, const V& v) noexcept {
+  return v * static_cast<tessarn::real>(k);
 }
-
-inline tessarn::real polarvector3d::arc(polarvector3d& o) noexcept {
-  using tessarn::detail::product;
-  const real c = product(std::sin(beta), std::sin(o.beta)) +
-                 product(std::cos(beta) * std::cos(o.beta), std::cos(alpha - o.alpha));
-  const real a = std::acos(c);
-  return a != a ? 0 : a;
+template <class K, class V, class = tessarn::detail::if_number<K>, class = tessarn::detail::if_is<V, polarvector3d>>
+polarvector3d operator*(K k, const V& v) noexcept {
+  return v * static_cast<tessarn::real>(k);
 }
-
-/// A growable list of plane points with averaging, sorting and the removal of outliers.
-///
-/// A point whose x is exactly -1.0 is marked as deleted: DeleteErrors removes it, fits leave it out.
-/// Copies are deep; a move empties its source. In sort, DeleteErrors and findline comparisons with NaN
-/// are ordinary comparisons, so a NaN x is not the marker. Indices are 0 to count - 1 and not checked.
-/// An operation that cannot allocate throws std::bad_alloc and leaves the list as it was.
-class TESSARN_API vectormat {
-  using real = tessarn::real;
-  using ulong = tessarn::ulong;
-
- public:
-  vector* points;  ///< the storage, an array of `capacity` points; null when nothing was ever added
-  ulong count;     ///< the number of points in use
-  ulong capacity;  ///< the number of points allocated
-
-  /// An empty list.
-  vectormat() noexcept : points(nullptr), count(0), capacity(0) {}
-  /// A deep copy with the same capacity.
-  vectormat(const vectormat& o);
-  /// A deep copy with the same capacity; `a = a` changes nothing.
-  vectormat& operator=(const vectormat& o);
-  virtual ~vectormat();
-  /// Releases the storage; the list stays usable.
-  virtual void empty();
-
-  /// Appends a copy of v, which may be a point of this list. A full list grows by 1024 points.
-  void add(vector& v);
-  void operator+=(vector& v);
-  /// Removes point i; the later points move down and the vacated slot becomes (0, 0). An index at or
-  /// beyond the last point removes the last one; an empty list stays as it is. O(count - i).
-  void del(ulong i);
-  void operator-=(ulong i);
-  /// Multiplies the y of every point by k; x is left as it is.
-  void operator*=(real k);
-  /// Exchanges x and y of every point.
-  void flip();
-  /// Sorts ascending by x, ties by y, with the result of a bubble sort for every input, also with NaN.
-  /// O(count log count) where no coordinate is NaN, else quadratic.
-  void sort();
-  /// The mean point; NaN for an empty list. Each coordinate is summed in two partial sums, even and odd
-  /// indices of the first 4 floor(count/4) points, which are added before the rest follows in order.
-  vector average();
-  /// The direction (1, s) of the straight line fitted through the unmarked points, not normalised;
-  /// (0, 1) when s is NaN. The points of a vertical line leave what the solver leaves.
-  vector avdir();
-  /// Marks every point whose y differs from the mean of its neighbourhood (up to 5 points on either
-  /// side, itself included) by more than sqrt(limit), unless limit is 0; then removes all marked
-  /// points and shrinks the storage to the exact number. A negative limit removes every point.
-  void DeleteErrors(real limit);
-  /// Extracts the chain of points that follows the direction dir, starting at point 0, into a new list
-  /// that the caller owns (delete it), and removes them from this one. A point joins when its direction
-  /// from the last point of the chain is within 0.2 radians of dir; from 10 points on dir is the
-  /// chain's avdir() and the tolerance 0.05. Point 1 is never examined. Null for fewer than two points.
-  vectormat* findline(vector dir);
-
-  /// \name The same for constants and temporaries
-  /// @{
-  vectormat(vectormat&& o) noexcept : points(o.points), count(o.count), capacity(o.capacity) { o.forget(); }
-  vectormat& operator=(vectormat&& o) noexcept;
-  void add(const vector& v) { add(tessarn::detail::mutable_ref(v)); }
-  void operator+=(const vector& v) { add(tessarn::detail::mutable_ref(v)); }
-  vector average() const { return tessarn::detail::mutable_ref(*this).average(); }
-  vector avdir() const { return tessarn::detail::mutable_ref(*this).avdir(); }
-  /// @}
-
- private:
-  void forget() noexcept {
-    points = nullptr;
-    count = capacity = 0;
-  }
-};
 
 /// n = 0 gives one zeroed object, to be released by `delete`; n > 0 an array of n zeroed objects, to be
 /// released by `delete[]`. Throws std::bad_alloc when the size is impossible.
-TESSARN_API vector* new_vector(tessarn::ulong n);
-TESSARN_API vector3d* new_vector3d(tessarn::ulong n);
-TESSARN_API polarvector3d* new_polarvector3d(tessarn::ulong n);
+[[nodiscard]] TESSARN_API ::vector* new_vector(tessarn::ulong n);
+[[nodiscard]] TESSARN_API vector3d* new_vector3d(tessarn::ulong n);
+[[nodiscard]] TESSARN_API polarvector3d* new_polarvector3d(tessarn::ulong n);
 
-static_assert(sizeof(void*) != 8 || (sizeof(vector) == 24 && sizeof(vector3d) == 32 &&
-                                     sizeof(polarvector3d) == 32 && sizeof(vectormat) == 24),
+/// \name Counts of 64 bits
+/// Throw std::bad_array_new_length when n does not fit 32 bits, instead of cutting it.
+/// @{
+template <class N, class = std::enable_if_t<tessarn::detail::is_wide<N>>>
+[[nodiscard]] ::vector* new_vector(N n) {
+  return new_vector(tessarn::detail::count(n));
+}
+template <class N, class = std::enable_if_t<tessarn::detail::is_wide<N>>>
+[[nodiscard]] vector3d* new_vector3d(N n) {
+  return new_vector3d(tessarn::detail::count(n));
+}
+template <class N, class = std::enable_if_t<tessarn::detail::is_wide<N>>>
+[[nodiscard]] polarvector3d* new_polarvector3d(N n) {
+  return new_polarvector3d(tessarn::detail::count(n));
+}
+/// @}
+
+namespace tessarn {
+using ::new_polarvector3d;
+using ::new_vector;
+using ::new_vector3d;
+using ::polarvector3d;
+using ::vector;
+using ::vector3d;
+}  // namespace tessarn
+
+static_assert(sizeof(void*) != 8 || (sizeof(::vector) == 24 && sizeof(vector3d) == 32 && sizeof(polarvector3d) == 32),
               "a vector is its virtual table pointer and its coordinates");
+
+// The point list belongs to this family; its header is a file of its own for length alone.
+#include "tessarn/list.h"

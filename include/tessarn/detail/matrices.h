@@ -1,0 +1,110 @@
+/// \file
+/// What the matrix classes share: their primary templates, views of rows and columns, and initializer lists.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <initializer_list>
+
+#include "tessarn/cplx.h"
+#include "tessarn/scalar.h"
+#include "tessarn/span.h"
+
+namespace tessarn::detail {
+template <class T>
+inline constexpr bool is_an_entry = false;
+}
+
+/// T is `long double` (the name on every platform; the entries are tessarn::real) or cplx.
+template <class T>
+class mat {
+  static_assert(tessarn::detail::is_an_entry<T>,
+                "matrices are mat<long double>, whose entries are 64-bit reals on every platform, or mat<cplx>");
+};
+template <class T>
+class sqmat {
+  static_assert(tessarn::detail::is_an_entry<T>,
+                "square matrices are sqmat<long double>, whose entries are 64-bit reals on every platform, or "
+                "sqmat<cplx>");
+};
+template <>
+class mat<long double>;
+template <>
+class mat<cplx>;
+template <>
+class sqmat<long double>;
+template <>
+class sqmat<cplx>;
+
+namespace tessarn::detail {
+
+/// Operations without a test of sizes, for the checked mode, and for operators that are templates.
+struct TESSARN_API unchecked {
+  static mat<long double> sum(const mat<long double>& a, const mat<long double>& b);
+  static mat<long double> difference(const mat<long double>& a, const mat<long double>& b);
+  static mat<long double> product(const mat<long double>& a, const mat<long double>& b);
+  static bool equal(const mat<long double>& a, const mat<long double>& b);
+  static void solve(mat<long double>& x, const mat<long double>& A, const mat<long double>& b);
+  /// a b as a new matrix, with the entries that `*=` gives; empty when the sizes differ.
+  static sqmat<long double> product(const sqmat<long double>& a, const sqmat<long double>& b);
+  static sqmat<cplx> product(const sqmat<cplx>& a, const sqmat<cplx>& b);
+  static bool equal(const sqmat<long double>& a, const sqmat<long double>& b);
+  static void multiply(sqmat<long double>& a, const sqmat<long double>& b);
+  static void multiply(sqmat<cplx>& a, const sqmat<cplx>& b);
+  static void set_column(sqmat<long double>& a, ulong x, const mat<long double>& column);
+  static void set_column(sqmat<cplx>& a, ulong x, const mat<cplx>& column);
+  static void solve(const sqmat<long double>& a, mat<long double>& b);
+  static void solve(const sqmat<cplx>& a, mat<cplx>& b);
+};
+
+/// Stores v under the quiet-NaN rule; by its bits, because a signalling NaN is stored as it is.
+inline void store(real& entry, real v) noexcept {
+  std::uint64_t bits;
+  std::memcpy(&bits, &v, sizeof bits);
+  constexpr std::uint64_t quiet = 0x7FF8000000000000u;
+  entry = (bits & quiet) == quiet ? 0 : v;
+}
+
+/// A complex number in an initializer list: made from a cplx alone, never from a number.
+struct complex_entry {
+  cplx value;
+  template <class Z, class = std::enable_if_t<std::is_same_v<Z, cplx>>>
+  complex_entry(const Z& z) noexcept : value(z) {}
+};
+inline void store(cplx& entry, const complex_entry& v) noexcept { entry = v.value; }
+
+template <class Rows>
+inline std::size_t longest(const Rows& rows) noexcept {
+  std::size_t most = 0;
+  for (const auto& row : rows) most = (std::max)(most, row.size());
+  return most;
+}
+
+/// Stores each row at the front of a row of `width` entries.
+template <class Rows, class T>
+inline void store_rows(const Rows& rows, T* data, ulong width) noexcept {
+  for (const auto& row : rows) {
+    T* entry = data;
+    for (const auto& v : row) store(*entry++, v);
+    data += width;
+  }
+}
+
+inline void fill_with_zeros(real* data, ulong width, ulong height) noexcept {
+  std::fill_n(data, static_cast<std::size_t>(static_cast<ulong>(width * height)), static_cast<real>(0));
+}
+
+template <class T>
+inline span<T> row(T* data, ulong width, ulong height, ulong y) noexcept {
+  if (width == 0 || height == 0) return {};
+  return {data + static_cast<std::size_t>(y % height) * width, width};
+}
+
+template <class T>
+inline strided_span<T> column(T* data, ulong width, ulong height, ulong x) noexcept {
+  if (width == 0 || height == 0) return {};
+  return {data + x % width, height, width};
+}
+
+}  // namespace tessarn::detail

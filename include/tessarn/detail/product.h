@@ -1,0 +1,37 @@
+/// \file
+/// A product that no compiler fuses into a sum.
+#pragma once
+
+#include "tessarn/scalar.h"
+
+namespace tessarn::detail {
+
+/// a * b, rounded once. A product that feeds a sum, here or after inlining in the caller's expression,
+/// goes through this function, because callers compile these headers with flags of their own and a
+/// fused multiply-add would change the bits. Without fused instructions it is an ordinary product; with
+/// them the value passes through an empty assembly statement: clang fuses under -ffp-contract=fast
+/// whatever a pragma says, and GCC loses __builtin_assoc_barrier when it vectorises. The library itself
+/// is compiled without contraction.
+inline real product(real a, real b) noexcept {
+#if defined(TESSARN_BUILD) || (defined(__x86_64__) && !defined(__FMA__))
+  return a * b;
+#elif (defined(__GNUC__) || defined(__clang__)) && defined(__x86_64__)
+  real p = a * b;
+  __asm__("" : "+x"(p));
+  return p;
+#elif (defined(__GNUC__) || defined(__clang__)) && defined(__aarch64__)
+  real p = a * b;
+  __asm__("" : "+w"(p));
+  return p;
+#elif defined(__GNUC__) || defined(__clang__)
+  volatile real p = a * b;
+  return p;
+#else
+#if defined(_MSC_VER)
+#pragma fp_contract(off)
+#endif
+  return a * b;
+#endif
+}
+
+}  // namespace tessarn::detail
