@@ -216,7 +216,7 @@ std::ostream& print(std::ostream& os, const T& v) {
 inline std::ostream& operator<<(std::ostream& os, const cplx& v) {
   return tessarn::detail::print(os, v);
 }
-inline std::ostream& operator<<(std::ostream& os, const vector& v) {
+inline std::ostream& operator<<(std::ostream& os, const ::vector& v) {
   return tessarn::detail::print(os, v);
 }
 inline std::ostream& operator<<(std::ostream& os, const vector3d& v) {

@@ -515,7 +515,7 @@ inline vector3d::vector3d(polarvector3d* p) noexcept : vector3d(std::as_const(*p
 inline bool vector3d::operator==(const polarvector3d& p) const noexcept { return *this == vector3d(p); }
 
 /// k times a vector is the vector times k. A program's own operator is preferred.
-template <class K, class V, class = tessarn::detail::if_number<K>, class = tessarn::detail::if_is<V, vector>>
+template <class K, class V, class = tessarn::detail::if_number<K>, class = tessarn::detail::if_is<V, ::vector>>
 ::vector operator*(K k, const V& v) noexcept {
   return v * static_cast<tessarn::real>(k);
 }
