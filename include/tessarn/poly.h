@@ -395,11 +395,12 @@ class TESSARN_API hyperbinom {
 
 namespace tessarn::detail {
 
-/// The type of p when it is a polynomial and q is one of the same kind.
+/// The kind of polynomial that both P and Q are or derive from.
 template <class P, class Q>
-using if_polynomials = std::enable_if_t<(std::is_same_v<P, binom> && std::is_same_v<Q, binom>) ||
-                                            (std::is_same_v<P, hyperbinom> && std::is_same_v<Q, hyperbinom>),
-                                        P>;
+using if_polynomials =
+    std::enable_if_t<(std::is_base_of_v<binom, P> && std::is_base_of_v<binom, Q>) ||
+                         (std::is_base_of_v<hyperbinom, P> && std::is_base_of_v<hyperbinom, Q>),
+                     std::conditional_t<std::is_base_of_v<binom, P>, binom, hyperbinom>>;
 template <class P>
 using if_polynomial = if_polynomials<P, P>;
 
@@ -410,25 +411,25 @@ using if_polynomial = if_polynomials<P, P>;
 /// @{
 template <class P, class Q>
 tessarn::detail::if_polynomials<P, Q> operator+(const P& p, const Q& q) {
-  P r = p.clone();
+  auto r = p.clone();
   r += q;
   return r;
 }
 template <class P, class Q>
 tessarn::detail::if_polynomials<P, Q> operator-(const P& p, const Q& q) {
-  P r = p.clone();
+  auto r = p.clone();
   r -= q;
   return r;
 }
 template <class P, class Q>
 tessarn::detail::if_polynomials<P, Q> operator*(const P& p, const Q& q) {
-  P r = p.clone();
+  auto r = p.clone();
   r *= q;
   return r;
 }
 template <class K, class P, class = tessarn::detail::if_number<K>>
 tessarn::detail::if_polynomial<P> operator*(K k, const P& p) {
-  P r = p.clone();
+  auto r = p.clone();
   r *= static_cast<tessarn::real>(k);
   return r;
 }

@@ -18,17 +18,29 @@ one() {
   echo "$compiler c++$standard $*: the same $(wc -l <"$work/output") results"
 }
 
+# A program that says itself what is wrong.
+telling() {
+  local source=$1 compiler=$2 standard=$3
+  "$compiler" "-std=c++$standard" "${warnings[@]}" -O0 -I"$root/include" "$root/tests/interface/$source.cpp" "$library" -o "$work/$source"
+  "$work/$source" >"$work/said" || { grep -v '^ok' "$work/said"; echo "$compiler c++$standard: $source"; exit 1; }
+  echo "$compiler c++$standard: $source, $(tail -1 "$work/said")"
+}
+
 for standard in 17 20 23; do
-  one g++ $standard -O2
-  one clang++-14 "${standard/23/2b}" -O2
-  one clang++-22 $standard -O2
+  for compiler in g++ clang++-14 clang++-22; do
+    name=$standard
+    [ "$compiler" = clang++-14 ] && name=${standard/23/2b}
+    one $compiler "$name" -O2
+    telling comparisons $compiler "$name"
+    telling additions $compiler "$name"
+  done
 done
 if grep -q '\bfma\b' /proc/cpuinfo; then
   for compiler in g++ clang++-14 clang++-22; do one $compiler 17 -O3 -march=native -ffp-contract=fast; done
 fi
 echo >"$work/empty.cpp"
 for compiler in g++ clang++-14 clang++-22; do
-  for header in "$root"/include/tessarn/*.h; do
+  for header in "$root"/include/tessarn/*.h "$root"/include/tessarn/detail/*.h; do
     "$compiler" -std=c++17 "${warnings[@]}" -fsyntax-only -I"$root/include" -include "$header" "$work/empty.cpp"
   done
 done

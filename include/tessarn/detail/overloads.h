@@ -31,10 +31,10 @@ inline ulong wrap(ulong i, ulong bound) noexcept {
 template <class K>
 using if_number = std::enable_if_t<std::is_arithmetic_v<K>>;
 
-/// T when A is T, const or not, and a reference or not; used by operators that are templates so that a
-/// program's own plain function or more specialised template is preferred.
+/// Enabled when A is T or a class derived from it, const or not, and a reference or not; used by operators that are
+/// templates so that a program's own plain function or more specialised template is preferred.
 template <class A, class T>
-using if_is = std::enable_if_t<std::is_same_v<std::remove_cv_t<std::remove_reference_t<A>>, T>>;
+using if_is = std::enable_if_t<std::is_base_of_v<T, std::remove_cv_t<std::remove_reference_t<A>>>>;
 
 /// A wider integer than the library's 32-bit counts, such as std::size_t.
 template <class N>

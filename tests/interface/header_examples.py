@@ -1,0 +1,58 @@
+#!/usr/bin/env python3
+"""Compiles and runs the example of every class comment.
+
+usage: header_examples.py SOURCE_ROOT STATIC_LIBRARY
+Each text between \\code and \\endcode in a public header becomes a function of one program; its assertions must hold.
+Every class and class template of the public headers must have an example in the comment in front of it.
+"""
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+root, library = pathlib.Path(sys.argv[1]), sys.argv[2]
+headers = [h for h in sorted((root / "include/tessarn").glob("*.h")) if h.name != "io.h"]  # io.h declares functions
+
+program = ["#undef NDEBUG", "#include <cassert>", "#include <tessarn/tessarn.h>"]
+calls, without = [], []
+for header in headers:
+    comment = []
+    for number, line in enumerate(header.read_text().splitlines(), 1):
+        if line.startswith("///"):
+            comment.append((number, line[4:]))
+            continue
+        shown = re.match(r"(?:template <class T>\s*)?class (?:TESSARN_API )?(\w+(?:<[\w ]+>)?) \{", line)
+        if shown and not any(text.startswith("\\code") for _, text in comment):
+            without.append(f"{header.name}:{number}: {shown.group(1)}")
+        if line.startswith("template <") and comment:
+            continue  # the class is on the next line
+        inside = False
+        for at, text in comment:
+            if text.startswith("\\code"):
+                name = f"example_{len(calls)}"
+                calls.append(name)
+                program += [f"static void {name}() {{", f'#line {at + 1} "{header.name}"']
+                inside = True
+            elif text.startswith("\\endcode"):
+                program.append("}")
+                inside = False
+            elif inside:
+                program.append(text)
+        comment = []
+
+if without:
+    sys.exit("no example in front of\n" + "\n".join(without))
+if len(calls) < 13:
+    sys.exit(f"only {len(calls)} examples found")
+program += ["int main() {"] + [f"  {name}();" for name in calls] + ["}"]
+
+with tempfile.TemporaryDirectory() as work:
+    source = pathlib.Path(work, "examples.cpp")
+    source.write_text("\n".join(program) + "\n")
+    for compiler in ("g++", "clang++-22"):
+        binary = str(pathlib.Path(work, "examples"))
+        subprocess.run([compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", f"-I{root}/include", str(source), library,
+                        "-o", binary], check=True)
+        subprocess.run([binary], check=True)
+        print(f"{compiler}: {len(calls)} examples of the headers hold")
