@@ -3,6 +3,7 @@
 set(TESSARN_SOURCES
   core/isa.cpp
   core/power.cpp
+  core/shared_array.cpp
   vectors/allocate.cpp
   vectors/kernels.cpp
   vectors/list.cpp

@@ -1,7 +1,8 @@
 // The polynomial in one variable: storage, evaluation, arithmetic, transformations of the graph.
 #include <algorithm>
+#include <utility>
 
-#include "core/access.h"
+#include "core/shared_array.h"
 #include "core/storage.h"
 #include "poly/kernels.h"
 #include "tessarn/poly.h"
@@ -14,9 +15,9 @@ using tessarn::detail::real_array;
 namespace {
 
 // An empty polynomial has no array.
-real* released(real_array& coefficients, slong n) {
+real* coefficients_of(real_array array, slong n) {
   if (n == 0) return nullptr;
-  return coefficients.release();
+  return tessarn::detail::held(std::move(array));
 }
 
 // Polynomials from this count on are multiplied by a kernel, which works beyond the ends of its arrays.
@@ -42,20 +43,28 @@ real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
 
 }  // namespace
 
+binom::binom(const binom& p) : cofcnt(p.cofcnt), cof(tessarn::detail::share(p.cof)) {}
+
 binom::~binom() {
-  delete[] cof;
+  tessarn::detail::give_up(cof);
   forget();
 }
 
 void binom::empty() {
-  delete[] cof;
+  tessarn::detail::give_up(cof);
   forget();
+}
+
+binom binom::clone() const {
+  binom cloned;
+  cloned.copy(*this);
+  return cloned;
 }
 
 void binom::create(slong n) {
   binom::empty();
   if (n == 0) return;
-  cof = allocate_counted(n).release();
+  cof = coefficients_of(allocate_counted(n), n);
   cofcnt = n;
 }
 
@@ -63,14 +72,17 @@ void binom::resize(slong n) {
   if (n == cofcnt) return;
   real_array resized = allocate_counted(n);
   std::copy_n(cof, std::min(cofcnt, n), resized.get());
-  delete[] cof;
-  cof = released(resized, n);
+  tessarn::detail::give_up(cof);
+  cof = coefficients_of(std::move(resized), n);
   cofcnt = n;
 }
 
 void binom::copy(binom& src) {
   if (this == &src) return;
-  if (cof == src.cof) forget();  // a shared array stays with the source
+  if (cof == src.cof) {  // a shared array stays with the source
+    tessarn::detail::leave(cof);
+    forget();
+  }
   create(src.cofcnt);
   std::copy_n(src.cof, src.cofcnt, cof);
 }
@@ -82,7 +94,10 @@ const binom& binom::operator=(binom& src) {
 
 binom& binom::operator=(binom&& src) noexcept {
   if (this == &src) return *this;
-  if (cof != src.cof) delete[] cof;
+  if (cof != src.cof)
+    tessarn::detail::give_up(cof);
+  else
+    tessarn::detail::leave(cof);
   cofcnt = src.cofcnt;
   cof = src.cof;
   src.forget();
@@ -131,8 +146,8 @@ void binom::operator*=(binom& q) {
     for (slong j = 0; j < q.cofcnt; ++j)
       for (slong i = 0; i < cofcnt; ++i) product[static_cast<std::size_t>(i + j)] += cof[i] * q.cof[j];
   }
-  delete[] cof;
-  cof = released(product, m);
+  tessarn::detail::give_up(cof);
+  cof = coefficients_of(std::move(product), m);
   cofcnt = m;
 }
 
@@ -154,8 +169,8 @@ void binom::shift_h(real x0) {
       power[k] = (k <= i ? 0 + power[k] * -x0 : 0) + power[k - 1] * static_cast<real>(1);
     power[0] = 0 + power[0] * -x0;
   }
-  delete[] cof;
-  cof = shifted.release();
+  tessarn::detail::give_up(cof);
+  cof = coefficients_of(std::move(shifted), cofcnt);
 }
 
 void binom::shift_v(real dy) {
@@ -169,12 +184,4 @@ void binom::mirror_h() {
 
 void binom::mirror_v() {
   for (slong i = 0; i < cofcnt; ++i) cof[i] = -cof[i];
-}
-
-binom::binom(const binom& p) : cofcnt(p.cofcnt), cof(p.cof) {}
-
-binom binom::clone() const {
-  binom p;
-  p.copy(*this);
-  return p;
 }

@@ -1,9 +1,10 @@
 // The polynomial in two variables: storage, evaluation, arithmetic.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
-#include "core/access.h"
 #include "core/power.h"
+#include "core/shared_array.h"
 #include "core/storage.h"
 #include "poly/kernels.h"
 #include "tessarn/poly.h"
@@ -26,20 +27,28 @@ std::size_t table_size(slong g) { return static_cast<std::size_t>(static_cast<st
 
 }  // namespace
 
+hyperbinom::hyperbinom(const hyperbinom& p) : grade(p.grade), cof(tessarn::detail::share(p.cof)) {}
+
 hyperbinom::~hyperbinom() {
-  delete[] cof;
+  tessarn::detail::give_up(cof);
   forget();
 }
 
 void hyperbinom::empty() {
-  delete[] cof;
+  tessarn::detail::give_up(cof);
   forget();
+}
+
+hyperbinom hyperbinom::clone() const {
+  hyperbinom cloned;
+  cloned.copy(*this);
+  return cloned;
 }
 
 void hyperbinom::create(slong g) {
   hyperbinom::empty();
   if (g == 0) return;
-  cof = allocate_counted(entries(g)).release();
+  cof = tessarn::detail::held(allocate_counted(entries(g)));
   grade = g;
 }
 
@@ -47,14 +56,17 @@ void hyperbinom::resize(slong g) {
   if (g == grade) return;
   real_array resized = allocate_counted(entries(g));
   if (grade > 0) std::copy_n(cof, std::min<std::size_t>(static_cast<std::size_t>(grade), table_size(g)), resized.get());
-  delete[] cof;
-  cof = g == 0 ? nullptr : resized.release();
+  tessarn::detail::give_up(cof);
+  cof = g == 0 ? nullptr : tessarn::detail::held(std::move(resized));
   grade = g;
 }
 
 void hyperbinom::copy(hyperbinom& src) {
   if (this == &src) return;
-  if (cof == src.cof) forget();  // a shared array stays with the source
+  if (cof == src.cof) {  // a shared array stays with the source
+    tessarn::detail::leave(cof);
+    forget();
+  }
   create(src.grade);
   if (src.grade > 0) std::copy_n(src.cof, table_size(src.grade), cof);
 }
@@ -66,7 +78,10 @@ const hyperbinom& hyperbinom::operator=(hyperbinom& src) {
 
 hyperbinom& hyperbinom::operator=(hyperbinom&& src) noexcept {
   if (this == &src) return *this;
-  if (cof != src.cof) delete[] cof;
+  if (cof != src.cof)
+    tessarn::detail::give_up(cof);
+  else
+    tessarn::detail::leave(cof);
   grade = src.grade;
   cof = src.cof;
   src.forget();
@@ -134,12 +149,4 @@ real hyperbinom::getvec(slong k, real x, real y) {
     return e < 0 ? std::pow(v, static_cast<real>(e)) : tessarn::detail::power(v, static_cast<unsigned>(e));
   };
   return power(x, k % grade) * power(y, k / grade);
-}
-
-hyperbinom::hyperbinom(const hyperbinom& p) : grade(p.grade), cof(p.cof) {}
-
-hyperbinom hyperbinom::clone() const {
-  hyperbinom p;
-  p.copy(*this);
-  return p;
 }

@@ -21,11 +21,11 @@ binom smooth(input& in) {
   return draw_polynomial(in, 1, 6, [&] { return in.within(-3, 3); });
 }
 
-// The copy shares the coefficients and is never destroyed, so that its source releases them.
+// The copy shares the coefficients, and is gone before its source.
 template <class Polynomial>
 void put_shared(output& out, const Polynomial& p) {
-  alignas(Polynomial) unsigned char storage[sizeof(Polynomial)];
-  out.put(*new (storage) Polynomial(p));
+  const Polynomial shared(p);
+  out.put(shared);
 }
 
 struct interval {
