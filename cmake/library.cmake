@@ -9,6 +9,7 @@ set(TESSARN_SOURCES
   vectors/list.cpp
   vectors/list_analysis.cpp
   vectors/list_sort.cpp
+  vectors/point_array.cpp
   matrix/adjugate.cpp
   matrix/complex_elimination.cpp
   matrix/determinant.cpp

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -11,6 +13,31 @@
 namespace tessarn::detail {
 
 using real_array = std::unique_ptr<real[]>;
+
+// The sizes of storage are products and sums of counts. Where one does not fit, the request fails as an impossible one
+// does in the allocator.
+inline std::size_t checked_product(std::size_t a, std::size_t b) {
+  if (b != 0 && a > std::numeric_limits<std::size_t>::max() / b) throw std::bad_array_new_length();
+  return a * b;
+}
+template <class... More>
+std::size_t checked_product(std::size_t a, std::size_t b, More... more) {
+  return checked_product(checked_product(a, b), static_cast<std::size_t>(more)...);
+}
+inline std::size_t checked_sum(std::size_t a, std::size_t b) {
+  if (a > std::numeric_limits<std::size_t>::max() - b) throw std::bad_array_new_length();
+  return a + b;
+}
+template <class... More>
+std::size_t checked_sum(std::size_t a, std::size_t b, More... more) {
+  return checked_sum(checked_sum(a, b), static_cast<std::size_t>(more)...);
+}
+
+// A count as the classes hold it.
+inline ulong checked_count(std::size_t n) {
+  if (n > std::numeric_limits<ulong>::max()) throw std::bad_array_new_length();
+  return static_cast<ulong>(n);
+}
 
 // A computed matrix must have as many entries as 32 bits count: otherwise its count would wrap to a small number.
 // Impossible sizes fail as they do in the allocator.

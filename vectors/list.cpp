@@ -1,27 +1,16 @@
 // The point list: storage and sums.
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 #include "tessarn/vectors.h"
+#include "vectors/point_array.h"
 
 using tessarn::real;
+using tessarn::detail::copy_points;
+using tessarn::detail::extend_points;
+using tessarn::detail::release_points;
 
 namespace {
-
-constexpr tessarn::ulong growth = 1024;
-
-using point_array = std::unique_ptr<vector[]>;
-
-point_array allocate(tessarn::ulong n) { return point_array(new vector[n]); }
-
-// Moves coordinates, never virtual table pointers.
-void copy_points(const vector* from, tessarn::ulong n, vector* to) {
-  for (tessarn::ulong i = 0; i < n; ++i) {
-    to[i].x = from[i].x;
-    to[i].y = from[i].y;
-  }
-}
 
 struct coordinates {
   real x, y;
@@ -57,9 +46,8 @@ vector vector::operator=(vectormat& m) noexcept {
 vectormat::vectormat(const vectormat& o) : vectormat() {
   if (o.points == nullptr) return;
   capacity = std::max(o.capacity, o.count);  // the fields are public
-  point_array copied = allocate(capacity);
-  copy_points(o.points, o.count, copied.get());
-  points = copied.release();
+  points = new vector[capacity];
+  copy_points(o.points, o.count, points);
   count = o.count;
 }
 
@@ -70,7 +58,7 @@ vectormat& vectormat::operator=(const vectormat& o) {
 
 vectormat& vectormat::operator=(vectormat&& o) noexcept {
   if (this == &o) return *this;
-  delete[] points;
+  release_points(points);
   points = o.points;
   count = o.count;
   capacity = o.capacity;
@@ -78,22 +66,20 @@ vectormat& vectormat::operator=(vectormat&& o) noexcept {
   return *this;
 }
 
-vectormat::~vectormat() { delete[] points; }
+vectormat::~vectormat() { release_points(points); }
 
 void vectormat::empty() {
-  delete[] points;
+  release_points(points);
   forget();
 }
 
 void vectormat::add(vector& v) {
   const coordinates added = {v.x, v.y};  // v may be a point of this list, which growing releases
-  if (capacity < count) capacity = count;
-  if (capacity < count + 1) {
-    point_array grown = allocate(capacity + growth);
-    copy_points(points, count, grown.get());
-    delete[] points;
-    points = grown.release();
-    capacity += growth;
+  if (count >= capacity) {
+    const ulong larger = tessarn::detail::next_capacity(count);
+    if (capacity != count || !extend_points(points, count, larger))
+      points = tessarn::detail::grow_points(points, count, larger);
+    capacity = larger;
   }
   points[count].x = added.x;
   points[count].y = added.y;

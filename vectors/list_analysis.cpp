@@ -8,6 +8,7 @@
 #include "tessarn/poly.h"
 #include "tessarn/vectors.h"
 #include "vectors/kernels.h"
+#include "vectors/point_array.h"
 
 using tessarn::real;
 using tessarn::detail::neighbours;
@@ -92,7 +93,7 @@ void vectormat::DeleteErrors(real limit) {
   const auto kept = static_cast<tessarn::ulong>(count - found);
   std::unique_ptr<vector[]> rest(new vector[kept]);
   copy_unmarked(points, marked.get(), count, rest.get());
-  delete[] points;
+  tessarn::detail::release_points(points);
   points = rest.release();
   count = capacity = kept;
 }
