@@ -94,10 +94,10 @@ void vectormat::append(const vector* p, tessarn::ulong n) {
 
 void vectormat::reserve(tessarn::ulong n) {
   if (n <= std::max(capacity, count)) return;
-  point_array grown = allocate(n);
-  copy_points(points, count, grown.get());
-  delete[] points;
-  points = grown.release();
+  vector* const grown = new vector[n];
+  copy_points(points, count, grown);
+  release_points(points);
+  points = grown;
   capacity = n;
 }
 
