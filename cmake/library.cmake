@@ -30,6 +30,7 @@ set(TESSARN_SOURCES
   poly/curve_blocks.cpp
   poly/fit.cpp
   poly/kernels.cpp
+  poly/line_sums.cpp
   poly/power_sums.cpp
   poly/search.cpp
   poly/surface.cpp

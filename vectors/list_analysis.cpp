@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 
+#include "poly/line_sums.h"
 #include "tessarn/poly.h"
 #include "tessarn/vectors.h"
 #include "vectors/kernels.h"
@@ -76,13 +77,14 @@ void copy_unmarked(const vector* points, const bool* marked, std::size_t count, 
   }
 }
 
+vector direction(real slope) { return slope != slope ? vector(0, 1) : vector(1, slope); }
+
 }  // namespace
 
 vector vectormat::avdir() {
   binom line;
   line.create(points, count, 2);
-  const real slope = line.get(1);
-  return slope != slope ? vector(0, 1) : vector(1, slope);
+  return direction(line.get(1));
 }
 
 void vectormat::DeleteErrors(real limit) {
@@ -104,13 +106,16 @@ vectormat* vectormat::findline(vector dir) {
   std::unique_ptr<vectormat> chain(new vectormat);
   chain->add(points[0]);
   rest.points[0].x = removed;
+  tessarn::detail::line_sums line;
+  line.add(points[0]);
   real tolerance = first_tolerance;
   for (tessarn::ulong i = 2; i < count; ++i) {
     if (!(dir.arc(points[i] - chain->points[chain->count - 1]) < tolerance)) continue;
     chain->add(points[i]);
+    line.add(points[i]);
     rest.points[i].x = removed;
     if (chain->count >= chain_fitted) {
-      dir = chain->avdir();
+      dir = direction(line.slope());  // what avdir() of the chain gives
       tolerance = chain_tolerance;
     }
   }

@@ -1,9 +1,12 @@
 // Sorting of the point list.
 #include <cstring>
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <utility>
 
+#include "core/storage.h"
 #include "tessarn/vectors.h"
 
 using tessarn::real;
@@ -14,27 +17,16 @@ struct coordinates {
   real x, y;
 };
 
-bool belongs_after(const vector& a, const vector& b) { return a.x > b.x || (a.x == b.x && a.y > b.y); }
-
 bool belongs_before(const coordinates& a, const coordinates& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); }
 
-bool has_nan(const vector* points, tessarn::ulong n) {
-  for (tessarn::ulong i = 0; i < n; ++i)
-    if (points[i].x != points[i].x || points[i].y != points[i].y) return true;
-  return false;
-}
+bool is_left(const coordinates& a, const coordinates& b) { return a.x < b.x; }
 
-// The defined order of a list with NaN, where comparisons are not transitive and no faster sort agrees.
-void bubble_sort(vector* points, tessarn::ulong n) {
-  for (bool swapped = true; swapped;) {
-    swapped = false;
-    for (tessarn::ulong j = 0; j + 1 < n; ++j) {
-      if (!belongs_after(points[j], points[j + 1])) continue;
-      std::swap(points[j].x, points[j + 1].x);
-      std::swap(points[j].y, points[j + 1].y);
-      swapped = true;
-    }
-  }
+bool is_nan(real v) { return v != v; }
+
+bool has_nan(const coordinates* points, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i)
+    if (is_nan(points[i].x) || is_nan(points[i].y)) return true;
+  return false;
 }
 
 // From this number of points on the passes over the digits cost less than comparisons.
@@ -73,11 +65,34 @@ coordinates* sorted_by_x(coordinates* points, coordinates* other, std::size_t n)
   return points;
 }
 
-// Sorts the points of equal x, which stand together, by y.
+// Sorts the points of equal x, which stand together, by y; none passes a point whose y is NaN.
 void sort_equals(coordinates* points, std::size_t n) {
   for (std::size_t i = 0, end; i < n; i = end) {
-    for (end = i + 1; end < n && points[end].x == points[i].x;) ++end;
+    end = i + 1;
+    if (is_nan(points[i].y)) continue;
+    while (end < n && points[end].x == points[i].x && !is_nan(points[end].y)) ++end;
     if (end - i > 1) std::stable_sort(points + i, points + end, belongs_before);
+  }
+}
+
+// Sorts n points without a NaN among their x. The result stands in points or in other, which is returned.
+coordinates* sorted_run(coordinates* points, coordinates* other, std::size_t n) {
+  if (n >= digit_sorted)
+    points = sorted_by_x(points, other, n);
+  else
+    std::stable_sort(points, points + n, is_left);
+  sort_equals(points, n);
+  return points;
+}
+
+// A bubble sort exchanges neighbours only, and none where a comparison meets a NaN. So a point with a NaN x stays where
+// it is, and no other passes it: what stands between two of them is sorted by itself. There, points of different x end
+// in the order of x, and of equal x those that stand before a NaN y stay before it.
+void sort_between_nans(coordinates* points, coordinates* other, std::size_t n) {
+  for (std::size_t first = 0, end; first < n; first = end + 1) {
+    for (end = first; end < n && !is_nan(points[end].x);) ++end;
+    const coordinates* const sorted = sorted_run(points + first, other + first, end - first);
+    if (sorted != points + first) std::copy_n(sorted, end - first, points + first);
   }
 }
 
@@ -87,18 +102,19 @@ void sort_equals(coordinates* points, std::size_t n) {
 // list.
 void vectormat::sort() {
   if (count < 2) return;
-  if (has_nan(points, count)) return bubble_sort(points, count);
   const std::size_t n = count;
   const bool by_digits = n >= digit_sorted;
-  const std::unique_ptr<coordinates[]> packed(new coordinates[by_digits ? 2 * n : n]);
+  using tessarn::detail::checked_product;
+  const std::unique_ptr<coordinates[]> packed(new coordinates[by_digits ? checked_product(2, n) : n]);
   coordinates* sorted = packed.get();
+  coordinates* const other = by_digits ? sorted + n : nullptr;
   for (std::size_t i = 0; i < n; ++i) sorted[i] = {points[i].x, points[i].y};
-  if (by_digits) {
-    sorted = sorted_by_x(sorted, sorted + n, n);
-    sort_equals(sorted, n);
-  } else {
+  if (has_nan(sorted, n))
+    sort_between_nans(sorted, other, n);
+  else if (by_digits)
+    sorted = sorted_run(sorted, other, n);
+  else
     std::stable_sort(sorted, sorted + n, belongs_before);
-  }
   for (std::size_t i = 0; i < n; ++i) {
     points[i].x = sorted[i].x;
     points[i].y = sorted[i].y;

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "poly/line_sums.h"
 #include "support/lists.h"
 #include "support/time_limit.h"
 
@@ -233,6 +234,26 @@ TEST(VectormatSort, LongListsKeepTheOrderOfEquals) {
   }
 }
 
+// A NaN x stays where it is and divides the list; a NaN y divides the points of its x.
+TEST(VectormatSort, LongListsWithNanKeepTheBubbleSortsResult) {
+  test::random_source r(55);
+  for (int round = 0; round < 60; ++round) {
+    std::vector<vec2> points(300 + r.below(1500));
+    const std::uint32_t rarity_x = 1 + r.below(2000), rarity_y = 1 + r.below(40), values = 1 + r.below(60);
+    for (vec2& p : points) {
+      p = {static_cast<double>(r.below(values)) - 3, static_cast<double>(r.below(5)) - 2};
+      if (r.below(rarity_x) == 0) p.x = nan;
+      if (r.below(rarity_y) == 0) p.y = nan;
+    }
+    vectormat l;
+    fill(l, points);
+    plain::point_list p = list_of(points);
+    l.sort();
+    plain::bubble_sort(p);
+    ASSERT_TRUE(same(l, p)) << "round " << round;
+  }
+}
+
 TEST(VectormatSort, LongListsDoNotTakeQuadraticTime) {
   test::random_source r(52);
   vectormat l;
@@ -242,6 +263,12 @@ TEST(VectormatSort, LongListsDoNotTakeQuadraticTime) {
   }
   WITHIN(20, (l.sort(), true));
   for (tessarn::ulong i = 1; i < l.count; ++i) ASSERT_LE(l.points[i - 1].x, l.points[i].x);
+  l.flip();
+  l.points[1000].x = nan;
+  l.points[3].y = nan;
+  WITHIN(20, (l.sort(), true));
+  EXPECT_TRUE(l.points[1000].x != l.points[1000].x);
+  for (tessarn::ulong i = 1002; i < l.count; ++i) ASSERT_LE(l.points[i - 1].x, l.points[i].x);
 }
 
 // ---------------------------------------------------------------------------- means
@@ -533,6 +560,54 @@ TEST(VectormatFindline, AgreesWithThePlainForm) {
     ASSERT_TRUE(same_points(l, p.points)) << "round " << round;
     if (any) {
       ASSERT_TRUE(same(*found, expected)) << "round " << round;
+    }
+  }
+}
+
+// A chain's fit goes on from point to point: marked points and NaN in the chain, and values that overflow, included.
+TEST(VectormatFindline, LongChainsAgreeWithThePlainForm) {
+  test::random_source r(56);
+  std::size_t longest = 0;
+  for (int round = 0; round < 200; ++round) {
+    const std::size_t n = 50 + r.below(350);
+    const unsigned kind = r.below(4);
+    const double start = kind == 3 ? -static_cast<double>(r.below(20)) : 0, scale = kind == 2 ? 1e160 : 1;
+    std::vector<vec2> points;
+    for (std::size_t i = 0; i < n; ++i) {
+      const double x = start + static_cast<double>(i);  // passes through -1 in the last kind
+      points.push_back({x * scale, (x * 0.3 + r.uniform(-0.01, 0.01)) * scale});
+      if (kind == 1 && r.below(30) == 0) points.back() = {nan, r.uniform()};
+      if (kind == 1 && r.below(30) == 0) points.back().y = nan;
+      if (r.below(9) == 0) points.back() = {r.uniform(-2, 40), r.uniform(-20, 20)};
+    }
+    vectormat l;
+    fill(l, points);
+    plain::point_list p = list_of(points), expected;
+    ASSERT_TRUE(plain::find_line(p, {1, 0.3}, expected));
+    const std::unique_ptr<vectormat> found(l.findline(vector(1, 0.3)));
+    ASSERT_TRUE(same_points(l, p.points)) << "round " << round;
+    ASSERT_TRUE(same(*found, expected)) << "round " << round;
+    longest = std::max<std::size_t>(longest, found->count);
+  }
+  EXPECT_GT(longest, 200u);
+}
+
+// After each point.
+TEST(LineSums, GiveTheSlopeOfTheFit) {
+  test::random_source r(57);
+  for (int round = 0; round < 300; ++round) {
+    const unsigned kind = r.below(3);
+    std::vector<vector> points;
+    tessarn::detail::line_sums sums;
+    binom line;
+    for (int i = 0; i < 60; ++i) {
+      if (kind == 0) points.emplace_back(test::draw(r), test::draw(r));
+      else if (r.below(6) == 0) points.emplace_back(r.below(2) ? -1.0 : nan, r.uniform());
+      else if (kind == 1) points.emplace_back(r.uniform(), r.uniform());
+      else points.emplace_back(2.0, r.uniform());
+      sums.add(points.back());
+      line.create(points.data(), static_cast<tessarn::ulong>(points.size()), 2);
+      ASSERT_BITS(sums.slope(), line.get(1)) << "round " << round << ", " << i + 1 << " points";
     }
   }
 }

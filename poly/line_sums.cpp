@@ -1,0 +1,30 @@
+#include "poly/line_sums.h"
+
+#include "core/nan_rule.h"
+#include "matrix/linear_system.h"
+#include "poly/power_sums.h"
+
+namespace tessarn::detail {
+
+void line_sums::add(const vector& point) noexcept {
+  const auto x = static_cast<double>(point.x), y = static_cast<double>(point.y);
+  if (x == -1 || x != x) return;
+  const std::size_t k = count_++ % partial_sums;
+  x_[k] += x;
+  square_[k] += x * x;
+  y_[k] += y;
+  product_[k] += x * y;
+}
+
+real line_sums::slope() const {
+  linear_system system(2);
+  system.row(0)[0] = static_cast<real>(count_);
+  system.row(0)[1] = system.row(1)[0] = computed(tree_sum(x_));
+  system.row(1)[1] = computed(tree_sum(square_));
+  system.right()[0] = computed(tree_sum(y_));
+  system.right()[1] = computed(tree_sum(product_));
+  system.solve();
+  return system.right()[1];
+}
+
+}  // namespace tessarn::detail
