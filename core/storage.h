@@ -39,8 +39,8 @@ inline ulong checked_count(std::size_t n) {
   return static_cast<ulong>(n);
 }
 
-// A computed matrix must have as many entries as 32 bits count: otherwise its count would wrap to a small number.
-// Impossible sizes fail as they do in the allocator.
+// A matrix that is computed, or read row by row, must have as many entries as 32 bits count: otherwise its count would
+// wrap to a small number, and so would its storage. Impossible sizes fail as they do in the allocator.
 inline void require_countable(ulong columns, ulong rows) {
   if (static_cast<std::uint64_t>(columns) * rows > std::numeric_limits<ulong>::max()) throw std::bad_array_new_length();
 }

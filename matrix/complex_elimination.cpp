@@ -165,6 +165,7 @@ cplx complex_sqmat::cof(tessarn::ulong x, tessarn::ulong y) {
 void complex_sqmat::solve(complex_mat& b) {
   const std::size_t n = size;
   if (n == 0 || b.getWidth() == 0 || b.getHeight() == 0) return;
+  tessarn::detail::require_countable(b.getWidth(), b.getHeight());
   const column_view<cplx> rhs{b.getData(), b.getHeight(), b.getWidth()};
   if (rhs.height < n) return solve_wrapped(data, n, rhs);
   if (n == 3) return solve_small<3>(data, rhs);

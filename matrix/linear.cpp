@@ -54,12 +54,14 @@ void real_mat::solve(mat& A, mat& b) {
   const std::size_t m = A.height;
   const std::size_t n = A.width;
   if (b.height != m || b.width != 1) return;
+  tessarn::detail::require_countable(A.width, A.height);
   mat g;
   g.create(1, A.width);
   tessarn::detail::linear_system normal(A.width);
   const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
+  using tessarn::detail::allocate, tessarn::detail::checked_product, tessarn::detail::checked_sum;
   const std::size_t stride = kernels.normal_stride(n);
-  const real_array sums = tessarn::detail::allocate(n * stride + kernels.normal_workspace(n));
+  const real_array sums = allocate(checked_sum(checked_product(n, stride), kernels.normal_workspace(n)));
   kernels.normal_equations(as_doubles(A.data), as_doubles(b.data), m, n, as_doubles(sums.get()),
                            as_doubles(sums.get() + n * stride));
   for (std::size_t c = 0; c < n; ++c) {

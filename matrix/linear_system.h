@@ -12,7 +12,7 @@ class linear_system {
   // Fails as a matrix of n x n entries does where 32 bits do not count them.
   explicit linear_system(ulong n) : n_(n) {
     require_countable(n, n);
-    const std::size_t length = n_ * (n_ + 1);
+    const std::size_t length = checked_product(n_, checked_sum(n_, 1));
     if (length > few) {
       many_entries_ = allocate(length);
       entries_ = many_entries_.get();

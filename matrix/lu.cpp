@@ -131,5 +131,6 @@ using tessarn::detail::real_sqmat;
 
 void real_sqmat::solve(real_mat& b) {
   if (size == 0 || b.getWidth() == 0 || b.getHeight() == 0) return;
+  tessarn::detail::require_countable(b.getWidth(), b.getHeight());
   tessarn::detail::solve_lu(data, size, {b.getData(), b.getHeight(), b.getWidth()});
 }

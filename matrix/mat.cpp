@@ -84,7 +84,9 @@ void real_mat::create(tessarn::ulong columns, tessarn::ulong rows) {
 }
 
 void real_mat::set(tessarn::ulong x, tessarn::ulong y, real v) {
-  data[position(x, y)] = tessarn::detail::without_quiet_nan(v);
+  const std::size_t place = position(x, y);
+  if (place >= entry_count(width, height)) throw std::bad_array_new_length();  // a count that wrapped
+  data[place] = tessarn::detail::without_quiet_nan(v);
 }
 
 real_mat real_mat::operator+(mat& b) {
@@ -98,6 +100,8 @@ real_mat real_mat::operator-(mat& b) {
 real_mat real_mat::operator*(mat& b) {
   mat product;
   if (width != b.height) return product;
+  tessarn::detail::require_countable(width, height);
+  tessarn::detail::require_countable(b.width, b.height);
   tessarn::detail::require_countable(b.width, height);
   product.create(b.width, height);
   tessarn::detail::multiply(data, b.data, product.data, height, width, b.width);
@@ -123,6 +127,7 @@ bool real_mat::operator!=(mat& b) {
 }
 
 void real_mat::transpose(mat& dst) {
+  tessarn::detail::require_countable(width, height);
   if (&dst == this) {  // released before it is read: what is left to move are zeros
     mat cleared;
     cleared.create(height, width);
@@ -143,6 +148,7 @@ real_mat real_mat::normalize() {
 }
 
 bool real_mat::isDiagonal() {
+  tessarn::detail::require_countable(width, height);
   for (std::size_t y = 0; y < height; ++y)
     for (std::size_t x = 0; x < width; ++x)
       if (x != y && !tessarn::detail::equal_or_unordered(data[y * width + x], 0)) return false;

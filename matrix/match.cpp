@@ -155,6 +155,7 @@ bool real_sqmat::calc_match(vector3d* a, vector3d* b, tessarn::ulong n) {
 }
 
 void real_sqmat::calc_transform(vector3d* a, vector3d* b, tessarn::ulong n) {
+  tessarn::detail::require_countable(4, n);
   real_mat system;
   system.create(4, n);
   real_mat ordinates;

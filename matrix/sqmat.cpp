@@ -65,6 +65,7 @@ real_mat real_sqmat::getColumn(tessarn::ulong x) {
 
 void real_sqmat::setColumn(tessarn::ulong x, real_mat column) {
   if (size == 0 || column.getHeight() != size || column.getWidth() == 0) return;
+  tessarn::detail::require_countable(column.getWidth(), column.getHeight());
   real* entry = data + position(x, 0);
   const real* source = column.getData();
   for (tessarn::ulong y = 0; y < size; ++y, entry += size, source += column.getWidth())

@@ -76,6 +76,7 @@ complex_mat complex_sqmat::getColumn(tessarn::ulong x) {
 
 void complex_sqmat::setColumn(tessarn::ulong x, complex_mat column) {
   if (size == 0 || column.getHeight() != size || column.getWidth() == 0) return;
+  tessarn::detail::require_countable(column.getWidth(), column.getHeight());
   for (tessarn::ulong y = 0; y < size; ++y) data[position(x, y)] = column.get(0, y);
 }
 

@@ -29,6 +29,7 @@ using tessarn::real;
 using tessarn::detail::real_mat;
 
 void real_mat::decompose(mat& U, mat& S, mat& V) {
+  tessarn::detail::require_countable(width, height);
   tessarn::detail::require_countable(width, width);
   mat left, values, right;
   left.create(width, height);

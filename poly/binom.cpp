@@ -26,13 +26,14 @@ constexpr std::size_t c_margin = 8, q_margin = 24, r_margin = 32;
 
 // The coefficients of a product, or none where some of the factors' are not finite.
 real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
-  const auto length = static_cast<std::size_t>(n) + static_cast<std::size_t>(nq) + 2 * c_margin + 2 * q_margin;
+  const std::size_t length = tessarn::detail::checked_sum(static_cast<std::size_t>(n), static_cast<std::size_t>(nq),
+                                                          2 * c_margin + 2 * q_margin);
   const real_array padded = tessarn::detail::allocate_zeroed(length);
   real* padded_c = padded.get() + c_margin;
   real* padded_q = padded_c + n + c_margin + q_margin;
   std::copy_n(c, n, padded_c);
   std::copy_n(q, nq, padded_q);
-  real_array product = tessarn::detail::allocate(static_cast<std::size_t>(m) + r_margin);
+  real_array product = tessarn::detail::allocate(tessarn::detail::checked_sum(static_cast<std::size_t>(m), r_margin));
   using tessarn::detail::as_doubles;
   const bool done =
       tessarn::detail::poly().convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
@@ -161,7 +162,7 @@ void binom::shift_h(real x0) {
   if (cofcnt < 1) return;
   const auto n = static_cast<std::size_t>(cofcnt);
   real_array shifted = tessarn::detail::allocate_zeroed(n);
-  real_array power = tessarn::detail::allocate_zeroed(n + 1);
+  real_array power = tessarn::detail::allocate_zeroed(tessarn::detail::checked_sum(n, 1));
   power[0] = 1;
   for (std::size_t i = 0; i < n; ++i) {
     for (std::size_t k = 0; k < n; ++k) shifted[k] += k <= i ? power[k] * cof[i] : 0;

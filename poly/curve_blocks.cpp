@@ -28,7 +28,7 @@ void block_values::operator()(const double* x, double* y) const {
 block_derivative::block_derivative(coefficients p, unsigned k)
     : p_(p),
       k_(k),
-      factors_(allocate(2 * static_cast<std::size_t>(std::max<slong>(p.n, 0)))),
+      factors_(allocate(checked_product(2, static_cast<std::size_t>(std::max<slong>(p.n, 0))))),
       cof_(p.cof),
       merged_(k == 1 && p.n > 4) {
   falling_factorials(p.n, k, factors_.get());
@@ -52,7 +52,9 @@ void block_derivative::operator()(const double* x, double* y) const {
 }
 
 block_curvature::block_curvature(coefficients p, bool derivative)
-    : p_(p), derivative_(derivative), factors_(allocate(3 * static_cast<std::size_t>(std::max<slong>(p.n, 0)))) {
+    : p_(p),
+      derivative_(derivative),
+      factors_(allocate(checked_product(3, static_cast<std::size_t>(std::max<slong>(p.n, 0))))) {
   for (unsigned k = 0; k < 3 && p.n > 0; ++k)
     falling_factorials(p.n, k + 1, factors_.get() + k * static_cast<std::size_t>(p.n));
 }

@@ -25,7 +25,7 @@ void block_powers(unsigned exponents, double* powers) {
 }
 
 power_sums::power_sums(unsigned exponents)
-    : exponents_(exponents), length_((static_cast<std::size_t>(exponents) + (exponents + 1) / 2) * partial_sums) {
+    : exponents_(exponents), length_(checked_product(checked_sum(static_cast<std::size_t>(exponents), (exponents + 1) / 2), partial_sums)) {
   if (length_ > std::size(few_sums_)) {
     many_sums_ = allocate(length_);
     sums_ = as_doubles(many_sums_.get());
@@ -83,7 +83,10 @@ void power_sums::flush() {
 }
 
 bool power_sums::add_block(const double* points, std::size_t n, double marker) {
-  if (!powers_) powers_ = allocate(cache_line + (static_cast<std::size_t>(exponents_) + 1) * point_block);
+  if (!powers_) {
+    const std::size_t rows = checked_sum(static_cast<std::size_t>(exponents_), 1);
+    powers_ = allocate(checked_sum(cache_line, checked_product(rows, point_block)));
+  }
   double* powers = as_doubles(whole_cache_line(powers_.get()));
   alignas(64) double y[point_block];
   const bool unmarked = kernels_.unpack_plane(points, marker, powers + point_block, y);
