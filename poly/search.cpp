@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "core/power.h"
@@ -99,7 +100,8 @@ struct curvature_scan {
   bool one_sign(double, double) const { return false; }
 };
 
-enum class outcome { nothing, bracket, exact };
+// Stalled: a step no longer moves x.
+enum class outcome { nothing, stalled, bracket, exact };
 
 // Whether a scan includes its end.
 enum class interval { closed, half_open };
@@ -155,7 +157,7 @@ double skipped(const Function& function, double first, double step, double end) 
 }
 
 // Walks x = a, a + step, ... up to b until the function changes sign between two neighbours or is exactly 0: the first
-// decision that a walk sample by sample would take. A step that no longer moves x ends the scan, as does a NaN.
+// decision that a walk sample by sample would take. A NaN among the abscissas stalls it, too.
 template <class Function>
 outcome scan(const Function& function, real a, real b, real step, interval kind, real& x, real& next) {
   const bool bounded = b < std::numeric_limits<real>::infinity();
@@ -170,15 +172,23 @@ outcome scan(const Function& function, real a, real b, real step, interval kind,
     x = s.x[i];
     next = s.x[i + 1];
     if (opposite_signs(s.f[i], s.f[i + 1])) return outcome::bracket;
-    return s.f[i] == 0 ? outcome::exact : outcome::nothing;
+    return s.f[i] == 0 ? outcome::exact : outcome::stalled;
   }
 }
 
-// The number of samples from a to b at the distance h: the low 32 bits of the truncated (b - a)/h + 1.
+// Whether nothing but the first two coefficients is there.
+bool is_straight(const real* cof, tessarn::slong n) {
+  return std::all_of(cof + std::min<tessarn::slong>(n, 2), cof + n, [](real c) { return c == 0; });
+}
+
+// The number of samples from a to b at the distance h: the low 32 bits of the truncated (b - a)/h + 1. Where that is
+// negative, since the bounds are in the wrong order, they would be thousands of millions of samples far outside: there is
+// no such array.
 tessarn::ulong sample_count(real a, real b, real h) {
   const real n = (b - a) / h + 1;
   constexpr real limit = static_cast<real>(9223372036854775808.0);
   if (!(n >= -limit && n < limit)) return 0;
+  if (n <= -1) throw std::bad_array_new_length();
   return static_cast<tessarn::ulong>(static_cast<std::uint64_t>(static_cast<std::int64_t>(n)));
 }
 
@@ -187,12 +197,13 @@ tessarn::ulong sample_count(real a, real b, real h) {
 real binom::find_zero(real a, real b, real step, real eps) {
   step = std::fabs(step);
   const value_scan f{{cof, cofcnt}};
-  while (!(step < eps)) {
+  for (bool bracketed = false; !(step < eps); bracketed = true) {
     if (a > b) return not_found;
     real x = a, next = a;
     const outcome found = scan(f, a, b, step, interval::closed, x, next);
-    if (found == outcome::nothing) return not_found;
     if (found == outcome::exact) return x;
+    if (found == outcome::stalled && bracketed) break;  // no finer bracket is to be had
+    if (found != outcome::bracket) return not_found;
     a = x;
     b = next;
     if (!refine(step)) return not_found;
@@ -202,11 +213,12 @@ real binom::find_zero(real a, real b, real step, real eps) {
 
 real binom::find_extrpoint_arc(real a, real b, real step, real eps) {
   const curvature_scan f{{cof, cofcnt}};
-  while (!(step < eps)) {
+  for (bool bracketed = false; !(step < eps); bracketed = true) {
     real x = a, next = a;
     const outcome found = scan(f, a, b, step, interval::half_open, x, next);
-    if (found == outcome::nothing) return not_found;
     if (found == outcome::exact) return x;
+    if (found == outcome::stalled && bracketed) break;
+    if (found != outcome::bracket) return not_found;
     a = x;
     b = next;
     if (!refine(step)) return not_found;
@@ -216,15 +228,20 @@ real binom::find_extrpoint_arc(real a, real b, real step, real eps) {
 }
 
 // Every search that starts at an extreme point finds the next one, so one walk along their chain visits
-// all that nested searches would visit, and the first of largest magnitude is the same. A search that does
-// not advance ends the walk.
+// all that nested searches would visit, and the first of largest magnitude is the same. Nested searches never end where
+// the derivative of the curvature is exactly 0 at their start, which they find again: the walk goes on at the next point
+// of the grid then, but not on a straight line, where there is nothing else.
 real binom::find_high_hpoint_arc(real a, real b, real step, real eps) {
   real x = find_extrpoint_arc(a, b, step, eps);
   if (x == not_found) return not_found;
+  const real end = b < std::numeric_limits<real>::infinity() ? b : curvature_scan{{cof, cofcnt}}.last_root();
+  const bool scanned = !(step < eps) && !is_straight(cof, cofcnt);
   real best = x;
   real highest = arc(x);
   do {
-    const real next = find_extrpoint_arc(x, b, step, eps);
+    real next = find_extrpoint_arc(x, b, step, eps);
+    const real behind = x + step;
+    if (!(next > x) && next != not_found && scanned && behind < end) next = find_extrpoint_arc(behind, b, step, eps);
     if (next == not_found || !(next > x)) break;
     x = next;
     const real k = arc(x);

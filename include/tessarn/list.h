@@ -52,8 +52,9 @@ class TESSARN_API vectormat {
   void operator*=(tessarn::real k);
   /// Exchanges x and y of every point.
   void flip();
-  /// Sorts ascending by x, ties by y, with the result of a bubble sort for every input, also with NaN.
-  /// O(count log count) where no coordinate is NaN, else quadratic. Allocates for long lists.
+  /// Sorts ascending by x, ties by y, with the result of a bubble sort for every input: a point with a NaN x
+  /// stays where it is and no other passes it, and equal x with a NaN y keep their order. O(count log count). Allocates
+  /// for long lists.
   void sort();
   /// The mean point; NaN for an empty list. Each coordinate is summed in two partial sums, even and odd
   /// indices of the first 4 floor(count/4) points, which are added before the rest follows in order; the sums are

@@ -105,22 +105,25 @@ class TESSARN_API binom {
   ::vector normale(tessarn::real x);
   /// A zero of p in [a, b]: the midpoint of the bracket that a scan with |step|, refined a hundredfold at
   /// every sign change until the step is below eps, encloses; or the grid point where p is exactly 0. The
-  /// result is within half of the last step used, which is below 100 eps. -1.0 when nothing is found or
-  /// when a > b.
+  /// result is within half of the last step used, which is below 100 eps. Where the numbers about the zero are
+  /// not so fine, or eps is 0 or NaN, it is the midpoint of the last bracket that a step could enclose. -1.0 when
+  /// nothing is found, when a > b, or when the first step does not move x.
   [[nodiscard]] tessarn::real find_zero(tessarn::real a, tessarn::real b, tessarn::real step, tessarn::real eps);
   /// The first extreme point of the curvature in [a, b), by the same scheme on arc_1; step is not made
-  /// positive: below eps it gives (a + b) / 2 at once.
+  /// positive: below eps it gives (a + b) / 2 at once. A NaN eps gives the midpoint of the first bracket.
   [[nodiscard]] tessarn::real find_extrpoint_arc(tessarn::real a, tessarn::real b, tessarn::real step,
                                                  tessarn::real eps);
-  /// Of the extreme points of the curvature from a on the one of largest |arc|, the first of equals.
+  /// Of the extreme points of the curvature from a on the one of largest |arc|, the first of equals. Extreme
+  /// points closer than a step can be missed. Behind one that a sample hits exactly the search goes on one step
+  /// further.
   [[nodiscard]] tessarn::real find_high_hpoint_arc(tessarn::real a, tessarn::real b, tessarn::real step,
                                                    tessarn::real eps);
   /// The mean of p(x) / q(x) over x = a, a + h, ... up to b; samples where q is 0 or NaN, and the sample at
-  /// exactly -1.0, are left out; 0.0 when none is left. b must not be far below a for a positive h: (b - a) / h of
-  /// -2 or less asks for about 2^32 samples and throws std::bad_alloc where there is no room for them.
+  /// exactly -1.0, are left out; 0.0 when none is left. Throws std::bad_alloc when h leads from b to a.
   tessarn::real scalar(binom& q, tessarn::real a, tessarn::real b, tessarn::real h);
   /// The inverse function x = g(y) with as many coefficients, fitted through the samples (p(x), x) at
-  /// x = a, a + h, ... up to b, for b as in scalar(); samples with p(x) = -1.0 are left out.
+  /// x = a, a + h, ... up to b; samples with p(x) = -1.0 are left out. Throws std::bad_alloc when h leads from b
+  /// to a.
   binom antifunction(tessarn::real a, tessarn::real b, tessarn::real h);
 
   /// \name For constants and temporaries

@@ -60,9 +60,9 @@ inline vec2 normale(const poly& p, double x) {
 
 constexpr double not_found = -1.0;
 
-// A step that does not advance ends the search with nothing found.
+// A step that does not advance ends the search: with the midpoint of a bracket that is held, else with nothing found.
 inline double find_zero(const poly& p, double a, double b, double step, double eps) {
-  for (;;) {
+  for (bool held = false;; held = true) {
     step = absolute(step);
     if (step < eps) return (a + b) * 0.5;
     if (a > b) return not_found;
@@ -80,7 +80,7 @@ inline double find_zero(const poly& p, double a, double b, double step, double e
         break;
       }
       if (y == 0) return x;
-      if (!(x1 > x)) return not_found;
+      if (!(x1 > x)) return held ? (a + b) * 0.5 : not_found;
       x = x1;
     }
   }
@@ -89,6 +89,7 @@ inline double find_zero(const poly& p, double a, double b, double step, double e
 inline double find_extrpoint_arc(const poly& p, double a, double b, double step, double eps) {
   if (step < eps) return (a + b) * 0.5;
   double x = a;
+  bool held = false;
   for (;;) {
     if (x >= b) return not_found;
     const double x1 = x + step;
@@ -101,22 +102,24 @@ inline double find_extrpoint_arc(const poly& p, double a, double b, double step,
       step = step * 0.01;
       if (!(step >= eps)) return (a + b) * 0.5;
       x = a;
+      held = true;
       continue;
     }
     if (k == 0) return x;
-    if (!(x1 > x)) return not_found;
+    if (!(x1 > x)) return held ? (a + b) * 0.5 : not_found;
     x = x1;
   }
 }
 
-// The chain of successive extrema, walked once; an extremum not beyond its start ends it.
+// The chain of successive extrema, walked once; behind one that is found again, the walk goes on one step further.
 inline double find_high_hpoint_arc(const poly& p, double a, double b, double step, double eps) {
   double x = find_extrpoint_arc(p, a, b, step, eps);
   if (x == not_found) return not_found;
   double best = x;
   double k = arc(p, x);
   while (x < b) {
-    const double next = find_extrpoint_arc(p, x, b, step, eps);
+    double next = find_extrpoint_arc(p, x, b, step, eps);
+    if (next == x && step >= eps && x + step < b) next = find_extrpoint_arc(p, x + step, b, step, eps);
     if (next == not_found || !(next > x)) break;
     x = next;
     const double kx = arc(p, x);
