@@ -9,6 +9,7 @@
 namespace tessarn::detail {
 
 void decompose(const real* a, std::size_t rows, std::size_t columns, real* U, real* S, real* V) {
+  if (columns == 0) return;  // nothing to write; the kernel needs a column
   constexpr std::size_t stack_size = 1024;
   const matrix_kernels& kernels = matrix();
   const std::size_t size = kernels.decompose_workspace(rows, columns);
