@@ -1,5 +1,7 @@
 // The singular value decomposition of real matrices.
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "core/access.h"
 #include "core/storage.h"
@@ -7,9 +9,59 @@
 #include "matrix/kernels.h"
 
 namespace tessarn::detail {
+namespace {
 
-void decompose(const real* a, std::size_t rows, std::size_t columns, real* U, real* S, real* V) {
-  if (columns == 0) return;  // nothing to write; the kernel needs a column
+// Sums of squares neither overflow nor lose digits that count where the largest magnitude of a matrix is in this range.
+// Outside it a copy is decomposed whose largest magnitude is 2^+-365 or a little more. That is far enough from 1 for
+// the kernel to go the same way (decompose_kernel.h: its own limits are those of sums of squares, 10^+-200), so that a
+// matrix that needs no copy would have the same bits with one.
+constexpr int safe_exponent = 400, scaled_exponent = 365;
+
+// True for nearly all matrices, at next to no cost: by the sum of the squares, in any order.
+bool is_ordinary(const real* a, std::size_t n) {
+  constexpr std::size_t lanes = 8;
+  real sum[lanes] = {}, total = 0;
+  std::size_t i = 0;
+  for (; i + lanes <= n; i += lanes)
+    for (std::size_t k = 0; k < lanes; ++k) sum[k] += a[i + k] * a[i + k];
+  for (; i < n; ++i) total += a[i] * a[i];
+  for (const real s : sum) total += s;
+  return total > static_cast<real>(1e-200) && total < static_cast<real>(1e200);
+}
+
+// The largest magnitude; infinite where there is an infinity or a NaN.
+real largest_magnitude(const real* a, std::size_t n) {
+  constexpr real greatest = std::numeric_limits<real>::max();
+  real largest = 0;
+  bool finite = true;
+  for (std::size_t i = 0; i < n; ++i) {
+    const real magnitude = std::fabs(a[i]);
+    finite &= magnitude <= greatest;
+    largest = magnitude > largest ? magnitude : largest;
+  }
+  return finite ? largest : std::numeric_limits<real>::infinity();
+}
+
+// By which power of two to multiply a matrix of this largest magnitude before it is decomposed.
+int scale_of(real largest) {
+  if (largest == 0 || !std::isfinite(largest)) return 0;
+  const int exponent = std::ilogb(largest);
+  if (exponent >= -safe_exponent && exponent < safe_exponent) return 0;
+  return (exponent < 0 ? -scaled_exponent : scaled_exponent) - exponent;
+}
+
+// False where a small entry next to a large one loses bits.
+bool scale_entries(const real* a, std::size_t n, int scale, real* scaled) {
+  bool exact = true;
+  for (std::size_t i = 0; i < n; ++i) {
+    scaled[i] = std::ldexp(a[i], scale);
+    exact &= std::ldexp(scaled[i], -scale) == a[i];
+  }
+  return exact;
+}
+
+// a may be U: it is read before anything is written.
+void decompose_directly(const real* a, std::size_t rows, std::size_t columns, real* U, real* S, real* V) {
   constexpr std::size_t stack_size = 1024;
   const matrix_kernels& kernels = matrix();
   const std::size_t size = kernels.decompose_workspace(rows, columns);
@@ -22,6 +74,44 @@ void decompose(const real* a, std::size_t rows, std::size_t columns, real* U, re
   } else {
     run(allocate(size).get());
   }
+}
+
+// The decomposition of the scaled entries in U.
+void decompose_scaled(std::size_t rows, std::size_t columns, int scale, real* U, real* S, real* V) {
+  decompose_directly(U, rows, columns, U, S, V);
+  for (std::size_t i = 0; i < columns; ++i) S[i * columns + i] = std::ldexp(S[i * columns + i], -scale);
+}
+
+// Whether the singular values are the same but for what is small beside the largest one; not where one is a NaN.
+bool agree(const real* S, const real* T, std::size_t columns) {
+  constexpr real tolerance = static_cast<real>(1e-8);
+  for (std::size_t i = 0; i < columns; ++i) {
+    const std::size_t k = i * columns + i;
+    if (!(std::fabs(S[k] - T[k]) <= tolerance * std::fabs(T[0]))) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void decompose(const real* a, std::size_t rows, std::size_t columns, real* U, real* S, real* V) {
+  if (columns == 0) return;  // nothing to write; the kernel needs a column
+  const std::size_t entries = rows * columns;
+  const int scale = is_ordinary(a, entries) ? 0 : scale_of(largest_magnitude(a, entries));
+  if (scale == 0) return decompose_directly(a, rows, columns, U, S, V);
+  if (scale_entries(a, entries, scale, U)) return decompose_scaled(rows, columns, scale, U, S, V);
+  // Entries that far apart often need no sweep in which a square of the large ones overflows, as those of a diagonal
+  // matrix: then what is decomposed as it stands keeps the small values, too.
+  const real_array scaled = allocate(entries + 2 * columns * columns);
+  real* const scaled_S = scaled.get() + entries;
+  real* const scaled_V = scaled_S + columns * columns;
+  std::copy_n(U, entries, scaled.get());
+  decompose_scaled(rows, columns, scale, scaled.get(), scaled_S, scaled_V);
+  decompose_directly(a, rows, columns, U, S, V);
+  if (agree(S, scaled_S, columns)) return;
+  std::copy_n(scaled.get(), entries, U);
+  for (std::size_t i = 0; i < columns; ++i) S[i * columns + i] = scaled_S[i * columns + i];
+  std::copy_n(scaled_V, columns * columns, V);
 }
 
 }  // namespace tessarn::detail
