@@ -21,6 +21,12 @@ namespace {
 
 constexpr real determinant_tolerance = static_cast<real>(0.001);
 
+// Sums of coordinates, centred coordinates and sums of their products are formed as they are up to these magnitudes
+// and down to their reciprocals.
+constexpr real largest_summed = static_cast<real>(0x1p900);
+constexpr real safe_factor = static_cast<real>(0x1p450);
+constexpr real safe_covariance = static_cast<real>(0x1p900);
+
 static_assert(sizeof(vector3d) == 32, "the kernels step from point to point by four reals");
 
 struct point {
@@ -36,50 +42,98 @@ point coordinates(const vector3d& v) {
   return {{without_quiet_nan(v.x), without_quiet_nan(v.y), without_quiet_nan(v.z)}};
 }
 
-point centroid(const vector3d* points, tessarn::ulong n) {
-  point sum{{0, 0, 0}};
-  for (tessarn::ulong i = 0; i < n; ++i) {
-    const point p = coordinates(points[i]);
-    for (int k = 0; k < 3; ++k) sum.c[k] += p.c[k];
-  }
-  const real r = 1 / static_cast<real>(n);
-  for (real& c : sum.c) c *= r;
-  return sum;
+// The same times a power of two, and with every NaN a quiet one.
+point coordinates(const vector3d& v, real factor) {
+  point p = coordinates(v);
+  for (real& c : p.c) c *= factor;
+  return p;
 }
 
-// H[r][c] = sum of (b - cb)_r (a - ca)_c over the pairs in order, the rule applied to every step, divided by n.
+void raise_to_magnitudes(real& largest, const point& p) {
+  for (const real c : p.c) largest = std::max(largest, std::fabs(c));
+}
+
+real largest_coordinate(const vector3d* points, tessarn::ulong n) {
+  real largest = 0;
+  for (tessarn::ulong i = 0; i < n; ++i) raise_to_magnitudes(largest, coordinates(points[i]));
+  return largest;
+}
+
+// For coordinates of this largest magnitude, so that neither their sums overflow nor their mean loses digits.
+real summing_factor(real largest) {
+  if (largest > largest_summed && std::isfinite(largest)) return static_cast<real>(0x1p-100);
+  return largest < 1 / largest_summed ? static_cast<real>(0x1p200) : static_cast<real>(1);
+}
+
+// For centred coordinates of this largest magnitude, so that their products neither overflow nor vanish.
+real product_factor(real largest) {
+  if (largest == 0 || !std::isfinite(largest) || (largest > 1 / safe_factor && largest < safe_factor)) return 1;
+  return std::ldexp(static_cast<real>(1), std::clamp(-std::ilogb(largest), -1000, 1000));
+}
+
+// Points with their centroid, times powers of two. A power of two changes no direction and, where nothing overflows or
+// underflows, no bit but those of the exponents; the factors are 1 for coordinates with which nothing does. Infinite
+// coordinates have none that would help.
+struct centred_points {
+  const vector3d* points;
+  real factor;              // of the coordinates before they are summed
+  point centroid{{0, 0, 0}};
+  real centred_factor = 1;  // of what is left of them
+
+  centred_points(const vector3d* p, tessarn::ulong n) : points(p), factor(summing_factor(largest_coordinate(p, n))) {
+    for (tessarn::ulong i = 0; i < n; ++i) {
+      const point q = coordinates(points[i], factor);
+      for (int k = 0; k < 3; ++k) centroid.c[k] += q.c[k];
+    }
+    const real r = 1 / static_cast<real>(n);
+    for (real& c : centroid.c) c *= r;
+    real largest = 0;
+    for (tessarn::ulong i = 0; i < n; ++i) raise_to_magnitudes(largest, at(i));
+    centred_factor = product_factor(largest);
+  }
+  point at(tessarn::ulong i) const {
+    point p = coordinates(points[i], factor);
+    for (int k = 0; k < 3; ++k) p.c[k] = computed(p.c[k] - centroid.c[k]) * centred_factor;
+    return p;
+  }
+};
+
+// H[r][c] = sum of (b - cb)_r (a - ca)_c over the pairs in order, the rule applied to every step, divided by n. Where
+// products of the centred coordinates could vanish or overflow it is a multiple of H by a power of two.
 matrix_3 cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n) {
-  const point ca = centroid(a, n);
-  const point cb = centroid(b, n);
+  const centred_points from(a, n), to(b, n);
   matrix_3 h{};
   for (tessarn::ulong i = 0; i < n; ++i) {
-    const point pa = coordinates(a[i]);
-    const point pb = coordinates(b[i]);
+    const point q = from.at(i);
+    const point p = to.at(i);
     for (int r = 0; r < 3; ++r)
       for (int c = 0; c < 3; ++c) {
         real& entry = h.entries[3 * r + c];
-        entry = computed(entry + computed(computed(pb.c[r] - cb.c[r]) * computed(pa.c[c] - ca.c[c])));
+        entry = computed(entry + computed(p.c[r] * q.c[c]));
       }
   }
   for (real& entry : h.entries) entry = computed(entry / static_cast<real>(n));
   return h;
 }
 
-// The same in lanes. The kernels leave the NaN rule out; a NaN stays in the sums that it enters, so sums without NaN
-// are the sums under the rule.
-bool cross_covariance_without_nan(const vector3d* a, const vector3d* b, tessarn::ulong n, matrix_3& h) {
+// The same in lanes, where no factor is needed. The kernels leave the NaN rule out; a NaN stays in the sums that it
+// enters, so sums without NaN are the sums under the rule. With the largest entry in the safe range no product
+// overflowed, and what those that underflowed lack is nothing beside it.
+bool ordinary_cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n, matrix_3& h) {
   const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
   double sums[6], products[9];
   kernels.sum_points(as_doubles(&a->x), as_doubles(&b->x), n, sums);
   const double r = 1 / static_cast<double>(n);
   for (double& s : sums) s *= r;
   kernels.sum_products(as_doubles(&a->x), as_doubles(&b->x), n, sums, sums + 3, products);
-  bool defined = true;
+  bool finite = true;
+  real largest = 0;
   for (int k = 0; k < 9; ++k) {
-    defined &= products[k] == products[k];
+    finite &= std::fabs(products[k]) < static_cast<double>(safe_covariance);
     h.entries[k] = products[k] / static_cast<double>(n);
+    largest = std::max(largest, std::fabs(h.entries[k]));
   }
-  return defined;
+  return finite && largest > 1 / safe_covariance;
 }
 
 bool is_rotation_or_reflection(real determinant) {
@@ -112,23 +166,31 @@ bool rotation_from(const matrix_3& h, matrix_3& rotation) {
   return is_rotation_or_reflection(tessarn::detail::determinant(rotation.entries, 3));
 }
 
-// The mean of b - R a, summed in order; in lanes, and under the NaN rule where these meet a NaN.
+// The mean of b - R a, summed in order under the NaN rule, of points of this largest coordinate. Where the sums could
+// overflow they are those of a multiple by a power of two.
+point translation_by_rule(const vector3d* a, const vector3d* b, tessarn::ulong n, const real* R, real largest) {
+  const real factor = largest > largest_summed ? summing_factor(largest) : 1;
+  point sum{};
+  for (tessarn::ulong i = 0; i < n; ++i) {
+    const point pa = coordinates(a[i], factor);
+    const point pb = coordinates(b[i], factor);
+    for (int r = 0; r < 3; ++r) {
+      real turned = 0;
+      for (int k = 0; k < 3; ++k) turned += R[3 * r + k] * pa.c[k];
+      sum.c[r] = computed(sum.c[r] + computed(pb.c[r] - turned));
+    }
+  }
+  for (real& c : sum.c) c = computed(c / static_cast<real>(n)) / factor;
+  return sum;
+}
+
+// The same in lanes, unless these meet a NaN or an infinity.
 point translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, const matrix_3& rotation) {
   const real* R = rotation.entries;
   point sum;
   tessarn::detail::matrix().sum_residuals(as_doubles(&a->x), as_doubles(&b->x), n, as_doubles(R), as_doubles(sum.c));
-  if (!(sum.c[0] == sum.c[0] && sum.c[1] == sum.c[1] && sum.c[2] == sum.c[2])) {
-    sum = point{};
-    for (tessarn::ulong i = 0; i < n; ++i) {
-      const point pa = coordinates(a[i]);
-      const point pb = coordinates(b[i]);
-      for (int r = 0; r < 3; ++r) {
-        real turned = 0;
-        for (int k = 0; k < 3; ++k) turned += R[3 * r + k] * pa.c[k];
-        sum.c[r] = computed(sum.c[r] + computed(pb.c[r] - turned));
-      }
-    }
-  }
+  if (!(std::isfinite(sum.c[0]) && std::isfinite(sum.c[1]) && std::isfinite(sum.c[2])))
+    return translation_by_rule(a, b, n, R, std::max(largest_coordinate(a, n), largest_coordinate(b, n)));
   for (real& c : sum.c) c = computed(c / static_cast<real>(n));
   return sum;
 }
@@ -138,7 +200,7 @@ point translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, con
 bool real_sqmat::calc_match(vector3d* a, vector3d* b, tessarn::ulong n) {
   if (a == nullptr || b == nullptr || n < 3) return false;
   matrix_3 covariance, rotation;
-  if (!cross_covariance_without_nan(a, b, n, covariance)) covariance = cross_covariance(a, b, n);
+  if (!ordinary_cross_covariance(a, b, n, covariance)) covariance = cross_covariance(a, b, n);
   if (!rotation_from(covariance, rotation)) return false;
   const point translation = translation_of(a, b, n, rotation);
   sqmat matched;
