@@ -157,6 +157,28 @@ TEST_EVERY_BUILD(CalcMatchRange, NanCountsAsZero) {
   }
 }
 
+// One NaN in one coordinate of one point, of either set.
+TEST_EVERY_BUILD(CalcMatchRange, ASingleNan) {
+  random_source random(186);
+  for (u32 n : {3u, 4u, 9u, 17u}) {
+    const points a = random_points(n, random), b = turned(a);
+    for (u32 at = 0; at < 6 * n; ++at) {
+      points sets[2] = {a, b}, zeros[2] = {a, b};
+      const auto coordinate = [&](points& p) -> tessarn::real& {
+        vector3d& q = p[at / 6];
+        return at % 3 == 0 ? q.x : at % 3 == 1 ? q.y : q.z;
+      };
+      const u32 set = at / 3 % 2;
+      coordinate(sets[set]) = at % 4 ? quiet_nan : -quiet_nan;
+      coordinate(zeros[set]) = 0;
+      real_square want, m;
+      ASSERT_TRUE(match(want, zeros[0], zeros[1]));
+      ASSERT_TRUE(match(m, sets[0], sets[1]));
+      for (u32 i = 0; i < 16; ++i) ASSERT_BITS(m.getData()[i], want.getData()[i]) << n << " " << at;
+    }
+  }
+}
+
 // Equal points leave nothing to turn by, and the identity.
 TEST_EVERY_BUILD(CalcMatchRange, EqualPoints) {
   for (double c : {1e-320, 1e-165, 1e-80, 1.0, 1e80, 1e165, 1e307}) {

@@ -204,9 +204,10 @@ inline void sweep(work& t, long l, long k) {
   t.W(k) = x;
 }
 
-inline void diagonalize(work& t) {
+// A value that takes more sweeps than the limit is left as it stands.
+inline void diagonalize(work& t, int limit) {
   for (long k = t.n - 1; k >= 0; --k) {
-    for (int sweeps = 0; sweeps < 30; ++sweeps) {
+    for (int sweeps = 0; sweeps < limit; ++sweeps) {
       bool cancellation = false;
       long l = k;
       for (;; --l) {
@@ -263,7 +264,7 @@ inline void sort(work& t) {
 
 }  // namespace svd
 
-inline decomposition decompose(const matrix& a) {
+inline decomposition decompose(const matrix& a, int sweep_limit = 30) {
   const u32 n = a.width;
   svd::work t;
   t.m = static_cast<long>(a.height);
@@ -275,7 +276,7 @@ inline decomposition decompose(const matrix& a) {
   svd::bidiagonalize(t);
   svd::accumulate_right(t);
   svd::accumulate_left(t);
-  svd::diagonalize(t);
+  svd::diagonalize(t, sweep_limit);
   svd::sort(t);
   decomposition d{matrix(n, a.height), matrix(n, n), matrix(n, n)};
   d.u.data = t.u;
