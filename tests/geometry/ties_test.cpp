@@ -1,0 +1,304 @@
+// Decisions beside ties: where two sums, or two distances, are nearly or exactly equal.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "core/isa.h"
+#include "geometry/bounds.h"
+#include "geometry/residual_model.h"
+#include "support/pairs.h"
+#include "plain/plane_fit.h"
+
+namespace {
+
+using tessarn::detail::candidate_lanes;
+using tessarn::detail::cloud;
+using tessarn::detail::isa;
+using tessarn::detail::residual_bounds;
+using tessarn::detail::residual_model;
+
+template <class T>
+void shuffle(std::vector<T>& v, test::random_source& random) {
+  for (std::size_t i = v.size(); i > 1; --i) std::swap(v[i - 1], v[random.below(static_cast<unsigned>(i))]);
+}
+
+double power(test::random_source& random, unsigned exponents, int least) {
+  return std::ldexp(random.uniform(0.5, 1), static_cast<int>(random.below(exponents)) + least);
+}
+
+// The sums of the nine cells around (x, y), row by row.
+struct nine_sums {
+  double cost[9];
+  nine_sums(const cloud& points, double x, double y, double step) {
+    for (int first = 0; first < 9; first += 8) {
+      double cx[candidate_lanes], cy[candidate_lanes], cz[candidate_lanes], mean[candidate_lanes], sum[candidate_lanes];
+      for (int k = 0; k < 8; ++k) {
+        const int cell = std::min(first + k, 8);
+        cx[k] = x + (cell % 3 - 1) * step;
+        cy[k] = y + (cell / 3 - 1) * step;
+        cz[k] = std::sqrt(1 - cx[k] * cx[k] - cy[k] * cy[k]);
+      }
+      tessarn::detail::geometry().residuals(points.arrays(), cx, cy, cz, mean, sum);
+      for (int k = 0; first + k < 9 && k < 8; ++k) cost[first + k] = sum[k];
+    }
+  }
+  bool is_least(int best) const {
+    for (int k = 0; k < 9; ++k)
+      if (k != best && !(cost[k] > cost[best])) return false;
+    return cost[best] > 0;
+  }
+};
+
+// Near a plane, or with all points at two distances from one; tilted, and away from the origin.
+std::vector<vector3d> draw_cloud(test::random_source& random) {
+  const double extent = power(random, 8, -4), away = random.below(2) ? 0 : power(random, 16, -4);
+  const double noise = extent * power(random, 12, -11);
+  const double slope_x = random.below(3) ? random.uniform() : 0, slope_y = random.below(3) ? random.uniform() : 0;
+  const bool two_levels = random.below(2);
+  std::vector<vector3d> points;
+  const std::size_t n = 6 + random.below(random.below(4) ? 40 : 1500);
+  for (std::size_t i = 0; i < n; ++i) {
+    const double x = extent * random.uniform(), y = extent * random.uniform();
+    const double z = noise * (two_levels ? random.below(2) : random.normal());
+    points.emplace_back(x + away, y - away, slope_x * x + slope_y * y + z + away);
+  }
+  return points;
+}
+
+// Where the model goes from undecided to decided beside a tie of two columns, and just behind it, its cell is that of
+// the least computed sum. The base of the model is there, or some steps away.
+TEST(Ties, TheModelDecidesNotTooEarly) {
+  test::random_source random(91);
+  int edges = 0, beside = 0;
+  for (int round = 0; round < 400; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    const std::vector<vector3d> all = draw_cloud(random);
+    const cloud points(all.data(), static_cast<tessarn::ulong>(all.size()));
+    const residual_bounds bounds(points);
+    const residual_model fresh(bounds.form(), bounds.usable());
+    vector3d n = [&] {  // of the best plane, near enough
+      std::vector<vector3d> copy = all;
+      return plane(copy.data(), static_cast<tessarn::ulong>(copy.size())).normal;
+    }();
+    const double step = 0.01 * std::ldexp(1.0, -static_cast<int>(random.below(14)));
+    const bool along_x = random.below(2), based = random.below(2);
+    const double side = step * random.uniform(-2, 2);
+    const double from = random.uniform(0, 2);
+    const auto cell_at = [&](double t) {
+      const double x = n.x + (along_x ? t : side), y = n.y + (along_x ? side : t);
+      residual_model model = fresh;
+      if (based) {
+        const double away = step * from;
+        if (model.best(x + away, y - away, step) == residual_model::undecided) return residual_model::undecided;
+      }
+      return model.best(x, y, step);
+    };
+    double decided = -3 * step;
+    int before = cell_at(decided);
+    for (int k = 1; k <= 60; ++k) {
+      const double t = (0.1 * k - 3) * step;
+      const int cell = cell_at(t);
+      if (cell == before) {
+        decided = t;
+        continue;
+      }
+      // From decided to undecided, or to another cell by way of it; and back from the other side.
+      for (const bool back : {false, true}) {
+        double good = back ? t : decided, bad = back ? decided : t;
+        const int wanted = back ? cell : before;
+        if (wanted == residual_model::undecided) continue;
+        for (int i = 0; i < 80; ++i) {
+          const double middle = 0.5 * (good + bad);
+          if (middle == good || middle == bad) break;
+          (cell_at(middle) == wanted ? good : bad) = middle;
+        }
+        ++edges;
+        const double width = std::fabs(n.x) + std::fabs(n.y) + step;
+        for (const double behind : {0.0, 1.0, 2.0, 3.0, 5.0, 9.0, 20.0}) {
+          const double at = good + (good > bad ? 1 : -1) * behind * width * 0x1p-53;
+          const double x = n.x + (along_x ? at : side), y = n.y + (along_x ? side : at);
+          const int found = cell_at(at);
+          if (found == residual_model::undecided) continue;
+          ++beside;
+          ASSERT_TRUE(nine_sums(points, x, y, step).is_least(found))
+              << "round " << round << ", step " << step << ", cell " << found << ", " << points.size() << " points";
+        }
+      }
+      decided = t;
+      before = cell;
+    }
+  }
+  tessarn::detail::force_isa(isa::avx512);
+  EXPECT_GT(edges, 400);
+  EXPECT_GT(beside, 2000);
+}
+
+// A cloud that is tall along z, its own mirror image in x and in y: the sum has a maximum at the normal (0, 0, 1), and
+// what lies beside it in a row are two equal cells.
+TEST(Ties, TheModelAtAMaximumOfTheSum) {
+  test::random_source random(92);
+  for (int round = 0; round < 600; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    std::vector<vector3d> all;
+    const double tall = power(random, 8, 0), flat = power(random, 6, -4);
+    for (std::size_t i = 0; i < 2 + random.below(30); ++i) {
+      const double x = flat * random.uniform(), y = flat * random.uniform(), z = tall * random.uniform();
+      for (const double i_x : {-1.0, 1.0})
+        for (const double i_y : {-1.0, 1.0}) all.emplace_back(i_x * x, i_y * y, z);
+    }
+    shuffle(all, random);
+    const cloud points(all.data(), static_cast<tessarn::ulong>(all.size()));
+    const residual_bounds bounds(points);
+    for (double step = 0.01; step > 1e-6; step *= 0.5) {
+      for (int place = 0; place < 4; ++place) {
+        const double x = place & 1 ? step * random.uniform(-3, 3) : 0, y = place & 2 ? step * random.uniform(-3, 3) : 0;
+        residual_model model(bounds.form(), bounds.usable());
+        const int found = model.best(x, y, step);
+        if (found == residual_model::undecided) continue;
+        ASSERT_TRUE(nine_sums(points, x, y, step).is_least(found)) << "round " << round << ", place " << place;
+      }
+    }
+  }
+  tessarn::detail::force_isa(isa::avx512);
+}
+
+// The fits of such clouds, against the plain form.
+TEST(Ties, FitsOfMirroredClouds) {
+  test::random_source random(93);
+  for (int round = 0; round < 150; ++round) {
+    std::vector<vector3d> all;
+    const double tall = power(random, 8, round % 2 ? 0 : -8);
+    for (std::size_t i = 0; i < 2 + random.below(12); ++i) {
+      const double x = random.uniform(), y = random.uniform(), z = tall * random.uniform();
+      for (const double i_x : {-1.0, 1.0})
+        for (const double i_y : {-1.0, 1.0}) all.emplace_back(i_x * x, i_y * y, z);
+    }
+    shuffle(all, random);
+    std::vector<plain::vec3> copy;
+    for (const vector3d& p : all) copy.push_back({static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)});
+    const plain::plane want = plain::fit_plane(copy);
+    ASSERT_TRUE(test::same(plane(all.data(), static_cast<tessarn::ulong>(all.size())), want)) << "round " << round;
+  }
+}
+
+// Points at two levels: all residuals have one of two magnitudes, so that thousands of roundings of a sum go the same
+// way, and the sum drifts.
+TEST(Ties, BoundsHoldUnderSystematicRounding) {
+  test::random_source random(94);
+  for (int round = 0; round < 240; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    constexpr std::size_t sizes[] = {1000, 4096, 10000, 30000, 100000};
+    const std::size_t n = sizes[round < 20 ? 4 : random.below(4)];
+    const double height = random.uniform(0.5, 1), level = random.below(3) ? 0 : power(random, 30, -10);
+    const double extent = power(random, 12, -10);
+    std::vector<vector3d> all;
+    for (std::size_t i = 0; i < n; ++i) {
+      const double t = static_cast<double>(i) / static_cast<double>(n);
+      all.emplace_back(extent * t, extent * (1 - t) * t, level + (i % 2 ? height : -height));
+    }
+    const cloud points(all.data(), static_cast<tessarn::ulong>(n));
+    ASSERT_EQ(points.size(), n);
+    const residual_bounds bounds(points);
+    for (double x : {0.0, 1e-7, 1e-3}) {
+      double cx[candidate_lanes] = {x}, cy[candidate_lanes] = {}, cz[candidate_lanes] = {std::sqrt(1 - x * x)};
+      double mean[candidate_lanes], cost[candidate_lanes];
+      tessarn::detail::geometry().residuals(points.arrays(), cx, cy, cz, mean, cost);
+      double gx[candidate_lanes], gy[candidate_lanes], gz[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
+      bounds(x, 0, 0, gx, gy, gz, low, high);
+      ASSERT_LE(low[0], cost[0]) << n << " points, round " << round;
+      ASSERT_GE(high[0], cost[0]) << n << " points, round " << round;
+    }
+  }
+  tessarn::detail::force_isa(isa::avx512);
+}
+
+TEST(Ties, DirectionBoundsHoldUnderSystematicRounding) {
+  test::random_source random(95);
+  for (int round = 0; round < 200; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    const std::size_t n = round < 9 ? 100000 : 1000 + random.below(8000);
+    const vector3d d(random.uniform(), random.uniform(), random.uniform(0.1, 1));
+    std::vector<double> c[3];
+    const bool unit = random.below(2);
+    const double scale = unit ? 1 / static_cast<double>(d.lenld()) : power(random, 20, -10);
+    for (std::size_t i = 0; i < n + candidate_lanes; ++i) {
+      c[0].push_back(static_cast<double>(d.x) * scale);
+      c[1].push_back(static_cast<double>(d.y) * scale);
+      c[2].push_back(static_cast<double>(d.z) * scale);
+    }
+    const tessarn::detail::point_arrays same{c[0].data(), c[1].data(), c[2].data(), n}, none{nullptr, nullptr, nullptr, 0};
+    const bool along = random.below(2);
+    const tessarn::detail::direction_bounds bounds(along ? same : none, along ? none : same);
+    double x[candidate_lanes] = {random.uniform()}, y[candidate_lanes] = {0.5 * random.uniform()}, z[candidate_lanes];
+    if (x[0] * x[0] + y[0] * y[0] > 1) x[0] = 0;
+    z[0] = std::sqrt(1 - x[0] * x[0] - y[0] * y[0]);
+    for (std::size_t k = 1; k < candidate_lanes; ++k) z[k] = 0;
+    double cost[candidate_lanes] = {};
+    if (along)
+      tessarn::detail::geometry().add_sines(same, x, y, z, cost);
+    else
+      tessarn::detail::geometry().add_cosines(same, x, y, z, cost);
+    const tessarn::detail::interval i = bounds(x[0], y[0], z[0]);
+    ASSERT_LE(i.low, cost[0]) << n;
+    ASSERT_GE(i.high, cost[0]) << n;
+  }
+  tessarn::detail::force_isa(isa::avx512);
+}
+
+double distance(const vector3d& a, const vector3d& b) {
+  const double x = a.x - b.x, y = a.y - b.y, z = a.z - b.z;
+  return std::sqrt((x * x + y * y) + z * z);
+}
+
+// Points whose squared distances differ by an ulp or two have equal distances more often than not: the first one wins,
+// also where a later one has the larger square. Coordinates in another order make such squares.
+TEST(Ties, TheFirstOfEquallyFarPoints) {
+  test::random_source random(96);
+  int ties = 0, larger_behind = 0;
+  for (int round = 0; round < 3000; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    const std::size_t n = 4 + random.below(round % 50 ? 300 : 9000);
+    double far[3] = {random.uniform(1, 2), random.uniform(1, 2), random.uniform(1, 2)};
+    std::vector<vector3d> all;
+    for (std::size_t i = 0; i < n; ++i) {
+      if (random.below(static_cast<unsigned>(n)) < 6) {  // one of the far ones
+        std::next_permutation(far, far + 3);
+        const auto sign = [&] { return random.below(2) ? 1.0 : -1.0; };
+        all.emplace_back(sign() * far[0], sign() * far[1], sign() * far[2]);
+      } else {
+        all.emplace_back(random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5));
+      }
+    }
+    const cloud points(all.data(), static_cast<tessarn::ulong>(n));
+    const vector3d from, to = round % 4 ? vector3d() : vector3d(0x1p-30, 0, 0);
+    for (const bool two : {false, true}) {
+      const auto far_at = [&](std::size_t i) {
+        return two ? distance(points.point(i), from) + distance(points.point(i), to) : distance(points.point(i), from);
+      };
+      double greatest = two ? distance(from, to) : 0, square = 0;
+      std::size_t first = points.size();
+      for (std::size_t i = 0; i < points.size(); ++i) {
+        const vector3d p = points.point(i);
+        const double s = (p.x * p.x + p.y * p.y) + p.z * p.z;
+        if (far_at(i) > greatest) {
+          greatest = far_at(i);
+          first = i;
+          square = s;
+        } else if (far_at(i) == greatest) {
+          ++ties;
+          larger_behind += s > square;
+        }
+      }
+      const vector3d found = two ? points.farthest_from(from, to) : points.farthest_from(from);
+      const vector3d wanted = first < points.size() ? points.point(first) : from;
+      ASSERT_TRUE(found.x == wanted.x && found.y == wanted.y && found.z == wanted.z) << "round " << round << " of " << n;
+    }
+  }
+  tessarn::detail::force_isa(isa::avx512);
+  EXPECT_GT(ties, 1000);
+  EXPECT_GT(larger_behind, 300);
+}
+
+}  // namespace
