@@ -66,15 +66,23 @@ isa detect() noexcept { return isa::baseline; }
 
 #endif
 
+std::atomic<int> g_limit{static_cast<int>(isa::avx512)};
+
+isa lower(isa a, isa b) noexcept { return static_cast<int>(a) < static_cast<int>(b) ? a : b; }
+
 }  // namespace
 
 std::atomic<int> g_chosen_isa{-1};
 
-isa best_isa() noexcept { return detect(); }
+isa best_isa() noexcept { return lower(detect(), static_cast<isa>(g_limit.load(std::memory_order_relaxed))); }
+
+void limit_isa(isa best) noexcept {
+  g_limit.store(static_cast<int>(best), std::memory_order_relaxed);
+  g_chosen_isa.store(-1, std::memory_order_relaxed);  // chosen anew
+}
 
 isa force_isa(isa wanted) noexcept {
-  const isa best = detect();
-  const isa used = static_cast<int>(wanted) < static_cast<int>(best) ? wanted : best;
+  const isa used = lower(wanted, best_isa());
   g_chosen_isa.store(static_cast<int>(used), std::memory_order_relaxed);
   return used;
 }

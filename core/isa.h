@@ -8,8 +8,11 @@ namespace tessarn::detail {
 
 enum class isa : int { baseline = 0, avx2 = 1, avx512 = 2 };
 
-// The best instruction set that the processor and the operating system support.
+// The best instruction set that the processor and the operating system support, or the limit of a test below it.
 isa best_isa() noexcept;
+
+// For tests: from now on behaves as on a processor that has nothing better than the given set.
+void limit_isa(isa best) noexcept;
 
 // For tests: uses the given set from now on, or the best one if the processor does not have it; returns
 // the set in use.

@@ -5,9 +5,9 @@ set -euo pipefail
 declare -A groups=(
   [build]="g++ cmake ninja-build make"
   [demo]="libcli11-dev gnuplot-nox fonts-dejavu-core"
-  [test]="libgtest-dev libmpfr-dev libgmp-dev liblapacke-dev libeigen3-dev clang-14 clang-22 pkg-config binutils gdb"
+  [test]="libgtest-dev libmpfr-dev libgmp-dev liblapacke-dev libeigen3-dev clang-14 clang-22 pkg-config binutils gdb valgrind python3"
   [coverage]="gcovr"
-  [windows]="clang-22 lld-22 llvm-22 libc++-22-dev libwine-dev wine wine64 wine64-preloader g++-mingw-w64-x86-64-posix libgtest-dev libeigen3-dev zip unzip"
+  [windows]="clang-22 lld-22 llvm-22 libc++-22-dev libwine-dev wine wine64 wine64-preloader g++-mingw-w64-x86-64-posix libgtest-dev libeigen3-dev zip unzip python3"
   [bench]="libbenchmark-dev libeigen3-dev libopenblas-dev liblapacke-dev libgsl-dev libboost-math-dev libcgal-dev gnuplot-nox python3"
   [fuzz]="clang-22 libclang-rt-22-dev"
   [docs]="doxygen graphviz"

@@ -2,7 +2,7 @@
 
 # The run-time parts of the two toolchains, and what the scripts call.
 tools="clang-cl-22 lld-link-22 llvm-lib-22 llvm-rc-22 llvm-dlltool-22 llvm-readobj-22 llvm-undname-22 llvm-nm-22
-       llvm-objdump-22 wine wineserver x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-windres cmake ninja"
+       llvm-objdump-22 wine wineserver x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-windres cmake ninja python3"
 
 # Fails with the names of the tools that are missing.
 check_tools() {

@@ -1,39 +1,27 @@
 #!/usr/bin/env bash
-# Builds both Windows modules and their tests and runs them under Wine. The last line is the total.
+# Builds both Windows modules and their tests and runs them under Wine. The last line is the total, unless this is part
+# of tools/test.sh, which counts on.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 . windows/common.sh
-passed=0
-failed=0
-
-# Runs ctest in a build folder and adds its counts.
-suite() {
-  local log status p f
-  log=$(mktemp)
-  echo "== $1 under Wine"
-  ctest --test-dir "build/$1" -j2 --output-on-failure --timeout 300 >"$log" 2>&1
-  status=$?
-  grep -vE '^ *[0-9]+/[0-9]+ Test +#.*Passed|^ +Start |^$|changing into directory|^Test project' "$log"
-  p=$(grep -cE '^ *[0-9]+/[0-9]+ Test .* Passed' "$log")
-  f=$(grep -cE '^ *[0-9]+/[0-9]+ Test .*\*\*\*' "$log")
-  rm -f "$log"
-  [ "$status" -ne 0 ] && [ "$f" -eq 0 ] && f=1
-  [ "$p" -eq 0 ] && f=$((f + 1))
-  passed=$((passed + p))
-  failed=$((failed + f))
-}
-
-step() {
-  "$@" && return
-  failed=$((failed + 1))
-  return 1
-}
-
+. tools/suites.sh
+start_counting
 start_wine
-if step check_tools && step write_replay_file; then
-  for build in windows-msvc-abi windows-mingw; do
-    step configure $build && step quietly cmake --build --preset $build && suite $build
+built=()
+if ! check_tools; then
+  failure "Windows modules" "tools are missing"
+elif ! write_replay_file; then
+  failure "Windows modules" "there is no file of operations to repeat"
+else
+  for each in windows-msvc-abi windows-mingw; do
+    build $each -DTESSARN_REPLAY_FILE="$PWD/build/operations.bin" && built+=("$each")
   done
 fi
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+
+# Side by side, one processor each: programs under Wine wait much.
+for each in "${built[@]}"; do
+  suite "$each under Wine" "build/$each" --timeout 300 --jobs 1 >"build/$each/suite.log" 2>&1 &
+done
+wait
+for each in "${built[@]}"; do cat "build/$each/suite.log"; done
+[ -n "${TESSARN_TEST_TOTALS:-}" ] || close_counting

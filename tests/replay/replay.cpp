@@ -14,7 +14,7 @@
 #include "replay/record.h"
 
 #if defined(REPLAY_INSTRUCTION_SETS)
-#include "core/isa.h"
+#include "support/instruction_set.h"
 #endif
 
 namespace replay {
@@ -219,30 +219,35 @@ int check(const char* path) {
   return p == file.data() + file.size() && all.wrong == 0 && library.far == 0 && all.cases > 0 ? 0 : 1;
 }
 
-bool choose_instruction_set(const char* name) {
+// Takes over the limit of the environment, which the Windows module cannot be given.
+bool limit_instruction_sets() {
 #if defined(REPLAY_INSTRUCTION_SETS)
-  using tessarn::detail::isa;
-  const isa wanted = std::strcmp(name, "avx512") == 0 ? isa::avx512 : std::strcmp(name, "avx2") == 0 ? isa::avx2 : isa::baseline;
-  if (tessarn::detail::force_isa(wanted) == wanted) return true;
-  std::printf("this processor has no %s: ", name);
-  return false;
+  return test::limit_by_environment();
 #else
-  (void)name;
-  return false;
+  return true;
 #endif
+}
+
+// Chooses a build of the kernels; otherwise the code to end with: 77 where the processor does not have it.
+int choose_instruction_set(const char* name) {
+#if defined(REPLAY_INSTRUCTION_SETS)
+  tessarn::detail::isa set;
+  if (test::set_of(name, set)) return test::choose(set) ? 0 : 77;
+#endif
+  std::printf("no instruction set to choose: %s\n", name);
+  return 2;
 }
 
 }  // namespace
 }  // namespace replay
 
 int main(int argc, char** argv) {
+  if (!replay::limit_instruction_sets()) return 2;
   if (argc >= 3 && std::strcmp(argv[1], "write") == 0)
     return replay::write(argv[2], argc > 3 ? static_cast<unsigned>(std::atoi(argv[3])) : 1);
   if (argc >= 3 && std::strcmp(argv[1], "check") == 0) {
-    if (argc > 3 && !replay::choose_instruction_set(argv[3])) {
-      std::printf("nothing to compare\n");
-      return 77;
-    }
+    if (argc > 3)
+      if (const int code = replay::choose_instruction_set(argv[3])) return code;
     return replay::check(argv[2]);
   }
   std::printf("usage: replay write FILE [DIVISOR] | replay check FILE [SET]\n");

@@ -1,0 +1,44 @@
+# Building and running the suites, for tools/test.sh and windows/test.sh. Sourced in the root of the sources.
+
+totals=${TESSARN_TEST_TOTALS:-}  # the counts of every suite so far, a file
+
+start_counting() {
+  if [ -n "$totals" ]; then return; fi
+  mkdir -p build
+  totals=$PWD/build/test-totals
+  : >"$totals"
+}
+
+# failure NAME REASON: one failure, for what could not be run at all.
+failure() {
+  tools/suite.py fail "$1" "$2" --totals "$totals"
+  true
+}
+
+# build PRESET [OPTION...]: configures and builds as much as can be built. What is missing fails in its suite; without
+# a configured folder there is no suite, and build returns false.
+build() {
+  local preset=$1 log started=$SECONDS
+  log=$(mktemp)
+  if ! cmake --preset "$preset" "${@:2}" >"$log" 2>&1; then
+    tail -40 "$log"
+    rm -f "$log"
+    failure "$preset" "configuration failed"
+    return 1
+  fi
+  cmake --build --preset "$preset" -- -k 0 >"$log" 2>&1 || { grep -A20 '^FAILED' "$log" | head -60; failure "$preset" "build failed"; }
+  rm -f "$log"
+  echo "== $preset built in $((SECONDS - started)) s"
+}
+
+# suite NAME FOLDER [OPTION...]: runs the tests of a folder and adds their counts.
+suite() {
+  local started=$SECONDS
+  tools/suite.py run "$@" --totals "$totals"
+  echo "== $1: $((SECONDS - started)) s"
+}
+
+# The total, once all suites have run; as a status whether nothing failed.
+close_counting() {
+  tools/suite.py close --totals "$totals"
+}
