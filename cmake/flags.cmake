@@ -14,6 +14,22 @@ else()
   target_compile_options(tessarn_flags INTERFACE -Wall -Wextra -Wpedantic -ffp-contract=off -fno-math-errno)
 endif()
 
+# The library is optimised also in a project without a build type, unless that project's own flags name a level.
+function(tessarn_optimise target)
+  if(MSVC)
+    set(option /O2)
+  else()
+    set(option -O3)
+  endif()
+  set(level "(^| )[-/]O")
+  if(NOT CMAKE_CXX_FLAGS MATCHES "${level}")
+    target_compile_options(${target} PRIVATE $<$<CONFIG:>:${option}>)
+  endif()
+  if(NOT MSVC AND CMAKE_CXX_FLAGS_RELWITHDEBINFO STREQUAL "-O2 -g -DNDEBUG")  # the level that CMake puts there
+    target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:${option}>)
+  endif()
+endfunction()
+
 if(MSVC AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 22)
   message(FATAL_ERROR "clang-cl before 22 does not put the vector deleting destructor into virtual tables")
 endif()
