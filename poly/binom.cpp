@@ -139,7 +139,7 @@ void binom::operator-=(binom& q) {
 
 // Each coefficient of the product is the sum over the coefficients of q in ascending order.
 void binom::operator*=(binom& q) {
-  const auto m = static_cast<slong>(static_cast<ulong>(cofcnt) + static_cast<ulong>(q.cofcnt) - 1u);
+  const auto m = static_cast<slong>(static_cast<tessarn::ulong>(cofcnt) + static_cast<tessarn::ulong>(q.cofcnt) - 1u);
   real_array product;
   if (m > 0 && cofcnt >= kernel_count && q.cofcnt >= kernel_count) product = convolved(cof, cofcnt, q.cof, q.cofcnt, m);
   if (!product) {

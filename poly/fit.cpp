@@ -43,7 +43,7 @@ void binom::create(vector* pts, tessarn::ulong n, tessarn::ulong m) {
 }
 
 void binom::createtan(vector* pts, tessarn::ulong n, tessarn::ulong m) {
-  const ulong q = m / 2 + 1;
+  const tessarn::ulong q = m / 2 + 1;
   tessarn::detail::require_countable(q, q);
   create(static_cast<slong>(m));
   linear_system system(q);

@@ -76,7 +76,7 @@ void vectormat::empty() {
 void vectormat::add(vector& v) {
   const coordinates added = {v.x, v.y};  // v may be a point of this list, which growing releases
   if (count >= capacity) {
-    const ulong larger = tessarn::detail::next_capacity(count);
+    const tessarn::ulong larger = tessarn::detail::next_capacity(count);
     if (capacity != count || !extend_points(points, count, larger))
       points = tessarn::detail::grow_points(points, count, larger);
     capacity = larger;
