@@ -91,9 +91,8 @@ class TESSARN_API mat<long double> {
   /// small matrices.
   ///
   /// Entries of the inverse of a square matrix are stored as they are, infinities and NaN included: they appear when
-  /// the determinant is 0, and for regular matrices whose determinant meets a zero pivot, such as a quarter turn or a
-  /// permutation from 4 rows on or of 2 rows, since det() does not exchange rows. Use sqmat::solve for these, column
-  /// by column of the identity.
+  /// the determinant is 0, and for regular matrices that meet a zero pivot, as quarter turns and permutations do, since
+  /// det() does not exchange rows. Use sqmat::solve for these, column by column of the identity.
   void invert(mat& dst);
   /// The singular value decomposition this = U S V' (G. Golub, C. Reinsch, Singular value decomposition
   /// and least squares solutions, 1970): for a matrix of m rows and n columns U is m x n, S n x n with the
