@@ -13,11 +13,7 @@ namespace {
 
 using point_array = std::unique_ptr<vector[]>;
 
-struct noted {
-  ulong room = 0, capacity = 0;
-};
-
-constinit side_table<noted> rooms;
+constinit side_table<ulong> rooms;
 
 // Room for twice the points where there is the memory for it.
 point_array roomy_array(ulong count, ulong larger, ulong& room) {
@@ -47,14 +43,13 @@ std::size_t element_count(const vector* points) noexcept {
 
 ulong next_capacity(ulong count) { return checked_count(checked_sum(count, list_growth)); }
 
-bool extend_points(vector* points, ulong capacity, ulong larger) noexcept {
+bool extend_points(vector* points, ulong count, ulong larger) noexcept {
   bool enough = false;
-  rooms.use(points, [&](noted& n) {
-    enough = n.capacity == capacity && n.room >= larger && n.room == element_count(points);
-    if (enough) n.capacity = larger;
+  rooms.use(points, [&](ulong room) {
+    enough = room >= larger && room == element_count(points);
     return true;
   });
-  if (enough) std::for_each(points + capacity, points + larger, [](vector& p) { p.x = p.y = 0; });
+  if (enough) std::for_each(points + count, points + larger, [](vector& p) { p.x = p.y = 0; });
   return enough;
 }
 
@@ -62,7 +57,7 @@ vector* grow_points(vector* points, ulong count, ulong larger) {
   ulong room = 0;
   point_array grown = roomy_array(count, larger, room);
   if (room > larger)
-    note_room(grown.get(), room, larger);
+    note_room(grown.get(), room);
   else
     rooms.erase(grown.get());
   copy_points(points, count, grown.get());
@@ -75,8 +70,8 @@ void release_points(vector* points) noexcept {
   delete[] points;
 }
 
-void note_room(const vector* points, ulong room, ulong capacity) {
-  rooms.change(points, [=](noted& n) { n = {room, capacity}; });
+void note_room(const vector* points, ulong room) {
+  rooms.change(points, [=](ulong& noted) { noted = room; });
 }
 
 }  // namespace tessarn::detail

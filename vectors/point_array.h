@@ -2,10 +2,9 @@
 // put one of its own into a list.
 //
 // A list grows by a fixed step, but into arrays with room for twice the points, so that n points are added in O(n). A
-// list's capacity does not tell this room: it stands in a table, from the array to its room and the capacity told so
-// far. The table may know an array that a program has released since, and whose address belongs to another array now.
-// So the room counts only where the capacity is the one that was told last, and the number of elements, which array new
-// keeps in front of them, is the room that was noted: then the elements are there, whoever made the array.
+// list's capacity does not tell this room: it stands in a table. The table may know an array that a program has released
+// since, and whose address belongs to another array now. So the room counts only where it is the number of elements
+// that array new keeps in front of them: then the elements are there, whoever made the array.
 #pragma once
 
 #include "tessarn/vectors.h"
@@ -18,9 +17,8 @@ inline constexpr ulong list_growth = 1024;
 // The capacity with which a full list of count points goes on. Throws std::bad_array_new_length beyond 32 bits.
 ulong next_capacity(ulong count);
 
-// True where the array has room for `larger` points: the capacity becomes that, and the elements behind the old one are
-// (0, 0).
-bool extend_points(vector* points, ulong capacity, ulong larger) noexcept;
+// True where the array of a full list of count points has room for `larger`; the elements behind them are (0, 0) then.
+bool extend_points(vector* points, ulong count, ulong larger) noexcept;
 
 // An array for `larger` points with the first count of those given, which are then released. Throws std::bad_alloc, and
 // changes nothing then.
@@ -29,8 +27,8 @@ vector* grow_points(vector* points, ulong count, ulong larger);
 // Releases an array; null is none.
 void release_points(vector* points) noexcept;
 
-// Notes the room of an array that tells the capacity.
-void note_room(const vector* points, ulong room, ulong capacity);
+// Notes the room of an array.
+void note_room(const vector* points, ulong room);
 
 // The number of elements of an array made with array new.
 std::size_t element_count(const vector* points) noexcept;

@@ -378,6 +378,9 @@ TEST(FindHighHpointArc, EndsOnAGridHit) {
   // On a straight line every point has a curvature derivative of 0.
   binom line = of({1, 2});
   EXPECT_BITS(WITHIN(20, line.find_high_hpoint_arc(0, 1, 0.25, 1e-6)), 0.0);
+  EXPECT_BITS(WITHIN(20, line.find_high_hpoint_arc(0, 1e9, 1e-3, 1e-6)), 0.0);
+  // Here the derivative of the curvature vanishes everywhere, by underflow.
+  EXPECT_BITS(WITHIN(20, of({0, 0, 1e-200}).find_high_hpoint_arc(0, inf, 0.25, 1e-6)), 0.0);
   // A step below eps gives midpoints that approach b.
   binom q = of({0, 0, 1});
   WITHIN(20, (q.find_high_hpoint_arc(0, 1, 1e-9, 1e-6), true));

@@ -5,6 +5,8 @@
 
 namespace {
 
+// Counted in relaxed order: a count must not order the threads of a program that is looked at for races.
+constexpr auto relaxed = std::memory_order_relaxed;
 std::atomic<long> live{0};
 std::atomic<long long> requested{0};
 std::atomic<long> countdown{-1};
@@ -12,13 +14,13 @@ std::atomic<bool> failed{false};
 
 void* allocate(std::size_t size) {
   if (size > test::largest_request) return nullptr;
-  if (countdown.load() >= 0 && countdown.fetch_sub(1) == 0) {
+  if (countdown.load(relaxed) >= 0 && countdown.fetch_sub(1, relaxed) == 0) {
     failed = true;
     return nullptr;
   }
-  requested += static_cast<long long>(size);
+  requested.fetch_add(static_cast<long long>(size), relaxed);
   void* p = std::malloc(size ? size : 1);
-  if (p) ++live;
+  if (p) live.fetch_add(1, relaxed);
   return p;
 }
 
@@ -30,11 +32,11 @@ void* allocate_or_throw(std::size_t size) {
 
 void* allocate_aligned(std::size_t size, std::align_val_t alignment) {
   if (size > test::largest_request) throw std::bad_alloc();
-  if (countdown.load() >= 0 && countdown.fetch_sub(1) == 0) {
+  if (countdown.load(relaxed) >= 0 && countdown.fetch_sub(1, relaxed) == 0) {
     failed = true;
     throw std::bad_alloc();
   }
-  requested += static_cast<long long>(size);
+  requested.fetch_add(static_cast<long long>(size), relaxed);
   const auto a = static_cast<std::size_t>(alignment);
 #if defined(_WIN32)
   void* p = _aligned_malloc(size, a);
@@ -42,20 +44,20 @@ void* allocate_aligned(std::size_t size, std::align_val_t alignment) {
   void* p = std::aligned_alloc(a, (size + a - 1) / a * a);
 #endif
   if (!p) throw std::bad_alloc();
-  ++live;
+  live.fetch_add(1, relaxed);
   return p;
 }
 
 void release(void* p) noexcept {
   if (!p) return;
-  --live;
+  live.fetch_sub(1, relaxed);
   std::free(p);
 }
 
 void release_aligned(void* p) noexcept {
 #if defined(_WIN32)
   if (!p) return;
-  --live;
+  live.fetch_sub(1, relaxed);
   _aligned_free(p);
 #else
   release(p);

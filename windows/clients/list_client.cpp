@@ -39,6 +39,12 @@ int main() {
   means(list);
   means<const vectormat>(list);
 
+  // A long list grows in its place most of the time.
+  vectormat grown = list_of(4097);
+  const vector* const place = grown.points;
+  while (grown.count < 8192) grown.add(vector(1, 2));
+  CHECK(grown.points == place && grown.capacity == 8192);
+
   vectormat copied(list);
   CHECK(copied.count == 5 && copied.points != list.points);
   vectormat assigned;
