@@ -175,7 +175,7 @@ TEST(Ties, TheModelUnderSystematicRounding) {
   int edges = 0;
   for (int round = 0; round < 150; ++round) {
     tessarn::detail::force_isa(static_cast<isa>(round % 3));
-    const std::size_t n = round % 10 ? 300 + random.below(2000) : 20000;
+    const std::size_t n = round % 10 ? 300 + random.below(2000) : round < 50 ? 100000 : 20000;
     const std::vector<vector3d> all =
         few_residuals(n, random.uniform(0.1, 0.3), random.below(2) ? 0 : random.uniform(-0.3, 0.3), random);
     edges_of_the_model e(all, std::ldexp(1.0, -10 - static_cast<int>(random.below(12))), random);
@@ -295,6 +295,30 @@ TEST(Ties, DirectionBoundsHoldUnderSystematicRounding) {
     const tessarn::detail::interval i = bounds(x[0], y[0], z[0]);
     ASSERT_LE(i.low, cost[0]) << n;
     ASSERT_GE(i.high, cost[0]) << n;
+  }
+  tessarn::detail::force_isa(isa::avx512);
+}
+
+// Directions whose squares vanish or overflow: the bounds say nothing, and the sums decide.
+TEST(Ties, NormalsOfExtremeDirections) {
+  test::random_source random(98);
+  for (int round = 0; round < 90; ++round) {
+    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    constexpr double scales[] = {1e-165, 1e-162, 1e-160, 1e-155, 1e-120, 1e-100, 1e100, 1e120, 1e150, 1e153};
+    const double scale = scales[round % 10];
+    const auto draw = [&](std::size_t n) {
+      std::vector<plain::vec3> v;
+      for (std::size_t i = 0; i < n; ++i)
+        v.push_back({scale * random.uniform(), scale * random.uniform(), scale * random.uniform()});
+      return v;
+    };
+    const std::vector<plain::vec3> par = draw(round % 2 ? 0 : 80), perp = draw(100);
+    std::vector<vector3d> along, across;
+    for (const plain::vec3& d : par) along.push_back(test::lib(d));
+    for (const plain::vec3& d : perp) across.push_back(test::lib(d));
+    vector3d n;
+    ASSERT_TRUE(plane::CalcNormale(n, along.data(), static_cast<tessarn::ulong>(along.size()), across.data(), 100));
+    ASSERT_TRUE(test::same(n, plain::calc_normale(par, perp))) << scale;
   }
   tessarn::detail::force_isa(isa::avx512);
 }
