@@ -11,7 +11,7 @@
 #include <fstream>
 #include <string>
 
-#include "core/isa.h"
+#include "simd/isa.h"
 #include "support.h"
 #include "tessarn/version.h"
 
@@ -50,17 +50,6 @@ std::string version(int a, int b, int c) {
   return std::to_string(a) + "." + std::to_string(b) + "." + std::to_string(c);
 }
 
-const char* name_of(tessarn::detail::isa set) {
-  switch (set) {
-    case tessarn::detail::isa::avx512:
-      return "AVX-512";
-    case tessarn::detail::isa::avx2:
-      return "AVX2";
-    default:
-      return "baseline";
-  }
-}
-
 void describe(int core) {
   int major = 0, minor = 0, patch = 0;
   ilaver_(&major, &minor, &patch);
@@ -70,7 +59,7 @@ void describe(int core) {
   AddCustomContext("compiler", "g++ " __VERSION__);
   AddCustomContext("flags", BENCH_FLAGS);
   AddCustomContext("library flags", BENCH_LIBRARY_FLAGS);
-  AddCustomContext("kernels in use", name_of(tessarn::detail::chosen_isa()));
+  AddCustomContext("kernels in use", tessarn::detail::set_names[static_cast<int>(tessarn::detail::chosen_isa())]);
   AddCustomContext("version Tessarn",
                    version(TESSARN_VERSION_MAJOR, TESSARN_VERSION_MINOR, TESSARN_VERSION_PATCH));
   AddCustomContext("version Eigen",

@@ -43,7 +43,7 @@ struct products_and_sums {
   }
 };
 
-// The correctly rounded powers x^2 .. x^(count - 1) by the chains that the library uses (poly/chains.h).
+// The correctly rounded powers x^2 .. x^(count - 1) by the chains that the library uses (poly/kernels/power_chains.inl).
 products_and_sums powers_below(int count);
 
 // How much of the peers' and our own results must agree.

@@ -1,11 +1,11 @@
 # The library, shared and static, from one list of sources.
 
 set(TESSARN_SOURCES
-  core/isa.cpp
+  simd/isa.cpp
   core/power.cpp
   core/shared_array.cpp
   vectors/allocate.cpp
-  vectors/kernels.cpp
+  vectors/kernels/in_use.cpp
   vectors/list.cpp
   vectors/list_analysis.cpp
   vectors/list_sort.cpp
@@ -14,7 +14,7 @@ set(TESSARN_SOURCES
   matrix/complex_elimination.cpp
   matrix/determinant.cpp
   matrix/gram.cpp
-  matrix/kernels.cpp
+  matrix/kernels/in_use.cpp
   matrix/linear.cpp
   matrix/lu.cpp
   matrix/mat.cpp
@@ -29,7 +29,7 @@ set(TESSARN_SOURCES
   poly/curve.cpp
   poly/curve_blocks.cpp
   poly/fit.cpp
-  poly/kernels.cpp
+  poly/kernels/in_use.cpp
   poly/line_sums.cpp
   poly/power_sums.cpp
   poly/search.cpp
@@ -39,7 +39,7 @@ set(TESSARN_SOURCES
   geometry/cloud.cpp
   geometry/duplicates.cpp
   geometry/extremes.cpp
-  geometry/kernels.cpp
+  geometry/kernels/in_use.cpp
   geometry/line3d.cpp
   geometry/normal_search.cpp
   geometry/plane.cpp
@@ -48,18 +48,18 @@ set(TESSARN_SOURCES
 
 # Each is compiled once for each instruction set, in a namespace of that name.
 set(TESSARN_KERNELS
-  matrix/adjugate_kernel.cpp
-  matrix/matrix_kernel.cpp
-  poly/poly_kernel.cpp
-  geometry/geometry_kernel.cpp
-  vectors/list_kernel.cpp)
+  matrix/kernels/adjugate.cpp
+  matrix/kernels/table.cpp
+  poly/kernels/table.cpp
+  geometry/kernels/table.cpp
+  vectors/kernels/table.cpp)
 
 # The chains of powers are written in an order that hides the latency of their steps, which GCC is to keep, and their
 # tests of single numbers belong into the integer units.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  set_source_files_properties(poly/poly_kernel.cpp PROPERTIES COMPILE_OPTIONS "-fno-tree-ter;-fno-tree-reassoc")
+  set_source_files_properties(poly/kernels/table.cpp PROPERTIES COMPILE_OPTIONS "-fno-tree-ter;-fno-tree-reassoc")
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
-    set_property(SOURCE poly/poly_kernel.cpp APPEND PROPERTY COMPILE_OPTIONS -mno-stv)
+    set_property(SOURCE poly/kernels/table.cpp APPEND PROPERTY COMPILE_OPTIONS -mno-stv)
   endif()
 endif()
 
@@ -77,7 +77,8 @@ function(tessarn_add_objects name definition)
       list(APPEND objects $<TARGET_OBJECTS:${name}_${set}>)
     endif()
   endforeach()
-  foreach(target ${name} ${name}_baseline ${name}_avx2 ${name}_avx512)
+  list(TRANSFORM TESSARN_INSTRUCTION_SETS PREPEND ${name}_ OUTPUT_VARIABLE kernels)
+  foreach(target ${name} ${kernels})
     if(TARGET ${target})
       target_link_libraries(${target} PRIVATE tessarn_flags)
       target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)

@@ -63,8 +63,8 @@ void residual_bounds::translate_weighted(const double* weighted, double count) {
 direction_bounds::direction_bounds(const point_arrays& par, const point_arrays& perp) {
   const double origin[3] = {0, 0, 0};
   moment_sums a, b;
-  geometry().moments(par, origin, &a);
-  geometry().moments(perp, origin, &b);
+  geometry_kernels_in_use().moments(par, origin, &a);
+  geometry_kernels_in_use().moments(perp, origin, &b);
   constant_ = static_cast<double>(par.n);
   for (int k = 0; k < 6; ++k) second_[k] = b.sum[3 + k] - a.sum[3 + k];
   double magnitude = constant_;

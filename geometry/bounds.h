@@ -34,7 +34,7 @@ class residual_bounds {
   // For the neighbours of a normal in a grid, whose coordinates are given back; infinite where there is no z.
   void operator()(double centre_x, double centre_y, double step, double* x, double* y, double* z, double* low,
                   double* high) const {
-    geometry().bound_residuals(form_, centre_x, centre_y, step, x, y, z, low, high);
+    geometry_kernels_in_use().bound_residuals(form_, centre_x, centre_y, step, x, y, z, low, high);
   }
 
  private:

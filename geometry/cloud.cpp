@@ -31,7 +31,7 @@ cloud::cloud(const vector3d* pts, ulong count)
   duplicate_search search(count);
   const cloud_room room = {as_doubles(coordinates_), stride_, search.hashes(), reaches_.of_groups(),
                            reaches_.of_blocks()};
-  geometry().take_in(reinterpret_cast<const double*>(pts), n_, coordinates_of(reference_).data(), room,
+  geometry_kernels_in_use().take_in(reinterpret_cast<const double*>(pts), n_, coordinates_of(reference_).data(), room,
                      &moments_, sums_);
   reaches_.prepare(reference_);
   const std::unique_ptr<bool[]> marked = search.marked(pts);
@@ -52,7 +52,7 @@ void cloud::remove(const bool* marked) {
   }
   n_ = kept;
   reaches_.forget();
-  geometry().moments(arrays(), coordinates_of(reference_).data(), &moments_);
+  geometry_kernels_in_use().moments(arrays(), coordinates_of(reference_).data(), &moments_);
 }
 
 vector3d cloud::farthest_from(const vector3d& a) const {

@@ -3,7 +3,7 @@
 
 #include "core/storage.h"
 #include "geometry/extremes.h"
-#include "geometry/kernels.h"
+#include "geometry/kernels/kernels.h"
 #include "tessarn/vectors.h"
 
 namespace tessarn::detail {

@@ -53,7 +53,7 @@ std::size_t duplicate_search::list_suspects() {
   std::size_t found = 0;
   {
     const word_table seen(bits_each * count_);
-    found = geometry().list_repeated(seen.words(), hashes_, count_, listed_);
+    found = geometry_kernels_in_use().list_repeated(seen.words(), hashes_, count_, listed_);
   }
   if (found == 0) return 0;
   // Sparser: each of the points that shares a bit by chance has to be compared.
@@ -63,7 +63,7 @@ std::size_t duplicate_search::list_suspects() {
     const std::uint32_t h = hashes_[listed_[k]];
     table.words[h >> table.shift] |= std::uint64_t{1} << h % 64;
   }
-  return geometry().list_suspects(table, hashes_, count_, listed_);
+  return geometry_kernels_in_use().list_suspects(table, hashes_, count_, listed_);
 }
 
 // The suspects go through an exact table, from the last to the first. Their hash values are brought together: those of
@@ -71,7 +71,7 @@ std::size_t duplicate_search::list_suspects() {
 std::unique_ptr<bool[]> duplicate_search::marked(const vector3d* pts) {
   // Some numbers, none twice, and unlikely to be a hash value.
   for (std::size_t k = 0; k < padding; ++k) hashes_[count_ + k] = static_cast<std::uint32_t>((k + 1) * 0x9E3779B9);
-  if (count_ <= geometry().most_compared && !geometry().repeats(hashes_, count_)) return nullptr;
+  if (count_ <= geometry_kernels_in_use().most_compared && !geometry_kernels_in_use().repeats(hashes_, count_)) return nullptr;
   const std::size_t suspects = list_suspects();
   if (suspects == 0) return nullptr;
   const unsigned log = logarithm_from(2 * static_cast<std::uint64_t>(suspects), 6);

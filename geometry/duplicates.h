@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "geometry/kernels.h"
+#include "geometry/kernels/kernels.h"
 #include "tessarn/vectors.h"
 
 namespace tessarn::detail {

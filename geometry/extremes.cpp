@@ -27,8 +27,8 @@ std::size_t parts(std::size_t n, std::size_t each) { return (n + each - 1) / eac
 }  // namespace
 
 reaches::reaches(std::size_t points)
-    : groups_(parts(points, geometry().group_points)),
-      blocks_(parts(points, geometry().block_points)),
+    : groups_(parts(points, geometry_kernels_in_use().group_points)),
+      blocks_(parts(points, geometry_kernels_in_use().block_points)),
       squares_(blocks_ < least_blocks ? nullptr : new double[groups_ + blocks_]) {}
 
 // Squares are accurate in this range only.
@@ -64,8 +64,8 @@ class reaches::query {
   void search(std::size_t begin, std::size_t end) {
     const std::size_t n = std::min(points_.n, end) - begin;
     const point_arrays part = {points_.x + begin, points_.y + begin, points_.z + begin, n};
-    const std::size_t i = b_ == nullptr ? geometry().farthest(part, from_a_.data(), least_)
-                                        : geometry().farthest_from_two(part, from_a_.data(), from_b_.data(), least_);
+    const std::size_t i = b_ == nullptr ? geometry_kernels_in_use().farthest(part, from_a_.data(), least_)
+                                        : geometry_kernels_in_use().farthest_from_two(part, from_a_.data(), from_b_.data(), least_);
     if (i == n) return;
     found_ = begin + i;
     const vector3d p(part.x[i], part.y[i], part.z[i]);
@@ -103,7 +103,7 @@ double reaches::first_guess(query from) const {
     std::size_t left = std::min(first_searched, blocks_ / first_part);
     for (std::size_t k = 0; k < blocks_ && left > 0; ++k) {
       if (!reaching(blocks[k])) continue;
-      from.search(k * geometry().block_points, (k + 1) * geometry().block_points);
+      from.search(k * geometry_kernels_in_use().block_points, (k + 1) * geometry_kernels_in_use().block_points);
       --left;
     }
     break;
@@ -120,7 +120,7 @@ std::size_t reaches::farthest(const point_arrays& points, const vector3d& a, con
   // Of equally far points the first is wanted: their distance must not be excluded here.
   search.expect(first_guess(search) * (1 - outward));
   double needed = search.square_needed();
-  const std::size_t width = geometry().group_points, groups_each = geometry().block_points / width;
+  const std::size_t width = geometry_kernels_in_use().group_points, groups_each = geometry_kernels_in_use().block_points / width;
   const double* const blocks = squares_.get() + groups_;
   std::size_t begin = 0, end = 0;  // groups that have to be searched
   const auto flush = [&] {

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "geometry/kernels.h"
+#include "geometry/kernels/kernels.h"
 #include "tessarn/vectors.h"
 
 namespace tessarn::detail {

@@ -5,7 +5,7 @@
 
 #include "core/storage.h"
 #include "geometry/bounds.h"
-#include "geometry/kernels.h"
+#include "geometry/kernels/kernels.h"
 #include "tessarn/geometry.h"
 
 using tessarn::real;
@@ -76,8 +76,8 @@ class cost_function {
       y[i] = candidates[i]->y;
       z[i] = candidates[i]->z;
     }
-    tessarn::detail::geometry().add_sines(par_, x, y, z, cost);
-    tessarn::detail::geometry().add_cosines(perp_, x, y, z, cost);
+    tessarn::detail::geometry_kernels_in_use().add_sines(par_, x, y, z, cost);
+    tessarn::detail::geometry_kernels_in_use().add_cosines(perp_, x, y, z, cost);
     for (std::size_t i = 0; i < count; ++i) {
       const double sum = cost[i] == cost[i] ? cost[i] : infinity;
       candidates[i]->cost = {sum, sum};

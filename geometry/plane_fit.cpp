@@ -69,7 +69,7 @@ vector3d plane_search::result(real& offset) const {
   double x[candidate_lanes] = {current_.x}, y[candidate_lanes] = {current_.y}, z[candidate_lanes];
   double mean[candidate_lanes];
   for (double& lane : z) lane = std::sqrt(1 - current_.x * current_.x - current_.y * current_.y);
-  tessarn::detail::geometry().means(points_.arrays(), x, y, z, mean);
+  tessarn::detail::geometry_kernels_in_use().means(points_.arrays(), x, y, z, mean);
   offset = mean[0];
   n.z = z[0];
   return n;
@@ -117,7 +117,7 @@ void plane_search::evaluate(cell* const* cells, std::size_t count) const {
     y[i] = cells[i]->y;
     z[i] = cells[i]->z;
   }
-  tessarn::detail::geometry().residuals(points_.arrays(), x, y, z, offset, cost);
+  tessarn::detail::geometry_kernels_in_use().residuals(points_.arrays(), x, y, z, offset, cost);
   for (std::size_t i = 0; i < count; ++i) {
     const double sum = cost[i] == cost[i] ? cost[i] : infinity;
     cells[i]->offset = offset[i];

@@ -2,7 +2,7 @@
 // out. Most steps of the search for a normal are decided by it, in a few operations; the others fall to the bounds.
 #pragma once
 
-#include "geometry/kernels.h"
+#include "geometry/kernels/kernels.h"
 
 namespace tessarn::detail {
 

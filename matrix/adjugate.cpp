@@ -5,7 +5,7 @@
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elimination.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 
 namespace tessarn::detail {
 namespace {
@@ -27,7 +27,7 @@ constexpr std::size_t stack_size = 1280;  // up to so many reals the kernel work
 // Shared eliminations leave the NaN rule out, and a NaN in one of them reaches the minor, or the determinant: those
 // that are NaN are computed again on their own.
 void invert_shared(const real* m, std::size_t n, real* dst, real* workspace) {
-  real whole = matrix().adjugate(as_doubles(m), n, as_doubles(dst), as_doubles(workspace));
+  real whole = matrix_kernels_in_use().adjugate(as_doubles(m), n, as_doubles(dst), as_doubles(workspace));
   if (whole != whole) whole = determinant(m, n);
   if (has_nan(dst, n * n)) {
     for (std::size_t i = 0; i < n; ++i)
@@ -41,7 +41,7 @@ void invert_shared(const real* m, std::size_t n, real* dst, real* workspace) {
 }
 
 void invert_shared(const real* m, std::size_t n, real* dst) {
-  const std::size_t size = matrix().adjugate_workspace(n);
+  const std::size_t size = matrix_kernels_in_use().adjugate_workspace(n);
   if (size <= stack_size) {
     alignas(64) real workspace[stack_size];
     return invert_shared(m, n, dst, workspace);

@@ -1,10 +1,10 @@
 // Determinant, cofactor, solver, triangular form of the complex square matrix.
 #include <algorithm>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/storage.h"
 #include "matrix/elimination.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 
 using tessarn::real;
 using tessarn::detail::column_view;
@@ -54,7 +54,7 @@ struct work_matrix {
   // Forward elimination without pivoting, from the pivots' columns to the given number of columns.
   void eliminate(std::size_t columns) {
     using tessarn::detail::as_doubles;
-    tessarn::detail::matrix().complex_eliminate(as_doubles(re), as_doubles(im), n, columns, stride);
+    tessarn::detail::matrix_kernels_in_use().complex_eliminate(as_doubles(re), as_doubles(im), n, columns, stride);
   }
 };
 

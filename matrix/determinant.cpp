@@ -1,11 +1,11 @@
 // The real determinant and cofactor.
 #include <algorithm>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elimination.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 
 namespace tessarn::detail {
 namespace {
@@ -54,7 +54,7 @@ real diagonal_product(const real* w, std::size_t n) {
 static real determinant_in(const real* a, std::size_t n, real* w) {
   std::copy_n(a, n * n, w);
   if (n > kernel_size) {
-    matrix().eliminate(as_doubles(w), n, as_doubles(w + n * n));
+    matrix_kernels_in_use().eliminate(as_doubles(w), n, as_doubles(w + n * n));
     const real product = diagonal_product(w, n);
     if (product == product) return product;
     std::copy_n(a, n * n, w);
@@ -97,7 +97,7 @@ static real determinant_of_any(const real* a, std::size_t n) {
     alignas(64) real w[stack_size * (stack_size + 1)];
     return determinant_in(a, n, w);
   }
-  const real_array storage = allocate(n * n + matrix().elimination_workspace(n) + 8);
+  const real_array storage = allocate(n * n + matrix_kernels_in_use().elimination_workspace(n) + 8);
   return determinant_in(a, n, whole_cache_line(storage.get()));
 }
 

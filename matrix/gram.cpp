@@ -1,7 +1,7 @@
 // Gram-Schmidt on the columns, and the triangular form of the real matrix.
 #include <algorithm>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 

@@ -1,11 +1,11 @@
 // Least squares through the normal equations, and inversion.
 #include <algorithm>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/adjugate.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 #include "matrix/linear_system.h"
 
 using tessarn::real;
@@ -58,7 +58,7 @@ void real_mat::solve(mat& A, mat& b) {
   mat g;
   g.create(1, A.width);
   tessarn::detail::linear_system normal(A.width);
-  const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
+  const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix_kernels_in_use();
   using tessarn::detail::allocate, tessarn::detail::checked_product, tessarn::detail::checked_sum;
   const std::size_t stride = kernels.normal_stride(n);
   const real_array sums = allocate(checked_sum(checked_product(n, stride), kernels.normal_workspace(n)));

@@ -3,11 +3,11 @@
 #include <cmath>
 #include <memory>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elimination.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 #include "matrix/small_solve.h"
 
 namespace tessarn::detail {
@@ -96,7 +96,7 @@ bool solve_by_kernel(const real* a, std::size_t n, column_view<real> b, real* ro
     std::fill_n(room + r * stride + n, stride - n, static_cast<real>(0));
     v[r] = b[r];
   }
-  if (!matrix().factorise(as_doubles(room), n, as_doubles(v), as_doubles(v + stride))) return solve_by_rule(a, n, b);
+  if (!matrix_kernels_in_use().factorise(as_doubles(room), n, as_doubles(v), as_doubles(v + stride))) return solve_by_rule(a, n, b);
   substitute_back(room, n, stride, v, b);
   return true;
 }
@@ -114,8 +114,8 @@ bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
                                      solve_by_pointers<16>};
   // Where two equations share an entry of b, the solution overwrites what it still needs.
   if (n < sizeof small / sizeof *small) return (n <= b.height && small[n](a, b)) || solve_by_rule(a, n, b);
-  const std::size_t stride = matrix().lu_stride(n);
-  const std::size_t size = (n + 1) * stride + matrix().lu_workspace(n);
+  const std::size_t stride = matrix_kernels_in_use().lu_stride(n);
+  const std::size_t size = (n + 1) * stride + matrix_kernels_in_use().lu_workspace(n);
   if (size <= stack_size) {
     alignas(64) real room[stack_size];
     return solve_by_kernel(a, n, b, room, stride);

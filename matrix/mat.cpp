@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elementwise.h"

@@ -1,7 +1,7 @@
 // The complex rectangular matrix: storage only.
 #include <algorithm>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "matrix/complex_array.h"
 
 using tessarn::detail::complex_mat;

@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/decompose.h"
 #include "matrix/elimination.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 #include "tessarn/vectors.h"
 
 using tessarn::real;
@@ -120,7 +120,7 @@ matrix_3 cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n
 // enters, so sums without NaN are the sums under the rule. With the largest entry in the safe range no product
 // overflowed, and what those that underflowed lack is nothing beside it.
 bool ordinary_cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n, matrix_3& h) {
-  const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix();
+  const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix_kernels_in_use();
   double sums[6], products[9];
   kernels.sum_points(as_doubles(&a->x), as_doubles(&b->x), n, sums);
   const double r = 1 / static_cast<double>(n);
@@ -188,7 +188,7 @@ point translation_by_rule(const vector3d* a, const vector3d* b, tessarn::ulong n
 point translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, const matrix_3& rotation) {
   const real* R = rotation.entries;
   point sum;
-  tessarn::detail::matrix().sum_residuals(as_doubles(&a->x), as_doubles(&b->x), n, as_doubles(R), as_doubles(sum.c));
+  tessarn::detail::matrix_kernels_in_use().sum_residuals(as_doubles(&a->x), as_doubles(&b->x), n, as_doubles(R), as_doubles(sum.c));
   if (!(std::isfinite(sum.c[0]) && std::isfinite(sum.c[1]) && std::isfinite(sum.c[2])))
     return translation_by_rule(a, b, n, R, std::max(largest_coordinate(a, n), largest_coordinate(b, n)));
   for (real& c : sum.c) c = computed(c / static_cast<real>(n));

@@ -2,7 +2,7 @@
 
 #include "core/nan_rule.h"
 #include "core/storage.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 
 namespace tessarn::detail {
 namespace {
@@ -62,7 +62,7 @@ void multiply_small(const cplx* a, const cplx* b, real* c) {
 }
 
 void multiply_large(const cplx* a, const cplx* b, real* c, std::size_t n) {
-  const matrix_kernels& kernels = matrix();
+  const matrix_kernels& kernels = matrix_kernels_in_use();
   const auto call = [&](real* workspace) {
     kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), as_doubles(c), n, as_doubles(workspace));
   };
@@ -79,7 +79,7 @@ void multiply(const real* a, const real* b, real* c, std::size_t rows, std::size
   if (rows == 3 && inner == 3 && columns == 3) return multiply_three(a, b, c);
   if (rows < kernel_size && inner < kernel_size && columns < kernel_size)
     return multiply_small(a, b, c, rows, inner, columns);
-  const matrix_kernels& kernels = matrix();
+  const matrix_kernels& kernels = matrix_kernels_in_use();
   if (rows <= unpacked_limit && inner <= unpacked_limit && columns <= unpacked_limit)
     return kernels.multiply(as_doubles(a), as_doubles(b), as_doubles(c), rows, inner, columns, nullptr);
   const real_array workspace = allocate(kernels.multiply_workspace(rows, inner, columns));
@@ -90,7 +90,7 @@ void multiply(const cplx* a, const cplx* b, real* c, std::size_t n) {
   switch (n) {
     case 2: return multiply_small<2>(a, b, c);
     case 3: return multiply_small<3>(a, b, c);
-    case 4: return matrix().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re), as_doubles(c));
+    case 4: return matrix_kernels_in_use().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re), as_doubles(c));
     default: return multiply_large(a, b, c, n);
   }
 }

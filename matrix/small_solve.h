@@ -10,7 +10,7 @@
 #include <cstddef>
 
 #include "core/nan_rule.h"
-#include "core/unroll.h"
+#include "simd/unroll.h"
 #include "matrix/elimination.h"
 
 namespace tessarn::detail {

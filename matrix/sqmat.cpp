@@ -1,7 +1,7 @@
 // The real square matrix: storage, columns, product, comparison.
 #include <algorithm>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elementwise.h"

@@ -1,10 +1,10 @@
 // The complex square matrix: storage, columns, product.
 #include <algorithm>
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/storage.h"
 #include "matrix/complex_array.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 #include "matrix/multiply.h"
 
 using tessarn::detail::complex_mat;
@@ -29,7 +29,7 @@ cplx* product_of(const cplx* a, const cplx* b, tessarn::ulong n) {
 cplx* product_of_four(const cplx* a, const cplx* b) {
   using namespace tessarn::detail;
   cplx* product = allocate_entries(16);
-  matrix().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re), as_doubles(first_part(product)));
+  matrix_kernels_in_use().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re), as_doubles(first_part(product)));
   construct_around_parts(product, 16);
   return product;
 }

@@ -1,6 +1,6 @@
 // The operations that the checked mode of the headers calls after its test of the sizes: the documented members, by
 // other names.
-#include "core/access.h"
+#include "matrix/names.h"
 
 namespace tessarn::detail {
 

@@ -4,7 +4,7 @@
 
 #include "core/shared_array.h"
 #include "core/storage.h"
-#include "poly/kernels.h"
+#include "poly/kernels/kernels.h"
 #include "tessarn/poly.h"
 
 using tessarn::real;
@@ -36,7 +36,7 @@ real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
   real_array product = tessarn::detail::allocate(tessarn::detail::checked_sum(static_cast<std::size_t>(m), r_margin));
   using tessarn::detail::as_doubles;
   const bool done =
-      tessarn::detail::poly().convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
+      tessarn::detail::poly_kernels_in_use().convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
                                        static_cast<std::size_t>(nq), as_doubles(product.get()));
   if (!done) product.reset();
   return product;

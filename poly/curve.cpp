@@ -1,6 +1,6 @@
 #include "poly/curve.h"
 
-#include "core/access.h"
+#include "matrix/names.h"
 #include "core/power.h"
 #include "tessarn/poly.h"
 
@@ -14,7 +14,7 @@ slong falling_factorial(slong i, unsigned k) noexcept {
 
 namespace {
 
-// A power with what the quick chains of poly/chains.h make of it.
+// A power with what the quick chains of poly/kernels/power_chains.inl make of it.
 struct chained {
   real power, head, rest;
 };

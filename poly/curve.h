@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/storage.h"
-#include "poly/kernels.h"
+#include "poly/kernels/kernels.h"
 #include "tessarn/scalar.h"
 
 namespace tessarn::detail {

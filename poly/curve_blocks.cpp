@@ -20,7 +20,7 @@ void block_values::operator()(const double* x, double* y) const {
   if (p_.n < 1)
     std::fill_n(y, point_block, 0.0);
   else
-    poly().values(as_doubles(p_.cof), static_cast<std::size_t>(p_.n), x, y);
+    poly_kernels_in_use().values(as_doubles(p_.cof), static_cast<std::size_t>(p_.n), x, y);
 }
 
 // A product of a power with a power of two is exact, for abscissas whose chains are safe: in the first derivative such
@@ -46,7 +46,7 @@ void block_derivative::operator()(const double* x, double* y) const {
   const auto k = static_cast<slong>(k_);
   if (p_.n > k && chains_are_safe(x, static_cast<unsigned>(p_.n - k))) {
     const auto terms = static_cast<std::size_t>(p_.n - k);
-    return poly().power_series(as_doubles(cof_ + k), as_doubles(factors_.get() + k), merged_, terms, x, y);
+    return poly_kernels_in_use().power_series(as_doubles(cof_ + k), as_doubles(factors_.get() + k), merged_, terms, x, y);
   }
   for (std::size_t i = 0; i < point_block; ++i) y[i] = static_cast<double>(derivative_at(p_, k_, x[i]));
 }
@@ -63,7 +63,7 @@ void block_curvature::operator()(const double* x, double* y) const {
   double d[3 * point_block];
   if (p_.n > 0 && chains_are_safe(x, static_cast<unsigned>(p_.n))) {
     const auto n = static_cast<std::size_t>(p_.n);
-    poly().derivatives(as_doubles(p_.cof), as_doubles(factors_.get()), n, n, x, d);
+    poly_kernels_in_use().derivatives(as_doubles(p_.cof), as_doubles(factors_.get()), n, n, x, d);
   } else {
     for (std::size_t i = 0; i < point_block; ++i) {
       const derivatives at = derivatives_at(p_, x[i]);
@@ -72,7 +72,7 @@ void block_curvature::operator()(const double* x, double* y) const {
       d[2 * point_block + i] = static_cast<double>(at.third);
     }
   }
-  (derivative_ ? poly().curvature_derivative : poly().curvature)(d, y);
+  (derivative_ ? poly_kernels_in_use().curvature_derivative : poly_kernels_in_use().curvature)(d, y);
 }
 
 namespace {

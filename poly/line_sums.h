@@ -1,7 +1,7 @@
 // The line fit of a growing number of points: the sums of the fit with two coefficients go on from point to point.
 #pragma once
 
-#include "poly/kernels.h"
+#include "poly/kernels/kernels.h"
 #include "tessarn/vectors.h"
 
 namespace tessarn::detail {

@@ -12,13 +12,13 @@ namespace tessarn::detail {
 bool chains_are_safe(const double* x, unsigned count) noexcept {
   if (count <= 3) return true;  // a square needs no chain
   const int limit = static_cast<int>(safe_exponent_range / count);
-  return poly().in_range(x, power_of_two(1023 - limit), power_of_two(1023 + limit));
+  return poly_kernels_in_use().in_range(x, power_of_two(1023 - limit), power_of_two(1023 + limit));
 }
 
 void block_powers(unsigned exponents, double* powers) {
   const double* x = powers + point_block;
   if (exponents < 3) return;
-  if (chains_are_safe(x, exponents)) return poly().powers(exponents, powers);
+  if (chains_are_safe(x, exponents)) return poly_kernels_in_use().powers(exponents, powers);
   for (unsigned e = 2; e < exponents; ++e)
     for (std::size_t i = 0; i < point_block; ++i)
       powers[e * point_block + i] = static_cast<double>(power(x[i], e));

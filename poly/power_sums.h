@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/storage.h"
-#include "poly/kernels.h"
+#include "poly/kernels/kernels.h"
 #include "tessarn/vectors.h"
 
 namespace tessarn::detail {
@@ -32,7 +32,7 @@ class power_sums {
   bool add_block(const double* points, std::size_t n, double marker);
   void flush();
 
-  const poly_kernels& kernels_ = poly();
+  const poly_kernels& kernels_ = poly_kernels_in_use();
   static constexpr std::size_t cache_line = 64 / sizeof(real);
 
   const unsigned exponents_;

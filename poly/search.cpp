@@ -18,7 +18,7 @@ using tessarn::detail::block_values;
 using tessarn::detail::coefficients;
 using tessarn::detail::long_block;
 using tessarn::detail::point_block;
-using tessarn::detail::poly;
+using tessarn::detail::poly_kernels_in_use;
 
 namespace {
 
@@ -89,7 +89,7 @@ struct value_scan {
   block_values f{p};
   real last_root() const { return root_bound(std::vector<real>(p.cof, p.cof + std::max<tessarn::slong>(p.n, 0))); }
   bool one_sign(double first, double step) const {
-    return p.n > 0 && poly().one_sign(tessarn::detail::as_doubles(p.cof), static_cast<std::size_t>(p.n), first, step);
+    return p.n > 0 && poly_kernels_in_use().one_sign(tessarn::detail::as_doubles(p.cof), static_cast<std::size_t>(p.n), first, step);
   }
 };
 
@@ -166,7 +166,7 @@ outcome scan(const Function& function, real a, real b, real step, interval kind,
   for (auto from = static_cast<double>(a);; from = s.x[point_block - 1]) {
     s.continue_from(skipped(function, from, static_cast<double>(step), end), static_cast<double>(step));
     function.f(s.x, s.f);
-    const std::size_t i = poly().first_event(s.x, s.f, end, kind == interval::half_open);
+    const std::size_t i = poly_kernels_in_use().first_event(s.x, s.f, end, kind == interval::half_open);
     if (i == point_block - 1) continue;
     if (kind == interval::half_open ? s.x[i] >= end : s.x[i] > end) return outcome::nothing;
     x = s.x[i];

@@ -6,7 +6,7 @@
 #include "core/power.h"
 #include "core/shared_array.h"
 #include "core/storage.h"
-#include "poly/kernels.h"
+#include "poly/kernels/kernels.h"
 #include "tessarn/poly.h"
 
 using tessarn::real;
@@ -109,7 +109,7 @@ void hyperbinom::func(const real* x, const real* y, real* z, tessarn::ulong n) c
   if (grade < 1)
     std::fill_n(z, n, static_cast<real>(0));
   else
-    tessarn::detail::poly().surface_values(as_doubles(cof), static_cast<std::size_t>(grade), as_doubles(x),
+    tessarn::detail::poly_kernels_in_use().surface_values(as_doubles(cof), static_cast<std::size_t>(grade), as_doubles(x),
                                            as_doubles(y), as_doubles(z), n);
 }
 

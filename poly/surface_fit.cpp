@@ -112,7 +112,7 @@ class surface_sums {
     }
   }
 
-  const tessarn::detail::poly_kernels& kernels_ = tessarn::detail::poly();
+  const tessarn::detail::poly_kernels& kernels_ = tessarn::detail::poly_kernels_in_use();
   const std::size_t g_, side_;
   const real_array storage_;  // the sums, and blocks
   double* const sums_;

@@ -8,7 +8,7 @@
 #include "poly/line_sums.h"
 #include "tessarn/poly.h"
 #include "tessarn/vectors.h"
-#include "vectors/kernels.h"
+#include "vectors/kernels/kernels.h"
 #include "vectors/point_array.h"
 
 using tessarn::real;
@@ -44,7 +44,7 @@ std::size_t mark_outliers(const vector* points, std::size_t count, real limit, b
   one_by_one(std::min(neighbours, count));
   if (i + neighbours < count) {
     const std::size_t whole = count - neighbours - i;
-    found += tessarn::detail::list().mark(reinterpret_cast<const double*>(points + i), whole, limit, marked + i);
+    found += tessarn::detail::list_kernels_in_use().mark(reinterpret_cast<const double*>(points + i), whole, limit, marked + i);
     i += whole;
   }
   one_by_one(count);

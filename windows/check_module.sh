@@ -46,7 +46,7 @@ case $what in
   kernels)
     count=0
     while read -r object; do
-      set=$(sed -E 's/.*_(baseline|avx2|avx512)\.dir.*/\1/' <<<"$object")
+      set=$(sed -E 's/.*tessarn_objects_([a-z0-9_]+)\.dir.*/\1/' <<<"$object")
       names=$("$(tool llvm-nm)" --defined-only "$object" | awk '{print $3}')
       [ -n "$names" ] || fail "$object defines nothing"
       # Constants are the same in every build, whichever of them the linker keeps.

@@ -13,9 +13,8 @@ if(MSVC)
   # The same input gives the same file, without the paths of this machine; the debug information lies beside it.
   target_link_options(tessarn PRIVATE /debug /opt:ref /opt:icf /Brepro /pdbaltpath:%_PDB%
                       /natvis:${PROJECT_SOURCE_DIR}/tools/tessarn.natvis)
-  foreach(set "" _baseline _avx2 _avx512)
-    if(TARGET tessarn_objects${set})
-      target_compile_options(tessarn_objects${set} PRIVATE /Z7)
-    endif()
+  target_compile_options(tessarn_objects PRIVATE /Z7)
+  foreach(set ${TESSARN_INSTRUCTION_SETS})
+    target_compile_options(tessarn_objects_${set} PRIVATE /Z7)
   endforeach()
 endif()

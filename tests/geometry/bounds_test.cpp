@@ -6,15 +6,16 @@
 #include <cmath>
 #include <vector>
 
-#include "core/isa.h"
+#include "simd/isa.h"
 #include "support/bits.h"
 #include "support/random.h"
+#include "support/instruction_set.h"
 
 namespace {
 
 using tessarn::detail::candidate_lanes;
 using tessarn::detail::cloud;
-using tessarn::detail::geometry;
+using tessarn::detail::geometry_kernels_in_use;
 using tessarn::detail::interval;
 using tessarn::detail::isa;
 
@@ -52,7 +53,7 @@ TEST(residual_bounds, are_those_of_the_neighbours_row_by_row) {
   test::random_source random(72);
   const double inf = std::numeric_limits<double>::infinity();
   for (int round = 0; round < 300; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     const auto points = random_cloud(random, 4 + random.below(30));
     const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
     const tessarn::detail::residual_bounds bounds(distinct);
@@ -74,14 +75,14 @@ TEST(residual_bounds, are_those_of_the_neighbours_row_by_row) {
       ASSERT_EQ(all.high[lane] == inf, outside);
     }
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
 }
 
 TEST(residual_bounds, hold_the_sum_of_squares) {
   test::random_source random(71);
   int narrow = 0, all = 0;
   for (int round = 0; round < 1500; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     const auto points = random_cloud(random, 4 + random.below(300));
     const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
     const tessarn::detail::residual_bounds bounds(distinct);
@@ -94,7 +95,7 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
       y[k] = n[1];
       z[k] = n[2];
     }
-    geometry().residuals(distinct.arrays(), x, y, z, mean, cost);
+    geometry_kernels_in_use().residuals(distinct.arrays(), x, y, z, mean, cost);
     for (std::size_t k = 0; k < candidate_lanes; ++k) {
       neighbours same;  // in a grid of step 0
       bounds(x[k], y[k], 0, same.x, same.y, same.z, same.low, same.high);
@@ -106,7 +107,7 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
       if (i.high - i.low < 1e-9 * cost[k]) ++narrow;
     }
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
   EXPECT_GT(narrow, all / 2);  // bounds that hold everything would decide nothing
 }
 
@@ -114,7 +115,7 @@ TEST(residual_bounds, hold_the_sum_of_squares) {
 TEST(residual_bounds, weighted_products_hold_the_partial_sums) {
   test::random_source random(73);
   for (int round = 0; round < 300; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     const auto points = random_cloud(random, 4 + random.below(3000));
     const cloud distinct(points.data(), static_cast<tessarn::ulong>(points.size()));
     const tessarn::detail::residual_bounds bounds(distinct);
@@ -137,7 +138,7 @@ TEST(residual_bounds, weighted_products_hold_the_partial_sums) {
     ASSERT_GE(form, partial - 1e-12 * magnitude);
     ASSERT_LE(form, partial + 256 * all + 1e-12 * magnitude);
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
 }
 
 TEST(residual_bounds, say_nothing_about_extreme_or_undefined_clouds) {
@@ -153,7 +154,7 @@ TEST(residual_bounds, say_nothing_about_extreme_or_undefined_clouds) {
 TEST(direction_bounds, hold_the_sums_of_squares) {
   test::random_source random(72);
   for (int round = 0; round < 1500; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     std::vector<double> c[6];
     const std::size_t n = random.below(200), m = 1 + random.below(200);
     const double size = std::ldexp(1.0, static_cast<int>(random.below(30)) - 15);
@@ -167,13 +168,13 @@ TEST(direction_bounds, hold_the_sums_of_squares) {
     random_normal(random, v);
     double x[candidate_lanes] = {v[0]}, y[candidate_lanes] = {v[1]}, z[candidate_lanes] = {v[2]};
     double cost[candidate_lanes] = {};
-    geometry().add_sines(par, x, y, z, cost);
-    geometry().add_cosines(perp, x, y, z, cost);
+    geometry_kernels_in_use().add_sines(par, x, y, z, cost);
+    geometry_kernels_in_use().add_cosines(perp, x, y, z, cost);
     const interval i = bounds(v[0], v[1], v[2]);
     ASSERT_LE(i.low, cost[0]);
     ASSERT_GE(i.high, cost[0]);
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
 }
 
 }  // namespace

@@ -10,9 +10,10 @@
 #include <set>
 #include <vector>
 
-#include "core/isa.h"
+#include "simd/isa.h"
 #include "support/bits.h"
 #include "support/random.h"
+#include "support/instruction_set.h"
 
 namespace {
 
@@ -127,7 +128,7 @@ std::vector<vector3d> many_points(test::random_source& r, unsigned kind) {
 TEST(Cloud, FarthestOfManyPoints) {
   test::random_source r(94);
   for (unsigned round = 0; round < 72; ++round) {
-    tessarn::detail::force_isa(static_cast<tessarn::detail::isa>(round / 8 % 3));
+    test::use_set_of_round(static_cast<int>(round / 8));
     const std::vector<vector3d> points = many_points(r, round % 8);
     const cloud c(points.data(), static_cast<tessarn::ulong>(points.size()));
     const auto any = [&] { return points[r.below(static_cast<unsigned>(points.size()))]; };
@@ -146,13 +147,13 @@ TEST(Cloud, FarthestOfManyPoints) {
     }
     ASSERT_FALSE(HasFailure()) << "round " << round;
   }
-  tessarn::detail::force_isa(tessarn::detail::isa::avx512);
+  test::use_set_of_run();
 }
 
 TEST(Cloud, KeepsTheLastOfEqualPointsAmongMany) {
   test::random_source r(95);
   for (unsigned round = 0; round < 24; ++round) {
-    tessarn::detail::force_isa(static_cast<tessarn::detail::isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     std::vector<vector3d> points = many_points(r, round % 2 ? 0 : 7);
     std::vector<bool> repeated(points.size());
     for (unsigned k = r.below(round % 4 == 0 ? 2 : 600); k > 0; --k) {
@@ -173,26 +174,26 @@ TEST(Cloud, KeepsTheLastOfEqualPointsAmongMany) {
     ASSERT_EQ(static_cast<std::ptrdiff_t>(kept), std::count(repeated.begin(), repeated.end(), false));
     ASSERT_FALSE(HasFailure()) << "round " << round;
   }
-  tessarn::detail::force_isa(tessarn::detail::isa::avx512);
+  test::use_set_of_run();
 }
 
 // Each pair of a small number of hash values, and none where all differ.
 TEST(Cloud, RepeatedHashValues) {
   test::random_source r(96);
   for (unsigned n = 1; n < 70; ++n) {
-    tessarn::detail::force_isa(static_cast<tessarn::detail::isa>(n % 3));
+    test::use_set_of_round(static_cast<int>(n));
     std::vector<std::uint32_t> hash(n + 32);
     for (unsigned k = 0; k < hash.size(); ++k) hash[k] = (k << 20) + r.below(1u << 20);
-    EXPECT_FALSE(tessarn::detail::geometry().repeats(hash.data(), n));
+    EXPECT_FALSE(tessarn::detail::geometry_kernels_in_use().repeats(hash.data(), n));
     for (unsigned i = 0; i < n; ++i)
       for (unsigned j = 0; j < i; ++j) {
         const std::uint32_t own = hash[i];
         hash[i] = hash[j];
-        EXPECT_TRUE(tessarn::detail::geometry().repeats(hash.data(), n)) << n << ": " << i << ", " << j;
+        EXPECT_TRUE(tessarn::detail::geometry_kernels_in_use().repeats(hash.data(), n)) << n << ": " << i << ", " << j;
         hash[i] = own;
       }
   }
-  tessarn::detail::force_isa(tessarn::detail::isa::avx512);
+  test::use_set_of_run();
 }
 
 }  // namespace

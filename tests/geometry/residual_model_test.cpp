@@ -6,9 +6,10 @@
 #include <cmath>
 #include <vector>
 
-#include "core/isa.h"
+#include "simd/isa.h"
 #include "geometry/bounds.h"
 #include "support/random.h"
+#include "support/instruction_set.h"
 
 namespace {
 
@@ -50,7 +51,7 @@ double sum_of_squares(const cloud& points, double cell_x, double cell_y) {
   const double x[candidate_lanes] = {cell_x}, y[candidate_lanes] = {cell_y};
   const double z[candidate_lanes] = {std::sqrt(1 - cell_x * cell_x - cell_y * cell_y)};
   double mean[candidate_lanes], cost[candidate_lanes];
-  tessarn::detail::geometry().residuals(points.arrays(), x, y, z, mean, cost);
+  tessarn::detail::geometry_kernels_in_use().residuals(points.arrays(), x, y, z, mean, cost);
   return cost[0];
 }
 
@@ -68,7 +69,7 @@ TEST(ResidualModel, FindsTheCellOfTheLeastSum) {
   test::random_source random(75);
   int decided = 0, all = 0;
   for (int round = 0; round < 1200; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     const random_plane p = draw_plane(random);
     const cloud points(p.points.data(), static_cast<tessarn::ulong>(p.points.size()));
     const residual_bounds bounds(points);
@@ -84,7 +85,7 @@ TEST(ResidualModel, FindsTheCellOfTheLeastSum) {
     }
     ASSERT_FALSE(HasFailure()) << "round " << round;
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
   EXPECT_GT(decided, all / 3);
 }
 

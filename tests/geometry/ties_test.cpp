@@ -5,11 +5,12 @@
 #include <cmath>
 #include <vector>
 
-#include "core/isa.h"
+#include "simd/isa.h"
 #include "geometry/bounds.h"
 #include "geometry/residual_model.h"
 #include "support/pairs.h"
 #include "plain/plane_fit.h"
+#include "support/instruction_set.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ struct nine_sums {
         cy[k] = y + (cell / 3 - 1) * step;
         cz[k] = std::sqrt(1 - cx[k] * cx[k] - cy[k] * cy[k]);
       }
-      tessarn::detail::geometry().residuals(points.arrays(), cx, cy, cz, mean, sum);
+      tessarn::detail::geometry_kernels_in_use().residuals(points.arrays(), cx, cy, cz, mean, sum);
       for (int k = 0; first + k < 9 && k < 8; ++k) cost[first + k] = sum[k];
     }
   }
@@ -139,7 +140,7 @@ TEST(Ties, TheModelDecidesNotTooEarly) {
   test::random_source random(91);
   int edges = 0, compared = 0;
   for (int round = 0; round < 400; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     const std::vector<vector3d> all = draw_cloud(random);
     edges_of_the_model e(all, 0.01 * std::ldexp(1.0, -static_cast<int>(random.below(14))), random);
     e.compare();
@@ -147,7 +148,7 @@ TEST(Ties, TheModelDecidesNotTooEarly) {
     edges += e.edges;
     compared += e.compared;
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
   EXPECT_GT(edges, 400);
   EXPECT_GT(compared, 2000);
 }
@@ -174,7 +175,7 @@ TEST(Ties, TheModelUnderSystematicRounding) {
   test::random_source random(97);
   int edges = 0;
   for (int round = 0; round < 150; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     const std::size_t n = round % 10 ? 300 + random.below(2000) : round < 50 ? 100000 : 20000;
     const std::vector<vector3d> all =
         few_residuals(n, random.uniform(0.1, 0.3), random.below(2) ? 0 : random.uniform(-0.3, 0.3), random);
@@ -183,7 +184,7 @@ TEST(Ties, TheModelUnderSystematicRounding) {
     ASSERT_EQ(e.wrong, 0) << "round " << round;
     edges += e.edges;
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
   EXPECT_GT(edges, 100);
 }
 
@@ -192,7 +193,7 @@ TEST(Ties, TheModelUnderSystematicRounding) {
 TEST(Ties, TheModelAtAMaximumOfTheSum) {
   test::random_source random(92);
   for (int round = 0; round < 600; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     std::vector<vector3d> all;
     const double tall = power(random, 8, 0), flat = power(random, 6, -4);
     for (std::size_t i = 0; i < 2 + random.below(30); ++i) {
@@ -213,7 +214,7 @@ TEST(Ties, TheModelAtAMaximumOfTheSum) {
       }
     }
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
 }
 
 // The fits of such clouds, against the plain form.
@@ -240,7 +241,7 @@ TEST(Ties, FitsOfMirroredClouds) {
 TEST(Ties, BoundsHoldUnderSystematicRounding) {
   test::random_source random(94);
   for (int round = 0; round < 240; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     constexpr std::size_t sizes[] = {1000, 4096, 10000, 30000, 100000};
     const std::size_t n = sizes[round < 20 ? 4 : random.below(4)];
     const double height = random.uniform(0.5, 1), level = random.below(3) ? 0 : power(random, 30, -10);
@@ -256,20 +257,20 @@ TEST(Ties, BoundsHoldUnderSystematicRounding) {
     for (double x : {0.0, 1e-7, 1e-3}) {
       double cx[candidate_lanes] = {x}, cy[candidate_lanes] = {}, cz[candidate_lanes] = {std::sqrt(1 - x * x)};
       double mean[candidate_lanes], cost[candidate_lanes];
-      tessarn::detail::geometry().residuals(points.arrays(), cx, cy, cz, mean, cost);
+      tessarn::detail::geometry_kernels_in_use().residuals(points.arrays(), cx, cy, cz, mean, cost);
       double gx[candidate_lanes], gy[candidate_lanes], gz[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
       bounds(x, 0, 0, gx, gy, gz, low, high);
       ASSERT_LE(low[0], cost[0]) << n << " points, round " << round;
       ASSERT_GE(high[0], cost[0]) << n << " points, round " << round;
     }
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
 }
 
 TEST(Ties, DirectionBoundsHoldUnderSystematicRounding) {
   test::random_source random(95);
   for (int round = 0; round < 200; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     const std::size_t n = round < 9 ? 100000 : 1000 + random.below(8000);
     const vector3d d(random.uniform(), random.uniform(), random.uniform(0.1, 1));
     std::vector<double> c[3];
@@ -289,21 +290,21 @@ TEST(Ties, DirectionBoundsHoldUnderSystematicRounding) {
     for (std::size_t k = 1; k < candidate_lanes; ++k) z[k] = 0;
     double cost[candidate_lanes] = {};
     if (along)
-      tessarn::detail::geometry().add_sines(same, x, y, z, cost);
+      tessarn::detail::geometry_kernels_in_use().add_sines(same, x, y, z, cost);
     else
-      tessarn::detail::geometry().add_cosines(same, x, y, z, cost);
+      tessarn::detail::geometry_kernels_in_use().add_cosines(same, x, y, z, cost);
     const tessarn::detail::interval i = bounds(x[0], y[0], z[0]);
     ASSERT_LE(i.low, cost[0]) << n;
     ASSERT_GE(i.high, cost[0]) << n;
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
 }
 
 // Directions whose squares vanish or overflow: the bounds say nothing, and the sums decide.
 TEST(Ties, NormalsOfExtremeDirections) {
   test::random_source random(98);
   for (int round = 0; round < 90; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     constexpr double scales[] = {1e-165, 1e-162, 1e-160, 1e-155, 1e-120, 1e-100, 1e100, 1e120, 1e150, 1e153};
     const double scale = scales[round % 10];
     const auto draw = [&](std::size_t n) {
@@ -320,7 +321,7 @@ TEST(Ties, NormalsOfExtremeDirections) {
     ASSERT_TRUE(plane::CalcNormale(n, along.data(), static_cast<tessarn::ulong>(along.size()), across.data(), 100));
     ASSERT_TRUE(test::same(n, plain::calc_normale(par, perp))) << scale;
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
 }
 
 double distance(const vector3d& a, const vector3d& b) {
@@ -334,7 +335,7 @@ TEST(Ties, TheFirstOfEquallyFarPoints) {
   test::random_source random(96);
   int ties = 0, larger_behind = 0;
   for (int round = 0; round < 3000; ++round) {
-    tessarn::detail::force_isa(static_cast<isa>(round % 3));
+    test::use_set_of_round(static_cast<int>(round));
     const std::size_t n = 4 + random.below(round % 50 ? 300 : 9000);
     double far[3] = {random.uniform(1, 2), random.uniform(1, 2), random.uniform(1, 2)};
     std::vector<vector3d> all;
@@ -372,7 +373,7 @@ TEST(Ties, TheFirstOfEquallyFarPoints) {
       ASSERT_TRUE(found.x == wanted.x && found.y == wanted.y && found.z == wanted.z) << "round " << round << " of " << n;
     }
   }
-  tessarn::detail::force_isa(isa::avx512);
+  test::use_set_of_run();
   EXPECT_GT(ties, 1000);
   EXPECT_GT(larger_behind, 300);
 }

@@ -1,5 +1,5 @@
 // The square complex solve: elimination without pivoting, and the division by zero that gives zero.
-#include "../plain/det_solve.h"
+#include "plain/det_solve.h"
 #include "matrix_support.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Determinants of real and complex matrices.
-#include "../plain/det_solve.h"
+#include "plain/det_solve.h"
 #include "matrix_support.h"
 
 namespace {

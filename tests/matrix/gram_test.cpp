@@ -1,5 +1,5 @@
 // Orthogonalisation of columns and elimination in place.
-#include "../plain/gram.h"
+#include "plain/gram.h"
 
 #include "matrix_support.h"
 

@@ -1,5 +1,5 @@
 // Least squares through the normal equations, and inversion.
-#include "../plain/linear.h"
+#include "plain/linear.h"
 
 #include "matrix_support.h"
 

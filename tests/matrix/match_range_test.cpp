@@ -1,7 +1,7 @@
 // Point-set matching over the whole range of numbers: never a wrong rotation.
 #include <tessarn/vectors.h>
 
-#include "../plain/match.h"
+#include "plain/match.h"
 #include "matrix_support.h"
 
 namespace {

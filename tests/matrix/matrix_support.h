@@ -12,10 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "../plain/matrix.h"
+#include "plain/matrix.h"
 #include "../support/bits.h"
 #include "../support/random.h"
-#include "core/isa.h"
+#include "simd/isa.h"
+#include "support/instruction_set.h"
 
 namespace test {
 
@@ -297,11 +298,11 @@ inline std::string describe(u32 n, entries kind) {
 
 using tessarn::detail::isa;
 
-// Chooses the build for one instruction set, and afterwards the best one again.
+// Chooses the build for one instruction set, and afterwards that of the run again.
 class chosen_build {
  public:
   explicit chosen_build(isa wanted) : available_(tessarn::detail::force_isa(wanted) == wanted) {}
-  ~chosen_build() { tessarn::detail::force_isa(tessarn::detail::best_isa()); }
+  ~chosen_build() { use_set_of_run(); }
   bool available() const { return available_; }
 
  private:
@@ -310,16 +311,5 @@ class chosen_build {
 
 }  // namespace test
 
-// A test that runs once for each build of the kernels; builds that the processor lacks are skipped.
-#define TEST_WITH_BUILD(suite, name, set)                         \
-  TEST(suite, name##_##set) {                                     \
-    const ::test::chosen_build build(::test::isa::set);           \
-    if (!build.available()) GTEST_SKIP() << "not this processor"; \
-    suite##_##name();                                             \
-  }
-#define TEST_EVERY_BUILD(suite, name)    \
-  static void suite##_##name();          \
-  TEST_WITH_BUILD(suite, name, baseline) \
-  TEST_WITH_BUILD(suite, name, avx2)     \
-  TEST_WITH_BUILD(suite, name, avx512)   \
-  static void suite##_##name()
+// A test of kernels. The program is run once for each build of them (--isa=); each run tests its own.
+#define TEST_EVERY_BUILD(suite, name) TEST(suite, name)

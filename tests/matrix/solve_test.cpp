@@ -1,5 +1,5 @@
 // The square real solve: LU factorisation with partial pivoting.
-#include "../plain/det_solve.h"
+#include "plain/det_solve.h"
 #include "matrix_support.h"
 
 namespace {

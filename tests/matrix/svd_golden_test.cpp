@@ -2,9 +2,9 @@
 // sweeps.
 #include <cstdint>
 
-#include "../plain/decompose.h"
+#include "plain/decompose.h"
 #include "core/storage.h"
-#include "matrix/kernels.h"
+#include "matrix/kernels/kernels.h"
 #include "svd_support.h"
 
 namespace {
@@ -81,7 +81,7 @@ TEST_EVERY_BUILD(DecomposeGolden, ThirtySweeps) {
     fewer += !std::equal(want.u.data.begin(), want.u.data.end(), early.u.data.begin(), same_bits);
     more += !std::equal(want.u.data.begin(), want.u.data.end(), late.u.data.begin(), same_bits);
     plain::decomposition got{plain::matrix(2, a.height), plain::matrix(2, 2), plain::matrix(2, 2)};
-    const auto& kernels = tessarn::detail::matrix();
+    const auto& kernels = tessarn::detail::matrix_kernels_in_use();
     std::vector<double> workspace(kernels.decompose_workspace(a.height, 2));
     kernels.decompose(a.data.data(), a.height, 2, got.u.data.data(), got.s.data.data(), got.v.data.data(),
                       workspace.data());

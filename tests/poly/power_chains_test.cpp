@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "core/power.h"
-#include "poly/kernels.h"
+#include "poly/kernels/kernels.h"
 #include "poly/power_sums.h"
 #include "support/bits.h"
 #include "support/random.h"
@@ -17,7 +17,7 @@ namespace {
 
 using tessarn::detail::partial_sums;
 using tessarn::detail::point_block;
-using tessarn::detail::poly;
+using tessarn::detail::poly_kernels_in_use;
 
 using block = std::array<double, point_block>;
 
@@ -45,7 +45,7 @@ block drawn(test::random_source& r) {
 std::vector<double> powers_of(const block& x, unsigned exponents) {
   std::vector<double> powers(std::max(exponents, 2u) * point_block, 1.0);
   std::copy(x.begin(), x.end(), powers.begin() + point_block);
-  poly().powers(exponents, powers.data());
+  poly_kernels_in_use().powers(exponents, powers.data());
   return powers;
 }
 
@@ -94,7 +94,7 @@ TEST(PowerChains, SumsOfPointsAreThoseOfTheirPowers) {
     for (double& v : sums) v = scale < 1 ? 0 : r.uniform();
     std::vector<double> expected = sums;
     const double* data = reinterpret_cast<const double*>(points.data());
-    const std::size_t added = poly().add_plane_points(data, n, marker, exponents, sums.data());
+    const std::size_t added = poly_kernels_in_use().add_plane_points(data, n, marker, exponents, sums.data());
     ASSERT_LE(added, n);
     ASSERT_TRUE(added == n || added % partial_sums == 0);
     ++(added == n ? whole : ended);
@@ -123,7 +123,7 @@ TEST(PowerChains, SumsOfRowsAreThoseOfTheirPowers) {
     for (double& v : powers) v = r.uniform();
     for (double& v : sums) v = r.uniform();
     std::vector<double> expected = sums;
-    poly().add_powers(powers.data(), y.data(), n, exponents, sums.data());
+    poly_kernels_in_use().add_powers(powers.data(), y.data(), n, exponents, sums.data());
     for (unsigned e = 0; e < exponents; ++e)
       for (std::size_t i = 0; i < n; ++i) {
         const double p = powers[e * point_block + i];
@@ -155,7 +155,7 @@ TEST(Unpack, PlanePoints) {
   for (std::size_t i = 0; i < point_block; ++i) points.emplace_back(2.0 + double(i), -double(i));
   block x, y;
   const auto unpacked = [&](double marker) {
-    return poly().unpack_plane(reinterpret_cast<const double*>(points.data()), marker, x.data(), y.data());
+    return poly_kernels_in_use().unpack_plane(reinterpret_cast<const double*>(points.data()), marker, x.data(), y.data());
   };
   EXPECT_TRUE(unpacked(-1));
   for (std::size_t i = 0; i < point_block; ++i) {
@@ -179,10 +179,10 @@ TEST(Unpack, WeightsMeetTheirPoints) {
     points.emplace_back(r.uniform(), r.uniform(), r.uniform());
     w.push_back(r.uniform());
   }
-  poly().unpack_space(reinterpret_cast<const double*>(points.data()), 3, px.data(), py.data(), z.data());
-  poly().apply_weights(w.data(), z.data());
+  poly_kernels_in_use().unpack_space(reinterpret_cast<const double*>(points.data()), 3, px.data(), py.data(), z.data());
+  poly_kernels_in_use().apply_weights(w.data(), z.data());
   for (std::size_t i = 0; i < point_block; ++i) {
-    const std::size_t at = i - i % partial_sums + poly().surface_lanes[i % partial_sums];
+    const std::size_t at = i - i % partial_sums + poly_kernels_in_use().surface_lanes[i % partial_sums];
     EXPECT_BITS(z[at], (w[i] * static_cast<double>(points[i].z)) * w[i]);
     EXPECT_BITS(z[point_block + at], w[i] * w[i]);
   }
@@ -207,10 +207,10 @@ TEST(Unpack, SpacePoints) {
     const unsigned exponents = 3 + 2 * r.below(4);
     std::vector<double> px(exponents * point_block), py(exponents * point_block), z(point_block);
     const double* data = reinterpret_cast<const double*>(points.data());
-    const bool done = poly().unpack_space(data, exponents, px.data(), py.data(), z.data());
+    const bool done = poly_kernels_in_use().unpack_space(data, exponents, px.data(), py.data(), z.data());
     ++(done ? with_powers : without);
     for (std::size_t i = 0; i < point_block; ++i) {
-      const std::size_t at = i - i % partial_sums + poly().surface_lanes[i % partial_sums];
+      const std::size_t at = i - i % partial_sums + poly_kernels_in_use().surface_lanes[i % partial_sums];
       EXPECT_BITS(px[point_block + at], points[i].x);
       EXPECT_BITS(py[point_block + at], points[i].y);
       EXPECT_BITS(z[at], points[i].z);

@@ -1,11 +1,11 @@
-// The quick chains of powers (poly/chains.h, poly/curve.cpp) round as the certain ones do. One power of a million is so
+// The quick chains of powers (poly/kernels/power_chains.inl, poly/curve.cpp) round as the certain ones do. One power of a million is so
 // close to the middle between two numbers that it would be rounded wrongly without a margin: it takes millions to see.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <vector>
 
-#include "poly/kernels.h"
+#include "poly/kernels/kernels.h"
 #include "support/bits.h"
 #include "support/random.h"
 #include "tessarn/poly.h"
@@ -13,7 +13,7 @@
 namespace {
 
 using tessarn::detail::point_block;
-using tessarn::detail::poly;
+using tessarn::detail::poly_kernels_in_use;
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr int rounds = 2000;  // which takes as long there
@@ -39,8 +39,8 @@ void expect_certain_powers(unsigned exponents, int tables, std::uint64_t seed) {
   for (int i = 0; i < tables; ++i) {
     draw_abscissas(random, certain);
     std::copy_n(certain.row[0], 2 * point_block, quick.row[0]);
-    poly().powers(most, certain.row[0]);
-    poly().powers(exponents, quick.row[0]);
+    poly_kernels_in_use().powers(most, certain.row[0]);
+    poly_kernels_in_use().powers(exponents, quick.row[0]);
     for (unsigned e = 2; e < exponents; ++e)
       for (std::size_t k = 0; k < point_block; ++k) {
         if (quick.row[e][k] != certain.row[e][k])
@@ -66,10 +66,10 @@ TEST(PowerDoubts, SumsOfPoints) {
     for (int i = 0; i < rounds / 10; ++i) {
       power_table certain;
       draw_abscissas(random, certain);
-      poly().powers(most, certain.row[0]);
+      poly_kernels_in_use().powers(most, certain.row[0]);
       std::vector<double> points(3 * point_block, 0.0), sums((exponents + (exponents + 1) / 2) * 8, 0.0), expected(sums);
       for (std::size_t k = 0; k < point_block; ++k) points[3 * k + 1] = certain.row[1][k];
-      ASSERT_EQ(poly().add_plane_points(points.data(), point_block, -1, exponents, sums.data()), point_block);
+      ASSERT_EQ(poly_kernels_in_use().add_plane_points(points.data(), point_block, -1, exponents, sums.data()), point_block);
       for (unsigned e = 1; e < exponents; ++e)
         for (std::size_t k = 0; k < point_block; ++k) expected[8 * e + k % 8] += certain.row[e][k];
       for (unsigned e = 1; e < exponents; ++e)
@@ -88,7 +88,7 @@ TEST(PowerDoubts, DerivativesAtOneAbscissa) {
     for (int i = 0; i < rounds / 12; ++i) {
       power_table certain;
       draw_abscissas(random, certain);
-      poly().powers(most, certain.row[0]);
+      poly_kernels_in_use().powers(most, certain.row[0]);
       for (std::size_t k = 0; k < point_block; ++k)
         ASSERT_EQ(p.func_1(certain.row[1][k]), certain.row[e][k] * (e + 1)) << test::hex(certain.row[1][k]) << ' ' << e;
     }

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include "core/isa.h"
-#include "poly/kernels.h"
+#include "poly/kernels/kernels.h"
+#include "simd/dispatch.h"
 
 namespace {
 
@@ -17,15 +17,10 @@ using tessarn::detail::poly_kernels;
 std::size_t points_given = 0;
 
 const poly_kernels& chosen() noexcept {
-#if defined(__x86_64__) || defined(_M_X64)
-  using tessarn::detail::isa;
-  switch (tessarn::detail::chosen_isa()) {
-    case isa::avx512: return tessarn::detail::avx512::poly_table;
-    case isa::avx2: return tessarn::detail::avx2::poly_table;
-    default: break;
-  }
-#endif
-  return tessarn::detail::baseline::poly_table;
+#define TESSARN_TABLE_OF(set) &tessarn::detail::set::poly_table,
+  static constexpr const poly_kernels* builds[] = {TESSARN_FOR_EACH_SET(TESSARN_TABLE_OF)};
+#undef TESSARN_TABLE_OF
+  return tessarn::detail::table_in_use(builds);
 }
 
 std::size_t add_plane_points(const double* points, std::size_t n, double marker, unsigned exponents, double* sums) {
@@ -41,7 +36,7 @@ bool unpack_plane(const double* points, double marker, double* x, double* y) {
 }  // namespace
 
 // In place of the library's own.
-const poly_kernels& tessarn::detail::poly() noexcept {
+const poly_kernels& tessarn::detail::poly_kernels_in_use() noexcept {
   static poly_kernels counting;
   counting = chosen();
   counting.add_plane_points = add_plane_points;

@@ -1,0 +1,13 @@
+#include "matrix/kernels/kernels.h"
+#include "simd/dispatch.h"
+
+namespace tessarn::detail {
+
+const matrix_kernels& matrix_kernels_in_use() noexcept {
+#define TESSARN_TABLE_OF(set) &set::matrix_table,
+  static constexpr const matrix_kernels* builds[] = {TESSARN_FOR_EACH_SET(TESSARN_TABLE_OF)};
+#undef TESSARN_TABLE_OF
+  return table_in_use(builds);
+}
+
+}  // namespace tessarn::detail

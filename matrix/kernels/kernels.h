@@ -1,0 +1,83 @@
+// The kernels of the matrix family, one table for each instruction set. They know arrays and counts, allocate
+// nothing and throw nothing; reals are passed as the doubles that they are in memory.
+#pragma once
+
+#include <stddef.h>
+
+#include "simd/sets.h"
+
+namespace tessarn::detail {
+
+// Products of matrices with no more rows and columns than this are computed without packed copies.
+constexpr size_t unpacked_limit = 96;
+
+struct matrix_kernels {
+  // c = a b, row-major, a rows x inner, b inner x columns: each entry the sum over k ascending from +0.0, a
+  // NaN stored as 0.0. workspace holds multiply_workspace(...) doubles, none up to the limit above.
+  void (*multiply)(const double* a, const double* b, double* c, size_t rows, size_t inner, size_t columns,
+                   double* workspace);
+  size_t (*multiply_workspace)(size_t rows, size_t inner, size_t columns);
+
+  // LU factorisation with partial pivoting of the n x n matrix w in rows of lu_stride(n) doubles, zero behind each row:
+  // its upper triangle is left in w, and b becomes the intermediate column L^-1 P b, each entry b - s with s summed
+  // ascending from +0.0 and under the NaN rule. False when a column of candidate pivots is exactly 0 - or when the
+  // factorisation meets a NaN, which spreads until a column of candidates has nothing else. w begins at a whole
+  // cache line; workspace holds lu_workspace(n) doubles.
+  bool (*factorise)(double* w, size_t n, double* b, double* workspace);
+  size_t (*lu_stride)(size_t n);
+  size_t (*lu_workspace)(size_t n);
+
+  // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, the
+  // factors left in the eliminated entries. Without the NaN rule. workspace holds elimination_workspace(n) doubles.
+  void (*eliminate)(double* w, size_t n, double* workspace);
+  size_t (*elimination_workspace)(size_t n);
+
+  // dst = the adjugate of the n x n matrix m; returns its determinant. Both without the NaN rule, n > 4. workspace
+  // begins at a whole cache line and holds adjugate_workspace(n) doubles.
+  double (*adjugate)(const double* m, size_t n, double* dst, double* workspace);
+  size_t (*adjugate_workspace)(size_t n);
+
+  // c = a b for n x n complex matrices whose entries lie three doubles apart, the imaginary part behind the real one,
+  // and before it something that is left alone; each entry the sum over k ascending from 0. c may be a or b, and
+  // a may be b. workspace holds complex_workspace(n) doubles.
+  void (*complex_multiply)(const double* a, const double* b, double* c, size_t n, double* workspace);
+  size_t (*complex_workspace)(size_t n);
+  // The same for n = 4, without a workspace.
+  void (*complex_multiply_four)(const double* a, const double* b, double* c);
+
+  // Forward elimination without pivoting from the pivots' columns on, rows x columns complex entries with the
+  // parts apart in rows of stride >= columns + 8; the factor of a zero pivot is 0.
+  void (*complex_eliminate)(double* re, double* im, size_t rows, size_t columns, size_t stride);
+
+  // result[c][d] = sum of a[k][c] a[k][d] and result[c][n] = sum of a[k][c] b[k] over the m rows ascending from +0.0,
+  // n rows of normal_stride(n); workspace holds normal_workspace(n) doubles.
+  void (*normal_equations)(const double* a, const double* b, size_t m, size_t n, double* result, double* workspace);
+  size_t (*normal_stride)(size_t n);
+  size_t (*normal_workspace)(size_t n);
+
+  // a = U S V', the singular value decomposition of a row-major m x n matrix: U m x n, V n x n, and the singular
+  // values descending on the diagonal of the n x n matrix S, of which nothing else is written. workspace holds
+  // decompose_workspace(m, n) doubles.
+  void (*decompose)(const double* a, size_t m, size_t n, double* U, double* S, double* V, double* workspace);
+  size_t (*decompose_workspace)(size_t m, size_t n);
+
+  // The passes of point-set matching over n points whose coordinates stand one after the other at a, a + 4, ...,
+  // each sum ascending from +0.0 and without the NaN rule. sums[0..2] and [3..5]: the coordinate sums of a and b.
+  void (*sum_points)(const double* a, const double* b, size_t n, double* sums);
+  // h[3 r + c] = sum of (b - cb)_r (a - ca)_c.
+  void (*sum_products)(const double* a, const double* b, size_t n, const double* ca, const double* cb, double* h);
+  // t[r] = sum of b_r - (((0 + R[r][0] a_0) + R[r][1] a_1) + R[r][2] a_2).
+  void (*sum_residuals)(const double* a, const double* b, size_t n, const double* R, double* t);
+};
+
+#define TESSARN_TABLE(set) \
+  namespace set {          \
+  extern const matrix_kernels matrix_table; \
+  }
+TESSARN_FOR_EACH_SET(TESSARN_TABLE)
+#undef TESSARN_TABLE
+
+// The table of the instruction set in use.
+const matrix_kernels& matrix_kernels_in_use() noexcept;
+
+}  // namespace tessarn::detail

@@ -1,0 +1,104 @@
+// Points of the library's classes in lanes. The first word of a point is its virtual table pointer, which is never used
+// as a number.
+#pragma once
+
+namespace tessarn::detail::TESSARN_ISA {
+
+#if TESSARN_VECTOR_LANES
+
+// The coordinates of as many points as there are lanes, from an array in which a point is three doubles, plane points
+// (*, x, y), or four, space points (*, x, y, z); * is the virtual table pointer.
+#if TESSARN_LANES == 8
+TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
+  const vec a = load(p), b = load(p + 8), c = load(p + 16);
+  x = __builtin_shufflevector(__builtin_shufflevector(a, b, 1, 4, 7, 10, 13, 0, 0, 0), c, 0, 1, 2, 3, 4, 8, 11, 14);
+  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 5, 8, 11, 14, 0, 0, 0), c, 0, 1, 2, 3, 4, 9, 12, 15);
+}
+TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
+  const vec a = load(p), b = load(p + 8), c = load(p + 16), d = load(p + 24);
+  const vec ab = __builtin_shufflevector(a, b, 1, 5, 9, 13, 2, 6, 10, 14);
+  const vec cd = __builtin_shufflevector(c, d, 1, 5, 9, 13, 2, 6, 10, 14);
+  x = __builtin_shufflevector(ab, cd, 0, 1, 2, 3, 8, 9, 10, 11);
+  y = __builtin_shufflevector(ab, cd, 4, 5, 6, 7, 12, 13, 14, 15);
+  z = __builtin_shufflevector(__builtin_shufflevector(a, b, 3, 7, 11, 15, 0, 0, 0, 0),
+                              __builtin_shufflevector(c, d, 3, 7, 11, 15, 0, 0, 0, 0), 0, 1, 2, 3, 8, 9, 10, 11);
+}
+#elif TESSARN_LANES == 4
+TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
+  const vec a = load(p), b = load(p + 4), c = load(p + 8);
+  x = __builtin_shufflevector(__builtin_shufflevector(a, b, 1, 4, 7, 0), c, 0, 1, 2, 6);
+  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 5, 0, 0), c, 0, 1, 4, 7);
+}
+TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
+  const vec a = load(p), b = load(p + 4), c = load(p + 8), d = load(p + 12);
+  const vec ab = __builtin_shufflevector(a, b, 1, 5, 3, 7), cd = __builtin_shufflevector(c, d, 1, 5, 3, 7);
+  x = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
+  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 6, 0, 0), __builtin_shufflevector(c, d, 2, 6, 0, 0), 0,
+                              1, 4, 5);
+  z = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
+}
+#else
+TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
+  x = vec{p[1], p[4]};
+  y = vec{p[2], p[5]};
+}
+TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
+  x = vec{p[1], p[5]};
+  y = vec{p[2], p[6]};
+  z = vec{p[3], p[7]};
+}
+#endif
+
+// Four lanes in every build: a space point as it lies in memory.
+typedef double quad __attribute__((vector_size(32), may_alias));
+typedef double unaligned_quad __attribute__((vector_size(32), aligned(8), may_alias));
+typedef int64_t quad_mask __attribute__((vector_size(32), may_alias));
+
+TESSARN_INLINE quad all_lanes(double v) { return quad{v, v, v, v}; }
+// (0, x, y, z) of the point whose first coordinate is at p; the word before it is the virtual table pointer.
+TESSARN_INLINE quad load_point(const double* p) {
+  const quad v = *reinterpret_cast<const unaligned_quad*>(p - 1);
+  return (quad)((quad_mask)v & quad_mask{0, -1, -1, -1});
+}
+TESSARN_INLINE void store_point(double* p, quad v) {
+  p[0] = v[1];
+  p[1] = v[2];
+  p[2] = v[3];
+}
+
+#else
+
+TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
+  x = p[1];
+  y = p[2];
+}
+TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
+  x = p[1];
+  y = p[2];
+  z = p[3];
+}
+
+struct quad {
+  double lane[4];
+  double operator[](size_t i) const { return lane[i]; }
+};
+TESSARN_INLINE quad operator+(quad a, quad b) {
+  return {{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]}};
+}
+TESSARN_INLINE quad operator-(quad a, quad b) {
+  return {{a[0] - b[0], a[1] - b[1], a[2] - b[2], a[3] - b[3]}};
+}
+TESSARN_INLINE quad operator*(quad a, quad b) {
+  return {{a[0] * b[0], a[1] * b[1], a[2] * b[2], a[3] * b[3]}};
+}
+TESSARN_INLINE quad all_lanes(double v) { return {{v, v, v, v}}; }
+TESSARN_INLINE quad load_point(const double* p) { return {{0, p[0], p[1], p[2]}}; }
+TESSARN_INLINE void store_point(double* p, quad v) {
+  p[0] = v[1];
+  p[1] = v[2];
+  p[2] = v[3];
+}
+
+#endif
+
+}  // namespace tessarn::detail::TESSARN_ISA
