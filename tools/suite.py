@@ -188,10 +188,8 @@ def show(output):
     """The output of a test that failed, without the lines of GoogleTest's tests that passed."""
     kept = []
     for line in output.splitlines():
-        if re.match(r"\[       OK \]", line):
-            while kept and not kept[-1].startswith("[ RUN      ]"):
-                kept.pop()
-            kept[-1:] = []
+        if line.startswith("[       OK ]") and kept and kept[-1].startswith("[ RUN      ]"):
+            kept.pop()
         elif not re.match(r"\[-{10}\]|\s*$", line):
             kept.append(line)
     for line in kept[-LONGEST_OUTPUT:]:

@@ -4,6 +4,8 @@
 #   check_module.sh called NAMES CLIENT...             the clients together import every public and protected member
 #   check_module.sh imports MODULE                     nothing beyond the kernel library and the C and C++ run-times
 #   check_module.sh no_fused MODULE                    no fused multiply-add
+#   check_module.sh no_paths MODULE PDB SOURCES        no path below the sources in the module and its debug information
+#   check_module.sh debug_run_time SOURCES BUILD       callers with the debug run-time are refused, with the reason
 #   check_module.sh kernels LIST                       kernel objects define their own namespace only
 #   check_module.sh baseline LIST                      the other objects use no wide registers
 #   check_module.sh no_initialisers LIST               no object has start-up code
@@ -36,6 +38,39 @@ case $what in
     [ -n "$libraries" ] || fail "no imports found"
     echo "$libraries"
     ! grep -vE '^(KERNEL32\.dll|VCRUNTIME140\.dll|api-ms-win-crt-[a-z]+-l1-1-0\.dll)$' <<<"$libraries" || fail "not allowed" ;;
+  no_paths)
+    grep -aqF tessarn.natvis "$1" || fail "$1 is no debug information"
+    for file in "$first" "$1"; do
+      for encoding in s l; do
+        ! strings -a "-e$encoding" "$file" | grep -m5 -F -e "$2" -e "${2//\//\\}" || fail "in $file"
+      done
+    done
+    echo "no path below $2" ;;
+  debug_run_time)
+    work=$(mktemp -d)
+    trap 'rm -rf "$work"' EXIT
+    # The compiler and its options, as the clients of this build have them.
+    compile=$(grep -m1 -E '^  FLAGS = ' <(grep -A8 'build windows/CMakeFiles/cplx_client.dir' "$1/build.ninja") | sed 's/^  FLAGS = //; s/ -MD / /')
+    echo '#include <tessarn/tessarn.h>' >"$work/caller.cpp"
+    caller() { eval "$(tool clang-cl) --target=x86_64-pc-windows-msvc $compile -I$first/include /c /Fo$work/$1.obj $work/caller.cpp ${*:2}" 2>&1; }
+    refusal=$(caller module /MDd) && fail "compiled with the debug run-time for the Release module"
+    grep -F "/MDd with the Release module of Tessarn" <<<"$refusal" || fail "no reason given: $refusal"
+    caller module /MD || fail "refused with /MD"
+    caller module /MDd -DTESSARN_DEBUG_MODULE || fail "refused with the Debug module"
+    # The static library's objects tell the linker which run-time they are for.
+    caller release /MD -DTESSARN_STATIC
+    caller debug /MDd -DTESSARN_STATIC
+    refusal=$("$(tool lld-link)" /dll /noentry /nodefaultlib /force:unresolved "/out:$work/x.dll" "$work/release.obj" "$work/debug.obj" 2>&1) &&
+      fail "linked with two run-times"
+    grep -F "mismatch detected for 'tessarn: run-time library'" <<<"$refusal" || fail "no reason given: $refusal"
+    # The package refuses a Debug build that takes the debug run-time.
+    cmake --install "$1" --prefix "$work/prefix" >/dev/null
+    printf 'cmake_minimum_required(VERSION 3.22)\nproject(caller LANGUAGES NONE)\nfind_package(tessarn REQUIRED)\n' >"$work/CMakeLists.txt"
+    configured() { cmake -S "$work" -B "$work/$1" -DCMAKE_BUILD_TYPE="$1" -Dtessarn_DIR="$work/prefix/lib/cmake/tessarn" "${@:2}" 2>&1; }
+    refusal=$(configured Debug) && fail "a Debug build took the Release module"
+    tr -s '\n ' ' ' <<<"$refusal" | grep -o 'this package of tessarn holds the Release module alone' || fail "no reason given: $refusal"
+    configured Debug -DCMAKE_MSVC_RUNTIME_LIBRARY=MultiThreadedDLL >"$work/log" || fail "refused with /MD: $(cat "$work/log")"
+    configured Release >"$work/log" || fail "refused in Release: $(cat "$work/log")" ;;
   no_fused)
     listing=$("$(tool llvm-objdump)" -d --no-show-raw-insn "$first")
     for register in xmm ymm zmm; do

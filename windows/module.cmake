@@ -11,10 +11,20 @@ set_target_properties(tessarn PROPERTIES
 
 if(MSVC)
   # The same input gives the same file, without the paths of this machine; the debug information lies beside it.
-  target_link_options(tessarn PRIVATE /debug /opt:ref /opt:icf /Brepro /pdbaltpath:%_PDB%
-                      /natvis:${PROJECT_SOURCE_DIR}/tools/tessarn.natvis)
-  target_compile_options(tessarn_objects PRIVATE /Z7)
+  set(natvis ${PROJECT_SOURCE_DIR}/tools/tessarn.natvis)
+  set(options /Z7)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    list(APPEND options /clang:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=/tessarn /clang:-fdebug-compilation-dir=.
+         /clang:-gno-codeview-command-line)
+    if(CMAKE_GENERATOR STREQUAL "Ninja" AND PROJECT_IS_TOP_LEVEL)  # links in the build folder, whose parts need no path
+      target_link_options(tessarn PRIVATE /pdbsourcepath:/tessarn/build)
+      file(RELATIVE_PATH natvis ${PROJECT_BINARY_DIR} ${natvis})
+      string(REPLACE "${PROJECT_BINARY_DIR}/" "" CMAKE_SHARED_LINKER_FLAGS "${CMAKE_SHARED_LINKER_FLAGS}")
+    endif()
+  endif()
+  target_link_options(tessarn PRIVATE /debug /opt:ref /opt:icf /Brepro /pdbaltpath:%_PDB% /natvis:${natvis})
+  target_compile_options(tessarn_objects PRIVATE "${options}")
   foreach(set ${TESSARN_INSTRUCTION_SETS})
-    target_compile_options(tessarn_objects_${set} PRIVATE /Z7)
+    target_compile_options(tessarn_objects_${set} PRIVATE "${options}")
   endforeach()
 endif()

@@ -19,6 +19,8 @@ add_test(NAME module/exported_names COMMAND ${here}/exported_names.sh ${module} 
 add_test(NAME module/documented_members COMMAND ${check} documented ${names} ${here}/documented_members.txt)
 add_test(NAME module/every_member_called COMMAND ${check} called ${names} ${clients})
 add_test(NAME module/imports COMMAND ${check} imports ${module})
+add_test(NAME module/no_paths COMMAND ${check} no_paths ${module} $<TARGET_PDB_FILE:tessarn> ${PROJECT_SOURCE_DIR})
+add_test(NAME module/debug_run_time COMMAND ${check} debug_run_time ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
 add_test(NAME module/no_fused COMMAND ${check} no_fused ${module})
 add_test(NAME module/kernels COMMAND ${check} kernels ${lists}/kernels.txt)
 add_test(NAME module/baseline COMMAND ${check} baseline ${lists}/baseline.txt)

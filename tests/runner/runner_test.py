@@ -127,8 +127,9 @@ class Counting(unittest.TestCase):
         self.comes_to(0, 5, 0)
 
     def test_a_bad_end_after_good_tests_is_a_failure(self):
-        self.folder.google("p", GOOD * 4, "echo leaked; exit 23")
+        self.folder.google("p", GOOD * 4, "echo '[ RUN      ] S.t1'; echo misread; echo '[       OK ] S.t1'; echo leaked; exit 23")
         self.comes_to(4, 1, 0)
+        self.assertIn("misread", self.folder.said.getvalue())
         self.assertIn("leaked", self.folder.said.getvalue())
 
     def test_failures_behind_a_good_end_count(self):
