@@ -1,6 +1,6 @@
 // Writes the operations with their inputs and result bits to a file, or repeats those of a file and compares:
 //   replay write FILE [DIVISOR]      DIVISOR: only so much of the cases
-//   replay check FILE [SET]          SET: baseline, avx2 or avx512, in programs that have the static library
+//   replay check FILE [SET]          SET: a name of simd/sets.h, in programs that have the static library
 //
 // Equal bits are demanded of every result. Where sin, cos, asin or acos take part, whose last bit depends on the C
 // library, a result may differ if it is what the documented formula gives with this C library, bit for bit, and
