@@ -35,6 +35,9 @@ if(MSVC AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSIO
 endif()
 
 include(cmake/instruction_sets.cmake)
+if(TESSARN_SCALAR_LANES)
+  target_compile_definitions(tessarn_flags INTERFACE TESSARN_SCALAR_LANES)
+endif()
 
 if(TESSARN_SANITIZE)
   add_compile_options(-fsanitize=${TESSARN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -17,6 +17,8 @@ TESSARN_INLINE vec lane_numbers() { return 0; }
 TESSARN_INLINE vec absolute(vec v) { return fabs(v); }
 TESSARN_INLINE vec select(mask m, vec a, vec b) { return m ? a : b; }
 TESSARN_INLINE vec without_nan(vec v) { return v == v ? v : 0.0; }
+// Comparisons of plain numbers are bool, whose own ~ is never 0.
+TESSARN_INLINE mask complement(bool m) { return m ? 0 : -1; }
 TESSARN_INLINE bool none(mask m) { return m == 0; }
 TESSARN_INLINE vec square_root(vec v) { return sqrt(v); }
 

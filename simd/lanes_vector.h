@@ -46,6 +46,8 @@ TESSARN_INLINE vec select(mask m, vec a, vec b) {
 }
 // v with every NaN replaced by +0.0.
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
+// Set where m is not.
+TESSARN_INLINE mask complement(mask m) { return ~m; }
 // Whether m is nowhere set.
 TESSARN_INLINE bool none(mask m) {
 #if TESSARN_LANES == 8

@@ -240,8 +240,8 @@ bool one_sign(const double* cof, size_t count, double first, double step) {
     for (size_t v = 0; v < value_vectors; ++v) at[v] = start + load(lane + v * width);
     value_group(cof, count, at);
     for (size_t v = 0; v < value_vectors; ++v) {
-      not_above |= ~(at[v] > vec{});
-      not_below |= ~(at[v] < vec{});
+      not_above |= complement(at[v] > vec{});
+      not_below |= complement(at[v] < vec{});
     }
   }
   return none(not_above) || none(not_below);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the library and the replay program with another compiler and repeats the operations of a file.
-# usage: with_compiler.sh SOURCE_DIR COMPILER FILE
+# usage: with_compiler.sh SOURCE_DIR COMPILER FILE [OPTION_OF_CMAKE...]
 set -euo pipefail
 case $(basename "$2") in
   clang++-14) level=-O1 ;;
@@ -9,6 +9,6 @@ esac
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cmake -S "$1" -B "$work" -G Ninja -DCMAKE_CXX_COMPILER="$2" -DCMAKE_CXX_FLAGS_RELEASE=$level -DTESSARN_TESTS=OFF \
-      -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF >/dev/null
+      -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF "${@:4}" >/dev/null
 cmake --build "$work" --target replay >/dev/null
 "$work/tests/replay/replay" check "$3"
