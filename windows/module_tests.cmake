@@ -13,7 +13,7 @@ endforeach()
 set(lists ${CMAKE_CURRENT_BINARY_DIR})
 file(GENERATE OUTPUT ${lists}/objects.txt CONTENT "$<JOIN:${objects},\n>\n")
 file(GENERATE OUTPUT ${lists}/kernels.txt CONTENT "$<JOIN:${kernels},\n>\n")
-file(GENERATE OUTPUT ${lists}/baseline.txt CONTENT "$<JOIN:${objects},\n>\n$<TARGET_OBJECTS:tessarn_objects_baseline>\n")
+file(GENERATE OUTPUT ${lists}/baseline.txt CONTENT "$<JOIN:${objects},\n>\n$<JOIN:$<TARGET_OBJECTS:tessarn_objects_baseline>,\n>\n")
 
 add_test(NAME module/exported_names COMMAND ${here}/exported_names.sh ${module} ${names})
 add_test(NAME module/documented_members COMMAND ${check} documented ${names} ${here}/documented_members.txt)
