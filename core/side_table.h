@@ -1,8 +1,8 @@
 // What the library knows of arrays whose objects have no room for it: a table from the address of an array to a small
 // value. Many arrays have no entry, and to learn so takes one atomic load.
 //
-// Tables are constant-initialised and never destroyed: they serve objects of every age. A table without entries holds no
-// memory.
+// Tables are constant-initialised and never destroyed: they serve objects of every age. A table without entries holds
+// no memory.
 //
 // The table is cut into parts by the address, each with its number of entries and its lock. An entry is made, changed
 // and erased under the lock. The number changes by read-modify-write operations with release order alone, so whoever

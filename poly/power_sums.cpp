@@ -25,7 +25,8 @@ void block_powers(unsigned exponents, double* powers) {
 }
 
 power_sums::power_sums(unsigned exponents)
-    : exponents_(exponents), length_(checked_product(checked_sum(static_cast<std::size_t>(exponents), (exponents + 1) / 2), partial_sums)) {
+    : exponents_(exponents),
+      length_(checked_product(checked_sum(std::size_t{exponents}, exponents - exponents / 2), partial_sums)) {
   if (length_ > std::size(few_sums_)) {
     many_sums_ = allocate(length_);
     sums_ = as_doubles(many_sums_.get());

@@ -182,8 +182,8 @@ bool is_straight(const real* cof, tessarn::slong n) {
 }
 
 // The number of samples from a to b at the distance h: the low 32 bits of the truncated (b - a)/h + 1. Where that is
-// negative, since the bounds are in the wrong order, they would be thousands of millions of samples far outside: there is
-// no such array.
+// negative, since the bounds are in the wrong order, they would be thousands of millions of samples far outside: there
+// is no such array.
 tessarn::ulong sample_count(real a, real b, real h) {
   const real n = (b - a) / h + 1;
   constexpr real limit = static_cast<real>(9223372036854775808.0);
@@ -227,10 +227,10 @@ real binom::find_extrpoint_arc(real a, real b, real step, real eps) {
   return (a + b) * half;
 }
 
-// Every search that starts at an extreme point finds the next one, so one walk along their chain visits
-// all that nested searches would visit, and the first of largest magnitude is the same. Nested searches never end where
-// the derivative of the curvature is exactly 0 at their start, which they find again: the walk goes on at the next point
-// of the grid then, but not on a straight line, where there is nothing else.
+// Every search that starts at an extreme point finds the next one, so one walk along their chain visits all that nested
+// searches would visit, and the first of largest magnitude is the same. Nested searches never end where the derivative
+// of the curvature is exactly 0 at their start, which they find again: the walk goes on at the next point of the grid
+// then, but not on a straight line, where there is nothing else.
 real binom::find_high_hpoint_arc(real a, real b, real step, real eps) {
   real x = find_extrpoint_arc(a, b, step, eps);
   if (x == not_found) return not_found;

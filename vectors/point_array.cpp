@@ -37,7 +37,8 @@ __attribute__((no_sanitize("address"), noinline))
 #elif defined(_MSC_VER)
 __declspec(no_sanitize_address, noinline)
 #endif
-std::size_t element_count(const vector* points) noexcept {
+std::size_t
+element_count(const vector* points) noexcept {
   return reinterpret_cast<const std::size_t*>(points)[-1];
 }
 

@@ -12,9 +12,9 @@
 
 namespace {
 
+using tessarn::ulong;
 using test::live_blocks;
 using test::requested_bytes;
-using tessarn::ulong;
 
 vector point(ulong i) { return vector(static_cast<tessarn::real>(i), -static_cast<tessarn::real>(i)); }
 

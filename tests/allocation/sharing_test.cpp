@@ -274,10 +274,12 @@ TYPED_TEST(Sharing, Threads) {
   for (int repeat = 0; repeat < 3; ++repeat) {
     std::vector<TypeParam> given;
     for (int i = 0; i < threads * 8; ++i) given.push_back(TestFixture::of(i % 8));
-    for (int i = 8; i < threads * 8; ++i) given[static_cast<std::size_t>(i)] = TypeParam(given[static_cast<std::size_t>(i % 8)]);
+    for (int i = 8; i < threads * 8; ++i)
+      given[static_cast<std::size_t>(i)] = TypeParam(given[static_cast<std::size_t>(i % 8)]);
     std::vector<std::thread> running;
     for (int t = 0; t < threads; ++t) {
-      std::vector<TypeParam> own(std::make_move_iterator(given.begin() + t * 8), std::make_move_iterator(given.begin() + t * 8 + 8));
+      std::vector<TypeParam> own(std::make_move_iterator(given.begin() + t * 8),
+                                 std::make_move_iterator(given.begin() + t * 8 + 8));
       running.emplace_back([own = std::move(own), &wrong]() mutable {
         for (int i = 0; i < rounds; ++i) {
           const auto k = static_cast<std::size_t>(i % 8);
@@ -329,8 +331,10 @@ TEST(SideTable, AgreesWithAPlainList) {
       case 0:
       case 1:
         table.change(key, [&](int& v) { v += step; });
-        if (there) at->second += step;
-        else model.emplace_back(key, step);
+        if (there)
+          at->second += step;
+        else
+          model.emplace_back(key, step);
         break;
       case 2: {
         int seen = -1;
