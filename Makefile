@@ -1,9 +1,19 @@
 # Each command installs what it needs (as root or with sudo), builds, and does its job.
-.PHONY: demo test bench windows docs fuzz package
-demo: ; @tools/install.sh build demo && cmake --preset demo && cmake --build --preset demo --target demo
-test: ; @tools/install.sh build demo test windows && tools/test.sh
-bench: ; @tools/install.sh build bench && cmake --preset bench && cmake --build --preset bench --target bench
-windows: ; @tools/install.sh build windows && windows/build.sh
-docs: ; @tools/install.sh build docs && tools/docs.sh
-fuzz: ; @tools/install.sh build fuzz && tools/fuzz.sh
-package: ; @tools/install.sh build windows && windows/package.sh
+.PHONY: help demo test check bench windows docs fuzz package
+help: ; @sed -n 's/^\([a-z]*\):.*## /make \1	/p' Makefile
+demo: ## run the examples on reference and simulated data; reports and pictures go to build/demo/
+	@tools/install.sh build demo && cmake --preset demo && cmake --build --preset demo --target demo
+test: ## every test: each instruction set, valgrind, sanitizers, the Windows modules under Wine
+	@tools/install.sh build demo test windows && tools/test.sh
+check: ## the short one: links, arrows of the includes, lint of changed files, the unit tests of one build
+	@tools/install.sh build demo test check && tools/check.sh
+bench: ## time the library beside its peers
+	@tools/install.sh build bench && cmake --preset bench && cmake --build --preset bench --target bench
+windows: ## the Windows modules for callers of Microsoft's C++ ABI and for MinGW-w64
+	@tools/install.sh build windows && windows/build.sh
+docs: ## the reference manual, into build/docs/
+	@tools/install.sh build docs && tools/docs.sh
+fuzz: ## the fuzz targets, 60 seconds in all (FUZZ_SECONDS=600 for more)
+	@tools/install.sh build fuzz && tools/fuzz.sh
+package: ## the archive for Windows callers
+	@tools/install.sh build windows && windows/package.sh

@@ -6,6 +6,7 @@ declare -A groups=(
   [build]="g++ cmake ninja-build make"
   [demo]="libcli11-dev gnuplot-nox fonts-dejavu-core"
   [test]="libgtest-dev libmpfr-dev libgmp-dev liblapacke-dev libeigen3-dev clang-14 clang-22 pkg-config binutils gdb valgrind python3"
+  [check]="clang-tidy-14"
   [coverage]="gcovr"
   [windows]="clang-22 lld-22 llvm-22 libc++-22-dev libwine-dev wine wine64 wine64-preloader g++-mingw-w64-x86-64-posix libgtest-dev libeigen3-dev zip unzip python3"
   [bench]="libbenchmark-dev libeigen3-dev libopenblas-dev liblapacke-dev libgsl-dev libboost-math-dev libcgal-dev gnuplot-nox python3"

@@ -1,7 +1,7 @@
 #!/bin/sh
-# Puts what the programs print, the first program and the picture into README.md: update_readme.sh [DEMO],
-# where DEMO is what `make demo` left (build/demo). With --check DEMO it changes nothing and fails when
-# the README shows something else.
+# Puts what the programs print, the first program and the picture into README.md and docs/accuracy.md:
+# update_readme.sh [DEMO], where DEMO is what `make demo` left (build/demo). With --check DEMO it changes nothing and
+# fails when a page shows something else.
 set -eu
 
 top=$(cd "$(dirname "$0")/.." && pwd)
@@ -19,30 +19,36 @@ content() {
     output) cat "$demo/first.txt" ;;
     table) sed '1,2d' "$demo/digits.txt" ;;
     water) sed -n '/^maximum/,/accepted/p' "$demo/water.txt" ;;
-    *) echo "README.md: unknown place: $1" >&2; exit 1 ;;
+    *) echo "unknown place: $1" >&2; exit 1 ;;
   esac
 }
 
-skipping=no
-while IFS= read -r line; do
-  case $line in
-    "<!-- begin "*)
-      place=${line#<!-- begin }
-      place=${place% -->}
-      echo "$line"
-      if [ "$place" = program ]; then echo '```cpp'; else echo '```'; fi
-      content "$place"
-      echo '```'
-      skipping=yes ;;
-    "<!-- end "*) skipping=no; echo "$line" ;;
-    *) [ $skipping = yes ] || printf '%s\n' "$line" ;;
-  esac
-done < "$top/README.md" > "$new"
+# The page with its marked places filled.
+filled() {
+  skipping=no
+  while IFS= read -r line; do
+    case $line in
+      "<!-- begin "*)
+        place=${line#<!-- begin }
+        place=${place% -->}
+        echo "$line"
+        if [ "$place" = program ]; then echo '```cpp'; else echo '```'; fi
+        content "$place"
+        echo '```'
+        skipping=yes ;;
+      "<!-- end "*) skipping=no; echo "$line" ;;
+      *) [ $skipping = yes ] || printf '%s\n' "$line" ;;
+    esac
+  done < "$1"
+}
 
-if [ $check = yes ]; then
-  diff -u "$top/README.md" "$new" && exit 0
-  echo "README.md differs from the output of the programs; run tools/update_readme.sh after make demo"
-  exit 1
-fi
-cmp -s "$new" "$top/README.md" || cat "$new" > "$top/README.md"
-cmp -s "$demo/water.svg" "$top/docs/pictures/water.svg" || cp "$demo/water.svg" "$top/docs/pictures/water.svg"
+for page in README.md docs/accuracy.md; do
+  filled "$top/$page" > "$new"
+  if [ $check = yes ]; then
+    diff -u "$top/$page" "$new" && continue
+    echo "$page differs from the output of the programs; run tools/update_readme.sh after make demo"
+    exit 1
+  fi
+  cmp -s "$new" "$top/$page" || cat "$new" > "$top/$page"
+done
+[ $check = yes ] || cmp -s "$demo/water.svg" "$top/docs/pictures/water.svg" || cp "$demo/water.svg" "$top/docs/pictures/water.svg"
