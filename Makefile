@@ -1,6 +1,6 @@
 # Each command installs what it needs (as root or with sudo), builds, and does its job.
 .PHONY: help demo test check bench windows docs fuzz package
-help: ; @sed -n 's/^\([a-z]*\):.*## /make \1	/p' Makefile
+help: ; @sed -n 's/^\([a-z]*\): ## /make \1	/p' Makefile
 demo: ## run the examples on reference and simulated data; reports and pictures go to build/demo/
 	@tools/install.sh build demo && cmake --preset demo && cmake --build --preset demo --target demo
 test: ## every test: each instruction set, valgrind, sanitizers, the Windows modules under Wine
