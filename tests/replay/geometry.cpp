@@ -110,6 +110,7 @@ const operation table[] = {
     ONE("plane copy", n, plane, plane b(a); out.put(b)),
     INTO("plane =", n, plane, plane, out.put(a = b); out.put(a)),
     TWO("plane ==", n, plane, plane, out.put(a == b); out.put(a == a)),
+    TWO("plane distance", n, plane, vector3d, out.put(a.distance(b))),
     {"plane rotate", n, rotate, plain_rotate},
     {"plane cross plane", n, cross_planes<plane>, nullptr},
     {"plane cross plane const", n, cross_planes<const plane>, nullptr},

@@ -16,6 +16,7 @@ const operation table[] = {
     REPLAY("vectormat empty", 60, vectormat a = draw<vectormat>(in); a.empty(); out.put(a)),
     INTO("vectormat add", n, vectormat, vector, a.add(b); if (a.count > 3) a.add(a.points[2]); out.put(a)),
     INTO("vectormat += vector", n, vectormat, vector, a += b; out.put(a)),
+    INTO("vectormat append, reserve", n, vectormat, vectormat, a.append(b); a.reserve(a.count + 5); out.put(a)),
     REPLAY("vectormat del", n, vectormat a = draw<vectormat>(in); a.del(static_cast<tessarn::ulong>(in.integer(0, 33))); out.put(a)),
     REPLAY("vectormat -= index", n, vectormat a = draw<vectormat>(in); a -= static_cast<tessarn::ulong>(in.integer(0, 33)); out.put(a)),
     REPLAY("vectormat *=", n, vectormat a = draw<vectormat>(in); a *= in.any(); out.put(a)),

@@ -83,6 +83,7 @@ const operation real_mat_table[] = {
     PRODUCT("mat * mat", 2 * n, ),
     PRODUCT("mat * mat const", 2 * n, const),
     MATRIX("mat * real", n, real_mat, 40, out.put(a * in.any())),
+    MATRIX("real * mat", n, real_mat, 40, out.put(in.any() * a)),
     MATRIX("mat / real", n, real_mat, 40, out.put(a / in.any())),
     PAIR("mat ==", n, 8, out.put(a == b); out.put(a == a)),
     PAIR("mat !=", n, 8, out.put(a != b); out.put(a != a)),
