@@ -51,10 +51,22 @@ constexpr golden wanted[] = {
     {520, 6, 0x4044ea68b3916b92, 0x40423f66227a7db2, 0x77149445b41b0e3c},
 };
 
-TEST_EVERY_BUILD(DecomposeGolden, BitsOfTheChosenOrder) {
+// The same with entries times 2^-390 and 2^390, where columns and rows are scaled before their squares are summed.
+constexpr golden wanted_small[] = {
+    {5, 9, 0x27c262dc01efbc50, 0x2798b45cba05ba69, 0x3988898d5fc644c},
+    {12, 90, 0x27d54b6e70288825, 0x27c710d72400d700, 0xb9cebe930e3a2d04},
+};
+constexpr golden wanted_large[] = {
+    {5, 9, 0x588262dc01efbc50, 0x5858b45cba05ba69, 0xe05e62447f6a5f51},
+    {12, 90, 0x58954b6e70288825, 0x588710d72400d700, 0x95f40e6d26843938},
+};
+
+template <std::size_t N>
+void expect_golden(const golden (&all)[N], int exponent) {
   random_source random(191);
-  for (const golden& g : wanted) {
-    const plain::matrix a = random_matrix(g.width, g.height, random, entries::ordinary);
+  for (const golden& g : all) {
+    plain::matrix a = random_matrix(g.width, g.height, random, entries::ordinary);
+    for (double& v : a.data) v = std::ldexp(v, exponent);
     const parts p = decomposed(a);
     ASSERT_LE(columns_off(p.v), 1e-12);
     bit_hash hash;
@@ -67,6 +79,12 @@ TEST_EVERY_BUILD(DecomposeGolden, BitsOfTheChosenOrder) {
         << std::hex << "{" << std::dec << g.width << ", " << g.height << std::hex << ", 0x" << bits_of(p.s.get(0, 0))
         << ", 0x" << bits_of(p.s.get(last, last)) << ", 0x" << hash.value() << "},";
   }
+}
+
+TEST_EVERY_BUILD(DecomposeGolden, BitsOfTheChosenOrder) {
+  expect_golden(wanted, 0);
+  expect_golden(wanted_small, -390);
+  expect_golden(wanted_large, 390);
 }
 
 // Where squares lose their digits the sweeps do not converge and end after the thirtieth. The kernel is called as it is,

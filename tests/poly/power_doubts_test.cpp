@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
+#include "core/power.h"
 #include "poly/kernels/kernels.h"
 #include "support/bits.h"
 #include "support/random.h"
@@ -76,6 +78,27 @@ TEST(PowerDoubts, SumsOfPoints) {
         for (std::size_t k = 0; k < 8; ++k) ASSERT_EQ(sums[8 * e + k], expected[8 * e + k]) << exponents << ' ' << e;
     }
   }
+}
+
+// Near the ends of the range in which chains are safe: what is added is a power, or left to be added by other means.
+TEST(PowerDoubts, NearTheEndsOfTheRange) {
+  test::random_source random(155);
+  int added_at_once = 0;
+  for (unsigned exponents = 5; exponents <= 15; exponents += 2) {
+    for (int i = 0; i < rounds / 10; ++i) {
+      const int limit = static_cast<int>(960 / exponents) + static_cast<int>(random.below(7)) - 2;
+      double points[24] = {};
+      for (int k = 0; k < 8; ++k)
+        points[3 * k + 1] = std::ldexp(random.uniform(1, 2), random.below(4) ? -limit : limit - 1);
+      std::vector<double> sums((exponents + (exponents + 1) / 2) * 8, 0.0);
+      if (poly_kernels_in_use().add_plane_points(points, 8, -1, exponents, sums.data()) < 8) continue;
+      ++added_at_once;
+      for (unsigned e = 1; e < exponents; ++e)
+        for (std::size_t k = 0; k < 8; ++k)
+          ASSERT_EQ(sums[8 * e + k], tessarn::detail::power(points[3 * k + 1], e)) << test::hex(points[3 * k + 1]) << ' ' << e;
+    }
+  }
+  EXPECT_GT(added_at_once, 1000);
 }
 
 // The chain of a single abscissa, by the derivative of x^(e + 1).
