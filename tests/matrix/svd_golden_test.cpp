@@ -1,5 +1,5 @@
-// What the plain form cannot show of the singular value decomposition: the chosen order of its sums, and the end of its
-// sweeps.
+// What the plain form cannot show of the singular value decomposition: the chosen order of its
+// sums, and the end of its sweeps.
 #include <cstdint>
 
 #include "plain/decompose.h"
@@ -30,11 +30,12 @@ struct golden {
   u32 width, height;
   std::uint64_t largest;  // the bits of the largest singular value
   std::uint64_t smallest;
-  std::uint64_t all;      // a hash of U, S and V
+  std::uint64_t all;  // a hash of U, S and V
 };
 
-// The order inside the sums is free, but it is the same everywhere and from version to version. Written by
-// this test, after the decompositions had been found right; a new order needs new numbers.
+// The order inside the sums is free, but it is the same everywhere and from version to version.
+// Written by this test, after the decompositions had been found right; a new order needs new
+// numbers.
 constexpr golden wanted[] = {
     {3, 2, 0x400fc3e6d232c95e, 0x400a60ec9120fa49, 0x10d45fefed823cc3},
     {3, 7, 0x401a56c45844e23a, 0x40061f08db250912, 0x67829c76e335647},
@@ -51,7 +52,8 @@ constexpr golden wanted[] = {
     {520, 6, 0x4044ea68b3916b92, 0x40423f66227a7db2, 0x77149445b41b0e3c},
 };
 
-// The same with entries times 2^-390 and 2^390, where columns and rows are scaled before their squares are summed.
+// The same with entries times 2^-390 and 2^390, where columns and rows are scaled before their
+// squares are summed.
 constexpr golden wanted_small[] = {
     {5, 9, 0x27c262dc01efbc50, 0x2798b45cba05ba69, 0x3988898d5fc644c},
     {12, 90, 0x27d54b6e70288825, 0x27c710d72400d700, 0xb9cebe930e3a2d04},
@@ -76,8 +78,9 @@ void expect_golden(const golden (&all)[N], int exponent) {
     const u32 last = std::min(g.width, g.height) - 1;
     EXPECT_TRUE(bits_of(p.s.get(0, 0)) == g.largest && bits_of(p.s.get(last, last)) == g.smallest &&
                 hash.value() == g.all)
-        << std::hex << "{" << std::dec << g.width << ", " << g.height << std::hex << ", 0x" << bits_of(p.s.get(0, 0))
-        << ", 0x" << bits_of(p.s.get(last, last)) << ", 0x" << hash.value() << "},";
+        << std::hex << "{" << std::dec << g.width << ", " << g.height << std::hex << ", 0x"
+        << bits_of(p.s.get(0, 0)) << ", 0x" << bits_of(p.s.get(last, last)) << ", 0x"
+        << hash.value() << "},";
   }
 }
 
@@ -87,22 +90,23 @@ TEST_EVERY_BUILD(DecomposeGolden, BitsOfTheChosenOrder) {
   expect_golden(wanted_large, 390);
 }
 
-// Where squares lose their digits the sweeps do not converge and end after the thirtieth. The kernel is called as it is,
-// since decompose() gives it no such entries.
+// Where squares lose their digits the sweeps do not converge and end after the thirtieth. The
+// kernel is called as it is, since decompose() gives it no such entries.
 TEST_EVERY_BUILD(DecomposeGolden, ThirtySweeps) {
   random_source random(192);
   int fewer = 0, more = 0;
   for (int round = 0; round < 3000; ++round) {
     plain::matrix a = random_matrix(2, 2 + random.below(4), random, entries::ordinary);
     for (double& v : a.data) v = std::ldexp(v, -539 + round % 3);
-    const plain::decomposition want = plain::decompose(a), early = plain::decompose(a, 29), late = plain::decompose(a, 31);
+    const plain::decomposition want = plain::decompose(a), early = plain::decompose(a, 29),
+                               late = plain::decompose(a, 31);
     fewer += !std::equal(want.u.data.begin(), want.u.data.end(), early.u.data.begin(), same_bits);
     more += !std::equal(want.u.data.begin(), want.u.data.end(), late.u.data.begin(), same_bits);
     plain::decomposition got{plain::matrix(2, a.height), plain::matrix(2, 2), plain::matrix(2, 2)};
     const auto& kernels = tessarn::detail::matrix_kernels_in_use();
     std::vector<double> workspace(kernels.decompose_workspace(a.height, 2));
-    kernels.decompose(a.data.data(), a.height, 2, got.u.data.data(), got.s.data.data(), got.v.data.data(),
-                      workspace.data());
+    kernels.decompose(a.data.data(), a.height, 2, got.u.data.data(), got.s.data.data(),
+                      got.v.data.data(), workspace.data());
     ASSERT_TRUE(same_entries(got.u.data.data(), want.u.data, 2));
     ASSERT_TRUE(same_entries(got.s.data.data(), want.s.data, 2));
     ASSERT_TRUE(same_entries(got.v.data.data(), want.v.data, 2));

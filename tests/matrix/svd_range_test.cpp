@@ -17,15 +17,16 @@ void expect_same_bits(const parts& got, const parts& want, int exponent) {
 }
 
 // One and two columns, 3 x 3, few columns, tall, wide, square; more than the stack holds.
-constexpr u32 shapes[][2] = {{1, 1}, {1, 40}, {2, 5}, {3, 3}, {3, 2}, {4, 4}, {4, 60}, {9, 9}, {12, 5}, {12, 90}, {40, 33}};
+constexpr u32 shapes[][2] = {{1, 1},  {1, 40}, {2, 5},  {3, 3},   {3, 2},  {4, 4},
+                             {4, 60}, {9, 9},  {12, 5}, {12, 90}, {40, 33}};
 
 // A power of two is a factor of the singular values and of nothing else.
 TEST_EVERY_BUILD(DecomposeRange, PowersOfTwoChangeTheSingularValuesAlone) {
   random_source random(171);
   for (const auto& shape : shapes) {
     for (int k = 0; k < 4; ++k) {
-      const plain::matrix a =
-          random_matrix(shape[0], shape[1], random, k % 2 ? entries::small_integers : entries::ordinary);
+      const plain::matrix a = random_matrix(shape[0], shape[1], random,
+                                            k % 2 ? entries::small_integers : entries::ordinary);
       SCOPED_TRACE(std::to_string(shape[0]) + " x " + std::to_string(shape[1]));
       expect_valid(times_power_of_two(a, -390), "small");
       expect_valid(times_power_of_two(a, 390), "large");
@@ -39,12 +40,14 @@ TEST_EVERY_BUILD(DecomposeRange, PowersOfTwoChangeTheSingularValuesAlone) {
   }
 }
 
-// Subnormal entries: U and V are those of the entries, though the singular values are rounded to few bits.
+// Subnormal entries: U and V are those of the entries, though the singular values are rounded to
+// few bits.
 TEST_EVERY_BUILD(DecomposeRange, Subnormal) {
   random_source random(172);
   for (const auto& shape : shapes) {
     const plain::matrix a = random_matrix(shape[0], shape[1], random, entries::small_integers);
-    const parts want = decomposed(times_power_of_two(a, -390)), got = decomposed(times_power_of_two(a, -1070));
+    const parts want = decomposed(times_power_of_two(a, -390)),
+                got = decomposed(times_power_of_two(a, -1070));
     ASSERT_TRUE(same(got.u, to_plain(want.u)));
     ASSERT_TRUE(same(got.v, to_plain(want.v)));
     ASSERT_TRUE(same(got.s, times_power_of_two(to_plain(want.s), -680)));
@@ -61,13 +64,15 @@ TEST_EVERY_BUILD(DecomposeRange, InfiniteSingularValue) {
   for (u32 i = 1; i < 5; ++i) EXPECT_LT(p.s.get(i, i), 1e294);
 }
 
-// Entries so far apart that no factor keeps them all, coupled: what is right is right beside the largest.
+// Entries so far apart that no factor keeps them all, coupled: what is right is right beside the
+// largest.
 TEST_EVERY_BUILD(DecomposeRange, EntriesFarApart) {
   random_source random(173);
   for (u32 n : {2u, 3u, 5u, 9u}) {
     for (int k = 0; k < 40; ++k) {
       plain::matrix a = random_matrix(n, n + 2 * (k % 2), random, entries::ordinary);
-      for (double& v : a.data) v = std::ldexp(v, 1000 - (random.below(3) ? 0 : static_cast<int>(random.below(2000))));
+      for (double& v : a.data)
+        v = std::ldexp(v, 1000 - (random.below(3) ? 0 : static_cast<int>(random.below(2000))));
       const parts p = decomposed(a);
       const double tolerance = 1e-13;
       ASSERT_LE(columns_off(p.u), tolerance);
@@ -75,8 +80,10 @@ TEST_EVERY_BUILD(DecomposeRange, EntriesFarApart) {
       for (u32 y = 0; y < a.height; ++y)
         for (u32 x = 0; x < n; ++x) {
           double s = 0.0;
-          for (u32 i = 0; i < n; ++i) s += p.u.get(i, y) * std::ldexp(p.s.get(i, i), -1000) * p.v.get(i, x);
-          ASSERT_NEAR(s, std::ldexp(a.get(x, y), -1000), tolerance * std::ldexp(p.s.get(0, 0), -1000));
+          for (u32 i = 0; i < n; ++i)
+            s += p.u.get(i, y) * std::ldexp(p.s.get(i, i), -1000) * p.v.get(i, x);
+          ASSERT_NEAR(s, std::ldexp(a.get(x, y), -1000),
+                      tolerance * std::ldexp(p.s.get(0, 0), -1000));
         }
     }
   }
@@ -99,7 +106,8 @@ TEST_EVERY_BUILD(DecomposeRange, NotFinite) {
       for (u32 i = 0; i < 9; ++i) a.data[i] = i == at ? odd : 1e-300 * (i + 1);
       bool found = false;
       const parts p = decomposed(a);
-      for (u32 i = 0; i < 9; ++i) found |= !std::isfinite(p.s.getData()[i]) || !std::isfinite(p.u.getData()[i]);
+      for (u32 i = 0; i < 9; ++i)
+        found |= !std::isfinite(p.s.getData()[i]) || !std::isfinite(p.u.getData()[i]);
       EXPECT_TRUE(found) << at;
     }
   }
@@ -116,7 +124,8 @@ TEST(DecomposeRange, PseudoInverse) {
     real_matrix m = to_library(times_power_of_two(a, exponent));
     m.invert(inverse);
     for (std::size_t i = 0; i < want.data.size(); ++i)
-      ASSERT_NEAR(std::ldexp(inverse.getData()[i], exponent), std::ldexp(want.data[i], -390), 1e-14);
+      ASSERT_NEAR(std::ldexp(inverse.getData()[i], exponent), std::ldexp(want.data[i], -390),
+                  1e-14);
   }
 }
 

@@ -1,5 +1,6 @@
-// Matrices with no column or no row, beside a large other extent: every operation ends, touches nothing that is not its
-// own, and gives the sizes that the matrix form gives. Written for the memory checkers as much as for its expectations.
+// Matrices with no column or no row, beside a large other extent: every operation ends, touches
+// nothing that is not its own, and gives the sizes that the matrix form gives. Written for the
+// memory checkers as much as for its expectations.
 #include "svd_support.h"
 
 #include <tessarn/vectors.h>
@@ -79,7 +80,8 @@ TEST(ZeroExtent, Elementwise) {
 
 TEST_EVERY_BUILD(ZeroExtent, LeastSquaresAndInverses) {
   for (u32 n : large) {
-    real_matrix none = rows(0, n, {}), flat = rows(n, 0, {}), ordinates = rows(1, n, {}), empty = rows(1, 0, {}), x, i;
+    real_matrix none = rows(0, n, {}), flat = rows(n, 0, {}), ordinates = rows(1, n, {}),
+                empty = rows(1, 0, {}), x, i;
     std::fill_n(ordinates.getData(), n, 1.0);
     x.solve(none, ordinates);  // no unknowns
     expect_sizes(x, 1, 0);

@@ -1,5 +1,6 @@
-// The quick chains of powers (poly/kernels/power_chains.inl, poly/curve.cpp) round as the certain ones do. One power of a million is so
-// close to the middle between two numbers that it would be rounded wrongly without a margin: it takes millions to see.
+// The quick chains of powers (poly/chains.h, poly/curve.cpp) round as the certain ones do. One
+// power of a million is so close to the middle between two numbers that it would be rounded wrongly
+// without a margin: it takes millions to see.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -31,7 +32,8 @@ struct power_table {
 
 void draw_abscissas(test::random_source& random, power_table& t) {
   std::fill_n(t.row[0], point_block, 1.0);
-  for (double& x : t.row[1]) x = test::from_bits(0x3FF0000000000000u | random.next() >> 12);  // in [1, 2)
+  for (double& x : t.row[1])
+    x = test::from_bits(0x3FF0000000000000u | random.next() >> 12);  // in [1, 2)
 }
 
 // Each number of powers has a loop of its own, and there are two margins.
@@ -57,11 +59,12 @@ TEST(PowerDoubts, TensOfMillionsOfPowersInLanes) {
 }
 
 TEST(PowerDoubts, EveryNumberOfPowers) {
-  for (unsigned exponents = 3; exponents < most; ++exponents) expect_certain_powers(exponents, rounds / 60, 160 + exponents);
+  for (unsigned exponents = 3; exponents < most; ++exponents)
+    expect_certain_powers(exponents, rounds / 60, 160 + exponents);
 }
 
-// The sums of points take powers in loops of their own, one for each number of coefficients. Points one by one show
-// their powers.
+// The sums of points take powers in loops of their own, one for each number of coefficients. Points
+// one by one show their powers.
 TEST(PowerDoubts, SumsOfPoints) {
   test::random_source random(153);
   for (unsigned exponents = 5; exponents <= 15; exponents += 2) {
@@ -69,18 +72,22 @@ TEST(PowerDoubts, SumsOfPoints) {
       power_table certain;
       draw_abscissas(random, certain);
       poly_kernels_in_use().powers(most, certain.row[0]);
-      std::vector<double> points(3 * point_block, 0.0), sums((exponents + (exponents + 1) / 2) * 8, 0.0), expected(sums);
+      std::vector<double> points(3 * point_block, 0.0),
+          sums((exponents + (exponents + 1) / 2) * 8, 0.0), expected(sums);
       for (std::size_t k = 0; k < point_block; ++k) points[3 * k + 1] = certain.row[1][k];
-      ASSERT_EQ(poly_kernels_in_use().add_plane_points(points.data(), point_block, -1, exponents, sums.data()), point_block);
+      ASSERT_EQ(poly_kernels_in_use().add_plane_points(points.data(), point_block, -1, exponents, sums.data()),
+                point_block);
       for (unsigned e = 1; e < exponents; ++e)
         for (std::size_t k = 0; k < point_block; ++k) expected[8 * e + k % 8] += certain.row[e][k];
       for (unsigned e = 1; e < exponents; ++e)
-        for (std::size_t k = 0; k < 8; ++k) ASSERT_EQ(sums[8 * e + k], expected[8 * e + k]) << exponents << ' ' << e;
+        for (std::size_t k = 0; k < 8; ++k)
+          ASSERT_EQ(sums[8 * e + k], expected[8 * e + k]) << exponents << ' ' << e;
     }
   }
 }
 
-// Near the ends of the range in which chains are safe: what is added is a power, or left to be added by other means.
+// Near the ends of the range in which chains are safe: what is added is a power, or left to be
+// added by other means.
 TEST(PowerDoubts, NearTheEndsOfTheRange) {
   test::random_source random(155);
   int added_at_once = 0;
@@ -95,7 +102,8 @@ TEST(PowerDoubts, NearTheEndsOfTheRange) {
       ++added_at_once;
       for (unsigned e = 1; e < exponents; ++e)
         for (std::size_t k = 0; k < 8; ++k)
-          ASSERT_EQ(sums[8 * e + k], tessarn::detail::power(points[3 * k + 1], e)) << test::hex(points[3 * k + 1]) << ' ' << e;
+          ASSERT_EQ(sums[8 * e + k], tessarn::detail::power(points[3 * k + 1], e))
+              << test::hex(points[3 * k + 1]) << ' ' << e;
     }
   }
   EXPECT_GT(added_at_once, 1000);
@@ -113,7 +121,8 @@ TEST(PowerDoubts, DerivativesAtOneAbscissa) {
       draw_abscissas(random, certain);
       poly_kernels_in_use().powers(most, certain.row[0]);
       for (std::size_t k = 0; k < point_block; ++k)
-        ASSERT_EQ(p.func_1(certain.row[1][k]), certain.row[e][k] * (e + 1)) << test::hex(certain.row[1][k]) << ' ' << e;
+        ASSERT_EQ(p.func_1(certain.row[1][k]), certain.row[e][k] * (e + 1))
+            << test::hex(certain.row[1][k]) << ' ' << e;
     }
   }
 }

@@ -1,4 +1,5 @@
-// Removal of outliers with the limit exactly at a deviation: a point stays that deviates by no more.
+// Removal of outliers with the limit exactly at a deviation: a point stays that deviates by no
+// more.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,7 +25,8 @@ TEST(VectormatLimits, AtTheDeviationOfEachPoint) {
   for (int round = 0; round < 150; ++round) {
     const std::size_t n = 1 + random.below(round % 10 ? 60 : 700);
     std::vector<plain::vec2> points;
-    for (std::size_t i = 0; i < n; ++i) points.push_back({static_cast<double>(i), random.uniform(-3, 3)});
+    for (std::size_t i = 0; i < n; ++i)
+      points.push_back({static_cast<double>(i), random.uniform(-3, 3)});
     for (std::size_t i = 0; i < n; i += 1 + n / 60) {
       const double limit = squared_deviation(points, i);
       if (limit == 0) continue;  // no limit
@@ -34,9 +36,11 @@ TEST(VectormatLimits, AtTheDeviationOfEachPoint) {
         plain::point_list want = test::list_of(points);
         list.DeleteErrors(at);
         plain::delete_errors(want, at);
-        ASSERT_TRUE(test::same_points(list, want.points)) << "limit " << test::hex(at) << " of point " << i;
-        const bool kept = std::any_of(list.points, list.points + list.count,
-                                      [&](const vector& v) { return v.x == static_cast<double>(i); });
+        ASSERT_TRUE(test::same_points(list, want.points))
+            << "limit " << test::hex(at) << " of point " << i;
+        const bool kept = std::any_of(list.points, list.points + list.count, [&](const vector& v) {
+          return v.x == static_cast<double>(i);
+        });
         ASSERT_EQ(kept, at == limit);
       }
       const std::size_t first = i < 5 ? 0 : i - 5, last = std::min(n - 1, i + 5);
