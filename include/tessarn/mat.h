@@ -86,7 +86,8 @@ class TESSARN_API mat<long double> {
   /// Makes dst (height x width) the inverse: of a diagonal matrix the reciprocals, with 0 for a zero or
   /// NaN entry; of a square matrix the adjugate times the reciprocal of the determinant; of any other matrix the
   /// pseudo-inverse by decompose(), in which only a singular value of exactly 0.0 counts as zero, so that the rounded
-  /// zeros of a wide or rank-deficient matrix can make it meaningless. `a.invert(a)` gives zeros, since dst is
+  /// zeros of a wide or rank-deficient matrix can make it meaningless; the reciprocals of singular values below about
+  /// 5.6e-309 are infinite. `a.invert(a)` gives zeros, since dst is
   /// cleared before it is read. The adjugate takes O(n^5) operations, less what its minors share; it is meant for
   /// small matrices.
   ///
@@ -98,7 +99,9 @@ class TESSARN_API mat<long double> {
   /// and least squares solutions, 1970): for a matrix of m rows and n columns U is m x n, S n x n with the
   /// singular values in descending order on its diagonal, V n x n; columns of U and V are the singular
   /// vectors. A value that has not converged after 30 sweeps is left as it stands. U, S and V must be
-  /// three different matrices; this one may be among them, it is read first.
+  /// three different matrices; this one may be among them, it is read first. Entries may have any magnitude: far from 1 a
+  /// multiple by a power of two is decomposed. Besides the largest entry, entries more than about 300 orders of magnitude
+  /// smaller may count as 0.
   void decompose(mat& U, mat& S, mat& V);
 
   /// \name For constants and temporaries

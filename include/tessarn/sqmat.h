@@ -93,6 +93,9 @@ class TESSARN_API sqmat<long double> {
   /// Q transposed), while t is the mean of b - R a. To get the motion from a to b, transpose the 3 x 3
   /// block and form t' = cb - R' ca with the two centroids. W. Kabsch, A solution for the best rotation to
   /// relate two sets of vectors, 1976.
+  ///
+  /// Coordinates may have any finite magnitude; with an infinite one the result means nothing. For points on a line, or
+  /// nearly so, the turn about it is arbitrary; for equal points the rotation is the identity.
   [[nodiscard]] bool calc_match(vector3d* a, vector3d* b, tessarn::ulong n);
   /// Makes this the 4 x 4 matrix of the affine map from a to b, four least-squares fits of n points, the
   /// last row fitting the constant 1. Four points that are not in one plane determine it.

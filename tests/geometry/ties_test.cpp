@@ -9,6 +9,7 @@
 #include "geometry/bounds.h"
 #include "geometry/residual_model.h"
 #include "plain/plane_fit.h"
+#include "support/instruction_set.h"
 #include "support/pairs.h"
 
 namespace {
