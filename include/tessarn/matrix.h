@@ -27,8 +27,8 @@
 /// Memory besides the results, in multiples of the operands, and a kilobyte:
 ///
 ///     products 1 (complex 2), determinants and complex systems 2, real systems 4,
-///     decomposition 3 times the matrix and V (and the results once more for magnitudes far from 1), inversion of a square matrix 24,
-///     least squares a few rows and columns, calc_match() none
+///     decomposition 3 times the matrix and V, and the results once more for magnitudes far from 1,
+///     inversion of a square matrix 24, least squares a few rows and columns, calc_match() none
 #pragma once
 
 #include "tessarn/mat.h"
