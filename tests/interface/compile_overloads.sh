@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Compiles the callers' expressions with every compiler in every standard, with the fastest flags among them,
 # and compares what the programs print. Each header must also compile on its own.
-# usage: compile_overloads.sh SOURCE_ROOT STATIC_LIBRARY
+# With a compiler, only that one is tried; the first line of g++ is what all others are compared with.
+# usage: compile_overloads.sh SOURCE_ROOT STATIC_LIBRARY [COMPILER]
 set -euo pipefail
 root=$1 library=$2
+compilers=${3:-g++ clang++-14 clang++-22}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Werror)
@@ -26,8 +28,9 @@ telling() {
   echo "$compiler c++$standard: $source, $(tail -1 "$work/said")"
 }
 
+one g++ 17 -O2
 for standard in 17 20 23; do
-  for compiler in g++ clang++-14 clang++-22; do
+  for compiler in $compilers; do
     name=$standard
     [ "$compiler" = clang++-14 ] && name=${standard/23/2b}
     one $compiler "$name" -O2
@@ -36,10 +39,10 @@ for standard in 17 20 23; do
   done
 done
 if grep -q '\bfma\b' /proc/cpuinfo; then
-  for compiler in g++ clang++-14 clang++-22; do one $compiler 17 -O3 -march=native -ffp-contract=fast; done
+  for compiler in $compilers; do one $compiler 17 -O3 -march=native -ffp-contract=fast; done
 fi
 echo >"$work/empty.cpp"
-for compiler in g++ clang++-14 clang++-22; do
+for compiler in $compilers; do
   for header in "$root"/include/tessarn/*.h "$root"/include/tessarn/detail/*.h; do
     "$compiler" -std=c++17 "${warnings[@]}" -fsyntax-only -I"$root/include" -include "$header" "$work/empty.cpp"
   done
