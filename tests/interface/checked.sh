@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # The checked mode stops at each misuse with the caller's file and line.
-# usage: checked.sh SOURCE_ROOT STATIC_LIBRARY
+# Linked with the static library by one compiler, with the shared one by the other: inline members call both.
+# usage: checked.sh SOURCE_ROOT STATIC_LIBRARY SHARED_LIBRARY
 set -euo pipefail
-root=$1 library=$2
+root=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 for compiler in g++ clang++-22; do
+  library=$2
+  [ $compiler = g++ ] || library=$3
   "$compiler" -std=c++17 -Wall -Wextra -Wpedantic -Wconversion -Werror -I"$root/include" "$root/tests/interface/checked.cpp" \
-    "$library" -o "$work/checked"
+    "$library" "-Wl,-rpath,$(dirname "$library")" -o "$work/checked"
   "$work/checked" >"$work/lines"
   number=0
   while read -r line; do

@@ -2,10 +2,11 @@
 # Compiles the callers' expressions with every compiler in every standard, with the fastest flags among them,
 # and compares what the programs print. Each header must also compile on its own.
 # With a compiler, only that one is tried; the first line of g++ is what all others are compared with.
-# usage: compile_overloads.sh SOURCE_ROOT STATIC_LIBRARY [COMPILER]
+# The additions of the headers are linked with the shared library once more: it must export what they call.
+# usage: compile_overloads.sh SOURCE_ROOT STATIC_LIBRARY SHARED_LIBRARY [COMPILER]
 set -euo pipefail
-root=$1 library=$2
-compilers=${3:-g++ clang++-14 clang++-22}
+root=$1 library=$2 shared=$3
+compilers=${4:-g++ clang++-14 clang++-22}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Werror)
@@ -37,6 +38,10 @@ for standard in 17 20 23; do
     telling comparisons $compiler "$name"
     telling additions $compiler "$name"
   done
+done
+for compiler in $compilers; do
+  "$compiler" -std=c++17 -I"$root/include" "$root/tests/interface/additions.cpp" "$shared" "-Wl,-rpath,$(dirname "$shared")" -o "$work/with_shared"
+  "$work/with_shared" >/dev/null && echo "$compiler: the additions, with the shared library"
 done
 if grep -q '\bfma\b' /proc/cpuinfo; then
   for compiler in $compilers; do one $compiler 17 -O3 -march=native -ffp-contract=fast; done
