@@ -16,9 +16,9 @@ for build in windows-msvc-abi windows-mingw; do
 done
 for build in windows-msvc-abi windows-mingw; do
   echo "== replay by $build: every operation with the bits of the native build"
-  cmake/run-wine.sh "$TESSARN_WINEPREFIX" build/$build/bin/replay.exe check build/operations.bin | tr -d '\r'
+  windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" build/$build/bin/replay.exe check build/operations.bin | tr -d '\r'
 done
 echo "== the modules"
-windows/exported_names.sh build/windows-msvc-abi/bin/Tessarn_x64.dll windows/exported_names.txt
-windows/check_module.sh imports build/windows-msvc-abi/bin/Tessarn_x64.dll
+tests/windows/exported_names.sh build/windows-msvc-abi/bin/Tessarn_x64.dll tests/windows/exported_names.txt
+tests/windows/check_module.sh imports build/windows-msvc-abi/bin/Tessarn_x64.dll
 ls -l build/windows-{msvc-abi,mingw}/bin/Tessarn_x64.* build/windows-msvc-abi/Tessarn_x64.lib build/windows-mingw/Tessarn_x64.dll.a

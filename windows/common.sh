@@ -49,6 +49,6 @@ start_wine() {
   trap stop_wine EXIT
 }
 stop_wine() {
-  [ -d "$TESSARN_WINEPREFIX" ] && cmake/run-wine.sh "$TESSARN_WINEPREFIX" --stop
+  [ -d "$TESSARN_WINEPREFIX" ] && windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" --stop
   true
 }

@@ -26,10 +26,10 @@ mkdir "$stage/elsewhere"
 for way in CMAKE_PREFIX_PATH="$stage/elsewhere/$name" tessarn_DIR="$stage/elsewhere/$name/lib/cmake/tessarn"; do
   rm -rf "$stage/consumer"
   quietly cmake -S tests/consumers -B "$stage/consumer" -G Ninja -DCMAKE_BUILD_TYPE=Release "-D$way" \
-    --toolchain "$PWD/cmake/windows-msvc-abi.cmake"
+    --toolchain "$PWD/windows/toolchain/windows-msvc-abi.cmake"
   quietly cmake --build "$stage/consumer"
   cp "$stage/elsewhere/$name/bin/Tessarn_x64.dll" "$stage/consumer"
-  cmake/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/consumer/consumer_tessarn.exe"
+  windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/consumer/consumer_tessarn.exe"
 done
 rm -rf "$stage/consumer" "$stage/elsewhere"
 unzip -l "$stage/$name.zip"

@@ -60,7 +60,7 @@ case $what in
     work=$(mktemp -d)
     trap 'rm -rf "$work"' EXIT
     # The compiler and its options, as the clients of this build have them.
-    compile=$(grep -m1 -E '^  FLAGS = ' <(grep -A8 'build windows/CMakeFiles/cplx_client.dir' "$1/build.ninja") | sed 's/^  FLAGS = //; s/ -MD / /')
+    compile=$(grep -m1 -E '^  FLAGS = ' <(grep -A8 'build tests/windows/CMakeFiles/cplx_client.dir' "$1/build.ninja") | sed 's/^  FLAGS = //; s/ -MD / /')
     echo '#include <tessarn/tessarn.h>' >"$work/caller.cpp"
     caller() { eval "$(tool clang-cl) --target=x86_64-pc-windows-msvc $compile -I$first/include /c /Fo$work/$1.obj $work/caller.cpp ${*:2}" 2>&1; }
     refusal=$(caller module /MDd) && fail "compiled with the debug run-time for the Release module"

@@ -1,6 +1,6 @@
 # Cross-compiles for 64-bit Windows with Microsoft's C++ ABI: clang-cl and
 # lld-link, libc++'s headers, wine's C headers, and in place of the vendor's
-# run-time libraries the small set made from cmake/msvc-abi.
+# run-time libraries the small set made from windows/toolchain/msvc-abi.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_VERSION 10.0)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)
