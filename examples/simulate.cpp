@@ -1,25 +1,29 @@
-// Writes the simulated data of the demonstrations: simulate FOLDER. The seeds are fixed, so that
-// every run writes the same files.
+// Writes the simulated data of the demonstrations. The seeds are fixed, so that every run writes
+// the same files.
 
 #include <tessarn/tessarn.h>
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <string>
-#include <vector>
 
+#include "support/csv.h"
 #include "support/random.h"
+#include "support/report.h"
 
 namespace {
 
+using example::input_error;
 using test::random_source;
 
 class csv_file {
  public:
   csv_file(const std::filesystem::path& path, const std::string& title, unsigned seed)
       : path_(path), file_(std::fopen(path.c_str(), "w")) {
-    if (!file_) return;
+    if (!file_) fail();
     std::fprintf(file_, "# title: %s\n# simulated with a fixed seed, %u\n", title.c_str(), seed);
   }
   ~csv_file() {
@@ -28,30 +32,28 @@ class csv_file {
   csv_file(const csv_file&) = delete;
   csv_file& operator=(const csv_file&) = delete;
 
-  void line(const std::string& s) {
-    if (file_) std::fprintf(file_, "%s\n", s.c_str());
-  }
-  void row(double x, double y) {
-    if (file_) std::fprintf(file_, "%.6f,%.6f\n", x, y);
-  }
-  void row(const vector3d& v) {
-    if (file_) std::fprintf(file_, "%.6f,%.6f,%.6f\n", v.x, v.y, v.z);
-  }
-  // False when something could not be written.
-  bool close() {
-    const bool good = file_ && !std::ferror(file_) && std::fclose(file_) == 0;
+  void line(const std::string& s) { std::fprintf(file_, "%s\n", s.c_str()); }
+  void row(double x, double y) { std::fprintf(file_, "%.6f,%.6f\n", x, y); }
+  void row(const vector3d& v) { std::fprintf(file_, "%.6f,%.6f,%.6f\n", v.x, v.y, v.z); }
+  // Throws when something could not be written.
+  void close() {
+    bool good = !std::ferror(file_);
+    good = std::fclose(file_) == 0 && good;
     file_ = nullptr;
-    if (!good) std::fprintf(stderr, "simulate: %s: cannot be written\n", path_.c_str());
-    return good;
+    if (!good) fail();
   }
 
  private:
+  [[noreturn]] void fail() const {
+    throw input_error(path_.string() + ": cannot be written: " + std::strerror(errno));
+  }
+
   std::filesystem::path path_;
   std::FILE* file_;
 };
 
 // A cam in the shape of a W; the probe lost contact a few times and wrote -1, 0.
-bool profile(const std::filesystem::path& folder) {
+void profile(const std::filesystem::path& folder) {
   constexpr unsigned seed = 20;
   csv_file f(folder / "simulated_profile.csv", "Profile of a cam", seed);
   f.line(
@@ -67,11 +69,11 @@ bool profile(const std::filesystem::path& folder) {
       f.row(x, 16 * (2 * u * u * u * u - 2 * u * u + 0.15 * u + 0.3) + 0.05 * random.normal());
     }
   }
-  return f.close();
+  f.close();
 }
 
 // A sensor that answers with an offset and a tangent.
-bool sensor(const std::filesystem::path& folder) {
+void sensor(const std::filesystem::path& folder) {
   constexpr unsigned seed = 21;
   csv_file f(folder / "simulated_sensor.csv", "Answer of an angle sensor", seed);
   f.line("# truth: y = 0.25 + tan x; noise 0.002 V");
@@ -81,12 +83,12 @@ bool sensor(const std::filesystem::path& folder) {
     const double x = 0.04 * i;
     f.row(x, 0.25 + std::tan(x) + 0.002 * random.normal());
   }
-  return f.close();
+  f.close();
 }
 
 // A coil scanned in two positions; the motion is a right-hand turn of 40 degrees about (1, 2, 2)/3,
 // then a shift.
-bool coil(const std::filesystem::path& folder) {
+void coil(const std::filesystem::path& folder) {
   constexpr unsigned seed = 22;
   csv_file a(folder / "simulated_coil_a.csv", "Coil, first position", seed);
   csv_file b(folder / "simulated_coil_b.csv", "Coil, second position", seed);
@@ -108,12 +110,12 @@ bool coil(const std::filesystem::path& folder) {
     a.row(p + noise());
     b.row(p.rotate(axis, turn) + vector3d(90, -30, 40) + noise());
   }
-  const bool first = a.close();
-  return b.close() && first;
+  a.close();
+  b.close();
 }
 
 // A surface plate, slightly tilted, with a sagging middle and a raised corner.
-bool plate(const std::filesystem::path& folder) {
+void plate(const std::filesystem::path& folder) {
   constexpr unsigned seed = 23;
   csv_file f(folder / "simulated_plate.csv", "Surface plate", seed);
   f.line(
@@ -130,11 +132,11 @@ bool plate(const std::filesystem::path& folder) {
       f.row(vector3d(x, y, 12 + 0.004 * x - 0.003 * y + form + 0.0005 * random.normal()));
     }
   }
-  return f.close();
+  f.close();
 }
 
 // A laser line across a folded sheet: two straight flanks, and a few wild readings.
-bool scan(const std::filesystem::path& folder) {
+void scan(const std::filesystem::path& folder) {
   constexpr unsigned seed = 24;
   csv_file f(folder / "simulated_scan.csv", "Laser line across a folded sheet", seed);
   f.line(
@@ -149,18 +151,17 @@ bool scan(const std::filesystem::path& folder) {
     if (i % 24 == 17) z += (random.below(2) ? 1 : -1) * random.uniform(5, 15);
     f.row(x, z);
   }
-  return f.close();
+  f.close();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: simulate FOLDER\n");
-    return 2;
-  }
-  const std::filesystem::path folder = argv[1];
-  for (const auto make : {profile, sensor, coil, plate, scan})
-    if (!make(folder)) return 2;
-  return 0;
+  CLI::App app{"Writes the simulated data of the demonstrations, the same files in every run."};
+  std::string folder;
+  app.add_option("folder", folder, "an existing folder, where the files simulated_*.csv go")
+      ->required();
+  return example::run(app, argc, argv, [&folder](example::report&) {
+    for (const auto write : {profile, sensor, coil, plate, scan}) write(folder);
+  });
 }

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <string_view>
 #include <system_error>
 
@@ -18,14 +19,39 @@ std::string_view trim(std::string_view s) {
   return s.substr(first, s.find_last_not_of(" \t\r") - first + 1);
 }
 
-std::vector<std::string_view> split(std::string_view line) {
+std::vector<std::string_view> split(std::string_view line, char separator = ',') {
   std::vector<std::string_view> fields;
   for (;;) {
-    const auto comma = line.find(',');
-    fields.push_back(trim(line.substr(0, comma)));
-    if (comma == line.npos) return fields;
-    line.remove_prefix(comma + 1);
+    const auto end = line.find(separator);
+    fields.push_back(trim(line.substr(0, end)));
+    if (end == line.npos) return fields;
+    line.remove_prefix(end + 1);
   }
+}
+
+// What a line that cannot be read as it should seems to be separated by, as the end of a message.
+std::string other_separator(std::string_view line, std::size_t columns) {
+  constexpr struct {
+    char separator;
+    const char* name;
+  } others[] = {{';', "semicolons"}, {'\t', "tabs"}, {' ', "blanks"}};
+  for (const auto& other : others) {
+    auto fields = split(line, other.separator);
+    if (other.separator == ' ')  // several blanks separate as one
+      std::erase_if(fields, [](std::string_view field) { return field.empty(); });
+    if (fields.size() != columns) continue;
+    std::size_t decimal_commas = 0, ends_in_comma = 0;
+    for (const auto field : fields) {
+      decimal_commas += field.find(',') != field.npos;
+      ends_in_comma += !field.empty() && field.back() == ',';
+    }
+    if (ends_in_comma > 0) continue;  // "1, 2 3" is separated by commas
+    return std::string("; the columns seem to be separated by ") + other.name +
+           (decimal_commas > 0 ? " and the decimals by commas" : "") +
+           ", but commas must separate the columns" +
+           (decimal_commas > 0 ? " and points the decimals" : "");
+  }
+  return {};
 }
 
 enum class parsed { number, not_finite, text };
@@ -59,7 +85,8 @@ bool is_header(const std::vector<std::string_view>& fields) {
   return true;
 }
 
-void add_row(table& t, const std::vector<std::string_view>& fields, std::size_t line) {
+void add_row(table& t, const std::vector<std::string_view>& fields, std::string_view text,
+             std::size_t line) {
   for (const auto field : fields) {
     double v = 0;
     switch (parse(field, v)) {
@@ -69,16 +96,19 @@ void add_row(table& t, const std::vector<std::string_view>& fields, std::size_t 
       case parsed::not_finite:
         fail(t, line, quoted(field) + " is not a finite number");
       case parsed::text:
-        fail(t, line, field.empty() ? "a field is empty" : quoted(field) + " is not a number");
+        fail(t, line,
+             (field.empty() ? "a field is empty" : quoted(field) + " is not a number") +
+                 other_separator(text, t.names.size()));
     }
   }
   t.lines.push_back(line);
 }
 
-void check_columns(const table& t, std::size_t found, std::size_t line) {
+void check_columns(const table& t, std::size_t found, std::string_view text, std::size_t line) {
   if (found == t.names.size()) return;
   fail(t, line,
-       "expected " + std::to_string(t.names.size()) + " columns, found " + std::to_string(found));
+       "expected " + std::to_string(t.names.size()) + " columns, found " + std::to_string(found) +
+           other_separator(text, t.names.size()));
 }
 
 std::ifstream open(const std::string& file) {
@@ -108,9 +138,12 @@ bool table::simulated() const {
 }
 
 table read_csv(const std::string& file, const std::vector<std::string>& default_names) {
-  std::ifstream in = open(file);
+  const bool standard_input = file == "-";
+  std::ifstream opened;
+  if (!standard_input) opened = open(file);
+  std::istream& in = standard_input ? std::cin : opened;
   table t;
-  t.file = file;
+  t.file = standard_input ? "standard input" : file;
   t.names = default_names;
   bool at_start = true;
   std::string text;
@@ -125,11 +158,11 @@ table read_csv(const std::string& file, const std::vector<std::string>& default_
     }
     const auto fields = split(line);
     if (at_start && is_header(fields)) {
-      check_columns(t, fields.size(), t.last_line);
+      check_columns(t, fields.size(), line, t.last_line);
       t.names.assign(fields.begin(), fields.end());
     } else {
-      check_columns(t, fields.size(), t.last_line);
-      add_row(t, fields, t.last_line);
+      check_columns(t, fields.size(), line, t.last_line);
+      add_row(t, fields, line, t.last_line);
     }
     at_start = false;
   }

@@ -35,7 +35,7 @@ struct table {
 };
 
 // Throws input_error for a file that cannot be read, a row without the right number of finite
-// numbers, and a file without rows.
+// numbers, and a file without rows. The name - is standard input.
 table read_csv(const std::string& file, const std::vector<std::string>& default_names);
 
 // Throws input_error unless there are at least `least` rows; `why` completes "a plane needs".

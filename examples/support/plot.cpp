@@ -1,5 +1,6 @@
 #include "plot.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <csignal>
@@ -7,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "report.h"
 
@@ -20,6 +22,15 @@ std::string terminal(const std::string& file, int width, int height) {
   if (suffix == ".png")
     return "pngcairo noenhanced font 'DejaVu Sans,11' background 'white'" + size;
   throw input_error(file + ": the name of a picture must end in .svg or .png");
+}
+
+// True when the file ends as a picture does: gnuplot does not notice that a disk is full.
+bool is_complete(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  const std::string content{std::istreambuf_iterator<char>(in), {}};
+  const std::string end =
+      content.substr(content.size() - std::min<std::size_t>(content.size(), 32));
+  return end.find("</svg>") != end.npos || end.find("IEND") != end.npos;
 }
 
 }  // namespace
@@ -59,6 +70,8 @@ void plot::draw() {
   std::error_code error;
   if (std::filesystem::file_size(part_, error) == 0 || error)
     throw no_result("gnuplot wrote no picture " + file_);
+  if (!is_complete(part_))
+    throw no_result(file_ + " cannot be written as a whole; perhaps the disk is full");
   std::filesystem::rename(part_, file_, error);
   if (error) throw input_error(file_ + ": cannot be written: " + error.message());
 }

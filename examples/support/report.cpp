@@ -1,8 +1,14 @@
 #include "report.h"
 
+#include <tessarn/version.h>
+
+#include <cerrno>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <sstream>
 
 namespace example {
 namespace {
@@ -12,6 +18,26 @@ std::size_t width(const std::string& s) {
   std::size_t n = 0;
   for (const char c : s) n += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
   return n;
+}
+
+std::string version() {
+  return "Tessarn " + std::to_string(TESSARN_VERSION_MAJOR) + '.' +
+         std::to_string(TESSARN_VERSION_MINOR) + '.' + std::to_string(TESSARN_VERSION_PATCH);
+}
+
+// One line on the error stream, whatever the words are.
+void complain(const std::string& program, std::string words) {
+  for (char& c : words)
+    if (c == '\n') c = ' ';
+  std::fprintf(stderr, "%s: %s\n", program.c_str(), words.c_str());
+}
+
+// False, with a message, when not everything could be written.
+bool write(const std::string& program, const std::string& s) {
+  errno = 0;
+  if (std::fputs(s.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) return true;
+  complain(program, std::string("the report cannot be written: ") + std::strerror(errno));
+  return false;
 }
 
 }  // namespace
@@ -39,28 +65,53 @@ void report::data_source(const table& t) {
     if (comment.rfind("title:", 0) != 0) line("  %s", comment.c_str());
 }
 
+double finite(double v, const std::string& name) {
+  if (!std::isfinite(v))
+    throw no_result(name + " is not finite: the numbers are too large for double precision");
+  return v;
+}
+
+const CLI::Validator finite_number(
+    [](std::string& s) -> std::string {
+      double v;
+      if (CLI::detail::lexical_cast(s, v) && std::isfinite(v)) return {};
+      return "'" + s + "' is not a finite number";
+    },
+    "");
+
+void report::thinned(const std::vector<std::string>& lines) {
+  if (lines.empty()) return;
+  heading("Picture");
+  for (const std::string& words : lines) line("%s", words.c_str());
+}
+
 int run(CLI::App& app, int argc, char** argv, const std::function<void(report&)>& job) {
   const std::string program = std::filesystem::path(argv[0]).filename().string();
+  app.set_version_flag("--version", program + " (" + version() + ")");
   report r;
+  int code = 0;
+  std::string reason;
   try {
     app.parse(argc, argv);
     job(r);
-  } catch (const CLI::Success& e) {  // --help
-    return app.exit(e);
+  } catch (const CLI::Success& e) {  // --help, --version
+    std::ostringstream words;
+    app.exit(e, words, words);
+    return write(program, words.str()) ? 0 : 1;
   } catch (const CLI::ParseError& e) {
-    std::fprintf(stderr, "%s: %s\n", program.c_str(), e.what());
+    complain(program, e.what());
     return 2;
   } catch (const input_error& e) {
-    std::fprintf(stderr, "%s: %s\n", program.c_str(), e.what());
+    complain(program, e.what());
     return 2;
   } catch (const no_result& e) {
-    std::fputs(r.text().c_str(), stdout);
-    std::fflush(stdout);
-    std::fprintf(stderr, "%s: %s\n", program.c_str(), e.what());
-    return 1;
+    code = 1;
+    reason = e.what();
   }
-  std::fputs(r.text().c_str(), stdout);
-  return std::fflush(stdout) == 0 ? 0 : 1;
+  if (!write(program, r.text())) code = 1;
+  for (const std::string& words : r.notes()) complain(program, "note: " + words);
+  if (!reason.empty()) complain(program, reason);
+  return code;
 }
 
 }  // namespace example

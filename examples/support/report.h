@@ -19,10 +19,16 @@ class report {
   void heading(const std::string& words);
   // Title, file, comments and the number of rows.
   void data_source(const table& t);
+  // What a picture leaves out, one line each; nothing is written when it shows everything.
+  void thinned(const std::vector<std::string>& lines);
+  // A remark for the error stream, where it is seen also when the report goes to a file.
+  void note(const std::string& words) { notes_.push_back(words); }
   const std::string& text() const { return text_; }
+  const std::vector<std::string>& notes() const { return notes_; }
 
  private:
   std::string text_;
+  std::vector<std::string> notes_;
 };
 
 // The input was understood, but the computation has no result; printed after the report.
@@ -30,8 +36,16 @@ class no_result : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Parses the arguments, runs `job` and prints the report. Exit code 0; 1 for no_result and a
-// failing gnuplot; 2 for wrong arguments and input_error, with one line on the error stream.
+// The number itself. Throws no_result that names it when it is infinite or not a number, which is
+// what comes out when the data are too large for double precision.
+double finite(double v, const std::string& name);
+
+// What an option accepts, with a short message for the rest.
+extern const CLI::Validator finite_number;
+
+// Parses the arguments, runs `job` and prints the report. Exit code 0; 1 for no_result, a failing
+// gnuplot and a report that cannot be written; 2 for wrong arguments and input_error, with one line
+// on the error stream. Every program gets --help and --version here.
 int run(CLI::App& app, int argc, char** argv, const std::function<void(report&)>& job);
 
 inline constexpr double degrees = 57.295779513082320877;

@@ -69,12 +69,34 @@ TEST_F(Csv, NamesLineAndReason) {
   EXPECT_EQ(complaint("1,2\nx,y\n"), ":2: 'x' is not a number");
   EXPECT_EQ(complaint("x,1\n"), ":1: 'x' is not a number");
   EXPECT_EQ(complaint("1,2\n1,\n"), ":2: a field is empty");
-  EXPECT_EQ(complaint("1;2\n"), ":1: expected 2 columns, found 1");
   EXPECT_EQ(complaint("1,0x10\n"), ":1: '0x10' is not a number");
   EXPECT_EQ(complaint("1,nan\n"), ":1: 'nan' is not a finite number");
   EXPECT_EQ(complaint("1,-inf\n"), ":1: '-inf' is not a finite number");
   EXPECT_EQ(complaint("1,1e999\n"), ":1: '1e999' is not a finite number");
   EXPECT_EQ(complaint("1,+-2\n"), ":1: '+-2' is not a number");
+}
+
+// A file of another kind is refused with the name of what separates its columns.
+TEST_F(Csv, NamesTheSeparatorFound) {
+  const std::string found_1 =
+      ":1: expected 2 columns, found 1; the columns seem to be separated by ";
+  const std::string must = ", but commas must separate the columns";
+  EXPECT_EQ(complaint("1;2\n"), found_1 + "semicolons" + must);
+  EXPECT_EQ(complaint("1\t2\n"), found_1 + "tabs" + must);
+  EXPECT_EQ(complaint("1   2\n"), found_1 + "blanks" + must);
+  EXPECT_EQ(complaint("x;y\n1;2\n"), found_1 + "semicolons" + must);
+  EXPECT_EQ(
+      complaint("1,5;2,5\n"),
+      ":1: expected 2 columns, found 3; the columns seem to be separated by semicolons and the "
+      "decimals by commas" +
+          must + " and points the decimals");
+  EXPECT_EQ(
+      complaint("0,5\n1,5\t2\n"),
+      ":2: '5?2' is not a number; the columns seem to be separated by tabs and the decimals by "
+      "commas" +
+          must + " and points the decimals");
+  EXPECT_EQ(complaint("1, 2 3\n"), ":1: '2 3' is not a number");
+  EXPECT_EQ(complaint("1;2;3\n"), ":1: expected 2 columns, found 1");
 }
 
 // Whatever stands in the file, the message stays one short line.

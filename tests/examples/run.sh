@@ -1,7 +1,9 @@
 #!/bin/sh
 # Runs a program and checks how it ends: run.sh EXIT PATTERN PICTURE COMMAND...
-# PATTERN must match a line of the report, or for another exit code than 0 of the error stream. After
-# success PICTURE (or - for none) is a complete picture, after a failure there is no such file.
+# PATTERN must match a line of the report, or for another exit code than 0 of the error stream. Beside a
+# report only notes stand there: those that NOTE in the environment matches, and without NOTE none. After
+# success PICTURE (or - for none) is a complete picture, after a failure there is no such file. In the
+# environment INPUT is the file for standard input, MOST the largest size of the picture in bytes.
 set -u
 
 expected=$1
@@ -20,13 +22,23 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 [ "$picture" = - ] || rm -f "$picture" "$picture.part"
 
-"$@" > "$scratch/out" 2> "$scratch/err"
+"$@" < "${INPUT:-/dev/null}" > "$scratch/out" 2> "$scratch/err"
 code=$?
 [ "$code" -eq "$expected" ] || fail "exit code $code, expected $expected"
 
 if [ "$expected" -eq 0 ]; then
   grep -Eq -e "$pattern" "$scratch/out" || fail "nothing in the report matches: $pattern"
-  [ -s "$scratch/err" ] && fail "something on the error stream"
+  if [ -n "${NOTE-}" ]; then
+    grep -Eq -e "$NOTE" "$scratch/err" || fail "no note matches: $NOTE"
+    grep -Ev -e "^[a-z_]+: note: " "$scratch/err" && fail "more than notes on the error stream"
+  else
+    [ -s "$scratch/err" ] && fail "something on the error stream"
+  fi
+  grep -Ew -e "-?(nan|inf)" "$scratch/out" && fail "the report shows a number that is not finite"
+  if [ -n "${MOST-}" ]; then
+    size=$(wc -c < "$picture")
+    [ "$size" -le "$MOST" ] || fail "the picture has $size bytes, at most $MOST are allowed"
+  fi
   case $picture in
     -) ;;
     *.png) [ "$(head -c 4 "$picture" | tail -c 3)" = PNG ] || fail "no PNG picture" ;;
