@@ -6,8 +6,8 @@
 namespace example {
 namespace {
 
-constexpr double marker =
-    -1.0;  // abscissa of a point to be left out, and result of a search in vain
+// The abscissa of a point to be left out, and the result of a search in vain.
+constexpr double marker = -1.0;
 constexpr double refined = 1e-11;  // of the interval: where searches stop
 constexpr int scan_steps = 1000;
 
@@ -129,6 +129,10 @@ bool is_straight(const binom& p) {
   for (tessarn::ulong i = 2; i < p.getcofcnt(); ++i)
     if (p.get(static_cast<tessarn::slong>(i)) != 0) return false;
   return true;
+}
+
+bool has_circle(const binom& p, double x) {
+  return p.func_2(x) != 0 && std::isfinite(p.normale(x).lenld());
 }
 
 std::vector<double> curvature_extremes(const binom& p, const scan& s) {

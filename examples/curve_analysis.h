@@ -57,5 +57,7 @@ std::vector<double> curvature_extremes(const binom& p, const scan& s);
 // The one of largest curvature among the extremes found.
 double sharpest_bend(const binom& p, const scan& s);
 bool is_straight(const binom& p);
+// False where the curvature vanishes or is so small that the radius is beyond double precision.
+bool has_circle(const binom& p, double x);
 
 }  // namespace example

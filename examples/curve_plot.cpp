@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "support/thin.h"
+
 namespace example {
 namespace {
 
@@ -59,11 +61,47 @@ class layers {
   std::string list_;
 };
 
+// Many residuals as the range, the mean and the standard deviation in columns of the panel. Returns
+// the number of columns.
+std::size_t draw_columns(plot& out, const std::vector<double>& x, const residuals& r, double left,
+                         double right) {
+  const std::size_t most = std::clamp<std::size_t>(x.size() / 10, 100, 400);
+  rows range, middle;
+  for (const column& c : columns_of(x, r.values, left, right, most)) {
+    range.push_back({c.mean, c.left, c.right, c.least, c.greatest});
+    middle.push_back({c.mean, c.left, c.right, c.mean - c.deviation, c.mean + c.deviation});
+  }
+  out.data("range", range);
+  out.data("middle", middle);
+  // Twice the width of the line closes the seams between the boxes.
+  const auto boxes = [](const std::string& block, const std::string& colour) {
+    return "$" + block + " using (($2+$3)/2):1:2:3:4:5 with boxxyerror fs solid 1 border lc rgb '" +
+           colour + "' lw 0.5 lc rgb '" + colour + "'";
+  };
+  out.command(
+      "set key at screen 0.545, 0.352 center top horizontal maxcols 3 reverse Left width 0");
+  out.command("plot " + boxes("range", "#c3d6ec") + " title 'least to greatest', " +
+              boxes("middle", "#6d9acb") + " title 'mean ± standard deviation', " +
+              "$range using (($2+$3)/2):1 with lines lw 1.5 lc rgb '#123a6b' title 'mean'");
+  return range.size();
+}
+
+void draw_residuals(plot& out, const std::vector<double>& x, const residuals& r) {
+  rows lines;
+  for (std::size_t i = 0; i < x.size(); ++i) lines.push_back({x[i], r.values[i]});
+  out.data("residuals", lines);
+  out.command(
+      "plot $residuals using 1:2 with impulses lw 1.5 lc rgb '#1f5fa8', "
+      "$residuals using 1:2 with points pt 7 ps 0.6 lc rgb '#202020'");
+}
+
 }  // namespace
 
-void draw_curve(plot& out, const table& t, const fitted_curve& c, const residuals& r, const scan& s,
-                const curve_marks& marks, bool equal) {
-  rows curve, points, misses;
+std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curve& c,
+                                    const residuals& r, const scan& s, const curve_marks& marks,
+                                    bool equal) {
+  rows curve, points;
+  std::vector<double> px, py;
   extent x{s.a, s.b}, y{c.p.func(s.a), c.p.func(s.a)};
   constexpr int steps = 600;
   for (int i = 0; i <= steps; ++i) {
@@ -74,17 +112,26 @@ void draw_curve(plot& out, const table& t, const fitted_curve& c, const residual
   for (std::size_t i = 0; i < c.points.size(); ++i) {
     x.include(c.points[i].x);
     y.include(c.points[i].y);
-    points.push_back({c.points[i].x, c.points[i].y});
-    misses.push_back({c.points[i].x, r.values[i]});
+    px.push_back(c.points[i].x);
+    py.push_back(c.points[i].y);
   }
+  const std::vector<std::size_t> shown =
+      visible(px, py, spots(x.lo, x.hi, y.lo, y.hi, 0.83 * canvas_width, 0.5 * canvas_height));
+  for (const std::size_t i : shown) points.push_back({px[i], py[i]});
   layers upper(out);
   for (const double at : marks.sharpest) {
     const double window = 4 * ((x.hi - x.lo) + (y.hi - y.lo));
     upper.add("circle", circle(c.p, at, window), "lines lw 2 dt 2 lc rgb '#2a9d55'",
               "circle of curvature, R = " + text(c.p.normale(at).lenld(), 4));
   }
+  // The curve runs behind single points, and in front of a cloud.
+  const std::string points_title = drawn("points", shown.size(), px.size());
+  const char* grey = "points pt 7 ps 0.6 lc rgb '#a0a0a0'";
+  const char* black = "points pt 7 ps 0.6 lc rgb '#202020'";
+  const bool cloud = px.size() > most_lines;
+  if (cloud) upper.add("points", points, grey, points_title);
   upper.add("curve", curve, "lines lw 2 lc rgb '#1f5fa8'", "fitted curve");
-  upper.add("points", points, "points pt 7 ps 0.6 lc rgb '#202020'", "points");
+  if (!cloud) upper.add("points", points, black, points_title);
   upper.add("zeros", on_curve(c.p, marks.zeros), "points pt 6 ps 1.8 lw 2 lc rgb '#c8102e'",
             "zeros");
   upper.add("extremes", on_curve(c.p, marks.extremes), "points pt 8 ps 1.9 lw 2 lc rgb '#e07b00'",
@@ -119,18 +166,25 @@ void draw_curve(plot& out, const table& t, const fitted_curve& c, const residual
   out.command(upper.list());
 
   out.command("unset label 1\nunset key\nset format x '%.7g'");
-  out.command("set tmargin at screen 0.335\nset bmargin at screen 0.085");
-  out.data("residuals", misses);
+  out.command("set tmargin at screen " + text(cloud ? 0.315 : 0.335) +
+              "\nset bmargin at screen 0.085");
   const double largest = std::fabs(r.values[r.largest]);
   out.command("set yrange " + padded_range(-largest, largest, 0.1) + "\nset ytics autofreq");
   out.command("set xlabel " + quote(t.names[0]));
   out.command("set ylabel " + quote(with_unit_of(t.names[1], "residual")) + " offset -1");
   out.command("set xzeroaxis lc rgb '#404040' lt 1");
-  out.command(
-      "plot $residuals using 1:2 with impulses lw 1.5 lc rgb '#1f5fa8', "
-      "$residuals using 1:2 with points pt 7 ps 0.6 lc rgb '#202020'");
+  std::vector<std::string> remarks;
+  if (shown.size() < px.size())
+    remarks.push_back(drawn("points", shown.size(), px.size()) + ", one where several coincide");
+  if (cloud) {
+    remarks.push_back("residuals in " + std::to_string(draw_columns(out, px, r, x.lo, x.hi)) +
+                      " columns: least to greatest, mean and standard deviation");
+  } else {
+    draw_residuals(out, px, r);
+  }
   out.command("unset multiplot");
   out.draw();
+  return remarks;
 }
 
 }  // namespace example

@@ -28,7 +28,8 @@ struct options {
 };
 
 void declare(CLI::App& app, options& o) {
-  app.add_option("file", o.file, "CSV file of two columns, x and y")->required();
+  app.add_option("file", o.file, "CSV file of two columns, x and y; - is standard input")
+      ->required();
   app.add_option("-m,--coefficients", o.fit.coefficients,
                  "number of coefficients, the degree plus one")
       ->check(CLI::Range(1, 60))
@@ -36,15 +37,18 @@ void declare(CLI::App& app, options& o) {
   app.add_flag("--odd", o.fit.odd, "fit the constant and the odd powers only");
   app.add_flag("--scaled", o.fit.scaled, "fit over abscissas shifted and scaled to [-0.5, 0.5]");
   app.add_option("--at", o.at, "abscissas for the table of values, for example 0,2.5,10")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->check(finite_number);
   app.add_option("--range", o.range, "where to search, two numbers (default: where the points are)")
       ->expected(2);
   app.add_option("--certified", o.certified,
                  "CSV file with columns power, coefficient to compare with");
   app.add_option("--certified-square-sum", o.certified_square_sum,
-                 "residual sum of squares to compare with");
+                 "residual sum of squares to compare with")
+      ->check(finite_number);
   app.add_option("--accepted-extreme", o.accepted_extreme,
-                 "abscissa to compare the extremes of the curve with");
+                 "abscissa to compare the extremes of the curve with")
+      ->check(finite_number);
   app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
   app.add_flag("--equal", o.equal, "draw both axes to the same scale");
 }
@@ -54,6 +58,9 @@ void print_fit(report& r, const options& o, const fitted_curve& c) {
   r.line("points used          %zu", c.points.size());
   r.line("points left out      %zu%s", c.left_out,
          o.fit.odd ? "  (an odd fit uses every point)" : "  (marked by x = -1)");
+  if (c.left_out > 0)
+    r.note(std::to_string(c.left_out) + (c.left_out == 1 ? " point" : " points") +
+           " left out (marked by x = -1)");
   if (distinct_abscissas(c) < c.unknowns)
     r.line(
         "not determined       %zu distinct abscissas for %zu coefficients, this is one of many "
@@ -61,9 +68,9 @@ void print_fit(report& r, const options& o, const fitted_curve& c) {
         distinct_abscissas(c), c.unknowns);
   r.line("kind                 %s%s", o.fit.odd ? "constant and odd powers" : "all powers",
          o.fit.scaled ? ", fitted over scaled abscissas" : "");
-  for (tessarn::ulong i = 0; i < c.p.getcofcnt(); ++i)
-    r.line("coefficient x^%-2u     % .17g", static_cast<unsigned>(i),
-           c.p.get(static_cast<tessarn::slong>(i)));
+  for (tessarn::slong i = 0; i < static_cast<tessarn::slong>(c.p.getcofcnt()); ++i)
+    r.line("coefficient x^%-2d     % .17g", static_cast<int>(i),
+           finite(c.p.get(i), "coefficient x^" + std::to_string(i)));
 }
 
 void print_residuals(report& r, const fitted_curve& c, const residuals& e) {
@@ -79,6 +86,7 @@ void print_residuals(report& r, const fitted_curve& c, const residuals& e) {
 std::string digits(double value, double certified) {
   if (value == certified) return "exact";
   const double error = std::fabs(value - certified) / (certified == 0 ? 1 : std::fabs(certified));
+  if (!std::isfinite(error)) return "none";
   char s[32];
   std::snprintf(s, sizeof s, "%.1f", -std::log10(error));
   return s;
@@ -114,12 +122,23 @@ void print_certified(report& r, const options& o, const table& data, const table
            digits(e.square_sum, *o.certified_square_sum).c_str());
 }
 
+std::string radius(const binom& p, double x) {
+  if (p.func_2(x) == 0) return "none (straight)";
+  return has_circle(p, x) ? text(p.normale(x).lenld(), 7) : "too large";
+}
+
 void print_values(report& r, const binom& p, const std::vector<double>& abscissas) {
   r.heading("Values");
-  r.line("%14s %16s %16s %16s %16s %14s", "x", "p(x)", "p'(x)", "p''(x)", "curvature", "radius");
-  for (const double x : abscissas)
-    r.line("%14.8g %16.9g %16.9g %16.9g %16.9g %14.7g", x, p.func(x), p.func_1(x), p.func_2(x),
-           p.arc(x), p.normale(x).lenld());
+  r.line("%14s %16s %16s %16s %16s %15s", "x", "p(x)", "p'(x)", "p''(x)", "curvature", "radius");
+  for (const double x : abscissas) {
+    const std::string at = " at x = " + text(x, 8);
+    const double value = finite(p(x), "the curve" + at);
+    const double slope = finite(p.func_1(x), "the slope" + at);
+    const double second = finite(p.func_2(x), "the second derivative" + at);
+    const double curvature = finite(p.arc(x), "the curvature" + at);
+    r.line("%14.8g %16.9g %16.9g %16.9g %16.9g %15s", x, value, slope, second, curvature,
+           radius(p, x).c_str());
+  }
 }
 
 void print_extremes(report& r, const options& o, const binom& p,
@@ -132,7 +151,7 @@ void print_extremes(report& r, const options& o, const binom& p,
            bend < 0   ? "maximum"
            : bend > 0 ? "minimum"
                       : "level",
-           x, p.func(x));
+           x, finite(p(x), "the curve at an extreme"));
     if (o.accepted_extreme)
       r.line("         accepted %.10g, difference %+.4g", *o.accepted_extreme,
              x - *o.accepted_extreme);
@@ -151,11 +170,13 @@ void print_bends(report& r, const binom& p, const std::vector<double>& bends,
   r.heading("Extremes of the curvature");
   if (bends.empty())
     r.line(is_straight(p) ? "none, the curve is a straight line" : "none in the interval");
-  for (const double x : bends) r.line("x = %.10g, curvature %.9g", x, p.arc(x));
+  for (const double x : bends)
+    r.line("x = %.10g, curvature %.9g", x, finite(p.arc(x), "the curvature at an extreme"));
   for (const double x : marks.sharpest) {
     const vector centre = vector(x, p.func(x)) + p.normale(x);
     r.line("largest curvature at x = %.10g: radius %.9g, centre (%.9g, %.9g)", x,
-           p.normale(x).lenld(), centre.x, centre.y);
+           p.normale(x).lenld(), finite(centre.x, "the centre of curvature"),
+           finite(centre.y, "the centre of curvature"));
   }
 }
 
@@ -167,6 +188,7 @@ scan interval(const options& o, const fitted_curve& c) {
   }
   const auto [lo, hi] = std::minmax_element(
       c.points.begin(), c.points.end(), [](const vector& a, const vector& b) { return a.x < b.x; });
+  finite(hi->x - lo->x, "the width of the interval");
   return scan_of(lo->x, hi->x);
 }
 
@@ -190,7 +212,7 @@ curve_marks analyse(report& r, const options& o, const binom& p, const scan& s) 
   // The search meets the same points, perhaps on another grid.
   const double sharpest = sharpest_bend(p, s);
   for (const double x : bends) {
-    const bool same = std::fabs(x - sharpest) < s.step / 2;
+    const bool same = std::fabs(x - sharpest) < s.step / 2 && has_circle(p, x);
     (same ? marks.sharpest : marks.curvature_extremes).push_back(x);
   }
   print_bends(r, p, bends, marks);
@@ -205,19 +227,20 @@ void job(report& r, const options& o) {
     check_certified(*certified);
   }
   const fitted_curve c = fit(data, o.fit);
-  const scan s = interval(o, c);
   std::unique_ptr<plot> picture;
   if (!o.plot.empty()) picture = std::make_unique<plot>(o.plot, canvas_width, canvas_height);
+  const scan s = interval(o, c);
 
   r.data_source(data);
   print_fit(r, o, c);
   const residuals e = residuals_of(c);
+  finite(e.square_sum, "the sum of squares of the residuals");
   check_fit(c, e);
   print_residuals(r, c, e);
   if (certified) print_certified(r, o, data, *certified, e);
   print_values(r, c.p, o.at.empty() ? std::vector<double>{s.a, s.a + (s.b - s.a) / 2, s.b} : o.at);
   const curve_marks marks = analyse(r, o, c.p, s);
-  if (picture) draw_curve(*picture, data, c, e, s, marks, o.equal);
+  if (picture) r.thinned(draw_curve(*picture, data, c, e, s, marks, o.equal));
 }
 
 }  // namespace

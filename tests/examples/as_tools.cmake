@@ -54,3 +54,39 @@ file(CREATE_LINK /dev/full ${dir}/full/simulated_plate.csv SYMBOLIC)
 run(simulate_full 2 "^simulate: .*/full/simulated_plate.csv: cannot be written: No space left" - $<TARGET_FILE:simulate>
     ${dir}/full)
 
+# Points that are marked are told beside the report, which may go to a file.
+note(profile "^curve_report: note: 4 points left out .marked by x = -1.$")
+
+# Numbers at the ends of the range: no report ends well with one that is not finite.
+file(WRITE ${dir}/huge.csv "0,1e308\n1,-1e308\n2,1e308\n3,1.5e308\n4,1\n")
+file(WRITE ${dir}/wide.csv "-1e308,1\n0,2\n1e308,5\n1.5e308,6\n")
+file(WRITE ${dir}/large.csv "0,1e200\n1,3e200\n2,-7e200\n3,1e200\n")
+foreach(name huge wide large)
+  foreach(kind "" --odd --scaled)
+    run(${name}${kind} 1 "^curve_report: .* is not finite: the numbers are too large" ${dir}/${name}${kind}.svg
+        $<TARGET_FILE:curve_report> ${dir}/${name}.csv -m 3 ${kind} --plot ${dir}/${name}${kind}.svg)
+  endforeach()
+endforeach()
+run(far_value 1 "^curve_report: the curve at x = 1e.300 is not finite" - $<TARGET_FILE:curve_report> ${data}/water.csv
+    -m 5 --at 1e300)
+bad(curve_report value "--at: 'nan' is not a finite number" ${data}/water.csv --at 1,nan)
+
+# A straight line has no radius.
+file(WRITE ${dir}/zero.csv "0,0\n1,0\n2,0\n3,0\n")
+file(WRITE ${dir}/slope.csv "0,1\n1,3\n2,5\n3,7\n")
+foreach(name zero slope)
+  run(straight_${name} 0 " none .straight.$" - $<TARGET_FILE:curve_report> ${dir}/${name}.csv -m 2)
+endforeach()
+file(WRITE ${dir}/cubic.csv "-2,-8\n-1.5,-3.375\n-0.5,-0.125\n0,0\n0.5,0.125\n1.5,3.375\n2,8\n")
+run(straight_point 0 "^ +0 .* none .straight.$" - $<TARGET_FILE:curve_report> ${dir}/cubic.csv -m 4 --odd --at 0,1)
+
+# Many points: every picture stays small and says what it draws.
+set(many ${dir}/many)
+add_test(NAME examples/many COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/many_points.sh ${many})
+set_tests_properties(examples/many PROPERTIES FIXTURES_SETUP many)
+function(many name pattern)
+  run(many_${name} 0 "${pattern}" ${many}_${name}.svg ${ARGN} --plot ${many}_${name}.svg)
+  set_tests_properties(examples/many_${name} PROPERTIES FIXTURES_REQUIRED many)
+  set_property(TEST examples/many_${name} APPEND PROPERTY ENVIRONMENT "MOST=4000000")
+endfunction()
+many(curve_report "^residuals in 400 columns" $<TARGET_FILE:curve_report> ${many}_curve.csv -m 3)
