@@ -8,6 +8,7 @@
 #include "points.h"
 #include "support/plot.h"
 #include "support/report.h"
+#include "support/thin.h"
 
 namespace {
 
@@ -54,35 +55,82 @@ void find_axis(motion& m) {
   m.axis = m.axis.resize(1);
 }
 
+// A set whose second singular value is at most this share of the first is a line: the turn about it
+// is lost in rounding.
+constexpr double line_share = 1e-6;
+
+void require_determined(const spread& s, const std::string& name) {
+  if (s.is_point())
+    throw no_result("the points of " + name + " are all the same, they determine no rotation");
+  if (s.is_line(line_share))
+    throw no_result("the points of " + name + " lie on one line, they determine no rotation");
+}
+
+// False when other rotations carry a onto b just as well, as for a regular tetrahedron and its
+// mirror image. What a turn about the third direction costs is the second singular value of the sum
+// of the products a b', more or less the third one: it must be above 1e-12 of the first.
+bool is_unique(const spread& a, const spread& b) {
+  mat<long double> products, u, values, v;
+  products.create(3, 3);
+  vector3d sums[3];
+  for (std::size_t i = 0; i < a.centred.size(); ++i) {
+    const vector3d &p = a.centred[i], &q = b.centred[i];
+    sums[0] += q * p.x;
+    sums[1] += q * p.y;
+    sums[2] += q * p.z;
+  }
+  for (tessarn::ulong y = 0; y < 3; ++y) {
+    products.set(0, y, sums[y].x);
+    products.set(1, y, sums[y].y);
+    products.set(2, y, sums[y].z);
+  }
+  products.decompose(u, values, v);
+  const bool mirrored = sums[0] * sums[1].cross(sums[2]) < 0;
+  const double cost = values.get(1, 1) + (mirrored ? -1 : 1) * values.get(2, 2);
+  return cost > 1e-12 * values.get(0, 0);
+}
+
 // calc_match gives the rotation R that carries the centred b onto the centred a. The motion from a
-// to b is its transpose R', with the shift cb - R' ca between the centroids.
-motion find_motion(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
+// to b is its transpose R', with the shift cb - R' ca between the centroids. The sets are matched
+// in units of their own size, so that no product overflows or vanishes.
+motion find_motion(const spread& a, const spread& b) {
   sqmat<long double> match;
-  if (!match.calc_match(a.data(), b.data(), static_cast<tessarn::ulong>(a.size())))
+  if (!match.calc_match(a.centred.data(), b.centred.data(),
+                        static_cast<tessarn::ulong>(a.centred.size())))
     throw no_result("the points do not determine a rotation");
   motion m;
   m.matrix.create(4);
   for (tessarn::ulong y = 0; y < 4; ++y)
     for (tessarn::ulong x = 0; x < 4; ++x)
       m.matrix.set(x, y, x < 3 && y < 3 ? match.get(y, x) : x == y);
-  const vector3d shift = centroid(b) - m.apply(centroid(a));
-  m.matrix.set(3, 0, shift.x);
-  m.matrix.set(3, 1, shift.y);
-  m.matrix.set(3, 2, shift.z);
-  find_axis(m);
+  const vector3d shift = b.centre - m.apply(a.centre);
+  m.matrix.set(3, 0, finite(shift.x, "the translation"));
+  m.matrix.set(3, 1, finite(shift.y, "the translation"));
+  m.matrix.set(3, 2, finite(shift.z, "the translation"));
   return m;
 }
 
 std::vector<double> distances(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
   std::vector<double> d;
-  for (std::size_t i = 0; i < a.size(); ++i) d.push_back((a[i] - b[i]).lenld());
+  for (std::size_t i = 0; i < a.size(); ++i)
+    d.push_back(finite((a[i] - b[i]).lenld(), "the distance of two points"));
   return d;
 }
 
-double root_mean_square(const std::vector<double>& values) {
-  double sum = 0;
-  for (const double v : values) sum += v * v;
-  return std::sqrt(sum / static_cast<double>(values.size()));
+std::vector<vector3d> moved_by(const motion& m, const std::vector<vector3d>& points) {
+  std::vector<vector3d> moved;
+  for (const vector3d& p : points) moved.push_back(m.apply(p));
+  return moved;
+}
+
+// The root mean square distance when a is mirrored first, through its centroid: with the best
+// rotation after that it is the best of all reflections.
+double reflected_distance(const std::vector<vector3d>& points, spread a, const spread& b,
+                          const std::vector<vector3d>& target) {
+  std::vector<vector3d> mirrored;
+  for (const vector3d& p : points) mirrored.push_back(a.centre - (p - a.centre));
+  for (vector3d& p : a.centred) p = p * -1.0;
+  return root_mean_square(distances(moved_by(find_motion(a, b), mirrored), target));
 }
 
 void print(report& r, const motion& m, const table& b, const std::vector<double>& before,
@@ -106,9 +154,20 @@ void print(report& r, const motion& m, const table& b, const std::vector<double>
          b.lines[static_cast<std::size_t>(worst - after.begin())], b.name().c_str());
 }
 
+// Says so when a reflection leaves clearly smaller distances than the rotation does.
+void print_reflection(report& r, double reflected, double rotated, const spread& s) {
+  if (!(reflected < 0.99 * rotated && rotated - reflected > 1e-9 * s.scale)) return;
+  r.line("reflected            %.6g root mean square: a reflection would fit better", reflected);
+  r.note("a reflection would fit better than the rotation: one set may be mirrored");
+}
+
+// Of many points every second, third and so on is drawn: 1 when every point is.
+std::size_t stride(std::size_t points) { return (points + most_points - 1) / most_points; }
+
 std::vector<std::vector<double>> rows(const std::vector<vector3d>& points) {
   std::vector<std::vector<double>> r;
-  for (const vector3d& p : points) r.push_back({p.x, p.y, p.z});
+  for (std::size_t i = 0; i < points.size(); i += stride(points.size()))
+    r.push_back({points[i].x, points[i].y, points[i].z});
   return r;
 }
 
@@ -129,10 +188,11 @@ double extent(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
 
 struct space_panel {
   double left;  // of the canvas width
-  const char* title;
+  std::string title;
   const char* block;
   const char* legend;
   double extent;
+  std::string first_style, second_style;
 };
 
 void draw_panel(plot& out, const space_panel& p) {
@@ -144,17 +204,26 @@ void draw_panel(plot& out, const space_panel& p) {
               ", 0.895 center top horizontal maxcols 2 reverse Left width -2");
   out.command("set xtics " + step + " offset -1.1,-0.2\nset ytics " + step +
               " offset 1.1,-0.1\nset ztics " + step);
-  out.command(std::string("splot $") + p.block +
-              " using 1:2:3 with linespoints pt 7 ps 0.8 lw 1.5 lc rgb '#1f5fa8'" + " title " +
-              quote(p.legend) +
-              ", $b using 1:2:3 with linespoints pt 6 ps 1.3 lc rgb '#e07b00' title 'second set'");
+  out.command(std::string("splot $") + p.block + " using 1:2:3 with " + p.first_style +
+              " lc rgb '#1f5fa8' title " + quote(p.legend) + ", $b using 1:2:3 with " +
+              p.second_style + " lc rgb '#e07b00' title 'second set'");
   out.command("unset label 1\nunset label 2");
 }
 
-void draw_distances(plot& out, const table& names, const std::vector<double>& distances) {
+// Each distance as a line; of many the range and the mean in columns of the panel, which it says
+// then.
+std::string draw_distances(plot& out, const table& names, const std::vector<double>& distances) {
+  std::vector<double> number;
+  for (std::size_t i = 0; i < distances.size(); ++i) number.push_back(static_cast<double>(i + 1));
   std::vector<std::vector<double>> numbered;
-  for (std::size_t i = 0; i < distances.size(); ++i)
-    numbered.push_back({static_cast<double>(i + 1), distances[i]});
+  const bool many = distances.size() > most_lines;
+  if (many) {
+    for (const column& c : columns_of(number, distances, 1, number.back(), most_lines / 4))
+      numbered.push_back({(c.left + c.right) / 2, c.mean, c.left, c.right, c.least, c.greatest});
+  } else {
+    for (std::size_t i = 0; i < distances.size(); ++i)
+      numbered.push_back({number[i], distances[i]});
+  }
   const double largest = *std::max_element(distances.begin(), distances.end());
   out.data("distances", numbered);
   out.command(
@@ -167,13 +236,24 @@ void draw_distances(plot& out, const table& names, const std::vector<double>& di
               quote(with_unit_of(names.names[0], "distance")) +
               " offset 0 rotate by 90\nset ytics " + text(tick_step(largest, 4)) + " offset 0");
   out.command("set yrange [0:*]\nset xrange [0:" + std::to_string(distances.size() + 1) + "]");
-  out.command("plot $distances using 1:2 with impulses lw 3 lc rgb '#1f5fa8'");
+  if (!many) {
+    out.command("plot $distances using 1:2 with impulses lw 3 lc rgb '#1f5fa8'");
+    return {};
+  }
+  out.command("set xtics nomirror format '%.0f'");
+  out.command(
+      "set title 'distance of corresponding points after the motion: least to greatest, and mean'");
+  out.command(
+      "plot $distances using 1:2:3:4:5:6 with boxxyerror fs solid 1 border lc rgb '#9dbbe0' lw 0.5 "
+      "lc rgb '#9dbbe0', $distances using 1:2 with lines lw 1.5 lc rgb '#123a6b'");
+  return "distances in " + std::to_string(numbered.size()) +
+         " columns: least to greatest, and mean";
 }
 
 // Both sets in one space before and after, and the distances that remain.
-void draw(plot& out, const table& names, const std::vector<vector3d>& a,
-          const std::vector<vector3d>& moved, const std::vector<vector3d>& b,
-          const std::vector<double>& after) {
+std::vector<std::string> draw(plot& out, const table& names, const std::vector<vector3d>& a,
+                              const std::vector<vector3d>& moved, const std::vector<vector3d>& b,
+                              const std::vector<double>& after) {
   out.data("a", rows(a));
   out.data("moved", rows(moved));
   out.data("b", rows(b));
@@ -188,14 +268,27 @@ void draw(plot& out, const table& names, const std::vector<vector3d>& a,
               " rotate parallel offset 0,-0.5\nset ylabel " + quote(names.names[1]) +
               " rotate parallel offset 1,-0.5\nset zlabel " + quote(names.names[2]) +
               " rotate parallel");
-  draw_panel(out, {0.0, "before", "a", "first set", extent(a, b)});
-  draw_panel(out, {0.5, "after", "moved", "first set, moved", extent(moved, b)});
-  draw_distances(out, names, after);
+  // The lines join the points in their order; of a cloud they would hide everything.
+  const bool cloud = stride(a.size()) > 1;
+  const std::string share = cloud ? ", one of " + std::to_string(stride(a.size())) + " points" : "";
+  const std::string first = cloud ? "points pt 7 ps 0.3" : "linespoints pt 7 ps 0.8 lw 1.5";
+  const std::string second = cloud ? "points pt 6 ps 0.6" : "linespoints pt 6 ps 1.3";
+  draw_panel(out, {0.0, "before" + share, "a", "first set", extent(a, b), first, second});
+  draw_panel(out,
+             {0.5, "after" + share, "moved", "first set, moved", extent(moved, b), first, second});
+  const std::string distances_drawn = draw_distances(out, names, after);
   out.command("unset multiplot");
   out.draw();
+  std::vector<std::string> remarks;
+  if (cloud)
+    remarks.push_back("one of " + std::to_string(stride(a.size())) + " points of each set drawn");
+  if (!distances_drawn.empty()) remarks.push_back(distances_drawn);
+  return remarks;
 }
 
 void job(report& r, const options& o) {
+  if (o.a == "-" && o.b == "-")
+    throw input_error("standard input can be one of the two sets, not both");
   const table ta = read_csv(o.a, {"x", "y", "z"}), tb = read_csv(o.b, {"x", "y", "z"});
   require_rows(ta, ta.rows(), 3, "a match");
   require_rows(tb, tb.rows(), 3, "a match");
@@ -208,12 +301,18 @@ void job(report& r, const options& o) {
   r.data_source(ta);
   r.blank();
   r.data_source(tb);
-  const motion m = find_motion(a, b);
-  std::vector<vector3d> moved;
-  for (const vector3d& p : a) moved.push_back(m.apply(p));
+  const spread sa = spread_of(a, ta.name()), sb = spread_of(b, tb.name());
+  require_determined(sa, ta.name());
+  require_determined(sb, tb.name());
+  if (!is_unique(sa, sb))
+    throw no_result("several rotations fit the points equally well, they determine none");
+  motion m = find_motion(sa, sb);
+  find_axis(m);
+  const std::vector<vector3d> moved = moved_by(m, a);
   const std::vector<double> after = distances(moved, b);
   print(r, m, tb, distances(a, b), after);
-  if (picture) draw(*picture, ta, a, moved, b, after);
+  print_reflection(r, reflected_distance(a, sa, sb, b), root_mean_square(after), sb);
+  if (picture) r.thinned(draw(*picture, ta, a, moved, b, after));
 }
 
 }  // namespace
@@ -221,7 +320,8 @@ void job(report& r, const options& o) {
 int main(int argc, char** argv) {
   CLI::App app{"Finds the rigid motion from one set of points to a second set of the same points."};
   options o;
-  app.add_option("first", o.a, "CSV file of three columns, x, y, z")->required();
+  app.add_option("first", o.a, "CSV file of three columns, x, y, z; - is standard input")
+      ->required();
   app.add_option("second", o.b, "the same points, in the same order, after the motion")->required();
   app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
   return run(app, argc, argv, [&o](report& r) { job(r, o); });

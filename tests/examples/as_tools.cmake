@@ -80,6 +80,48 @@ endforeach()
 file(WRITE ${dir}/cubic.csv "-2,-8\n-1.5,-3.375\n-0.5,-0.125\n0,0\n0.5,0.125\n1.5,3.375\n2,8\n")
 run(straight_point 0 "^ +0 .* none .straight.$" - $<TARGET_FILE:curve_report> ${dir}/cubic.csv -m 4 --odd --at 0,1)
 
+# What determines no rotation, each beside a set that does.
+file(WRITE ${dir}/same.csv "0.1,0.2,0.3\n0.1,0.2,0.3\n0.1,0.2,0.3\n0.1,0.2,0.3\n")
+file(WRITE ${dir}/thin_line.csv "0,0,0\n0.1,0.2,0.3\n0.2,0.4,0.6\n0.7,1.4,2.1\n")
+file(WRITE ${dir}/far_line.csv "1e6,1e6,1e6\n1000000.1,1000000.2,1000000.3\n1000000.2,1000000.4,1000000.6\n1000000.7,1000001.4,1000002.1\n")
+foreach(name same thin_line far_line)
+  set(reason "on one line")
+  if(name STREQUAL same)
+    set(reason "all the same")
+  endif()
+  foreach(other good_align ${name})
+    run(align_${name}_${other} 1 "^align: the points of ${name}.csv .*${reason}, they determine no rotation"
+        ${dir}/align_${name}.png $<TARGET_FILE:align> ${dir}/${other}.csv ${dir}/${name}.csv --plot ${dir}/align_${name}.png)
+  endforeach()
+endforeach()
+run(flat_same 1 "^flatness: all points are the same" - $<TARGET_FILE:flatness> ${dir}/same.csv)
+run(flat_far_line 1 "^flatness: the points lie on one line" - $<TARGET_FILE:flatness> ${dir}/far_line.csv)
+file(WRITE ${dir}/tetrahedron.csv "1,1,1\n1,-1,-1\n-1,1,-1\n-1,-1,1\n")
+file(WRITE ${dir}/tetrahedron_mirrored.csv "1,1,-1\n1,-1,1\n-1,1,1\n-1,-1,-1\n")
+run(align_several 1 "^align: several rotations fit the points equally well" - $<TARGET_FILE:align>
+    ${dir}/tetrahedron.csv ${dir}/tetrahedron_mirrored.csv)
+
+# A mirrored set is told, and no other: neither a flat one, nor one of any size.
+file(WRITE ${dir}/body.csv "0,0,0\n3,0,0\n0,2,0\n0,0,1\n")
+file(WRITE ${dir}/body_mirrored.csv "5,5,5\n5,8,5\n7,5,5\n5,5,6\n")
+run(align_mirrored 0 "^reflected +[0-9.]+e-1[0-9] root mean square: a reflection would fit better" - $<TARGET_FILE:align>
+    ${dir}/body.csv ${dir}/body_mirrored.csv)
+note(align_mirrored "a reflection would fit better than the rotation")
+file(WRITE ${dir}/flat.csv "0,0,0\n3,0,0\n0,2,0\n4,5,0\n")
+file(WRITE ${dir}/flat_turned.csv "1,1,7\n1,4,7\n-1,1,7\n-4,5,7\n")
+run(align_flat 0 "^angle +90 degrees" - $<TARGET_FILE:align> ${dir}/flat.csv ${dir}/flat_turned.csv)
+foreach(size 150 -150)
+  file(WRITE ${dir}/size${size}.csv "0,0,0\n3e${size},0,0\n0,2e${size},0\n0,0,1e${size}\n")
+  file(WRITE ${dir}/size${size}_turned.csv "0,0,0\n0,3e${size},0\n-2e${size},0,0\n0,0,1e${size}\n")
+  run(align_size${size} 0 "^angle +90 degrees" - $<TARGET_FILE:align> ${dir}/size${size}.csv ${dir}/size${size}_turned.csv)
+endforeach()
+file(WRITE ${dir}/huge_space.csv "1e308,0,0\n-1e308,1e308,0\n0,1e308,1.5e308\n1e308,1e308,-1e308\n")
+run(align_huge 1 "^align: .*(too far apart|too large) for double precision" - $<TARGET_FILE:align> ${dir}/huge_space.csv
+    ${dir}/good_align.csv)
+run(flat_huge 1 "^flatness: .*(too far apart|too large) for double precision" - $<TARGET_FILE:flatness>
+    ${dir}/huge_space.csv)
+run(align_two_inputs 2 "^align: standard input can be one of the two sets" - $<TARGET_FILE:align> - -)
+
 # Many points: every picture stays small and says what it draws.
 set(many ${dir}/many)
 add_test(NAME examples/many COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/many_points.sh ${many})
@@ -89,4 +131,6 @@ function(many name pattern)
   set_tests_properties(examples/many_${name} PROPERTIES FIXTURES_REQUIRED many)
   set_property(TEST examples/many_${name} APPEND PROPERTY ENVIRONMENT "MOST=4000000")
 endfunction()
+many(flatness "^the means of 200000 points in [0-9]+ spots" $<TARGET_FILE:flatness> ${many}_surface.csv)
+many(align "^one of 40 points of each set drawn" $<TARGET_FILE:align> ${many}_space.csv ${many}_surface.csv)
 many(curve_report "^residuals in 400 columns" $<TARGET_FILE:curve_report> ${many}_curve.csv -m 3)
