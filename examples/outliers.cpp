@@ -9,6 +9,7 @@
 
 #include "support/plot.h"
 #include "support/report.h"
+#include "support/thin.h"
 
 namespace {
 
@@ -50,13 +51,20 @@ vector first_direction(const vectormat& list) {
   return start.avdir();
 }
 
+// The list can hold a vertical line, but its fit of y over x cannot.
+vector mean_direction(const vectormat& list) {
+  const bool vertical = std::all_of(list.begin(), list.end(),
+                                    [&list](const vector& v) { return v.x == list.begin()->x; });
+  return vertical ? vector(0, 1) : list.avdir();
+}
+
 void print_direction(report& r, const char* name, const vector& d) {
   r.line("%-20s (%.9g, %.9g), %.6g degrees", name, d.x, d.y, d.dirarc() * degrees);
 }
 
 // The largest distance of the points from the line through their mean along their mean direction.
 double straightness(const vectormat& chain) {
-  const vector mean = chain.average(), along = chain.avdir().resize(1);
+  const vector mean = chain.average(), along = mean_direction(chain).resize(1);
   double largest = 0;
   for (tessarn::ulong i = 0; i < chain.count; ++i) {
     const vector d = chain.points[i] - mean;
@@ -65,60 +73,106 @@ double straightness(const vectormat& chain) {
   return largest;
 }
 
+// The fits form squares and sums of them, which must not overflow or vanish.
+void require_size(const vectormat& list) {
+  constexpr double least = 1e-140, most = 1e140;
+  double x = 0, y = 0;
+  for (const vector& v : list) {
+    x = std::max(x, std::fabs(v.x));
+    y = std::max(y, std::fabs(v.y));
+  }
+  for (const double largest : {x, y})
+    if (largest > most || (largest > 0 && largest < least))
+      throw no_result("the largest coordinate is " + text(largest) +
+                      ", the fits need one from 1e-140 to 1e140");
+}
+
 struct result {
   rows before, kept, dropped, chain, rest;
   rows line;  // two points along the mean direction of the chain
 };
 
-void draw(plot& out, const table& t, const result& f) {
-  out.data("before", f.before);
-  out.data("dropped", f.dropped);
-  out.data("chain", f.chain);
-  out.data("rest", f.rest);
+// Writes the block with what can be seen of the points in a panel that shows `seen`, and returns
+// how many these are.
+std::size_t thinned(plot& out, const std::string& block, const rows& points, const rows& seen) {
+  std::vector<double> x, y;
+  for (const auto& row : points) {
+    x.push_back(row[0]);
+    y.push_back(row[1]);
+  }
+  const auto [left, right] = std::minmax_element(seen.begin(), seen.end());
+  const auto [bottom, top] = std::minmax_element(
+      seen.begin(), seen.end(), [](const auto& a, const auto& b) { return a[1] < b[1]; });
+  rows shown;
+  for (const std::size_t i :
+       visible(x, y, spots((*left)[0], (*right)[0], (*bottom)[1], (*top)[1], 870, 310)))
+    shown.push_back(points[i]);
+  out.data(block, shown);
+  return shown.size();
+}
+
+// Returns what of many points is drawn, in words.
+std::vector<std::string> draw(plot& out, const table& t, const result& f) {
+  std::vector<std::string> remarks;
+  const auto points = [&](const std::string& block, const rows& all, const rows& seen,
+                          const std::string& style, const std::string& title) {
+    if (all.empty()) return std::string();
+    const std::size_t shown = thinned(out, block, all, seen);
+    if (shown < all.size())
+      remarks.push_back(drawn(title, shown, all.size()) + ", one where several coincide");
+    return ", $" + block + " using 1:2 with points " + style + " title " +
+           quote(drawn(title, shown, all.size()));
+  };
+  const bool many =
+      f.before.size() > most_points;  // wider legends, and dots that make a line again
+  const std::string dot = std::string("pt 7 ps ") + (many ? "0.7" : "0.5") + " lc rgb '";
   out.data("line", f.line);
   out.command("set multiplot\nset grid\nset lmargin at screen 0.10\nset rmargin at screen 0.97");
   out.command("set label 1 " + quote(t.title() + (t.simulated() ? " (simulated data)" : "")) +
               " at screen 0.53, 0.965 center font ',17'");
-  double lo = f.before[0][0], hi = lo;
-  for (const auto& row : f.before) {
-    lo = std::min(lo, row[0]);
-    hi = std::max(hi, row[0]);
-  }
-  out.command("set xrange " + padded_range(lo, hi, 0.03) + "\nset ylabel " + quote(t.names[1]));
+  const auto [left, right] = std::minmax_element(f.before.begin(), f.before.end());
+  out.command("set xrange " + padded_range((*left)[0], (*right)[0], 0.03) + "\nset ylabel " +
+              quote(t.names[1]));
   out.command("set tmargin at screen 0.88\nset bmargin at screen 0.545\nset format x ''");
   out.command("set key at screen 0.53, 0.93 center top horizontal reverse Left");
-  std::string list =
-      "plot $before using 1:2 with points pt 7 ps 0.5 lc rgb '#202020' title 'measured'";
-  if (!f.dropped.empty())
-    list += ", $dropped using 1:2 with points pt 2 ps 1.6 lw 2.5 lc rgb '#c8102e' title 'removed'";
-  out.command(list);
+  const std::string measured =
+      points("before", f.before, f.before, dot + "#202020'", "measured") +
+      points("dropped", f.dropped, f.before, "pt 2 ps 1.6 lw 2.5 lc rgb '#c8102e'", "removed");
+  out.command("plot" + measured.substr(1));
   out.command("unset label 1\nset format x '%.7g'\nset xlabel " + quote(t.names[0]));
-  out.command("set tmargin at screen 0.47\nset bmargin at screen 0.095");
-  out.command("set key at screen 0.53, 0.51 center top horizontal maxcols 3 reverse Left width -4");
-  list =
+  out.command(std::string("set tmargin at screen ") + (many ? "0.46" : "0.47") +
+              "\nset bmargin at screen 0.095");
+  out.command(std::string("set key at screen 0.53, ") + (many ? "0.52" : "0.51") +
+              " center top horizontal maxcols 3 reverse Left width -4");
+  out.command(
       "plot $line using 1:2 with lines lw 2 dt 2 lc rgb '#2a9d55' title 'mean direction of the "
-      "line'";
-  if (!f.rest.empty())
-    list += ", $rest using 1:2 with points pt 7 ps 0.5 lc rgb '#808080' title 'remaining points'";
-  list += ", $chain using 1:2 with points pt 7 ps 0.6 lc rgb '#1f5fa8' title 'points of the line'";
-  out.command(list + "\nunset multiplot");
+      "line'" +
+      points("rest", f.rest, f.kept, dot + "#808080'", "remaining points") +
+      points("chain", f.chain, f.kept, "pt 7 ps 0.6 lc rgb '#1f5fa8'", "points of the line"));
+  out.command("unset multiplot");
   out.draw();
+  return remarks;
 }
 
 void clean(report& r, const options& o, vectormat& list, result& f) {
   f.before = rows_of(list);
   r.heading("Before");
   r.line("points               %zu", f.before.size());
-  print_direction(r, "mean direction", list.avdir());
+  print_direction(r, "mean direction", mean_direction(list));
   list.DeleteErrors(o.deviation * o.deviation);
   f.kept = rows_of(list);
   f.dropped = removed(f.before, f.kept);
   r.heading("After the removal of what lies more than " + text(o.deviation) +
             " from its neighbours");
   r.line("points               %zu, %zu removed", f.kept.size(), f.dropped.size());
+  const auto marked = std::count_if(f.dropped.begin(), f.dropped.end(),
+                                    [](const auto& row) { return row[0] == -1; });
+  if (marked > 0)
+    r.note(std::to_string(marked) + (marked == 1 ? " point" : " points") +
+           " left out (marked by x = -1)");
   for (const auto& row : f.dropped) r.line("  removed            (%.9g, %.9g)", row[0], row[1]);
   if (f.kept.size() < 2) throw no_result("fewer than two points are left");
-  print_direction(r, "mean direction", list.avdir());
+  print_direction(r, "mean direction", mean_direction(list));
 }
 
 void follow(report& r, const options& o, vectormat& list, result& f) {
@@ -132,12 +186,12 @@ void follow(report& r, const options& o, vectormat& list, result& f) {
   r.line("points               %zu, from (%.9g, %.9g) to (%.9g, %.9g)", f.chain.size(),
          f.chain.front()[0], f.chain.front()[1], f.chain.back()[0], f.chain.back()[1]);
   if (f.chain.size() < 2) throw no_result("no point follows the first one in this direction");
-  print_direction(r, "mean direction", chain->avdir());
+  print_direction(r, "mean direction", mean_direction(*chain));
   r.line("largest distance     %.6g from the line", straightness(*chain));
   r.line("remaining points     %zu (the second point is never examined)", f.rest.size());
-  const vector mean = chain->average(), along = chain->avdir();
-  const vector half =
-      along * (0.7 * (f.chain.back()[0] - f.chain.front()[0]) / along.x);  // a little beyond
+  const vector mean = chain->average();
+  const vector ends = chain->points[chain->count - 1] - chain->points[0];
+  const vector half = mean_direction(*chain).resize(0.7 * ends.lenld());  // a little beyond
   for (const vector& v : {mean - half, mean + half}) f.line.push_back({v.x, v.y});
 }
 
@@ -146,30 +200,47 @@ void job(report& r, const options& o) {
   require_rows(t, t.rows(), 2, "a curve");
   std::unique_ptr<plot> picture;
   if (!o.plot.empty()) picture = std::make_unique<plot>(o.plot, 1000, 900);
+  if (!o.direction.empty() && o.direction[0] == 0 && o.direction[1] == 0)
+    throw input_error("--direction: 0,0 is no direction");
   vectormat list;
+  list.reserve(static_cast<tessarn::ulong>(t.rows()));
   for (std::size_t i = 0; i < t.rows(); ++i) list.add(vector(t.at(i, 0), t.at(i, 1)));
   r.data_source(t);
+  require_size(list);
   result f;
   clean(r, o, list, f);
   follow(r, o, list, f);
-  if (picture) draw(*picture, t, f);
+  if (picture) r.thinned(draw(*picture, t, f));
 }
+
+// A positive number whose square is one, too: distances are compared by their squares.
+const CLI::Validator squared_number(
+    [](std::string& s) -> std::string {
+      double v;
+      if (!CLI::detail::lexical_cast(s, v) || std::isnan(v)) return "'" + s + "' is not a number";
+      if (!(v > 0)) return "must be positive";
+      return v < 1e-150 || v > 1e150 ? "must lie between 1e-150 and 1e150" : "";
+    },
+    "POSITIVE");
 
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app{"Removes wild readings from a measured curve and follows the line at its start."};
   options o;
-  app.add_option("file", o.file, "CSV file of two columns, x and y, in the order of measurement")
+  app.add_option(
+         "file", o.file,
+         "CSV file of two columns, x and y, in the order of measurement; - is standard input")
       ->required();
   app.add_option("--deviation", o.deviation,
                  "how far a point may lie from the mean of its neighbourhood")
-      ->check(CLI::PositiveNumber)
+      ->check(squared_number)
       ->required();
   app.add_option("--direction", o.direction,
                  "direction of the line, for example 1,0.2 (default: of its first points)")
       ->delimiter(',')
-      ->expected(2);
+      ->expected(2)
+      ->check(finite_number);
   app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
   return run(app, argc, argv, [&o](report& r) { job(r, o); });
 }

@@ -122,6 +122,16 @@ run(flat_huge 1 "^flatness: .*(too far apart|too large) for double precision" - 
     ${dir}/huge_space.csv)
 run(align_two_inputs 2 "^align: standard input can be one of the two sets" - $<TARGET_FILE:align> - -)
 
+# A list that the fits cannot hold, an upright line, and what may be asked for.
+run(outliers_huge 1 "^outliers: the largest coordinate is 1.5e.308" - $<TARGET_FILE:outliers> ${dir}/huge.csv --deviation 1)
+file(WRITE ${dir}/upright.csv "5,1\n5,2\n5,3\n5,4\n5,5\n-1,0\n")
+run(outliers_upright 0 "^mean direction +.0, 1., 90 degrees" - $<TARGET_FILE:outliers> ${dir}/upright.csv --deviation 9)
+note(outliers_upright "^outliers: note: 1 point left out .marked by x = -1.$")
+bad(outliers negative "--deviation: must be positive$" ${dir}/good_outliers.csv --deviation -3)
+bad(outliers not_a_deviation "--deviation: 'nan' is not a number$" ${dir}/good_outliers.csv --deviation nan)
+bad(outliers vanishing "--deviation: must lie between 1e-150 and 1e150$" ${dir}/good_outliers.csv --deviation 1e-200)
+bad(outliers no_direction "--direction: 0,0 is no direction" ${dir}/good_outliers.csv --deviation 1 --direction 0,0)
+
 # Many points: every picture stays small and says what it draws.
 set(many ${dir}/many)
 add_test(NAME examples/many COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/many_points.sh ${many})
@@ -133,4 +143,5 @@ function(many name pattern)
 endfunction()
 many(flatness "^the means of 200000 points in [0-9]+ spots" $<TARGET_FILE:flatness> ${many}_surface.csv)
 many(align "^one of 40 points of each set drawn" $<TARGET_FILE:align> ${many}_space.csv ${many}_surface.csv)
+many(outliers "^remaining points .[0-9]+ of [0-9]+ drawn." $<TARGET_FILE:outliers> ${many}_curve.csv --deviation 40)
 many(curve_report "^residuals in 400 columns" $<TARGET_FILE:curve_report> ${many}_curve.csv -m 3)
