@@ -235,7 +235,8 @@ std::string draw_distances(plot& out, const table& names, const std::vector<doub
   out.command("set xlabel 'point' rotate by 0 offset 0\nset ylabel " +
               quote(with_unit_of(names.names[0], "distance")) +
               " offset 0 rotate by 90\nset ytics " + text(tick_step(largest, 4)) + " offset 0");
-  out.command("set yrange [0:*]\nset xrange [0:" + std::to_string(distances.size() + 1) + "]");
+  out.command(std::string(largest > 0 ? "set yrange [0:*]" : "set yrange [0:1]") +
+              "\nset xrange [0:" + std::to_string(distances.size() + 1) + "]");
   if (!many) {
     out.command("plot $distances using 1:2 with impulses lw 3 lc rgb '#1f5fa8'");
     return {};

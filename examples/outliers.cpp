@@ -111,6 +111,14 @@ std::size_t thinned(plot& out, const std::string& block, const rows& points, con
   return shown.size();
 }
 
+// A range for points of one ordinate, which gnuplot cannot find by itself.
+std::string y_range(const rows& points) {
+  const double y = points[0][1];
+  const bool flat =
+      std::all_of(points.begin(), points.end(), [y](const auto& row) { return row[1] == y; });
+  return flat ? "set yrange " + padded_range(y, y) : "set yrange [*:*]";
+}
+
 // Returns what of many points is drawn, in words.
 std::vector<std::string> draw(plot& out, const table& t, const result& f) {
   std::vector<std::string> remarks;
@@ -138,12 +146,13 @@ std::vector<std::string> draw(plot& out, const table& t, const result& f) {
   const std::string measured =
       points("before", f.before, f.before, dot + "#202020'", "measured") +
       points("dropped", f.dropped, f.before, "pt 2 ps 1.6 lw 2.5 lc rgb '#c8102e'", "removed");
-  out.command("plot" + measured.substr(1));
+  out.command(y_range(f.before) + "\nplot" + measured.substr(1));
   out.command("unset label 1\nset format x '%.7g'\nset xlabel " + quote(t.names[0]));
   out.command(std::string("set tmargin at screen ") + (many ? "0.46" : "0.47") +
               "\nset bmargin at screen 0.095");
   out.command(std::string("set key at screen 0.53, ") + (many ? "0.52" : "0.51") +
               " center top horizontal maxcols 3 reverse Left width -4");
+  out.command(y_range(f.kept));
   out.command(
       "plot $line using 1:2 with lines lw 2 dt 2 lc rgb '#2a9d55' title 'mean direction of the "
       "line'" +

@@ -54,7 +54,7 @@ plot::~plot() {
 void plot::data(const std::string& name, const std::vector<std::vector<double>>& rows) {
   script_ += "$" + name + " << EOD\n";
   for (const auto& row : rows) {
-    for (const double v : row) script_ += text(v, 10) + ' ';
+    for (const double v : row) script_ += text(v, 15) + ' ';
     script_ += '\n';
   }
   script_ += "EOD\n";
@@ -104,8 +104,8 @@ double tick_step(double extent, double count) {
 }
 
 std::string padded_range(double lo, double hi, double share) {
-  const double pad = hi > lo ? share * (hi - lo) : 1.0;
-  return "[" + text(lo - pad, 10) + ":" + text(hi + pad, 10) + "]";
+  const double pad = hi > lo ? share * (hi - lo) : hi != 0 ? 0.1 * std::fabs(hi) : 1.0;
+  return "[" + text(lo - pad, 15) + ":" + text(hi + pad, 15) + "]";
 }
 
 }  // namespace example

@@ -32,7 +32,7 @@ foreach(program curve_report outliers flatness align simulate)
         ${more})
     input(${program}_bad_input ${dir}/columns_${program}.csv)
     file(READ ${good} points)
-    string(REPLACE "," "\;" points "${points}")
+    string(REPLACE "," ";" points "${points}")
     file(WRITE ${dir}/semicolons_${program}.csv "${points}")
     run(${program}_separator 2 "semicolons_${program}.csv:1: .* seem to be separated by semicolons" -
         $<TARGET_FILE:${program}> ${dir}/semicolons_${program}.csv ${more})
@@ -44,6 +44,13 @@ foreach(program curve_report outliers flatness align simulate)
     set_tests_properties(examples/${program}_full_picture PROPERTIES FIXTURES_REQUIRED full_${program})
   endif()
 endforeach()
+
+# A disk that gets full while the picture is written: gnuplot does not notice, and leaves the beginning.
+file(MAKE_DIRECTORY ${dir}/half)
+file(WRITE ${dir}/half/gnuplot "#!/bin/sh\nsed -n \"s/^set output '\\(.*\\)'/\\1/p\" | { read -r file; echo '<svg>' > \"$file\"; }\n")
+file(CHMOD ${dir}/half/gnuplot PERMISSIONS OWNER_READ OWNER_EXECUTE OWNER_WRITE)
+run(half_a_picture 1 "^curve_report: .*half.svg cannot be written as a whole" ${dir}/half.svg
+    env "PATH=${dir}/half:$ENV{PATH}" $<TARGET_FILE:curve_report> ${data}/water.csv --plot ${dir}/half.svg)
 
 run(simulate_help 0 "^Usage: .*simulate .*folder" - $<TARGET_FILE:simulate> --help)
 run(simulate_no_folder 2 "^simulate: folder is required" - $<TARGET_FILE:simulate>)
@@ -131,6 +138,17 @@ bad(outliers negative "--deviation: must be positive$" ${dir}/good_outliers.csv 
 bad(outliers not_a_deviation "--deviation: 'nan' is not a number$" ${dir}/good_outliers.csv --deviation nan)
 bad(outliers vanishing "--deviation: must lie between 1e-150 and 1e150$" ${dir}/good_outliers.csv --deviation 1e-200)
 bad(outliers no_direction "--direction: 0,0 is no direction" ${dir}/good_outliers.csv --deviation 1 --direction 0,0)
+
+# Pictures of what has no extent.
+file(WRITE ${dir}/level.csv "0,7e150\n1,7e150\n2,7e150\n3,7e150\n")
+foreach(name level zero)
+  run(picture_${name} 0 "points used" ${dir}/${name}_curve.png $<TARGET_FILE:curve_report> ${dir}/${name}.csv -m 1
+      --plot ${dir}/${name}_curve.png)
+endforeach()
+run(picture_flat_list 0 "^mean direction" ${dir}/zero_list.png $<TARGET_FILE:outliers> ${dir}/zero.csv --deviation 1
+    --plot ${dir}/zero_list.png)
+run(picture_no_distance 0 "^angle" ${dir}/no_distance.png $<TARGET_FILE:align> ${dir}/tetrahedron.csv
+    ${dir}/tetrahedron.csv --plot ${dir}/no_distance.png)
 
 # Many points: every picture stays small and says what it draws.
 set(many ${dir}/many)
