@@ -33,3 +33,4 @@
 
 #include "tessarn/mat.h"
 #include "tessarn/sqmat.h"
+#include "tessarn/vectors.h"  // the points that calc_match and its kin take
