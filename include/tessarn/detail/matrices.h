@@ -40,22 +40,22 @@ class sqmat<cplx>;
 namespace tessarn::detail {
 
 /// Operations without a test of sizes, for the checked mode, and for operators that are templates.
-struct TESSARN_API unchecked {
-  static mat<long double> sum(const mat<long double>& a, const mat<long double>& b);
-  static mat<long double> difference(const mat<long double>& a, const mat<long double>& b);
-  static mat<long double> product(const mat<long double>& a, const mat<long double>& b);
-  static bool equal(const mat<long double>& a, const mat<long double>& b);
-  static void solve(mat<long double>& x, const mat<long double>& A, const mat<long double>& b);
+struct unchecked {
+  TESSARN_API static mat<long double> sum(const mat<long double>& a, const mat<long double>& b);
+  TESSARN_API static mat<long double> difference(const mat<long double>& a, const mat<long double>& b);
+  TESSARN_API static mat<long double> product(const mat<long double>& a, const mat<long double>& b);
+  TESSARN_API static bool equal(const mat<long double>& a, const mat<long double>& b);
+  TESSARN_API static void solve(mat<long double>& x, const mat<long double>& A, const mat<long double>& b);
   /// a b as a new matrix, with the entries that `*=` gives; empty when the sizes differ.
-  static sqmat<long double> product(const sqmat<long double>& a, const sqmat<long double>& b);
-  static sqmat<cplx> product(const sqmat<cplx>& a, const sqmat<cplx>& b);
-  static bool equal(const sqmat<long double>& a, const sqmat<long double>& b);
-  static void multiply(sqmat<long double>& a, const sqmat<long double>& b);
-  static void multiply(sqmat<cplx>& a, const sqmat<cplx>& b);
-  static void set_column(sqmat<long double>& a, ulong x, const mat<long double>& column);
-  static void set_column(sqmat<cplx>& a, ulong x, const mat<cplx>& column);
-  static void solve(const sqmat<long double>& a, mat<long double>& b);
-  static void solve(const sqmat<cplx>& a, mat<cplx>& b);
+  TESSARN_API static sqmat<long double> product(const sqmat<long double>& a, const sqmat<long double>& b);
+  TESSARN_API static sqmat<cplx> product(const sqmat<cplx>& a, const sqmat<cplx>& b);
+  TESSARN_API static bool equal(const sqmat<long double>& a, const sqmat<long double>& b);
+  TESSARN_API static void multiply(sqmat<long double>& a, const sqmat<long double>& b);
+  TESSARN_API static void multiply(sqmat<cplx>& a, const sqmat<cplx>& b);
+  TESSARN_API static void set_column(sqmat<long double>& a, ulong x, const mat<long double>& column);
+  TESSARN_API static void set_column(sqmat<cplx>& a, ulong x, const mat<cplx>& column);
+  TESSARN_API static void solve(const sqmat<long double>& a, mat<long double>& b);
+  TESSARN_API static void solve(const sqmat<cplx>& a, mat<cplx>& b);
 };
 
 /// Stores v under the quiet-NaN rule; by its bits, because a signalling NaN is stored as it is.

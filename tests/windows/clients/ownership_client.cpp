@@ -204,12 +204,12 @@ void layout() {
 int main() {
   CHECK(heap::hook("Tessarn_x64.dll"));
   layout();
-  single_object(new_vector);
-  single_object(new_vector3d);
-  single_object(new_polarvector3d);
-  array_of_objects(new_vector);
-  array_of_objects(new_vector3d);
-  array_of_objects(new_polarvector3d);
+  single_object<vector>(new_vector);
+  single_object<vector3d>(new_vector3d);
+  single_object<polarvector3d>(new_polarvector3d);
+  array_of_objects<vector>(new_vector);
+  array_of_objects<vector3d>(new_vector3d);
+  array_of_objects<polarvector3d>(new_polarvector3d);
   order_of_destruction();
   derived_classes();
   released_here();
