@@ -113,7 +113,7 @@ motion find_motion(const spread& a, const spread& b) {
 std::vector<double> distances(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
   std::vector<double> d;
   for (std::size_t i = 0; i < a.size(); ++i)
-    d.push_back(finite((a[i] - b[i]).lenld(), "the distance of two points"));
+    d.push_back(finite(length(a[i] - b[i]), "the distance of two points"));
   return d;
 }
 

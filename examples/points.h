@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -34,11 +35,17 @@ inline double binary_scale(double largest) {
   return largest > 0 && std::isfinite(largest) ? std::ldexp(1.0, std::ilogb(largest)) : 1.0;
 }
 
-inline double largest_coordinate(const std::vector<vector3d>& points) {
+inline double largest_coordinate(std::span<const vector3d> points) {
   double largest = 0;
   for (const vector3d& p : points)
     largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
   return largest;
+}
+
+// The length also where the squares overflow or vanish.
+inline double length(const vector3d& v) {
+  const double scale = binary_scale(largest_coordinate(std::span(&v, 1)));
+  return scale * vector3d(v.x / scale, v.y / scale, v.z / scale).lenld();
 }
 
 inline double root_mean_square(const std::vector<double>& values) {
