@@ -249,6 +249,30 @@ void containers_and_counts() {
   delete[] new_vector(std::size_t{3});
 }
 
+// Rows and columns of a matrix with two rows of two entries, through the object and through a constant.
+template <class Matrix>
+void views(Matrix m) {
+  const Matrix& c = m;
+  EXPECT(m.row(1).data() == c.row(3).data() && m.row(0).size() == 2 && c.row(0).end() == m.row(1).begin());
+  EXPECT(m.column(1).data() == c.column(3).data() && m.column(0).stride() == 2 && c.column(0).size() == 2);
+  m.row(1)[0] = m.column(1)[0];
+  EXPECT(c.row(1)[0] == c.row(0)[1]);
+  m = Matrix();
+  EXPECT(m.row(0).empty() && c.row(0).empty() && m.column(0).empty() && c.column(0).empty());
+}
+
+void views_of_every_kind() {
+  views(mat<long double>{{1, 2}, {3, 4}});
+  views(sqmat<long double>{{1, 2}, {3, 4}});
+  views(mat<cplx>{{cplx(1, 2), cplx(3, 4)}, {cplx(5, 6), cplx(7, 8)}});
+  views(sqmat<cplx>{{cplx(1, 2), cplx(3, 4)}, {cplx(5, 6), cplx(7, 8)}});
+  const vectormat list{{1, 2}, {3, 4}};
+  EXPECT(list.end() - list.begin() == 2 && list.begin()->y == 2);
+  binom p{1, 2};
+  p.data()[1] = 5;
+  EXPECT(p(1) == 6);
+}
+
 template <class T>
 void is_movable() {
   static_assert(std::is_nothrow_move_constructible_v<T> && std::is_move_assignable_v<T>);
@@ -319,6 +343,7 @@ int main() {
   matrices();
   polynomials();
   containers_and_counts();
+  views_of_every_kind();
   standard_algorithms();
   names();
   std::printf("%d wrong\n", failures);
