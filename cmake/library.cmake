@@ -55,7 +55,7 @@ set(TESSARN_KERNELS
   vectors/kernels/table.cpp)
 
 # The chains of powers are written in an order that hides the latency of their steps, which GCC is to keep, and their
-# tests of single numbers belong into the integer units.
+# tests of single numbers should run in the integer units.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   set_source_files_properties(poly/kernels/table.cpp PROPERTIES COMPILE_OPTIONS "-fno-tree-ter;-fno-tree-reassoc")
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")

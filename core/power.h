@@ -20,8 +20,8 @@ struct double_double {
   real low;
 };
 
-// The lower 27 bits of the significand cleared. In a vector of two: the way of a number through an integer register is
-// long, and lies on the chains of powers.
+// x with the lower 27 bits of its significand cleared. Uses a two-lane vector so that the value stays in a floating-point
+// register: a move to an integer register would add its latency to every step of a chain of powers.
 inline real leading_bits(real x) noexcept {
 #if defined(__GNUC__) || defined(__clang__)
   typedef double two __attribute__((vector_size(16)));
@@ -85,7 +85,7 @@ inline bool chain_is_safe(real x, unsigned k) noexcept {
   return static_cast<std::uint64_t>(magnitude) * k <= safe_exponent_range;
 }
 
-// The same in one comparison, for a K of 1 or more that is known here.
+// chain_is_safe in one comparison, for an exponent K of 1 or more that is a compile-time constant.
 template <unsigned K>
 inline bool chain_is_safe(real x) noexcept {
   constexpr std::uint64_t limit = safe_exponent_range / K, least = (1023 - limit) << 53, extent = 2 * limit << 53;

@@ -53,8 +53,8 @@ inline cplx* copied_entries(const cplx* source, std::size_t n) {
   return entries;
 }
 
-// Where the real part of the first entry is, or will be once it is constructed: behind something as large as a real.
-// The imaginary part follows.
+// Where the real part of the first entry is, or will be once the entry is constructed: behind the virtual table pointer,
+// which is as large as a real. The imaginary part follows.
 inline real* first_part(cplx* entries) noexcept { return reinterpret_cast<real*>(entries) + 1; }
 
 // Constructs n entries around the parts that stand in their places already. Compilers see that the parts keep their

@@ -1,8 +1,8 @@
 // Systems of a few equations, solved without the NaN rule.
 //
-// A NaN that appears in an entry of the matrix stays in the entries that depend on it, down to a column of candidate
-// pivots that has nothing else, and one on the right-hand side stays down to the solution: a system that is solved here
-// without a NaN in its solution is solved as under the rule, and all others are left to it.
+// A NaN that appears in an entry of the matrix spreads to all entries that depend on it, until a column of candidate
+// pivots holds only NaN; a NaN on the right-hand side spreads to the solution. So a solution without a NaN is the one that
+// the NaN rule gives. All other systems are solved again under the rule.
 #pragma once
 
 #include <algorithm>

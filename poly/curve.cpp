@@ -136,7 +136,7 @@ template <unsigned K>
 real derivative(coefficients p, real x) noexcept {
   const slong highest = p.n - 1 - static_cast<slong>(K);
   const add_to_derivative<K> use{p.cof};
-  // Called likely so that it stands in front and saves no registers: it is next to no work.
+  // [[likely]] keeps this short path first, before the prologue that saves registers.
   if (highest < 3) [[likely]] return each_low_power(x, highest, use).sum;
   if (highest < 5 && chain_is_safe<4>(x)) return each_of_few_powers(x, highest, use).sum;
   return each_power(x, highest, use).sum;

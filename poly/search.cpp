@@ -202,7 +202,7 @@ real binom::find_zero(real a, real b, real step, real eps) {
     real x = a, next = a;
     const outcome found = scan(f, a, b, step, interval::closed, x, next);
     if (found == outcome::exact) return x;
-    if (found == outcome::stalled && bracketed) break;  // no finer bracket is to be had
+    if (found == outcome::stalled && bracketed) break;  // no finer bracket exists
     if (found != outcome::bracket) return not_found;
     a = x;
     b = next;

@@ -1,8 +1,10 @@
-// Loops whose rounds stand one behind the other.
+// How far a loop is unrolled. Each macro stands in the line before its loop:
+//   TESSARN_UNROLL       a loop of at most eight rounds over an array: whole, so that the array stays in registers
+//   TESSARN_UNROLL_MORE  a loop of at most 32 rounds: whole
+//   TESSARN_UNROLL_LONG  a long loop of short rounds: eight rounds at a time
+//   TESSARN_KEEP_LOOP    a loop that the compiler must not unroll
 #pragma once
 
-// Before a loop of at most eight rounds over an array, so that the array stays in registers.
-// The same of at most 32 rounds; before a long loop of short rounds; and before a loop that is to stay one.
 #if defined(__clang__)
 #define TESSARN_UNROLL_MORE _Pragma("clang loop unroll(full)")
 #define TESSARN_UNROLL _Pragma("clang loop unroll(full)")

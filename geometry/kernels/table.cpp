@@ -369,7 +369,8 @@ TESSARN_INLINE vec note_reach(double* to, const point_lanes& d) {
   return square;
 }
 
-// The moments and the ordered sums cost next to nothing besides: the memory is waited for.
+// One pass over the points: coordinates, hash values, moments and ordered sums. The loop is bound by memory, so the sums
+// are free.
 void take_in(const double* points, size_t n, const double* reference, const cloud_room& room, moment_sums* result,
              double* sums) {
   constexpr size_t ahead = 128;

@@ -203,8 +203,8 @@ struct minor_walks {
 
 TESSARN_INLINE size_t walk_index(size_t walk) { return walk / 2; }
 TESSARN_INLINE bool loses_row(size_t walk) { return walk % 2 == 0; }
-// What the number of a group's first walk adds to that of a lane as far as these are concerned, known to the compiler
-// where groups begin at even numbers.
+// The part of a group's first walk number that loses_row sees: the walk number of lane i is first + i. Groups of several
+// lanes begin at even numbers, so the part is the constant 0 there.
 TESSARN_INLINE size_t odd_part(size_t first) { return width == 1 ? first % 2 : 0; }
 
 // The same step in all lanes, from the matrix's entry on: each lane has its own factors and its own row above.

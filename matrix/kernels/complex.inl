@@ -12,7 +12,8 @@ namespace tessarn::detail::TESSARN_ISA {
 typedef double unaligned_pair __attribute__((vector_size(16), aligned(8), may_alias));
 TESSARN_INLINE unaligned_pair load_pair(const double* p) { return *reinterpret_cast<const unaligned_pair*>(p); }
 TESSARN_INLINE void store_pair(double* p, unaligned_pair v) { *reinterpret_cast<unaligned_pair*>(p) = v; }
-// width / 2 of them, one behind the other in v, and as many as there are lanes, the parts apart.
+// load_pairs: width / 2 complex entries in one vector, real and imaginary parts alternating. Below, as many entries as there
+// are lanes with their real parts in one vector and their imaginary parts in another.
 #if TESSARN_LANES == 8
 TESSARN_INLINE vec load_pairs(const double* p) {
   return __builtin_shufflevector(load(p), load(p + 3), 0, 1, 3, 4, 6, 7, 14, 15);
@@ -67,7 +68,7 @@ static constexpr size_t complex_rows = 2, complex_vectors = 1;
 static constexpr size_t complex_panel = complex_vectors * width;
 static constexpr size_t complex_block = 32;  // rows of the left factor that are packed at a time
 
-static constexpr size_t entry_step = 3;  // doubles from entry to entry: one of another kind, then the two parts
+static constexpr size_t entry_step = 3;  // doubles from entry to entry: the virtual table pointer, then the two parts
 
 // The columns of a panel that begins at column x of n: whole vectors.
 TESSARN_INLINE size_t panel_columns(size_t n, size_t x) {
@@ -187,7 +188,7 @@ static void complex_multiply(const double* a, const double* b, double* c, size_t
 }
 
 #if TESSARN_VECTOR_LANES
-// n = 4, a row of entries one behind the other in one vector or more. x y = Re x (Re y, Im y) + Im x (-Im y, Re y): to
+// The product for n = 4. A row of entries fills one vector or more, real and imaginary parts alternating. x y = Re x (Re y, Im y) + Im x (-Im y, Re y): to
 // add the product with a number turned round is to subtract the product.
 static void complex_multiply_four(const double* a, const double* b, double* c) {
   constexpr size_t vectors = 8 / width, step = width / 2 * entry_step;

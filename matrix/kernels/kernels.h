@@ -37,12 +37,12 @@ struct matrix_kernels {
   double (*adjugate)(const double* m, size_t n, double* dst, double* workspace);
   size_t (*adjugate_workspace)(size_t n);
 
-  // c = a b for n x n complex matrices whose entries lie three doubles apart, the imaginary part behind the real one,
-  // and before it something that is left alone; each entry the sum over k ascending from 0. c may be a or b, and
+  // c = a b for n x n complex matrices whose entries lie three doubles apart, the imaginary part behind the real one
+  // and the virtual table pointer, which is left alone, before it; each entry the sum over k ascending from 0. c may be a or b, and
   // a may be b. workspace holds complex_workspace(n) doubles.
   void (*complex_multiply)(const double* a, const double* b, double* c, size_t n, double* workspace);
   size_t (*complex_workspace)(size_t n);
-  // The same for n = 4, without a workspace.
+  // complex_multiply for n = 4, without a workspace.
   void (*complex_multiply_four)(const double* a, const double* b, double* c);
 
   // Forward elimination without pivoting from the pivots' columns on, rows x columns complex entries with the

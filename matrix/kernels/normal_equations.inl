@@ -12,7 +12,7 @@ static size_t normal_stride(size_t n) { return (n + 1 + width - 1) / width * wid
 static size_t normal_workspace(size_t n) { return normal_block * normal_stride(n); }
 
 #if TESSARN_VECTOR_LANES
-// The same for up to four columns, straight from the rows: lanes behind the last column hold the next row's entries and
+// The normal equations for N <= 4 columns, straight from the rows: lanes behind the last column hold the next row's entries and
 // are dropped.
 template <size_t N>
 TESSARN_INLINE void narrow_normal_equations(const double* a, const double* b, size_t m, double* result, size_t stride) {

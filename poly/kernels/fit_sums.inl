@@ -29,7 +29,7 @@ TESSARN_INLINE vec mixed(vec v) { return v; }
 TESSARN_INLINE vec in_order(vec v) { return v; }
 #endif
 
-// Sixteen, and vectors of two numbers.
+// True for baseline x86-64: 16 registers of two doubles.
 constexpr bool few_registers = width < 4;
 
 TESSARN_INLINE mask not_finite(vec v) { return v - v != vec{}; }
@@ -72,7 +72,7 @@ class filled_points {
   double rest_[3 * GROUP];
 };
 
-// The sums for a number of exponents that is known here.
+// The sums for a number of exponents that is a compile-time constant.
 template <size_t EXPONENTS>
 struct plane_sums {
   static constexpr size_t rows = EXPONENTS + (EXPONENTS + 1) / 2;
@@ -295,7 +295,7 @@ struct many_powers : points_to_add<EXPONENTS, 2 * partial_sums> {
   }
 };
 
-// Adds points until one is not to be had by chains.
+// Adds points until one comes whose powers a chain cannot form exactly enough.
 template <class Points>
 TESSARN_INLINE size_t add_points_by_chains(const double* points, size_t n, double marker, double* sums) {
   const Points p{{{points, n}, n, decltype(Points::check)(marker), sums}};

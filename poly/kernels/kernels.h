@@ -29,8 +29,9 @@ struct poly_kernels {
   // Adds n plane points, each three doubles of which x and y are the last two, to sums in partial_sums lanes each,
   // point i to lane i mod partial_sums: to sum e the powers e for e below exponents, but for sum 0, which would count
   // the points, and to sum exponents + e the powers e times y, for 2 e below exponents. Gives the number of points that
-  // it has added, all or a multiple of partial_sums: it ends where an x is the marker, which is not 0, or a power is
-  // not to be had by chains (poly/kernels/power_chains.inl), and knows some numbers of exponents only.
+  // it has added, all or a multiple of partial_sums: it stops at the first point that it
+  // cannot add, one whose x is the marker (which is not 0) or outside the range in which chains of powers are exact enough
+  // (power_chains.inl). It handles 3, 5, ..., 15 exponents and returns 0 for other numbers.
   size_t (*add_plane_points)(const double* points, size_t n, double marker, unsigned exponents, double* sums);
 
   // The coordinates of a block of plane points; false where an x is the marker or a NaN.
@@ -40,8 +41,8 @@ struct poly_kernels {
   const unsigned char* surface_lanes;
 
   // The coordinates of a block of space points, each four doubles: x and y as the powers 1 in px and py, with
-  // point_block numbers a power. True where the powers from 2 to below exponents were to be had by quick chains
-  // (poly/kernels/power_chains.inl) and are there, too.
+  // point_block numbers a power. True where quick chains (power_chains.inl) could form the powers from 2 to
+  // below exponents; these are then stored, too.
   bool (*unpack_space)(const double* points, size_t exponents, double* px, double* py, double* z);
 
   // Makes (w z) w of the ordinates of a block as unpack_space leaves them, and w w behind them.
@@ -55,8 +56,8 @@ struct poly_kernels {
   // a zero of either sign.
   void (*powers)(unsigned exponents, double* powers);
 
-  // The same from powers and y, n of a block, which are there, for any exponents; powers 0 are 1, and sum 0 is of no
-  // use.
+  // Like add_plane_points, but from powers and y already computed for the first n points of a block, and for any number
+  // of exponents; powers 0 are 1, and sum 0 is not used.
   void (*add_powers)(const double* powers, const double* y, size_t n, unsigned exponents, double* sums);
 
   // As add_plane_points for a surface of grade g, side = 2 g - 1: (py[b] px[a]) w to sum side b + a, for a and b below
@@ -64,7 +65,7 @@ struct poly_kernels {
   // no use. Where a block is not full, px, py, w and z are 0 from the end on, but for the powers 0, which are 1.
   void (*add_products)(const surface_blocks& blocks, bool weighted, unsigned g, double* sums, double* moments);
 
-  // The same for the grade 2 and n space points, each four doubles, n a multiple of partial_sums. A point's terms are
+  // Like add_products for the grade 2, straight from n space points, each four doubles, n a multiple of partial_sums. A point's terms are
   // (py[b] px[a]) (w w) and (py[j] px[i]) ((w z) w) where there are weights.
   void (*add_points)(const double* points, const double* w, size_t n, double* sums, double* moments);
 

@@ -104,7 +104,7 @@ constexpr size_t most_quick = 25;
 
 // The powers of GROUP vectors of abscissas in less than half of the operations, where the chain is safe and nearly all
 // powers are far enough from the middle between two numbers to be rounded with 20 bits to spare; doubts are collected.
-// Their number is COUNT, where it is known here.
+// COUNT is the number of powers where that is a compile-time constant.
 //
 // A power is kept as head + rest, the head of 26 bits, and made of two others, a and b, of nearly half of its exponent:
 //     s = head_a head_b, which is exact, and t = head_b rest_a + rest_b power_a

@@ -31,7 +31,7 @@ TESSARN_INLINE void load_surface_points(const double* p, vec& x, vec& y, vec& z)
 TESSARN_INLINE vec load_for_surface(const double* p) { return load(p); }
 #endif
 
-// One power of y times the powers of x, for surfaces of a grade that is known here. Powers 0 are not multiplied with.
+// One power of y times the powers of x, for surfaces whose grade is a compile-time constant. Powers 0 are not multiplied with.
 template <size_t G, bool WEIGHTED>
 struct surface_row {
   static constexpr size_t side = 2 * G - 1;

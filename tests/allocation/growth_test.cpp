@@ -159,7 +159,7 @@ TEST(ListGrowth, Failures) {
       add_points(l, 3000);
       expect_points(l, (o.threw ? full : full + 1) + 3000);
     }
-    // Where twice the room is not to be had the step may do.
+    // Where memory for twice the room is missing, the plain step is tried.
     EXPECT_EQ(threw, full == 1024 ? 1 : 0) << full;
     vectormat l;
     add_points(l, full);
