@@ -1,3 +1,5 @@
+// Correctly rounded integer powers: a chain of products where the powers stay in the safe range, else square and
+// multiply with the exponent kept apart.
 // Correctly rounded integer powers: a chain of products where the powers stay in the safe range, else square and multiply
 // with the exponent kept apart.
 #include "core/power.h"

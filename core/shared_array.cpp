@@ -1,3 +1,4 @@
+// The holders of shared coefficient arrays, counted in a side table.
 #include "core/shared_array.h"
 
 #include "core/side_table.h"

@@ -1,3 +1,4 @@
+// Bounds of the sums of squared residuals, from the second moments of the points around their centre.
 #include "geometry/bounds.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The distinct points of a cloud, coordinate by coordinate, with their moments.
 #include "geometry/cloud.h"
 
 #include <algorithm>

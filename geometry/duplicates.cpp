@@ -1,3 +1,5 @@
+// Finds the points that occur more than once: a table of bits tells which hash values may repeat, and only points with
+// such a value are compared.
 #include "geometry/duplicates.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The points farthest from a point, or from two: groups of points that lie too near are left out by their radii.
 #include "geometry/extremes.h"
 
 #include <algorithm>

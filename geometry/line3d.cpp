@@ -1,3 +1,4 @@
+// Segments cut and clipped by planes.
 #include <cmath>
 
 #include "tessarn/geometry.h"

@@ -1,3 +1,4 @@
+// The frame of a plane, comparisons, rotations and intersections.
 #include "tessarn/geometry.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// A quadratic model of the sum of squared residuals around a normal, and how far the sums can be from it.
 #include "geometry/residual_model.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// The inverse of a square matrix by its adjugate: the kernel without the quiet-NaN rule first, the plain way if it
+// meets a NaN.
 #include "matrix/adjugate.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Products of matrices: small sizes in plain loops, others by the kernels, with a workspace where they need one.
 #include "matrix/multiply.h"
 
 #include "core/nan_rule.h"

@@ -1,3 +1,4 @@
+// Derivatives and curvature of a polynomial at one abscissa.
 #include "poly/curve.h"
 
 #include "matrix/names.h"

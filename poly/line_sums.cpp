@@ -1,3 +1,4 @@
+// The sums of a straight-line fit, continued point by point.
 #include "poly/line_sums.h"
 
 #include "core/nan_rule.h"

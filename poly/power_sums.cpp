@@ -1,3 +1,5 @@
+// Sums of powers over points, in eight partial sums each: as many points as possible straight through the kernels, the
+// rest through a block.
 #include "poly/power_sums.h"
 
 #include <algorithm>

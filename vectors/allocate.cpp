@@ -1,3 +1,4 @@
+// The exported array allocators.
 #include "tessarn/vectors.h"
 
 namespace {

@@ -1,3 +1,4 @@
+// The arrays of growing lists and the table of their room.
 #include "vectors/point_array.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The build of the kernels that is in use.
 #include "poly/kernels/kernels.h"
 #include "simd/dispatch.h"
 
