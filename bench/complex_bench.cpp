@@ -85,11 +85,11 @@ struct complex_inputs {
   std::unique_ptr<gsl_permutation, void (*)(gsl_permutation*)> permutation;
 };
 
-void add_product(long n, double reach) {
+void add_product(long n) {
   const double m = double(n);
   const double entries = sizeof(cplx) * m * m;  // each input is an operand twice
   row<complex_inputs> r("complex product", n, {8 * m * m * m, 3 * entries, traffic::copy, 2 * entries});
-  r.reach(reach).agree({1e-12}).note("our entries are 24 bytes");
+  r.agree({1e-12}).note("our entries are 24 bytes");
   r.ours([](complex_inputs& in, int i) {
     return in.ours[std::size_t(i)] * in.ours[in.next(i)];
   });
@@ -112,11 +112,11 @@ void add_product(long n, double reach) {
   });
 }
 
-void add_solve(long n, double reach) {
+void add_solve(long n) {
   const double m = double(n);
   row<complex_inputs> r("complex solve", n,
                         {8.0 / 3 * m * m * m + 8 * m * m, sizeof(cplx) * m * m});
-  r.reach(reach).agree({1e-9});
+  r.agree({1e-9});
   r.ours([](complex_inputs & in, int i) -> auto& {
     const mat<cplx>& b = in.ours_right[std::size_t(i)];
     std::copy(b.getData(), b.getData() + in.n, in.x.getData());
@@ -155,13 +155,13 @@ void add_solve(long n, double reach) {
 }  // namespace
 
 void add_complex() {
-  add_product(4, 1.2);
-  add_product(16, 1.0);
-  add_product(64, 0.7);
-  add_product(256, 0.7);
-  add_solve(4, 3);
-  add_solve(16, 1.5);
-  add_solve(64, 1.0);
+  add_product(4);
+  add_product(16);
+  add_product(64);
+  add_product(256);
+  add_solve(4);
+  add_solve(16);
+  add_solve(64);
 }
 
 }  // namespace bench

@@ -74,9 +74,9 @@ struct array_inputs {
 
 plain::poly plain_form(const coefficients& c) { return {values(c.begin(), c.end())}; }
 
-void add_func(long n, double reach) {
+void add_func(long n) {
   row<array_inputs> r("func over an array, 6 coefficients", n, over_array(func_needs(count), n));
-  r.reach(reach).agree({1e-13}).note("ascending powers, not Horner's scheme");
+  r.agree({1e-13}).note("ascending powers, not Horner's scheme");
   r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
     return in.y;
@@ -111,9 +111,9 @@ void add_func(long n, double reach) {
   });
 }
 
-void add_derivative(long n, double reach) {
+void add_derivative(long n) {
   row<array_inputs> r("func_1 over an array, 6 coefficients", n, over_array(derivative_needs(count), n));
-  r.reach(reach).agree({1e-13}).note("correctly rounded powers");
+  r.agree({1e-13}).note("correctly rounded powers");
   r.ours([](array_inputs & in, int i) -> auto& {
     in.p.func_1(in.x[std::size_t(i)].data(), in.y.data(), index(in.n));
     return in.y;
@@ -147,10 +147,10 @@ void add_derivative(long n, double reach) {
 
 // Rows of their own for the loop that a user writes for any number of coefficients.
 template <class Ours>
-void add_array_of_any(const std::string& operation, products_and_sums needs, long n, double reach,
+void add_array_of_any(const std::string& operation, products_and_sums needs, long n,
                       Ours ours, values array_inputs::*c) {
   row<array_inputs> r(operation + " over an array, 6 coefficients, against any number", n, over_array(needs, n));
-  r.reach(reach).agree({1e-13}).note("the peer has the number as an argument, too");
+  r.agree({1e-13}).note("the peer has the number as an argument, too");
   r.ours([ours](array_inputs & in, int i) -> auto& {
     ours(in, in.x[std::size_t(i)]);
     return in.y;
@@ -165,16 +165,16 @@ void add_array_of_any(const std::string& operation, products_and_sums needs, lon
       });
 }
 
-void add_func_of_any(long n, double reach) {
+void add_func_of_any(long n) {
   add_array_of_any(
-      "func", func_needs(count), n, reach,
+      "func", func_needs(count), n,
       [](array_inputs& in, const values& x) { in.p.func(x.data(), in.y.data(), index(in.n)); },
       &array_inputs::any);
 }
 
-void add_derivative_of_any(long n, double reach) {
+void add_derivative_of_any(long n) {
   add_array_of_any(
-      "func_1", derivative_needs(count), n, reach,
+      "func_1", derivative_needs(count), n,
       [](array_inputs& in, const values& x) { in.p.func_1(x.data(), in.y.data(), index(in.n)); },
       &array_inputs::any_derivative);
 }
@@ -194,10 +194,10 @@ struct point_inputs {
   plain::poly plain;
 };
 
-void add_point(long n, double reach) {
+void add_point(long n) {
   row<point_inputs> r("func_1 by number of coefficients", n,
                       {derivative_needs(int(n)).side_by_side(), 8.0 * double(n), traffic::read});
-  r.reach(reach).agree({1e-12}).note("correctly rounded powers");
+  r.agree({1e-12}).note("correctly rounded powers");
   r.ours([](point_inputs& in, int i) { return in.p.func_1(in.x[std::size_t(i)]); });
   r.peer("other", "Horner", [](point_inputs& in, int i) {
     const double x = in.x[std::size_t(i)];
@@ -263,11 +263,11 @@ struct search_inputs {
   std::vector<plain::poly> plain_zero, plain_bend;
 };
 
-void add_find_zero(long n, double reach) {
+void add_find_zero(long n) {
   row<search_inputs> r(
       "find_zero by samples", n,
       {(func_needs(count) + products_and_sums{0, 1}).side_by_side() * double(n), 0});
-  r.reach(reach).agree({1e-6});
+  r.agree({1e-6});
   r.ours([](search_inputs& in, int i) {
     return in.zero_curves[std::size_t(i)].find_zero(0, 1, in.step, in.eps);
   });
@@ -280,11 +280,11 @@ void add_find_zero(long n, double reach) {
   });
 }
 
-void add_find_extreme(long n, double reach) {
+void add_find_extreme(long n) {
   // Three derivatives from shared powers, and the formula of the curvature's derivative.
   row<search_inputs> r("find_extrpoint_arc by samples", n,
                        {(4 + 3 * (5 + 4 + 3) + 18.0) * double(n), 0});
-  r.reach(reach).agree({1e-6});
+  r.agree({1e-6});
   r.ours([](search_inputs& in, int i) {
     return in.bend_curves[std::size_t(i)].find_extrpoint_arc(0, 1, in.step, in.eps);
   });
@@ -326,10 +326,10 @@ struct polynomial_inputs {
   std::vector<binom> ours;
 };
 
-void add_polynomial_product(long n, double reach) {
+void add_polynomial_product(long n) {
   row<polynomial_inputs> r("polynomial product", n,
                            {2.0 * double(n) * double(n), 32.0 * double(n)});
-  r.reach(reach).agree({1e-13});
+  r.agree({1e-13});
   r.ours([](polynomial_inputs& in, int i) {
     binom p;
     p.copy(in.ours[std::size_t(i)]);
@@ -354,23 +354,23 @@ void add_polynomial_product(long n, double reach) {
 }  // namespace
 
 void add_curves() {
-  add_func(1000, 0);
-  add_func(1000000, 1.0);
-  add_derivative(1000, 0);
-  add_derivative(1000000, 0.3);
-  add_func_of_any(1000, 0);
-  add_func_of_any(1000000, 1.0);
-  add_derivative_of_any(1000, 0);
-  add_derivative_of_any(1000000, 0.3);
-  add_point(3, 0);
-  add_point(6, 1.0);
-  add_point(12, 0);
-  add_find_zero(10000, 0);
-  add_find_zero(1000000, 2);
-  add_find_extreme(1000, 0);
-  add_find_extreme(100000, 0.7);
-  add_polynomial_product(20, 0);
-  add_polynomial_product(200, 2);
+  add_func(1000);
+  add_func(1000000);
+  add_derivative(1000);
+  add_derivative(1000000);
+  add_func_of_any(1000);
+  add_func_of_any(1000000);
+  add_derivative_of_any(1000);
+  add_derivative_of_any(1000000);
+  add_point(3);
+  add_point(6);
+  add_point(12);
+  add_find_zero(10000);
+  add_find_zero(1000000);
+  add_find_extreme(1000);
+  add_find_extreme(100000);
+  add_polynomial_product(20);
+  add_polynomial_product(200);
 }
 
 }  // namespace bench

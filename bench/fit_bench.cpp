@@ -142,11 +142,11 @@ struct fit_inputs {
 };
 
 template <int M>
-row<fit_inputs<M>> fit_row(const std::string& peers, long n, double reach) {
+row<fit_inputs<M>> fit_row(const std::string& peers, long n) {
   const products_and_sums point = powers_below(2 * M - 1) + products_and_sums{M - 1, 3 * M - 2};
   row<fit_inputs<M>> r("fit, " + std::to_string(M) + " coefficients" + peers, n,
                        {point.side_by_side() * double(n), sizeof(vector) * double(n), traffic::read});
-  r.reach(reach).agree({1e-7});
+  r.agree({1e-7});
   r.ours([](fit_inputs<M> & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), index(in.n), index(in.count));
     return in.result;
@@ -155,8 +155,8 @@ row<fit_inputs<M>> fit_row(const std::string& peers, long n, double reach) {
 }
 
 template <int M>
-void add_fit_of_any(long n, double reach) {
-  fit_row<M>(", against any number", n, reach)
+void add_fit_of_any(long n) {
+  fit_row<M>(", against any number", n)
       .note("the peer has the number as an argument, too")
       .peer("other", "running powers, any number", [](fit_inputs<M>& in, int i) {
         return fit_by_running_powers(in.plain_points[std::size_t(i)], in.count);
@@ -164,9 +164,9 @@ void add_fit_of_any(long n, double reach) {
 }
 
 template <int M>
-void add_fit(long n, double reach) {
+void add_fit(long n) {
   using inputs = fit_inputs<M>;
-  row<inputs> r = fit_row<M>("", n, reach);
+  row<inputs> r = fit_row<M>("", n);
   r.note("correctly rounded powers; running powers know their number");
   r.peer("other", "running powers", [](inputs& in, int i) {
     return fit_by_running_powers<M>(in.plain_points[std::size_t(i)]);
@@ -218,7 +218,7 @@ struct surface_inputs {
 };
 
 template <int G>
-row<surface_inputs<G>> surface_row(const std::string& peers, double reach) {
+row<surface_inputs<G>> surface_row(const std::string& peers) {
   using inputs = surface_inputs<G>;
   constexpr double n = double(inputs::n), mixed = (2 * G - 2) * (2 * G - 2);
   constexpr double distinct = (2 * G - 1) * (2 * G - 1);
@@ -227,7 +227,7 @@ row<surface_inputs<G>> surface_row(const std::string& peers, double reach) {
       powers + powers + products_and_sums{mixed + G * G - 1, distinct - 1 + G * G};
   row<inputs> r("surface fit by grade, 10000 points" + peers, G,
                 {n * point.side_by_side(), sizeof(vector3d) * n, traffic::read});
-  r.reach(reach).agree({1e-7});
+  r.agree({1e-7});
   r.ours([](inputs & in, int i) -> auto& {
     in.result.create(in.points[std::size_t(i)].data(), inputs::n, index(in.grade));
     return in.result;
@@ -236,8 +236,8 @@ row<surface_inputs<G>> surface_row(const std::string& peers, double reach) {
 }
 
 template <int G>
-void add_surface_of_any(double reach) {
-  surface_row<G>(", against any grade", reach)
+void add_surface_of_any() {
+  surface_row<G>(", against any grade")
       .note("the peer has the grade as an argument, too")
       .peer("other", "running powers, any grade", [](surface_inputs<G>& in, int i) {
         return fit_by_running_powers(in.plain_points[std::size_t(i)], in.grade);
@@ -245,9 +245,9 @@ void add_surface_of_any(double reach) {
 }
 
 template <int G>
-void add_surface(double reach) {
+void add_surface() {
   using inputs = surface_inputs<G>;
-  row<inputs> r = surface_row<G>("", reach);
+  row<inputs> r = surface_row<G>("");
   r.note("correctly rounded powers; running powers know the grade");
   r.peer("other", "running powers", [](inputs& in, int i) {
     return fit_by_running_powers<G>(in.plain_points[std::size_t(i)]);
@@ -291,22 +291,22 @@ void add_surface(double reach) {
 }  // namespace
 
 void add_fits() {
-  add_fit<4>(100, 2);
-  add_fit<4>(10000, 2);
-  add_fit<4>(1000000, 2);
-  add_fit_of_any<4>(100, 2);
-  add_fit_of_any<4>(10000, 2);
-  add_fit_of_any<4>(1000000, 2);
-  add_fit<8>(100, 0);
-  add_fit<8>(10000, 1.5);
-  add_fit_of_any<8>(100, 0);
-  add_fit_of_any<8>(10000, 1.5);
-  add_surface<2>(2);
-  add_surface<3>(2.5);
-  add_surface<4>(2.5);
-  add_surface_of_any<2>(2);
-  add_surface_of_any<3>(2.5);
-  add_surface_of_any<4>(2.5);
+  add_fit<4>(100);
+  add_fit<4>(10000);
+  add_fit<4>(1000000);
+  add_fit_of_any<4>(100);
+  add_fit_of_any<4>(10000);
+  add_fit_of_any<4>(1000000);
+  add_fit<8>(100);
+  add_fit<8>(10000);
+  add_fit_of_any<8>(100);
+  add_fit_of_any<8>(10000);
+  add_surface<2>();
+  add_surface<3>();
+  add_surface<4>();
+  add_surface_of_any<2>();
+  add_surface_of_any<3>();
+  add_surface_of_any<4>();
 }
 
 }  // namespace bench

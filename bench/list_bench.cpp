@@ -96,10 +96,10 @@ using random_inputs = list_inputs<false>;
 
 constexpr double limit = 4;
 
-void add_delete_errors(long n, double reach) {
+void add_delete_errors(long n) {
   row<sorted_inputs> r("DeleteErrors", n,
                        {14.0 * double(n), 2.0 * sizeof(vector) * double(n), traffic::move});
-  r.reach(reach).agree({0}).note("our points are 24 bytes");
+  r.agree({0}).note("our points are 24 bytes");
   r.ours(
       [](sorted_inputs & in, int i) -> auto& {
         in.ours[std::size_t(i)].DeleteErrors(limit);
@@ -148,9 +148,9 @@ void rotate_by_erase(std::vector<Point>& v) {
   v.push_back(first);
 }
 
-void add_average(long n, double reach) {
+void add_average(long n) {
   row<random_inputs> r("average", n, {2.0 * double(n), sizeof(vector) * double(n), traffic::read});
-  r.reach(reach).agree({1e-9}).note("our points are 24 bytes");
+  r.agree({1e-9}).note("our points are 24 bytes");
   r.ours([](random_inputs& in, int i) { return in.original[std::size_t(i)].average(); });
   r.peer("other", "loop",
          [](random_inputs& in, int i) { return mean(in.original_points[std::size_t(i)].points); });
@@ -161,9 +161,9 @@ void add_average(long n, double reach) {
 }
 
 // The first point is removed and appended again, so that the length stays.
-void add_removal(long n, double reach) {
+void add_removal(long n) {
   row<random_inputs> r("del(0)", n, {0, 2.0 * sizeof(vector) * double(n), traffic::move});
-  r.reach(reach).agree({0}).note("our points are 24 bytes");
+  r.agree({0}).note("our points are 24 bytes");
   r.ours(
       [](random_inputs & in, int i) -> auto& {
         vectormat& l = in.ours[std::size_t(i)];
@@ -196,9 +196,9 @@ void add_removal(long n, double reach) {
       random_inputs::restore_plain);
 }
 
-void add_sort(long n, double reach) {
+void add_sort(long n) {
   row<random_inputs> r("sort", n, {0, 2.0 * sizeof(vector) * double(n), traffic::move});
-  r.reach(reach).agree({0});
+  r.agree({0});
   r.ours(
       [](random_inputs & in, int i) -> auto& {
         in.ours[std::size_t(i)].sort();
@@ -227,15 +227,15 @@ void add_sort(long n, double reach) {
 }  // namespace
 
 void add_lists() {
-  add_delete_errors(1000, 0);
-  add_delete_errors(100000, 1.5);
-  add_average(1000, 0);
-  add_average(1000000, 1.5);
-  add_removal(1000, 0);
-  add_removal(100000, 1.0);
-  add_sort(200, 0);
-  add_sort(2000, 0);
-  add_sort(20000, 1.0);
+  add_delete_errors(1000);
+  add_delete_errors(100000);
+  add_average(1000);
+  add_average(1000000);
+  add_removal(1000);
+  add_removal(100000);
+  add_sort(200);
+  add_sort(2000);
+  add_sort(20000);
 }
 
 }  // namespace bench

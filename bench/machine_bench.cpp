@@ -18,7 +18,7 @@ constexpr int chains = 12;  // enough independent sums to hide the latency of an
 constexpr int rounds = 4096;
 
 detail::labels machine_row(long size, double operations, double bytes) {
-  return {"machine", size, {operations, bytes}, 0, "", {}};
+  return {"machine", size, {operations, bytes}, "", {}};
 }
 
 void report(benchmark::State& state, const detail::labels& row) {

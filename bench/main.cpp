@@ -11,7 +11,7 @@
 #include <fstream>
 #include <string>
 
-#include "simd/isa.h"
+#include "rows.h"
 #include "support.h"
 #include "tessarn/version.h"
 
@@ -59,7 +59,7 @@ void describe(int core) {
   AddCustomContext("compiler", "g++ " __VERSION__);
   AddCustomContext("flags", BENCH_FLAGS);
   AddCustomContext("library flags", BENCH_LIBRARY_FLAGS);
-  AddCustomContext("kernels in use", tessarn::detail::set_names[static_cast<int>(tessarn::detail::chosen_isa())]);
+  AddCustomContext("instruction set", bench::detail::set_name(bench::detail::best_set()));
   AddCustomContext("version Tessarn",
                    version(TESSARN_VERSION_MAJOR, TESSARN_VERSION_MINOR, TESSARN_VERSION_PATCH));
   AddCustomContext("version Eigen",
@@ -72,16 +72,7 @@ void describe(int core) {
   AddCustomContext("version CGAL", CGAL_VERSION_STR);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  const int core = pin_to_one_core();
-  openblas_set_num_threads(1);
-  gsl_set_error_handler_off();
-  describe(core);
-
+void add_table() {
   bench::add_machine_limits();
   bench::add_products();
   bench::add_solves();
@@ -94,6 +85,19 @@ int main(int argc, char** argv) {
   bench::add_lists();
   bench::add_planes();
   bench::add_vectors();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  const int core = pin_to_one_core();
+  openblas_set_num_threads(1);
+  gsl_set_error_handler_off();
+  describe(core);
+
+  add_table();
   benchmark::RunSpecifiedBenchmarks();
   return 0;
 }

@@ -1,12 +1,24 @@
-"""The table of results as Markdown and as a page with the pictures."""
+"""The tables of results as Markdown and as a page with the pictures."""
 
 import html
 
 from results import TRAFFIC
 
-COLUMNS = ["operation", "size", "Tessarn", "±", "Eigen", "BLAS, LAPACK", "GSL", "other", "plain form",
-           "best peer", "ratio", "to reach", "limit", "share", "hash of the results", "remark"]
-TEXT_COLUMNS = {"operation", "best peer", "hash of the results", "remark"}
+SET_NAMES = {"avx2": "AVX2", "avx512": "AVX-512"}
+
+# The rows of the first page: one an area of use, at a size that programs have.
+FIRST_PAGE = [("product", 128), ("solve", 16), ("det", 64), ("invert", 4), ("decompose", 16),
+              ("least squares, 4 columns", 100), ("calc_match", 1000), ("fit, 4 coefficients", 10000),
+              ("surface fit by grade, 10000 points", 3), ("plane fit", 10000)]
+
+
+class Column:
+    """A column: its heading, and the text of a row in it."""
+
+    def __init__(self, heading, text, is_text=False):
+        self.heading = heading
+        self.text = text
+        self.is_text = is_text
 
 
 def nanoseconds(t):
@@ -29,57 +41,74 @@ def call_text(call):
     return nanoseconds(call.median()) if call else ""
 
 
-def mark(row):
-    """Whether the row reaches its ratio: ✓, ✗, or ≈ where the spread of the times hides the answer."""
-    ratio = row.ratio()
-    if ratio is None:
-        return "✗"
-    if ratio >= row.reach:
-        return "✓"
-    hidden = min(0.05, row.ours.spread() + row.best_peer().spread())
-    return "≈" if ratio * (1 + hidden) >= row.reach else "✗"
+def set_name(name):
+    return SET_NAMES.get(name, name)
 
 
-def cells(results, row):
-    """The texts of one line, in the order of COLUMNS."""
+def peer_name(row):
     best = row.best_peer()
+    if not best:
+        return ""
+    return best.name + (" (native)" if best.program() == "native" and best.family in ("Eigen", "other") else "")
+
+
+def share_text(results, row):
     limit, kind = results.limit(row)
-    ratio = row.ratio()
-    reach = ""
-    if row.reach:
-        reach = f"{row.reach:g} {mark(row)}"
-        # Who is faster than the rates of the memory has shown that they are no limit; that of the operations is one.
-        least = limit if limit and limit < row.ours.median() else results.time_of_operations(row)
-        if mark(row) == "✗" and least and best.median() / least < row.reach:
-            reach += f", limit {ratio_text(best.median() / least)}"
-    name = ""
-    if best:
-        name = best.name + (" (native)" if best.program() == "native" and best.family in ("Eigen", "other") else "")
-    return [
-        row.operation, f"{row.size:,}", call_text(row.ours),
-        f"{100 * row.ours.spread():.0f} %",
-        *(call_text(row.best_peer(f)) for f in ("Eigen", "LAPACK", "GSL", "other")),
-        call_text(row.plain), name, ratio_text(ratio), reach,
-        nanoseconds(limit) + (" b" if kind == "bytes" else ""),
-        f"{100 * limit / row.ours.median():.0f} %" if limit else "",
-        f"`{next(iter(row.hashes.values()))}`", row.note,
-    ]
+    return f"{100 * limit / row.ours.median():.0f} %" + (" b" if kind == "bytes" else "") if limit else ""
+
+
+OPERATION = Column("operation", lambda results, row: row.operation, True)
+SIZE = Column("size", lambda results, row: f"{row.size:,}")
+OURS = Column("Tessarn", lambda results, row: call_text(row.ours))
+SPREAD = Column("±", lambda results, row: f"{100 * row.ours.spread():.0f} %")
+BEST = Column("best peer", lambda results, row: peer_name(row), True)
+ITS_TIME = Column("its time", lambda results, row: call_text(row.best_peer()))
+RATIO = Column("ratio", lambda results, row: ratio_text(row.ratio()))
+SHARE = Column("share of the limit", share_text)
+HASH = Column("hash of the results", lambda results, row: f"`{next(iter(row.hashes.values()))}`", True)
+REMARK = Column("remark", lambda results, row: row.note, True)
+
+
+def set_columns(results):
+    """Our time and the ratio with each instruction set below the best one."""
+    def pair(name):
+        def ratio(results, row):
+            return ratio_text(row.ratio(row.ours_with(name))) if row.ours_with(name) else ""
+        return [Column(set_name(name), lambda results, row: call_text(row.ours_with(name))), Column("ratio", ratio)]
+    return [column for name in results.sets()[1:] for column in pair(name)]
+
+
+def user_columns(results):
+    return [OPERATION, SIZE, OURS, BEST, ITS_TIME, RATIO, SHARE, *set_columns(results), HASH, REMARK]
+
+
+def page_columns(results):
+    """All that was measured: those of the users, and the fastest call of each library."""
+    def fastest(heading, family):
+        return Column(heading, lambda results, row: call_text(row.best_peer(family)))
+    return [OPERATION, SIZE, OURS, SPREAD, *set_columns(results), fastest("Eigen", "Eigen"),
+            fastest("BLAS, LAPACK", "LAPACK"), fastest("GSL", "GSL"), fastest("other", "other"),
+            Column("plain form", lambda results, row: call_text(row.plain)), BEST, RATIO,
+            Column("limit", lambda results, row: nanoseconds(results.limit(row)[0])), SHARE, HASH, REMARK]
 
 
 def measured_rows(results):
     return [r for r in results.rows.values() if r.ours]
 
 
-def markdown_table(results):
-    lines = ["| " + " | ".join(COLUMNS) + " |",
-             "|" + "|".join("---" if c in TEXT_COLUMNS else "--:" for c in COLUMNS) + "|"]
+def texts(results, columns, rows):
+    """The texts line by line; the name of an operation stands in its first line alone."""
     previous = None
-    for row in measured_rows(results):
-        line = cells(results, row)
-        if line[0] == previous:
-            line[0] = ""
+    for row in rows:
+        line = [c.text(results, row) for c in columns]
+        yield row, ["" if c is OPERATION and row.operation == previous else text for c, text in zip(columns, line)]
         previous = row.operation
-        lines.append("| " + " | ".join(line) + " |")
+
+
+def markdown_table(results, columns, rows):
+    lines = ["| " + " | ".join(c.heading for c in columns) + " |",
+             "|" + "|".join("---" if c.is_text else "--:" for c in columns) + "|"]
+    lines += ["| " + " | ".join(line) + " |" for _, line in texts(results, columns, rows)]
     return "\n".join(lines)
 
 
@@ -87,7 +116,7 @@ def machine_lines(results):
     """What was measured on what, one line a fact."""
     context = next(iter(results.context.values()))
     lines = [f"{context['processor']}, one core (number {context['core']}), kernels for "
-             f"{context['kernels in use']}; {context['date'][:16].replace('T', ' ')}."]
+             f"{set_name(context['instruction set'])}; {context['date'][:16].replace('T', ' ')}."]
     flags = " and ".join(f"`{c['flags']}`" for c in results.context.values())
     lines.append(f"{context['compiler']}; headers and peers of headers with {flags}, the library with "
                  f"`{context['library flags']}`.")
@@ -110,37 +139,49 @@ def size_text(size):
     return f"{size >> 20} MiB" if size >= 1 << 20 else f"{size >> 10} KiB"
 
 
-LEGEND = ("Times in nanoseconds of processor time, the median of the repetitions; ± is half of their range. "
-          "Each library stands with its fastest call in the faster of the two programs. The ratio is the time "
-          "of the best peer over ours: above 1 we are faster; beside it the ratio to reach, ≈ where it is missed by "
-          "less than the spreads of the two times and less than 5 %, and what the limit would give where that is less. "
-          "The limit is what the stated arithmetic needs on "
-          "this machine, by operations or (b) by bytes, and the share is how much of it is reached. The hash "
-          "is that of all bits of our results.")
+LEGEND = (
+    "Times in nanoseconds of processor time, the median of the repetitions. Each library stands with its fastest "
+    "call in the faster of the two programs; where none has the operation, the plain form does. The ratio is the "
+    "time of the best peer over ours: above 1 we are faster. The limit is what the stated arithmetic needs on "
+    "this machine, by operations or (b) by bytes, and the share is how much of it is reached. The columns of "
+    "other instruction sets are the same program made to use the kernels of a lesser processor; their ratios are "
+    "against the same times of the peers, which keep the best that the machine has. They are empty where "
+    "everything is compiled into the caller. The hash is that of all bits of our results: it was the same with "
+    "every instruction set and in both programs, else the run fails.")
 
 
 def markdown(results):
     facts = "\n".join("- " + line for line in machine_lines(results))
-    return f"{facts}\n\n{LEGEND}\n\n{markdown_table(results)}\n"
-
-
-SUMMARY_COLUMNS = ["operation", "size", "Tessarn", "best peer", "its time", "ratio", "to reach", "share",
-                   "remark"]
+    return f"{facts}\n\n{LEGEND}\n\n{markdown_table(results, user_columns(results), measured_rows(results))}\n"
 
 
 def summary(results):
-    """A short table: our time and the best peer's."""
-    lines = ["| " + " | ".join(SUMMARY_COLUMNS) + " |",
-             "|" + "|".join("---" if c in TEXT_COLUMNS else "--:" for c in SUMMARY_COLUMNS) + "|"]
-    previous = None
+    """The ten rows of the first page."""
+    context = next(iter(results.context.values()))
+    rows = [results.rows[key] for key in FIRST_PAGE if key in results.rows]
+    return (f"{context['processor']}, one core, kernels for {set_name(context['instruction set'])}; "
+            f"{context['date'][:10]}. Times in nanoseconds.\n\n"
+            + markdown_table(results, [OPERATION, SIZE, OURS, BEST, ITS_TIME, RATIO], rows) + "\n")
+
+
+def missed_targets(results, targets):
+    """One line a row whose ratio is below its target by more than the spread of the two times, at most 5 %."""
+    lines = []
     for row in measured_rows(results):
-        full = dict(zip(COLUMNS, cells(results, row)))
-        full["its time"] = call_text(row.best_peer())
-        if full["operation"] == previous:
-            full["operation"] = ""
-        previous = row.operation
-        lines.append("| " + " | ".join(full[c] for c in SUMMARY_COLUMNS) + " |")
-    return machine_lines(results)[0] + " Times in nanoseconds.\n\n" + "\n".join(lines) + "\n"
+        target, ratio = targets.get(row.operation, {}).get(str(row.size)), row.ratio()
+        if target is None or ratio is None:
+            continue
+        hidden = min(0.05, row.ours.spread() + row.best_peer().spread())
+        if ratio * (1 + hidden) >= target:
+            continue
+        line = f"{row.operation} {row.size}: ratio {ratio_text(ratio)}, target {target:g}"
+        limit, _ = results.limit(row)
+        # Who is faster than the rates of the memory has shown that they are no limit; that of the operations is one.
+        least = limit if limit and limit < row.ours.median() else results.time_of_operations(row)
+        if least and row.best_peer().median() / least < target:
+            line += f", at the limit of the machine {ratio_text(row.best_peer().median() / least)}"
+        lines.append(line)
+    return lines
 
 
 STYLE = """
@@ -155,30 +196,21 @@ table { border-collapse: collapse; font-size: 13px; font-variant-numeric: tabula
 th { text-align: left; background: #f3f5f8; position: sticky; top: 0; }
 td, th { padding: 3px 10px; border-bottom: 1px solid #e3e7ec; } td.number, th.number { text-align: right; }
 tr.first td { border-top: 2px solid #b9c2cd; } td.ours { font-weight: 600; }
-.reached { color: #1a7a3c; } .missed { color: #b3261e; }
 """
 
 
 def html_table(results):
-    def tag(name, column, text, extra=""):
-        kind = "" if column in TEXT_COLUMNS else "number "
-        return f'<{name} class="{kind}{extra}">{text}</{name}>'
+    columns = page_columns(results)
 
-    head = "".join(tag("th", c, html.escape(c)) for c in COLUMNS)
+    def tag(name, column, text):
+        kind = ("" if column.is_text else "number ") + ("ours" if column is OURS else "")
+        return f'<{name} class="{kind.strip()}">{html.escape(text).replace("`", "")}</{name}>'
+
+    head = "".join(tag("th", c, c.heading) for c in columns)
     lines = [f"<table><thead><tr>{head}</tr></thead><tbody>"]
-    previous = None
-    for row in measured_rows(results):
-        line = []
-        for column, text in zip(COLUMNS, cells(results, row)):
-            extra = "ours" if column == "Tessarn" else ""
-            if column == "to reach":
-                extra = "missed" if "✗" in text else "reached"
-            if column == "operation" and row.operation == previous:
-                text = ""
-            line.append(tag("td", column, html.escape(text).replace("`", ""), extra))
-        first = "" if row.operation == previous else ' class="first"'
-        lines.append(f"<tr{first}>{''.join(line)}</tr>")
-        previous = row.operation
+    for _, line in texts(results, columns, measured_rows(results)):
+        first = ' class="first"' if line[0] else ""
+        lines.append(f"<tr{first}>" + "".join(tag("td", c, text) for c, text in zip(columns, line)) + "</tr>")
     return "\n".join(lines) + "</tbody></table>"
 
 

@@ -33,14 +33,18 @@ class Row:
         self.operation = operation
         self.size = size
         self.calls = {}
-        self.hashes = {}
-        self.operations = self.bytes = self.memory = self.reach = 0
+        self.hashes = {}  # by program and instruction set
+        self.operations = self.bytes = self.memory = 0
         self.traffic = TRAFFIC[0]
         self.note = ""
 
     @property
     def ours(self):
-        return self.calls.get(("ours", "tessarn"))
+        """Our call with the best instruction set, which is timed first."""
+        return next((c for c in self.calls.values() if c.family == "ours"), None)
+
+    def ours_with(self, instruction_set):
+        return self.calls.get(("ours", instruction_set))
 
     @property
     def plain(self):
@@ -51,11 +55,12 @@ class Row:
                 if c.family in PEER_FAMILIES and family in (None, c.family)]
 
     def best_peer(self, family=None):
-        return min(self.peers(family), key=Call.median, default=None)
+        """The fastest one; the plain form where no other library has the operation."""
+        return min(self.peers(family), key=Call.median, default=self.plain if family is None else None)
 
-    def ratio(self):
-        best = self.best_peer()
-        return best.median() / self.ours.median() if best and self.ours else None
+    def ratio(self, ours=None):
+        best, ours = self.best_peer(), ours or self.ours
+        return best.median() / ours.median() if best and ours else None
 
 
 class Results:
@@ -87,17 +92,25 @@ class Results:
                               Row(operation, int(size)))
         entry = row.calls.setdefault((family, call), Call(family, call))
         entry.times.setdefault(program, []).append(time)
-        row.operations, row.bytes, row.memory, row.reach = (
-            b[key] for key in ("operations", "bytes", "memory", "reach"))
+        row.operations, row.bytes, row.memory = (b[key] for key in ("operations", "bytes", "memory"))
         row.traffic = TRAFFIC[int(b["traffic"])]
         digest, row.note = b["label"].split("|", 1)
-        row.hashes[program] = digest
+        if family == "ours":
+            row.hashes[program, call] = digest
 
     def check(self):
-        """The two programs call the same library: their results must have the same bits."""
+        """Both programs and all instruction sets must give results with the same bits."""
         for row in self.rows.values():
             if len(set(row.hashes.values())) > 1:
-                self.errors.append(f"{row.operation} {row.size}: results differ between the programs")
+                described = ", ".join(f"{h} with {s} in the program {p}" for (p, s), h in row.hashes.items())
+                self.errors.append(f"{row.operation} {row.size}: results differ: {described}")
+
+    def sets(self):
+        """The instruction sets that were timed, the best one first."""
+        names = []
+        for row in self.rows.values():
+            names += [c.name for c in row.calls.values() if c.family == "ours" and c.name not in names]
+        return names
 
     # ------------------------------------------------------------------ limits of the machine
 

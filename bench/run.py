@@ -3,10 +3,13 @@
 
 Everything goes to the output directory: results-*.json (raw), table.md, summary.md, plots/*.svg,
 index.html. The two tables are printed as well. With --update-docs the full one replaces that in
-docs/benchmarks.md and the summary that in README.md.
+docs/benchmarks.md and the summary, ten rows, that in README.md. With --check the ratios are compared with
+those of bench/targets.json, the ones that were reached when it was written; a missed one is printed and the exit
+status is 2.
 """
 
 import argparse
+import json
 import os
 import pathlib
 import re
@@ -31,7 +34,8 @@ def arguments():
     parser.add_argument("--quick", action="store_true", help="about a minute, with little precision")
     parser.add_argument("--filter", default="", help="only the operations that match this regular expression")
     parser.add_argument("--report-only", action="store_true", help="from the raw results of the last run")
-    parser.add_argument("--update-docs", action="store_true", help="put the table into the documentation")
+    parser.add_argument("--update-docs", action="store_true", help="put the tables into the documentation")
+    parser.add_argument("--check", action="store_true", help="compare the ratios with bench/targets.json")
     return parser.parse_args()
 
 
@@ -83,11 +87,18 @@ def main():
     print(text)
     print(summary)
     print(f"{options.output}/index.html shows the pictures", file=sys.stderr)
+    absent = [f"{operation} {size}" for operation, size in report.FIRST_PAGE if (operation, size) not in results.rows]
+    if options.update_docs and absent:
+        results.errors.append("the documents keep their tables, since these rows were not run: " + "; ".join(absent))
     if options.update_docs and not results.errors:
         update_documentation({"docs/benchmarks.md": text, "README.md": summary})
     for error in results.errors:
         print("error: " + error, file=sys.stderr)
-    return 1 if results.errors else 0
+    missed = []
+    if options.check:
+        missed = report.missed_targets(results, json.loads((ROOT / "bench/targets.json").read_text()))
+        print("\n".join("missed: " + line for line in missed) or "every target is reached", file=sys.stderr)
+    return 1 if results.errors else 2 if missed else 0
 
 
 if __name__ == "__main__":

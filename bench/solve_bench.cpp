@@ -54,10 +54,10 @@ double elimination_operations(double n) {
   return 2.0 / 3.0 * n * (n - 1) * (n + 1) - n * (n - 1) / 2;
 }
 
-void add_solve(long n, double reach) {
+void add_solve(long n) {
   const double m = double(n);
   row<system_inputs> r("solve", n, {elimination_operations(m) + 2 * m * m, 8 * m * m + 16 * m});
-  r.reach(reach).agree({1e-7});
+  r.agree({1e-7});
   r.ours([](system_inputs & in, int i) -> auto& {
     std::copy(in.b[std::size_t(i)].begin(), in.b[std::size_t(i)].end(), in.x.getData());
     in.ours[std::size_t(i)].solve(in.x);
@@ -89,10 +89,10 @@ void add_solve(long n, double reach) {
   });
 }
 
-void add_det(long n, double reach) {
+void add_det(long n) {
   const double m = double(n);
   row<system_inputs> r("det", n, {n == 3 ? 17 : elimination_operations(m) + m, 8 * m * m, traffic::read});
-  r.reach(reach).agree({1e-6});
+  r.agree({1e-6});
   r.ours([](system_inputs& in, int i) { return in.ours[std::size_t(i)].det(); });
   r.peer("Eigen", "Eigen LU",
          [](system_inputs& in, int i) { return in.eigen[std::size_t(i)].determinant(); });
@@ -118,14 +118,8 @@ void add_det(long n, double reach) {
 }  // namespace
 
 void add_solves() {
-  struct {
-    long n;
-    double reach;
-  } const solves[] = {{3, 1.6},  {4, 1.5},   {8, 1.1},   {16, 1.0},  {32, 1.0},
-                      {64, 1.0}, {128, 1.0}, {256, 1.0}, {512, 0.85}},
-          dets[] = {{3, 12}, {4, 4}, {8, 2}, {16, 1.6}, {32, 1.3}, {64, 1.2}, {256, 1.0}};
-  for (auto [n, reach] : solves) add_solve(n, reach);
-  for (auto [n, reach] : dets) add_det(n, reach);
+  for (long n : {3, 4, 8, 16, 32, 64, 128, 256, 512}) add_solve(n);
+  for (long n : {3, 4, 8, 16, 32, 64, 256}) add_det(n);
 }
 
 }  // namespace bench

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <limits>
 
+#include "simd/isa.h"
+
 namespace bench {
 
 void hasher::add(const values& v) {
@@ -41,6 +43,7 @@ products_and_sums powers_below(int count) {
 namespace detail {
 
 namespace {
+bool best_set_only = false;
 const void* current = nullptr;
 std::function<void()> release_current;
 }  // namespace
@@ -53,6 +56,11 @@ void set_current(const void* row, std::function<void()> release) {
 
 bool is_current(const void* row) { return current == row; }
 
+int best_set() { return static_cast<int>(tessarn::detail::best_isa()); }
+int lowest_set() { return best_set_only ? best_set() : 0; }
+const char* set_name(int set) { return tessarn::detail::set_names[set]; }
+void use_set(int set) { tessarn::detail::force_isa(static_cast<tessarn::detail::isa>(set)); }
+
 std::string benchmark_name(const labels& row, const std::string& family, const std::string& call) {
   return row.operation + "|" + std::to_string(row.size) + "|" + family + "|" + call;
 }
@@ -63,7 +71,6 @@ void set_counters(benchmark::State& state, const labels& row, const std::string&
   state.counters["traffic"] = static_cast<int>(row.needs.kind);
   const double own = row.needs.bytes - row.needs.shared;
   state.counters["memory"] = row.needs.shared + own * inputs / (row.needs.kind == traffic::move ? 2 : 1);
-  state.counters["reach"] = row.reach;
   state.SetLabel(hash + "|" + row.note);
 }
 
@@ -94,4 +101,7 @@ std::string disagreement(const values& ours, const values& other, const labels& 
 }
 
 }  // namespace detail
+
+void time_best_set_only() { detail::best_set_only = true; }
+
 }  // namespace bench

@@ -4,7 +4,8 @@
 // A row names a struct of inputs, constructed from the size when the row's first call is timed and
 // released when the next row begins. It has a member `rotation`, the number of its inputs: call i
 // works on input i % rotation, so that neither caches nor branch prediction see the same numbers
-// every time. Before a peer is timed its results on the first inputs are compared with ours.
+// every time. Before a peer is timed its results on the first inputs are compared with ours. Our call
+// is timed with the kernels of each instruction set that the machine has; all must give the same bits.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -75,10 +76,17 @@ struct labels {
   std::string operation;
   long size = 0;
   work needs;
-  double reach = 0;
   std::string note;
   agreement agree;
+  bool in_headers = false;
 };
+
+// Instruction sets by their number, the baseline first: the best one that the machine has, the lowest one to time, the
+// name of one, and the library's choice of it from now on.
+int best_set();
+int lowest_set();
+const char* set_name(int set);
+void use_set(int set);
 
 // "operation|size|family|call", with family one of ours, plain, machine, or the peer's column.
 std::string benchmark_name(const labels& row, const std::string& family, const std::string& call);
@@ -89,6 +97,9 @@ void configure(benchmark::internal::Benchmark* b, const std::string& family);
 std::string disagreement(const values& ours, const values& other, const labels& row, bool bits);
 
 }  // namespace detail
+
+// Rows made from now on time the best instruction set alone.
+void time_best_set_only();
 
 struct no_preparation {};
 
@@ -105,16 +116,16 @@ class row {
 
  public:
   row(std::string operation, long size, work needs) : state_(std::make_shared<shared>()) {
-    state_->labels = {std::move(operation), size, needs, 0, "", {}};
+    state_->labels = {std::move(operation), size, needs, "", {}};
     state_->make = [size] { return std::make_unique<Inputs>(size); };
-  }
-  // The ratio (time of the best peer over ours) that we want to reach.
-  row& reach(double ratio) {
-    state_->labels.reach = ratio;
-    return *this;
   }
   row& note(std::string text) {
     state_->labels.note = std::move(text);
+    return *this;
+  }
+  // The operation is compiled into its caller, so there is nothing to choose an instruction set for.
+  row& in_headers() {
+    state_->labels.in_headers = true;
     return *this;
   }
   row& agree(agreement a) {
@@ -132,7 +143,13 @@ class row {
       hash.add(bits_of(result));
       return values_of(result);
     };
-    add("ours", "tessarn", f, prepare);
+    // The sets below the best one are timed in one program only: the library is the same in both.
+#ifndef BENCH_NATIVE
+    const int lowest = state_->labels.in_headers ? detail::best_set() : detail::lowest_set();
+#else
+    const int lowest = detail::best_set();
+#endif
+    for (int set = detail::best_set(); set >= lowest; --set) add("ours", detail::set_name(set), f, prepare, set);
     return *this;
   }
   template <class Call, class Prepare = no_preparation>
@@ -160,22 +177,32 @@ class row {
   // Makes the inputs, and our results to compare with.
   static void enter(shared& s) {
     if (detail::is_current(&s)) return;
+    detail::use_set(detail::best_set());
     detail::set_current(&s, [&s] {
       s.inputs.reset();
       s.expected.clear();
     });
     s.inputs = s.make();
+    s.hash = hash_of_ours(s);
+  }
+
+  // Of the results on all inputs with the set in use; keeps the first ones when none are kept yet.
+  static std::string hash_of_ours(shared& s) {
     hasher all;
+    const bool keep = s.expected.empty();
     for (int i = 0; i < s.inputs->rotation; ++i) {
       values v = s.ours(*s.inputs, i, all);
-      if (i < 2) s.expected.push_back(std::move(v));
+      if (keep && i < 2) s.expected.push_back(std::move(v));
     }
-    s.hash = all.text();
+    return all.text();
   }
 
   template <class Call, class Prepare>
   static std::string check(shared& s, const std::string& family, Call& f, const Prepare& prepare) {
-    if (family == "ours") return {};
+    if (family == "ours") {
+      if (hash_of_ours(s) == s.hash) return {};
+      return std::string("the results differ from those of ") + detail::set_name(detail::best_set());
+    }
     for (std::size_t i = 0; i < s.expected.size(); ++i) {
       run_preparation(*s.inputs, prepare);
       auto&& result = f(*s.inputs, static_cast<int>(i));
@@ -188,10 +215,12 @@ class row {
   }
 
   template <class Call, class Prepare>
-  void add(const std::string& family, const std::string& call, Call f, Prepare prepare) {
-    auto timed = [s = state_, family, f, prepare,
+  void add(const std::string& family, const std::string& call, Call f, Prepare prepare,
+           int set = detail::best_set()) {
+    auto timed = [s = state_, family, f, prepare, set,
                   checked = false](benchmark::State& state) mutable {
       enter(*s);
+      detail::use_set(set);
       if (!checked) {
         const std::string reason = check(*s, family, f, prepare);
         if (!reason.empty()) {
@@ -227,19 +256,5 @@ class row {
 
   std::shared_ptr<shared> state_;
 };
-
-// One function a file of benchmarks.
-void add_machine_limits();
-void add_products();
-void add_solves();
-void add_inversions();
-void add_decompositions();
-void add_least_squares();
-void add_complex();
-void add_fits();
-void add_curves();
-void add_lists();
-void add_planes();
-void add_vectors();
 
 }  // namespace bench

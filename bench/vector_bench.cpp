@@ -107,10 +107,10 @@ struct vector_inputs {
 
 constexpr double factor = 1.25;
 
-void add_space(long n, double reach) {
+void add_space(long n) {
   const double m = double(n);
   row<vector_inputs>("vector3d, sum of dot products", n, {6 * m, 64 * m, traffic::read})
-      .reach(reach)
+      .in_headers()
       .ours([](vector_inputs& in, int) {
         const arrays<vector3d> v = in.of<vector3d>();
         double sum = 0;
@@ -127,7 +127,7 @@ void add_space(long n, double reach) {
         return sum;
       });
   row<vector_inputs>("vector3d, cross products", n, {9 * m, 96 * m})
-      .reach(reach)
+      .in_headers()
       .ours([](vector_inputs& in, int) {
         const arrays<vector3d> v = in.of<vector3d>();
         for (std::size_t k = 0; k < in.n; ++k) v.c[k] = v.a[k].cross(v.b[k]);
@@ -142,7 +142,7 @@ void add_space(long n, double reach) {
         return v.c;
       });
   row<vector_inputs>("vector3d, sums", n, {3 * m, 96 * m})
-      .reach(reach)
+      .in_headers()
       .ours([](vector_inputs& in, int) {
         const arrays<vector3d> v = in.of<vector3d>();
         for (std::size_t k = 0; k < in.n; ++k) v.c[k] = v.a[k] + v.b[k];
@@ -157,7 +157,7 @@ void add_space(long n, double reach) {
         return v.c;
       });
   row<vector_inputs>("vector3d, scaling", n, {3 * m, 64 * m})
-      .reach(reach)
+      .in_headers()
       .ours([](vector_inputs& in, int) {
         const arrays<vector3d> v = in.of<vector3d>();
         for (std::size_t k = 0; k < in.n; ++k) v.c[k] = v.a[k] * factor;
@@ -173,10 +173,10 @@ void add_space(long n, double reach) {
       });
 }
 
-void add_flat(long n, double reach) {
+void add_flat(long n) {
   const double m = double(n);
   row<vector_inputs>("vector, sum of lengths", n, {5 * m, 24 * m, traffic::read})
-      .reach(reach)
+      .in_headers()
       .ours([](vector_inputs& in, int) {
         const arrays<vector> v = in.of<vector>();
         double sum = 0;
@@ -193,7 +193,7 @@ void add_flat(long n, double reach) {
         return sum;
       });
   row<vector_inputs>("vector, sums", n, {2 * m, 72 * m})
-      .reach(reach)
+      .in_headers()
       .ours([](vector_inputs& in, int) {
         const arrays<vector> v = in.of<vector>();
         for (std::size_t k = 0; k < in.n; ++k) v.c[k] = v.a[k] + v.b[k];
@@ -208,7 +208,7 @@ void add_flat(long n, double reach) {
         return v.c;
       });
   row<vector_inputs>("vector, scaling", n, {2 * m, 48 * m})
-      .reach(reach)
+      .in_headers()
       .ours([](vector_inputs& in, int) {
         const arrays<vector> v = in.of<vector>();
         for (std::size_t k = 0; k < in.n; ++k) v.c[k] = v.a[k] * factor;
@@ -228,8 +228,8 @@ void add_flat(long n, double reach) {
 
 void add_vectors() {
   for (long n : {1000L, 1000000L}) {
-    add_space(n, n == 1000000 ? 1.0 : 0);
-    add_flat(n, n == 1000000 ? 1.0 : 0);
+    add_space(n);
+    add_flat(n);
   }
 }
 

@@ -1,0 +1,19 @@
+// The rows of the table, one function a file of benchmarks, in the order of the table.
+#pragma once
+
+namespace bench {
+
+void add_machine_limits();
+void add_products();
+void add_solves();
+void add_inversions();
+void add_decompositions();
+void add_least_squares();
+void add_complex();
+void add_fits();
+void add_curves();
+void add_lists();
+void add_planes();
+void add_vectors();
+
+}  // namespace bench
