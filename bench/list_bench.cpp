@@ -1,5 +1,7 @@
-// The point list: removal of outliers, mean point, removal of the first point, sorting.
+// The point list: adding points, removal of outliers, mean point, removal of the first point, sorting,
+// and the extraction of a chain.
 #include <algorithm>
+#include <cmath>
 
 #include "inputs.h"
 #include "plain/list.h"
@@ -47,8 +49,9 @@ struct plain_list {
 };
 [[maybe_unused]] values values_of(const plain_list& l) { return values_of_points(l.list.points); }
 
-// Points along a wave with noise, one in a hundred far off; or in random order.
-template <bool Sorted>
+// Points in order with noise, one in so many far off; or in random order. The noise is a power of two: both programs
+// must draw the same points, whether they fuse products and sums or not.
+template <bool Sorted, int OneIn = 100, int Noise = -2>
 struct list_inputs {
   explicit list_inputs(long size) : n(size), rotation(rotation_for(24.0 * double(n))) {
     for (int i = 0; i < rotation; ++i) {
@@ -61,7 +64,7 @@ struct list_inputs {
       for (long k = 0; k < n; ++k) {
         point p;
         p.x = Sorted ? double(k) : r.uniform();
-        p.y = 0.3 * r.uniform() + (r.below(100) == 0 ? 9.0 : 0.0);
+        p.y = std::ldexp(r.uniform(), Noise) + (r.below(OneIn) == 0 ? 9.0 : 0.0);
         l.points[k] = vector(p.x, p.y);
         v.points.push_back(p);
         w.points.push_back({0, p.x, p.y});
@@ -92,22 +95,54 @@ struct list_inputs {
 };
 
 using sorted_inputs = list_inputs<true>;
+using noisy_inputs = list_inputs<true, 5>;
+using chain_inputs = list_inputs<true, 5, -8>;
 using random_inputs = list_inputs<false>;
+
+// Points that are added one by one to an empty list.
+struct building_inputs {
+  explicit building_inputs(long size) : n(std::size_t(size)), x(random_values(n, 35)), y(random_values(n, 36)) {}
+  std::size_t n;
+  static constexpr int rotation = 1;
+  values x, y;
+};
+
+void add_building(long n) {
+  row<building_inputs> r("add, point by point", n,
+                         {0, (16.0 + sizeof(vector)) * double(n), traffic::copy, 16.0 * double(n)});
+  r.agree({0}).note("our points are 24 bytes; no room is reserved");
+  r.ours([](building_inputs& in, int) {
+    vectormat l;
+    for (std::size_t k = 0; k < in.n; ++k) l.add(vector(in.x[k], in.y[k]));
+    return l;
+  });
+  r.peer("other", "std::vector", [](building_inputs& in, int) {
+    point_vector v;
+    for (std::size_t k = 0; k < in.n; ++k) v.points.push_back({in.x[k], in.y[k]});
+    return v;
+  });
+  r.peer("other", "std::vector, 24-byte points", [](building_inputs& in, int) {
+    wide_vector v;
+    for (std::size_t k = 0; k < in.n; ++k) v.points.push_back({0, in.x[k], in.y[k]});
+    return v;
+  });
+}
 
 constexpr double limit = 4;
 
-void add_delete_errors(long n) {
-  row<sorted_inputs> r("DeleteErrors", n,
+template <class Inputs>
+void add_delete_errors(const std::string& operation, long n) {
+  row<Inputs> r(operation, n,
                        {14.0 * double(n), 2.0 * sizeof(vector) * double(n), traffic::move});
   r.agree({0}).note("our points are 24 bytes");
   r.ours(
-      [](sorted_inputs & in, int i) -> auto& {
+      [](Inputs & in, int i) -> auto& {
         in.ours[std::size_t(i)].DeleteErrors(limit);
         return in.ours[std::size_t(i)];
       },
-      sorted_inputs::restore_ours);
+      Inputs::restore_ours);
   r.peer(
-      "other", "loops, erase", [](sorted_inputs & in, int i) -> auto& {
+      "other", "loops, erase", [](Inputs & in, int i) -> auto& {
         std::vector<point>& p = in.peers[std::size_t(i)].points;
         const long n = long(p.size());
         for (long k = 0; k < n; ++k) {
@@ -122,13 +157,13 @@ void add_delete_errors(long n) {
         p.shrink_to_fit();
         return in.peers[std::size_t(i)];
       },
-      sorted_inputs::restore_peers);
+      Inputs::restore_peers);
   r.plain(
-      [](sorted_inputs & in, int i) -> auto& {
+      [](Inputs & in, int i) -> auto& {
         plain::delete_errors(in.plain[std::size_t(i)].list, limit);
         return in.plain[std::size_t(i)];
       },
-      sorted_inputs::restore_plain);
+      Inputs::restore_plain);
 }
 
 template <class Point>
@@ -224,11 +259,63 @@ void add_sort(long n) {
   }
 }
 
+// A chain along the x axis with points far off, which stay in the list.
+struct chain {
+  std::unique_ptr<vectormat> found;
+};
+values values_of(const chain& c) { return bench::values_of(*c.found); }
+
+void add_findline(long n) {
+  // The angle of each point, and four sums and the line through the chain for those that join.
+  row<chain_inputs> r("findline", n, {30.0 * double(n), 3.0 * sizeof(vector) * double(n), traffic::move});
+  r.agree({1e-12}).note("the direction is fitted anew with each point");
+  r.ours(
+      [](chain_inputs& in, int i) {
+        return chain{std::unique_ptr<vectormat>(in.ours[std::size_t(i)].findline(vector(1, 0)))};
+      },
+      chain_inputs::restore_ours);
+  r.peer(
+      "other", "loop, running sums",
+      [](chain_inputs& in, int i) {
+        std::vector<point>& from = in.peers[std::size_t(i)].points;
+        point_vector found;
+        double sums[5] = {}, tolerance = 0.2, slope = 0;
+        const auto join = [&](point& p) {
+          found.points.push_back(p);
+          const double terms[] = {1, p.x, p.x * p.x, p.y, p.x * p.y};
+          for (int k = 0; k < 5; ++k) sums[k] += terms[k];
+          p.x = -1;
+        };
+        join(from[0]);
+        for (std::size_t k = 2; k < from.size(); ++k) {
+          const double x = from[k].x - found.points.back().x, y = from[k].y - found.points.back().y;
+          if (std::fabs(std::atan2(y - slope * x, x + slope * y)) >= tolerance) continue;
+          join(from[k]);
+          if (found.points.size() < 10) continue;
+          slope = (sums[0] * sums[4] - sums[1] * sums[3]) / (sums[0] * sums[2] - sums[1] * sums[1]);
+          tolerance = 0.05;
+        }
+        from.erase(std::remove_if(from.begin(), from.end(), [](const point& q) { return q.x == -1; }), from.end());
+        return found;
+      },
+      chain_inputs::restore_peers);
+  if (n <= 1000)
+    r.plain(
+        [](chain_inputs& in, int i) {
+          plain_list found;
+          plain::find_line(in.plain[std::size_t(i)].list, {1, 0}, found.list);
+          return found;
+        },
+        chain_inputs::restore_plain);
+}
+
 }  // namespace
 
 void add_lists() {
-  add_delete_errors(1000);
-  add_delete_errors(100000);
+  for (long n : {1000, 100000, 10000000}) add_building(n);
+  for (long n : {1000, 100000}) add_delete_errors<sorted_inputs>("DeleteErrors", n);
+  for (long n : {1000, 100000}) add_delete_errors<noisy_inputs>("DeleteErrors, one in five off", n);
+  for (long n : {1000, 100000}) add_findline(n);
   add_average(1000);
   add_average(1000000);
   add_removal(1000);

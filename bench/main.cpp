@@ -78,13 +78,18 @@ void add_table() {
   bench::add_solves();
   bench::add_inversions();
   bench::add_decompositions();
+  bench::add_gram();
   bench::add_least_squares();
+  bench::add_transforms();
   bench::add_complex();
   bench::add_fits();
   bench::add_curves();
+  bench::add_searches();
+  bench::add_surfaces();
   bench::add_lists();
   bench::add_planes();
   bench::add_vectors();
+  bench::add_angles();
 }
 
 }  // namespace

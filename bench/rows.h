@@ -8,12 +8,17 @@ void add_products();
 void add_solves();
 void add_inversions();
 void add_decompositions();
+void add_gram();
 void add_least_squares();
+void add_transforms();
 void add_complex();
 void add_fits();
 void add_curves();
+void add_searches();
+void add_surfaces();
 void add_lists();
 void add_planes();
 void add_vectors();
+void add_angles();
 
 }  // namespace bench
