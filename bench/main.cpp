@@ -1,5 +1,5 @@
 // Runs the benchmarks on one core, with OpenBLAS on one thread, and names everything that was
-// measured.
+// measured. With --scaling as its first argument it times the growth of operations instead of the table.
 #include <CGAL/version.h>
 #include <benchmark/benchmark.h>
 #include <gsl/gsl_errno.h>
@@ -95,6 +95,12 @@ void add_table() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const bool scaling = argc > 1 && std::string(argv[1]) == "--scaling";
+  if (scaling) {
+    argv[1] = argv[0];
+    ++argv;
+    --argc;
+  }
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   const int core = pin_to_one_core();
@@ -102,7 +108,12 @@ int main(int argc, char** argv) {
   gsl_set_error_handler_off();
   describe(core);
 
-  add_table();
+  if (scaling) {
+    bench::time_best_set_only();
+    bench::add_scaling();
+  } else {
+    add_table();
+  }
   benchmark::RunSpecifiedBenchmarks();
   return 0;
 }

@@ -21,4 +21,7 @@ void add_planes();
 void add_vectors();
 void add_angles();
 
+// Not in the table: the same operations over three decades of sizes, for the growth of their times.
+void add_scaling();
+
 }  // namespace bench
