@@ -4,8 +4,7 @@
 Everything goes to the output directory: results-*.json (raw), table.md, summary.md, plots/*.svg,
 index.html. The two tables are printed as well. With --update-docs the full one replaces that in
 docs/benchmarks.md and the summary, ten rows, that in README.md. With --check the ratios are compared with
-those of bench/targets.json, the ones that were reached when it was written; a missed one is printed and the exit
-status is 2.
+those of bench/targets.json, the ones that the library should have; a missed one is printed and the exit status is 2.
 """
 
 import argparse

@@ -72,7 +72,7 @@ def read(path):
         if b["run_type"] != "iteration":
             continue
         if b.get("error_occurred"):
-            sys.exit(f"error: {b['run_name']}: {b['error_message']}")
+            sys.exit(f"error: {b['run_name']}: {b['error_message']}")  # nothing is fitted through a wrong result
         name, size, _, _ = b["run_name"].split("|")
         method = b["label"].split("|", 1)[1]
         operations.setdefault(name, Operation(name, method)).times.setdefault(int(size), []).append(b["cpu_time"])
@@ -151,8 +151,11 @@ def main():
     draw(operations, options.output / "plots")
     findings = [f for o in operations if (f := o.finding())]
     print("\n".join("finding: " + f for f in findings) or "no operation grows faster than its method")
+    if options.update_docs and options.filter:
+        sys.exit("error: the documents want all operations, without --filter")
     if options.update_docs:
-        update_documentation({"docs/scaling.md": text})
+        pictures = "".join(f"\n![{title}](pictures/{name}.svg)\n" for name, title, _ in PICTURES)
+        update_documentation({"docs/scaling.md": text + pictures})
         draw(operations, ROOT / "docs/pictures")
 
 
