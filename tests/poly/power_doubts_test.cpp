@@ -95,8 +95,10 @@ TEST(PowerDoubts, NearTheEndsOfTheRange) {
     for (int i = 0; i < rounds / 10; ++i) {
       const int limit = static_cast<int>(960 / exponents) + static_cast<int>(random.below(7)) - 2;
       double points[24] = {};
-      for (int k = 0; k < 8; ++k)
-        points[3 * k + 1] = std::ldexp(random.uniform(1, 2), random.below(4) ? -limit : limit - 1);
+      for (int k = 0; k < 8; ++k) {
+        const double significand = random.uniform(1, 2);  // drawn first: arguments have no order
+        points[3 * k + 1] = std::ldexp(significand, random.below(4) ? -limit : limit - 1);
+      }
       std::vector<double> sums((exponents + (exponents + 1) / 2) * 8, 0.0);
       if (poly_kernels_in_use().add_plane_points(points, 8, -1, exponents, sums.data()) < 8) continue;
       ++added_at_once;
@@ -106,7 +108,7 @@ TEST(PowerDoubts, NearTheEndsOfTheRange) {
               << test::hex(points[3 * k + 1]) << ' ' << e;
     }
   }
-  EXPECT_GT(added_at_once, 1000);
+  EXPECT_GT(added_at_once, rounds / 30);
 }
 
 // The chain of a single abscissa, by the derivative of x^(e + 1).
