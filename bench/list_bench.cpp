@@ -312,7 +312,7 @@ void add_findline(long n) {
 }  // namespace
 
 void add_lists() {
-  for (long n : {1000, 100000, 10000000}) add_building(n);
+  for (long n : {1000, 10000, 100000, 1000000, 10000000}) add_building(n);
   for (long n : {1000, 100000}) add_delete_errors<sorted_inputs>("DeleteErrors", n);
   for (long n : {1000, 100000}) add_delete_errors<noisy_inputs>("DeleteErrors, one in five off", n);
   for (long n : {1000, 100000}) add_findline(n);

@@ -40,7 +40,7 @@ void add_values(long n) {
   const double powers = 2.0 * grade * (grade - 1) + grade, terms = grade * grade;
   row<place_inputs> r("hyperbinom::func at places, 9 coefficients", n,
                       {(powers + terms) * double(n), 24.0 * double(n)});
-  r.agree({1e-12}).note("ascending powers, not Horner's scheme");
+  r.agree({1e-12}).note("ascending powers, not Horner's scheme; the peer knows the grade");
   r.ours([](place_inputs & in, int) -> auto& {
     for (std::size_t k = 0; k < in.n; ++k) in.z[k] = in.ours.func(in.x[k], in.y[k]);
     return in.z;
