@@ -185,7 +185,7 @@ TEST(ListGrowth, CountsBeyond32Bits) {
   vectormat l;
   add_points(l, 3);
   for (ulong full : {4294966272u, 4294966273u, 4294967295u}) {
-    for (ulong capacity : {full, 3u}) {
+    for (ulong capacity : {full, tessarn::ulong{3}}) {
       l.count = full;
       l.capacity = capacity;
       EXPECT_THROW(l.add(point(3)), std::bad_array_new_length);
