@@ -42,7 +42,8 @@ point coordinates(const vector3d& v) {
   return {{without_quiet_nan(v.x), without_quiet_nan(v.y), without_quiet_nan(v.z)}};
 }
 
-// The same times a power of two, and with every NaN a quiet one.
+// The coordinates of a point under the quiet-NaN rule, multiplied by a power of two. The product makes a signalling NaN
+// quiet.
 point coordinates(const vector3d& v, real factor) {
   point p = coordinates(v);
   for (real& c : p.c) c *= factor;
@@ -116,9 +117,10 @@ matrix_3 cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n
   return h;
 }
 
-// The same in lanes, where no factor is needed. The kernels leave the NaN rule out; a NaN stays in the sums that it
-// enters, so sums without NaN are the sums under the rule. With the largest entry in the safe range no product
-// overflowed, and what those that underflowed lack is nothing beside it.
+// H by the vector kernels, for coordinates that need no scaling; false when H has to be formed by cross_covariance. The
+// kernels do not apply the NaN rule, but a NaN stays in every sum that it enters, so sums without a NaN are the sums
+// under the rule. When the largest entry of H lies in the safe range, no product overflowed, and the products that
+// underflowed are too small to change it.
 bool ordinary_cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n, matrix_3& h) {
   const tessarn::detail::matrix_kernels& kernels = tessarn::detail::matrix_kernels_in_use();
   double sums[6], products[9];
@@ -184,7 +186,7 @@ point translation_by_rule(const vector3d* a, const vector3d* b, tessarn::ulong n
   return sum;
 }
 
-// The same in lanes, unless these meet a NaN or an infinity.
+// The mean of b - R a by the vector kernel; by translation_by_rule when the kernel meets a NaN or an infinity.
 point translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, const matrix_3& rotation) {
   const real* R = rotation.entries;
   point sum;

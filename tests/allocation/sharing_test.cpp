@@ -18,7 +18,8 @@ namespace {
 
 using test::live_blocks;
 
-// The same for both classes: entry i of `size` entries.
+// One way to make, read and write both kinds of polynomial, so that each test runs for binom and hyperbinom: entry i of
+// `size` entries is a coefficient.
 template <class Polynomial>
 struct handled;
 

@@ -54,7 +54,7 @@ const misuse misuses[] = {
     MISUSE(list[1].x = 2),
 };
 
-// The same operations with matching operands give their documented results.
+// The operations of the list above, with matching sizes and indices inside: they give their documented results.
 bool right_use() {
   mat<long double> a = m32(), b(2, 3), x;
   b.set(0, 0, 1);

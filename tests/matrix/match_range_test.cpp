@@ -106,7 +106,7 @@ TEST_EVERY_BUILD(CalcMatchRange, SubnormalCoordinates) {
   }
 }
 
-// What is small is what lies about the centroid; the coordinates themselves need not be.
+// Small point sets far from the origin: the distances from the centroid are tiny, the coordinates are not.
 TEST_EVERY_BUILD(CalcMatchRange, SmallSetsAwayFromTheOrigin) {
   random_source random(183);
   for (int exponent : {-1000, -700, -500, -300, -100}) {

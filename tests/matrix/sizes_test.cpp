@@ -82,7 +82,7 @@ TEST(Sizes, MatricesWhoseCountWraps) {
   for (tessarn::ulong k = 0; k < 5; ++k) c.set(k, k, cplx(2, 0));
   auto cw = wrapped<mat<cplx>>();
   EXPECT_THROW(c.solve(cw), std::bad_alloc);
-  // What goes over the entries there are is not affected.
+  // Operations that read only the entries that exist work as always.
   EXPECT_EQ((w + w).get(7, 0), 10.0);
   EXPECT_EQ((w * 2).get(7, 0), 10.0);
   EXPECT_TRUE(w == w);

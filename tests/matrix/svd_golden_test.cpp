@@ -52,8 +52,8 @@ constexpr golden wanted[] = {
     {520, 6, 0x4044ea68b3916b92, 0x40423f66227a7db2, 0x77149445b41b0e3c},
 };
 
-// The same with entries times 2^-390 and 2^390, where columns and rows are scaled before their
-// squares are summed.
+// Golden bits for entries multiplied by 2^-390 and by 2^390: so far from 1 the decomposition scales each column and row
+// before it sums their squares.
 constexpr golden wanted_small[] = {
     {5, 9, 0x27c262dc01efbc50, 0x2798b45cba05ba69, 0x3988898d5fc644c},
     {12, 90, 0x27d54b6e70288825, 0x27c710d72400d700, 0xb9cebe930e3a2d04},
