@@ -40,7 +40,7 @@ struct growing_list {
   std::vector<vectormat> original, lists;
 };
 
-// What an operation leaves of a list, and what it took out of it.
+// The chain that findline took out of a list.
 struct taken {
   std::unique_ptr<vectormat> found;
 };

@@ -1,5 +1,5 @@
-// What the library knows of arrays whose objects have no room for it: a table from the address of an array to a small
-// value. Many arrays have no entry, and to learn so takes one atomic load.
+// A table from the address of an array to a small value, such as the number of its holders, for which the objects that
+// hold the array have no room. Most arrays have no entry; finding that out takes one atomic load.
 //
 // Tables are constant-initialised and never destroyed: they serve objects of every age. A table without entries holds
 // no memory.

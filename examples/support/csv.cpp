@@ -29,7 +29,7 @@ std::vector<std::string_view> split(std::string_view line, char separator = ',')
   }
 }
 
-// What a line that cannot be read as it should seems to be separated by, as the end of a message.
+// The separator that an unreadable line seems to use instead of a comma, as the end of the error message.
 std::string other_separator(std::string_view line, std::size_t columns) {
   constexpr struct {
     char separator;

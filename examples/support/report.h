@@ -40,7 +40,7 @@ class no_result : public std::runtime_error {
 // what comes out when the data are too large for double precision.
 double finite(double v, const std::string& name);
 
-// What an option accepts, with a short message for the rest.
+// Checks of option values, each with a short message for what it refuses.
 extern const CLI::Validator finite_number;
 
 // Parses the arguments, runs `job` and prints the report. Exit code 0; 1 for no_result, a failing

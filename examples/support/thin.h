@@ -28,7 +28,7 @@ std::vector<std::size_t> visible(const std::vector<double>& x, const std::vector
 // "points" when all are drawn, otherwise with the number drawn: for the legend.
 std::string drawn(const std::string& what, std::size_t shown, std::size_t all);
 
-// What a column of the panel holds.
+// The points that share one column of pixels, summed up.
 struct column {
   double left, right;
   double least, greatest, mean, deviation;  // standard deviation around the mean

@@ -64,7 +64,7 @@ class Sharing : public ::testing::Test {
 using polynomials = ::testing::Types<binom, hyperbinom>;
 TYPED_TEST_SUITE(Sharing, polynomials, );
 
-// What a caller gets of a member, and of a choice between two names, is a copy.
+// Members that return a polynomial by value: the caller gets a copy, which shares the coefficients.
 template <class Polynomial>
 struct model {
   Polynomial curve;

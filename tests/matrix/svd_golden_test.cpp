@@ -1,5 +1,5 @@
-// What the plain form cannot show of the singular value decomposition: the chosen order of its
-// sums, and the end of its sweeps.
+// The singular value decomposition where there is no plain form to compare with: the order that the library chose for
+// its sums, and what is left after the last sweep.
 #include <cstdint>
 
 #include "plain/decompose.h"
