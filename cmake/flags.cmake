@@ -34,7 +34,21 @@ if(MSVC AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSIO
   message(FATAL_ERROR "clang-cl before 22 does not put the vector deleting destructor into virtual tables")
 endif()
 
+# x86 with 32 or 64 bits; 0 on other processors, and with emscripten, which gives its machine out for x86.
+set(TESSARN_X86_BITS 0)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i[3-6]86|x86|x86_64|AMD64|amd64)$" AND NOT EMSCRIPTEN)
+  math(EXPR TESSARN_X86_BITS "8 * ${CMAKE_SIZEOF_VOID_P}")
+endif()
+
+# 32-bit x86 computes in its x87 unit unless told otherwise, and that rounds to another format. Callers need the flags as
+# well; without them the headers refuse to be compiled.
+set(TESSARN_CALLER_FLAGS "")
+if(TESSARN_X86_BITS EQUAL 32 AND NOT MSVC)
+  set(TESSARN_CALLER_FLAGS -msse2 -mfpmath=sse)
+endif()
+
 include(cmake/instruction_sets.cmake)
+target_compile_options(tessarn_flags INTERFACE ${TESSARN_CALLER_FLAGS})
 if(TESSARN_SCALAR_LANES)
   target_compile_definitions(tessarn_flags INTERFACE TESSARN_SCALAR_LANES)
 endif()

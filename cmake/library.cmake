@@ -58,7 +58,7 @@ set(TESSARN_KERNELS
 # tests of single numbers should run in the integer units.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   set_source_files_properties(poly/kernels/table.cpp PROPERTIES COMPILE_OPTIONS "-fno-tree-ter;-fno-tree-reassoc")
-  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+  if(TESSARN_X86_BITS EQUAL 64)
     set_property(SOURCE poly/kernels/table.cpp APPEND PROPERTY COMPILE_OPTIONS -mno-stv)
   endif()
 endif()
@@ -93,6 +93,7 @@ endfunction()
 
 function(tessarn_common target)
   target_compile_features(${target} PUBLIC cxx_std_17)
+  target_compile_options(${target} PUBLIC ${TESSARN_CALLER_FLAGS})
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
                                               $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endfunction()

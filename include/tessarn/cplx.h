@@ -31,7 +31,7 @@
 /// have an infinite modulus, those below about 1e-162 the modulus 0, and the angles of both are wrong.
 class TESSARN_API cplx {
  public:
-  tessarn::real re;  ///< real part
+  alignas(8) tessarn::real re;  ///< real part
   tessarn::real im;  ///< imaginary part
 
   /// 0 + 0i.
@@ -236,4 +236,5 @@ namespace tessarn {
 using ::cplx;
 }
 
-static_assert(sizeof(void*) != 8 || sizeof(cplx) == 24, "a cplx is its virtual table pointer and two reals");
+// The kernels step through arrays by whole doubles; the first member is aligned for 32-bit x86, where a double is not.
+static_assert(sizeof(cplx) == 24, "a cplx is its virtual table pointer and two reals");

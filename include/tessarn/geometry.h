@@ -192,5 +192,5 @@ using ::line3d;
 using ::plane;
 }  // namespace tessarn
 
-static_assert(sizeof(void*) != 8 || (sizeof(line3d) == 72 && sizeof(plane) == 136),
+static_assert(sizeof(line3d) == 72 && sizeof(plane) == 136,
               "lines and planes are their virtual table pointer and their vectors");

@@ -16,6 +16,10 @@
 #error "tessarn: compile without -ffast-math (or /fp:fast): NaN and infinities are part of the documented results"
 #endif
 
+#if defined(__GNUC__) && (FLT_EVAL_METHOD == 2 || FLT_EVAL_METHOD < 0)
+#error "tessarn: compile with -msse2 -mfpmath=sse: the x87 unit does not round to the 64-bit format"
+#endif
+
 namespace tessarn {
 
 /// The real number of every field, argument and result: `long double` where the compiler gives it the

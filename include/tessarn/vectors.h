@@ -30,7 +30,7 @@ class polarvector3d;
 /// \endcode
 class TESSARN_API vector {
  public:
-  tessarn::real x;  ///< first coordinate
+  alignas(8) tessarn::real x;  ///< first coordinate
   tessarn::real y;  ///< second coordinate
 
   /// (0, 0).
@@ -183,7 +183,7 @@ class TESSARN_API vector {
 /// \endcode
 class TESSARN_API vector3d {
  public:
-  tessarn::real x;  ///< first coordinate
+  alignas(8) tessarn::real x;  ///< first coordinate
   tessarn::real y;  ///< second coordinate
   tessarn::real z;  ///< third coordinate
 
@@ -357,7 +357,7 @@ class TESSARN_API vector3d {
 /// \endcode
 class TESSARN_API polarvector3d {
  public:
-  tessarn::real alpha;  ///< angle in the xy plane from +x towards +y; [0, 2 pi) when computed
+  alignas(8) tessarn::real alpha;  ///< angle in the xy plane from +x towards +y; [0, 2 pi) when computed
   tessarn::real beta;   ///< elevation above the xy plane; [-pi/2, pi/2] when computed
   tessarn::real len;    ///< length
 
@@ -560,7 +560,8 @@ using ::vector;
 using ::vector3d;
 }  // namespace tessarn
 
-static_assert(sizeof(void*) != 8 || (sizeof(::vector) == 24 && sizeof(vector3d) == 32 && sizeof(polarvector3d) == 32),
+// The kernels step through arrays by whole doubles; the first member is aligned for 32-bit x86, where a double is not.
+static_assert(sizeof(::vector) == 24 && sizeof(vector3d) == 32 && sizeof(polarvector3d) == 32,
               "a vector is its virtual table pointer and its coordinates");
 
 // The point list belongs to this family; its header is a file of its own for length alone.
