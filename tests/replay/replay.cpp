@@ -58,6 +58,23 @@ std::uint64_t distance(double a, double b) {
   return static_cast<std::uint64_t>(d < 0 ? -d : d);
 }
 
+// ---------------------------------------------------------------------------- the file
+
+// A file is little-endian, whatever the processor is: a word as it lies in the file, and back.
+std::uint64_t file_order(std::uint64_t word) {
+  unsigned char bytes[8];
+  for (int i = 0; i < 8; ++i) bytes[i] = static_cast<unsigned char>(word >> (8 * i));
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+std::uint64_t from_file_order(std::uint64_t word) {
+  unsigned char bytes[8];
+  std::memcpy(bytes, &word, sizeof word);
+  word = 0;
+  for (int i = 0; i < 8; ++i) word |= static_cast<std::uint64_t>(bytes[i]) << (8 * i);
+  return word;
+}
+
 // ---------------------------------------------------------------------------- writing
 
 // One case: the counts of its words in one word, then the inputs, the calls of the C library, the results.
@@ -96,6 +113,7 @@ int write(const char* path, unsigned divisor) {
         append(file, inputs, made, out.results);
       }
     }
+  for (std::uint64_t& word : file) word = file_order(word);
   std::FILE* out = std::fopen(path, "wb");
   const bool written = out && std::fwrite(file.data(), 8, file.size(), out) == file.size();
   if (!out || std::fclose(out) != 0 || !written) {
@@ -183,6 +201,7 @@ bool read(const char* path, words& file) {
   std::uint64_t block[4096];
   for (std::size_t n; (n = std::fread(block, 8, 4096, f)) != 0;) file.insert(file.end(), block, block + n);
   std::fclose(f);
+  for (std::uint64_t& word : file) word = from_file_order(word);
   return file.size() > 2 && file[0] == magic && file[1] == fingerprint();
 }
 
