@@ -2,7 +2,6 @@
 #include "geometry/cloud.h"
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 
 #include "geometry/coordinates.h"
@@ -26,8 +25,8 @@ cloud::cloud(const vector3d* pts, ulong count)
       reference_(amid(pts, count)),
       reaches_(count),
       stride_((n_ + padding) / 8 * 8),
-      many_(3 * stride_ > std::size(few_) ? allocate(3 * stride_ + 8) : nullptr),
-      coordinates_(many_ ? whole_cache_line(many_.get()) : few_) {
+      room_(3 * stride_),
+      coordinates_(room_.data()) {
   static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
   duplicate_search search(count);
   const cloud_room room = {as_doubles(coordinates_), stride_, search.hashes(), reaches_.of_groups(),

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/storage.h"
+#include "core/workspace.h"
 #include "geometry/extremes.h"
 #include "geometry/kernels/kernels.h"
 #include "tessarn/vectors.h"
@@ -44,9 +45,8 @@ class cloud {
   reaches reaches_;
   static constexpr std::size_t padding = 48;  // for the whole vectors of the kernels
   std::size_t stride_;
-  real_array many_;  // where the few do not do
-  real* coordinates_;
-  alignas(64) real few_[3 * 160];
+  workspace<real, 3 * 160, 64> room_;
+  real* const coordinates_;
 };
 
 }  // namespace tessarn::detail

@@ -3,7 +3,6 @@
 #include "geometry/duplicates.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace tessarn::detail {
 namespace {
@@ -21,46 +20,39 @@ constexpr std::uint64_t bits_each = 8;
 // A word for each value of the leading bits of a hash value; the least table is not allocated.
 class word_table {
  public:
-  explicit word_table(std::uint64_t bits) {
-    const unsigned log = std::min(logarithm_from(bits / 64, least_log), 26u);
-    const std::size_t words = std::size_t{1} << log;
-    if (words > std::size(few_)) {
-      many_.reset(new std::uint64_t[words]());
-    } else {
-      std::fill_n(few_, words, std::uint64_t{0});
-    }
-    words_ = {many_ ? many_.get() : few_, 32 - log};
+  explicit word_table(std::uint64_t bits) : log_(std::min(logarithm_from(bits / 64, least_log), 26u)), room_(size()) {
+    std::fill_n(room_.data(), size(), std::uint64_t{0});
   }
-  word_table(const word_table&) = delete;
-  const hash_words& words() const { return words_; }
+  hash_words words() { return {room_.data(), 32 - log_}; }
 
  private:
   // So few words are cleared in no time, and so sparse for a few hundred points that all of them differ in it.
   static constexpr unsigned least_log = 9;
-  hash_words words_;
-  std::unique_ptr<std::uint64_t[]> many_;
-  std::uint64_t few_[std::size_t{1} << least_log];
+  std::size_t size() const { return std::size_t{1} << log_; }
+
+  const unsigned log_;
+  workspace<std::uint64_t, std::size_t{1} << least_log> room_;
 };
 
 }  // namespace
 
 duplicate_search::duplicate_search(ulong count)
     : count_(count),
-      many_(2 * count_ + padding + 1 > std::size(few_) ? new std::uint32_t[2 * count_ + padding + 1] : nullptr),
-      hashes_(many_ ? many_.get() : few_),
+      room_(2 * count_ + padding + 1),
+      hashes_(room_.data()),
       listed_(hashes_ + count_ + padding) {}
 
 // Lists the points whose hash value is that of one that repeats another, and perhaps some more.
 std::size_t duplicate_search::list_suspects() {
   std::size_t found = 0;
   {
-    const word_table seen(bits_each * count_);
+    word_table seen(bits_each * count_);
     found = geometry_kernels_in_use().list_repeated(seen.words(), hashes_, count_, listed_);
   }
   if (found == 0) return 0;
   // Sparser: each of the points that shares a bit by chance has to be compared.
-  const word_table shared(64 * static_cast<std::uint64_t>(found));
-  const hash_words& table = shared.words();
+  word_table shared(64 * static_cast<std::uint64_t>(found));
+  const hash_words table = shared.words();
   for (std::size_t k = 0; k < found; ++k) {
     const std::uint32_t h = hashes_[listed_[k]];
     table.words[h >> table.shift] |= std::uint64_t{1} << h % 64;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "core/workspace.h"
 #include "geometry/kernels/kernels.h"
 #include "tessarn/vectors.h"
 
@@ -27,10 +28,9 @@ class duplicate_search {
   static constexpr std::size_t padding = 32;  // for the whole vectors of the kernels
 
   std::size_t count_;
-  std::unique_ptr<std::uint32_t[]> many_;
-  std::uint32_t* hashes_;
-  std::uint32_t* listed_;  // points, behind the hash values
-  std::uint32_t few_[2 * 160 + padding + 1];
+  workspace<std::uint32_t, 2 * 160 + padding + 1> room_;
+  std::uint32_t* const hashes_;
+  std::uint32_t* const listed_;  // points, behind the hash values
 };
 
 }  // namespace tessarn::detail

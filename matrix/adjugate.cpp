@@ -2,10 +2,9 @@
 // meets a NaN.
 #include "matrix/adjugate.h"
 
-#include <algorithm>
-
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
 
@@ -24,12 +23,14 @@ real minor_from_scratch(const real* m, std::size_t n, std::size_t j, std::size_t
   return determinant(minor.get(), n - 1);
 }
 
-constexpr std::size_t stack_size = 1280;  // up to so many reals the kernel works on the stack
+constexpr std::size_t stack_size = 1280;  // up to so many reals the workspace of the kernel is on the stack
 
 // Shared eliminations leave the NaN rule out, and a NaN in one of them reaches the minor, or the determinant: those
 // that are NaN are computed again on their own.
-void invert_shared(const real* m, std::size_t n, real* dst, real* workspace) {
-  real whole = matrix_kernels_in_use().adjugate(as_doubles(m), n, as_doubles(dst), as_doubles(workspace));
+void invert_shared(const real* m, std::size_t n, real* dst) {
+  const matrix_kernels& kernels = matrix_kernels_in_use();
+  workspace<real, stack_size, 64> work(kernels.adjugate_workspace(n));
+  real whole = kernels.adjugate(as_doubles(m), n, as_doubles(dst), as_doubles(work.data()));
   if (whole != whole) whole = determinant(m, n);
   if (has_nan(dst, n * n)) {
     for (std::size_t i = 0; i < n; ++i)
@@ -40,16 +41,6 @@ void invert_shared(const real* m, std::size_t n, real* dst, real* workspace) {
   }
   const real q = 1 / whole;
   for (std::size_t i = 0; i < n * n; ++i) dst[i] *= q;
-}
-
-void invert_shared(const real* m, std::size_t n, real* dst) {
-  const std::size_t size = matrix_kernels_in_use().adjugate_workspace(n);
-  if (size <= stack_size) {
-    alignas(64) real workspace[stack_size];
-    return invert_shared(m, n, dst, workspace);
-  }
-  const real_array storage = allocate(size + 8);
-  invert_shared(m, n, dst, whole_cache_line(storage.get()));
 }
 
 // The minor without row j and column i of a matrix of up to four rows.

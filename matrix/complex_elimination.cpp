@@ -3,6 +3,7 @@
 
 #include "matrix/names.h"
 #include "core/storage.h"
+#include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
 
@@ -10,7 +11,6 @@ using tessarn::real;
 using tessarn::detail::column_view;
 using tessarn::detail::complex_mat;
 using tessarn::detail::complex_sqmat;
-using tessarn::detail::real_array;
 
 namespace {
 
@@ -27,16 +27,15 @@ constexpr std::size_t stack_size = 16;  // up to here nothing is allocated
 struct work_matrix {
   std::size_t n;
   std::size_t stride;
-  real small[2 * stack_size * (stack_size + 1 + padding)];
-  real_array large;
+  tessarn::detail::workspace<real, 2 * stack_size * (stack_size + 1 + padding)> room;
   real* re;
   real* im;
 
   work_matrix(const cplx* a, std::size_t size)
       : n(size),
         stride(size + 1 + padding),
-        large(size <= stack_size ? nullptr : tessarn::detail::allocate(2 * size * stride)),
-        re(large ? large.get() : small),
+        room(2 * size * stride),
+        re(room.data()),
         im(re + size * stride) {
     for (std::size_t r = 0; r < n; ++r) {
       for (std::size_t c = 0; c < n; ++c) put(r, c, a[r * n + c]);

@@ -4,6 +4,7 @@
 #include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
 
@@ -93,12 +94,10 @@ static real small_determinant(const real* a, std::size_t n) {
 }
 
 static real determinant_of_any(const real* a, std::size_t n) {
-  if (n <= stack_size) {
-    alignas(64) real w[stack_size * (stack_size + 1)];
-    return determinant_in(a, n, w);
-  }
-  const real_array storage = allocate(n * n + matrix_kernels_in_use().elimination_workspace(n) + 8);
-  return determinant_in(a, n, whole_cache_line(storage.get()));
+  // Up to stack_size rows the elimination takes no workspace of its own.
+  const std::size_t extra = n <= stack_size ? 0 : matrix_kernels_in_use().elimination_workspace(n);
+  workspace<real, stack_size * (stack_size + 1), 64> w(n * n + extra);
+  return determinant_in(a, n, w.data());
 }
 
 real determinant(const real* a, std::size_t n) {

@@ -6,6 +6,7 @@
 #include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
 #include "matrix/small_solve.h"
@@ -115,13 +116,8 @@ bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
   // Where two equations share an entry of b, the solution overwrites what it still needs.
   if (n < sizeof small / sizeof *small) return (n <= b.height && small[n](a, b)) || solve_by_rule(a, n, b);
   const std::size_t stride = matrix_kernels_in_use().lu_stride(n);
-  const std::size_t size = (n + 1) * stride + matrix_kernels_in_use().lu_workspace(n);
-  if (size <= stack_size) {
-    alignas(64) real room[stack_size];
-    return solve_by_kernel(a, n, b, room, stride);
-  }
-  const real_array storage = allocate(size + 8);
-  return solve_by_kernel(a, n, b, whole_cache_line(storage.get()), stride);
+  workspace<real, stack_size, 64> room((n + 1) * stride + matrix_kernels_in_use().lu_workspace(n));
+  return solve_by_kernel(a, n, b, room.data(), stride);
 }
 
 }  // namespace tessarn::detail

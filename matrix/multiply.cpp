@@ -3,6 +3,7 @@
 
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "core/workspace.h"
 #include "matrix/kernels/kernels.h"
 
 namespace tessarn::detail {
@@ -64,14 +65,8 @@ void multiply_small(const cplx* a, const cplx* b, real* c) {
 
 void multiply_large(const cplx* a, const cplx* b, real* c, std::size_t n) {
   const matrix_kernels& kernels = matrix_kernels_in_use();
-  const auto call = [&](real* workspace) {
-    kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), as_doubles(c), n, as_doubles(workspace));
-  };
-  if (n <= complex_stack_size) {
-    alignas(64) real workspace[complex_stack];
-    return call(workspace);
-  }
-  call(allocate(kernels.complex_workspace(n)).get());
+  workspace<real, complex_stack, 64> work(kernels.complex_workspace(n));
+  kernels.complex_multiply(as_doubles(&a->re), as_doubles(&b->re), as_doubles(c), n, as_doubles(work.data()));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "matrix/names.h"
 #include "core/storage.h"
+#include "core/workspace.h"
 #include "matrix/decompose.h"
 #include "matrix/kernels/kernels.h"
 
@@ -62,18 +63,9 @@ bool scale_entries(const real* a, std::size_t n, int scale, real* scaled) {
 
 // a may be U: it is read before anything is written.
 void decompose_directly(const real* a, std::size_t rows, std::size_t columns, real* U, real* S, real* V) {
-  constexpr std::size_t stack_size = 1024;
   const matrix_kernels& kernels = matrix_kernels_in_use();
-  const std::size_t size = kernels.decompose_workspace(rows, columns);
-  const auto run = [&](real* workspace) {
-    kernels.decompose(as_doubles(a), rows, columns, as_doubles(U), as_doubles(S), as_doubles(V), as_doubles(workspace));
-  };
-  if (size <= stack_size) {
-    real workspace[stack_size];
-    run(workspace);
-  } else {
-    run(allocate(size).get());
-  }
+  workspace<real, 1024> work(kernels.decompose_workspace(rows, columns));
+  kernels.decompose(as_doubles(a), rows, columns, as_doubles(U), as_doubles(S), as_doubles(V), as_doubles(work.data()));
 }
 
 // The decomposition of the scaled entries in U.

@@ -3,7 +3,6 @@
 #include "poly/power_sums.h"
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
 
 #include "core/nan_rule.h"
@@ -28,11 +27,9 @@ void block_powers(unsigned exponents, double* powers) {
 
 power_sums::power_sums(unsigned exponents)
     : exponents_(exponents),
-      length_(checked_product(checked_sum(std::size_t{exponents}, exponents - exponents / 2), partial_sums)) {
-  if (length_ > std::size(few_sums_)) {
-    many_sums_ = allocate(length_);
-    sums_ = as_doubles(many_sums_.get());
-  }
+      length_(checked_product(checked_sum(std::size_t{exponents}, exponents - exponents / 2), partial_sums)),
+      room_(length_),
+      sums_(room_.data()) {
   std::fill_n(sums_, length_, 0.0);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/storage.h"
+#include "core/workspace.h"
 #include "poly/kernels/kernels.h"
 #include "tessarn/vectors.h"
 
@@ -37,9 +38,9 @@ class power_sums {
 
   const unsigned exponents_;
   const std::size_t length_;
-  alignas(64) double few_sums_[23 * partial_sums];  // those of eight coefficients
-  real_array many_sums_, powers_;  // where they are needed
-  double* sums_ = few_sums_;
+  workspace<double, 23 * partial_sums, 64> room_;  // enough for eight coefficients
+  double* const sums_;
+  real_array powers_;  // allocated by the first block that needs them
   std::size_t count_ = 0, waiting_ = 0;
   alignas(64) double block_[3 * point_block];  // points as they lie in memory
 };
