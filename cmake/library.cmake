@@ -32,6 +32,7 @@ set(TESSARN_SOURCES
   poly/kernels/in_use.cpp
   poly/line_sums.cpp
   poly/power_sums.cpp
+  poly/samples.cpp
   poly/search.cpp
   poly/surface.cpp
   poly/surface_fit.cpp

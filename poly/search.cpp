@@ -1,11 +1,8 @@
-// The searches of the curve analysis: zeros, extreme points of the curvature, and the two members that
-// sample the curve and fit through the samples.
-#include <cstring>
+// The searches of the curve analysis: zeros and extreme points of the curvature.
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
-#include <memory>
-#include <new>
 #include <vector>
 
 #include "core/power.h"
@@ -181,17 +178,6 @@ bool is_straight(const real* cof, tessarn::slong n) {
   return std::all_of(cof + std::min<tessarn::slong>(n, 2), cof + n, [](real c) { return c == 0; });
 }
 
-// The number of samples from a to b at the distance h: the low 32 bits of the truncated (b - a)/h + 1. Where that is
-// negative, since the bounds are in the wrong order, they would be thousands of millions of samples far outside: there
-// is no such array.
-tessarn::ulong sample_count(real a, real b, real h) {
-  const real n = (b - a) / h + 1;
-  constexpr real limit = static_cast<real>(9223372036854775808.0);
-  if (!(n >= -limit && n < limit)) return 0;
-  if (n <= -1) throw std::bad_array_new_length();
-  return static_cast<tessarn::ulong>(static_cast<std::uint64_t>(static_cast<std::int64_t>(n)));
-}
-
 }  // namespace
 
 real binom::find_zero(real a, real b, real step, real eps) {
@@ -251,35 +237,4 @@ real binom::find_high_hpoint_arc(real a, real b, real step, real eps) {
     }
   } while (x < b);
   return best;
-}
-
-real binom::scalar(binom& q, real a, real b, real h) {
-  const tessarn::ulong n = sample_count(a, b, h);
-  std::unique_ptr<vector[]> ratios(new vector[n]);
-  tessarn::ulong count = 0;
-  for (tessarn::ulong i = 0; i < n; ++i) {
-    const real x = static_cast<real>(i) * h + a;
-    const real d = q.func(x);
-    if (d == 0 || d != d) continue;
-    ratios[count].x = x;
-    ratios[count].y = func(x) / d;
-    ++count;
-  }
-  if (count == 0) return 0;
-  binom mean;
-  mean.create(ratios.get(), count, 1);
-  return mean.get(0);
-}
-
-binom binom::antifunction(real a, real b, real h) {
-  const tessarn::ulong n = sample_count(a, b, h);
-  std::unique_ptr<vector[]> samples(new vector[n]);
-  for (tessarn::ulong i = 0; i < n; ++i) {
-    const real x = static_cast<real>(i) * h + a;
-    samples[i].x = func(x);
-    samples[i].y = x;
-  }
-  binom inverse;
-  inverse.create(samples.get(), n, static_cast<tessarn::ulong>(cofcnt));
-  return inverse;
 }
