@@ -1,18 +1,20 @@
-// Correctly rounded integer powers: a chain of products where the powers stay in the safe range, else square and
-// multiply with the exponent kept apart.
 // Correctly rounded integer powers: a chain of products where the powers stay in the safe range, else square and multiply
 // with the exponent kept apart.
-#include "core/power.h"
+#include "core/power_chain.h"
+
+#include <cmath>
+#include <limits>
 
 namespace tessarn::detail {
 namespace {
 
-// A double-double times a power of two that is kept apart, for powers near overflow and underflow.
+// A double-double times a power of two, whose exponent is an integer of its own: for powers near overflow and underflow.
 struct scaled_double_double {
   double_double value;
   std::int64_t exponent;
 };
 
+// The value with |high| in [1/2, 1).
 scaled_double_double normalised(double_double v, std::int64_t exponent) noexcept {
   int shift = 0;
   v.high = std::frexp(v.high, &shift);
@@ -20,10 +22,11 @@ scaled_double_double normalised(double_double v, std::int64_t exponent) noexcept
   return {v, exponent + shift};
 }
 
+// The product of two double-doubles, all four products of their parts included.
 scaled_double_double multiplied(const scaled_double_double& a, const scaled_double_double& b) noexcept {
   const double_double p = exact_product(a.value.high, b.value.high, split(b.value.high));
-  const real cross = product(a.value.high, b.value.low) + product(a.value.low, b.value.high);
-  const real t = p.low + (cross + product(a.value.low, b.value.low));
+  const real cross = a.value.high * b.value.low + a.value.low * b.value.high;
+  const real t = p.low + (cross + a.value.low * b.value.low);
   const real high = p.high + t;
   return normalised({high, t - (high - p.high)}, a.exponent + b.exponent);
 }
@@ -49,7 +52,7 @@ real rounded(const scaled_double_double& v) noexcept {
   return std::copysign(std::ldexp(static_cast<real>(kept), least_exponent), v.value.high);
 }
 
-// Square and multiply with the exponent apart: for every finite x other than 0 and every k.
+// Squares and multiplies along the bits of k: for every finite x other than 0 and every k.
 real power_by_squaring(real x, unsigned k) noexcept {
   scaled_double_double base = normalised({x, 0}, 0);
   scaled_double_double result = normalised({1, 0}, 0);
@@ -63,6 +66,7 @@ real power_by_squaring(real x, unsigned k) noexcept {
 
 }  // namespace
 
+// The chain takes k - 1 short steps, squaring 2 log2 k long ones: up to 64 the chain is used.
 real power(real x, unsigned k) noexcept {
   if (k == 0) return 1;
   if (k == 1) return x;
@@ -71,9 +75,9 @@ real power(real x, unsigned k) noexcept {
     return k % 2 == 1 ? x : std::fabs(x);
   }
   if (k > 64 || !chain_is_safe(x, k)) return power_by_squaring(x, k);
-  const double_double halves = split(x);
+  const double_double parts = split(x);
   double_double w{x, 0};
-  for (unsigned i = 2; i <= k; ++i) w = times(w, x, halves);
+  for (unsigned i = 2; i <= k; ++i) w = next_power(w, x, parts);
   return w.high;
 }
 

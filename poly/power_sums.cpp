@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "core/nan_rule.h"
-#include "core/power.h"
+#include "core/power_chain.h"
 
 namespace tessarn::detail {
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include "core/power.h"
+#include "core/power_chain.h"
 #include "poly/curve.h"
 #include "tessarn/poly.h"
 

@@ -15,7 +15,7 @@ ALLOWED = {
     "simd": [],
     "core": ["tessarn"],
     "matrix/kernels": ["simd"],
-    "poly/kernels": ["simd"],
+    "poly/kernels": ["simd", "core/double_double.inl", "core/half_exponents.inl", "core/power_range.h"],
     "vectors/kernels": ["simd"],
     "geometry/kernels": ["simd"],
     "matrix": ["tessarn", "core", "simd", "matrix/kernels/kernels.h"],

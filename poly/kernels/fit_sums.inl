@@ -157,7 +157,7 @@ struct keep_powers {
 // The powers again where a quick chain is in doubt, from the first; power e of vector v is power[e * vectors + v].
 static void make_certain(vec* power, size_t exponents, size_t vectors) {
   for (size_t v = 0; v < vectors; ++v) {
-    certain_chains<1> chain;
+    double_double_chains<1> chain;
     const vec x = power[vectors + v];
     chain.run(&x, exponents, [=](size_t e, const vec* p) { power[e * vectors + v] = *p; });
   }
@@ -195,7 +195,7 @@ struct few_powers : points_to_add<EXPONENTS, partial_sums> {
   TESSARN_MEMBER size_t add(size_t i, mask& doubt) const {
     plane_sums<EXPONENTS> sum;
     sum.load_from(this->sums);
-    quick_chains<vectors, EXPONENTS> chain, next;
+    half_exponent_chains<vectors, EXPONENTS> chain, next;
     vec x[vectors], y[vectors], next_y[vectors];
     load_some_points<vectors>(this->all.at(i), x, y);
     chain.begin(x, EXPONENTS);
@@ -231,7 +231,7 @@ struct few_powers_singly : points_to_add<EXPONENTS, partial_sums> {
       const double* p = this->all.at(i);
       if (!this->check.passes(p)) break;
       plane_powers<EXPONENTS, 1> these[base::vectors];
-      quick_chains<1, EXPONENTS> chain;
+      half_exponent_chains<1, EXPONENTS> chain;
       TESSARN_KEEP_LOOP
       for (size_t v = 0; v < base::vectors; ++v) {
         vec x;
@@ -279,7 +279,7 @@ struct many_powers : points_to_add<EXPONENTS, 2 * partial_sums> {
       if (!this->check.passes(p) || !this->check.passes(p + 3 * partial_sums)) break;
       vec x[vectors];
       load_some_points<vectors>(p, x, powers[turn].y);
-      quick_chains<vectors, EXPONENTS> chain;
+      half_exponent_chains<vectors, EXPONENTS> chain;
       chain.run(x, EXPONENTS, keep_and_add<EXPONENTS, vectors>{&powers[turn], &powers[1 - turn], &sum});
       if (!none(chain.doubt)) {
         doubt = chain.doubt;

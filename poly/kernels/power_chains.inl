@@ -1,6 +1,7 @@
-// Chains of correctly rounded powers in lanes, for the kernels of the polynomials; each build has its own.
+// Chains of correctly rounded powers in lanes. docs/powers.md has the notation and the proofs.
 #pragma once
 
+#include "core/power_range.h"
 #include "simd/lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
@@ -19,7 +20,14 @@ TESSARN_INLINE vec leading_bits(vec v) {
 #endif
 }
 
-// doubt, and a bit set where a and b differ.
+#define TESSARN_NUMBER vec
+#define TESSARN_FUNCTION TESSARN_INLINE
+#include "core/double_double.inl"
+#include "core/half_exponents.inl"
+#undef TESSARN_NUMBER
+#undef TESSARN_FUNCTION
+
+// doubt, and a bit set in each lane where a and b differ.
 TESSARN_INLINE mask with_difference(mask doubt, vec a, vec b) {
 #if TESSARN_VECTOR_LANES
   return doubt | ((mask)a ^ (mask)b);
@@ -28,49 +36,26 @@ TESSARN_INLINE mask with_difference(mask doubt, vec a, vec b) {
 #endif
 }
 
-// The same steps as in core/power.h.
-struct pair {
-  vec high, low;
-};
-
-TESSARN_INLINE pair split(vec x) {
-  const vec high = leading_bits(x);
-  return {high, x - high};
-}
-
-TESSARN_INLINE pair exact_product(vec a, vec x, pair halves) {
-  const vec p = a * x;
-  const pair b = split(a);
-  const vec e = ((b.high * halves.high - p) + b.high * halves.low + b.low * halves.high) + b.low * halves.low;
-  return {p, e};
-}
-
-TESSARN_INLINE pair times(pair w, vec x, pair halves) {
-  const pair p = exact_product(w.high, x, halves);
-  const vec t = p.low + w.low * x;
-  const vec high = p.high + t;
-  return {high, t - (high - p.high)};
-}
-
-// The chains give the powers e = 0 .. count - 1 of GROUP vectors of abscissas to use(e, powers), in this order. The
-// vectors stand side by side to hide the latency of the steps.
+// Chains by double-doubles, for any number of exponents. They give the powers e = 0 .. count - 1 of GROUP vectors of
+// abscissas to use(e, powers), ascending. The vectors take their steps side by side: a step is a chain of dependent
+// operations, whose latency one vector alone would wait for.
 template <size_t GROUP>
-struct certain_chains {
+struct double_double_chains {
   vec power[GROUP];
 
   template <class Use>
   TESSARN_MEMBER void run(const vec* x, size_t count, const Use& use) {
-    pair halves[GROUP], p[GROUP];
+    double_double parts[GROUP], w[GROUP];
     for (size_t v = 0; v < GROUP; ++v) {
-      halves[v] = split(x[v]);
+      parts[v] = split(x[v]);
       power[v] = broadcast(1);
-      p[v] = {x[v], vec{}};
+      w[v] = {x[v], vec{}};
     }
     if (count > 0) use(0, power);
     for (size_t e = 1; e < count; ++e) {
-      for (size_t v = 0; v < GROUP; ++v) power[v] = p[v].high;
+      for (size_t v = 0; v < GROUP; ++v) power[v] = w[v].high;
       use(e, power);
-      for (size_t v = 0; v < GROUP; ++v) p[v] = times(p[v], x[v], halves[v]);
+      for (size_t v = 0; v < GROUP; ++v) w[v] = next_power(w[v], x[v], parts[v]);
     }
   }
 };
@@ -88,39 +73,25 @@ TESSARN_INLINE uint64_t bits_at(const double* p) {
 #endif
 }
 
-// Whether the chains of powers below EXPONENTS are safe for v (core/power.h), or v is 0, and all higher powers.
-// On numbers one by one, since the units of the vectors have enough to do.
+// Whether the chain of powers below EXPONENTS is safe for *v, or *v is 0, as are all its powers then. Abscissas are tested
+// as integers, one by one: the vector units have enough to do.
 template <size_t EXPONENTS>
 TESSARN_INLINE bool chain_takes(const double* v) {
-  constexpr uint64_t limit = 960 / EXPONENTS, least = (1023 - limit) << 53, extent = 2 * limit << 53;
-  // The second comparison is one of doubles, or GCC does both where the first would do. Told that it is seldom reached,
-  // GCC puts it out of the way, where it costs no jump.
-  if (2 * bits_at(v) - least <= extent) [[likely]] return true;
+  // The second comparison is one of doubles: GCC computes both at once where two integers are compared. [[likely]] keeps
+  // it out of the way, where it costs no jump.
+  if (2 * bits_at(v) - safe_range<EXPONENTS>::least <= safe_range<EXPONENTS>::extent) [[likely]] return true;
   return *v == 0;
 }
 
-// Quick chains have at most this many powers, from the power 0 on.
-constexpr size_t most_quick = 25;
+// Chains by half exponents have at most this many powers, from the power 0 on.
+constexpr size_t max_half_count = 25;
 
-// The powers of GROUP vectors of abscissas in less than half of the operations, where the chain is safe and nearly all
-// powers are far enough from the middle between two numbers to be rounded with 20 bits to spare; doubts are collected.
-// COUNT is the number of powers where that is a compile-time constant.
-//
-// A power is kept as head + rest, the head of 26 bits, and made of two others, a and b, of nearly half of its exponent:
-//     s = head_a head_b, which is exact, and t = head_b rest_a + rest_b power_a
-// with power_a for head_a + rest_a. The head of x is made so small that its rest lies between 2^-25 |x| and 2^-24 |x|,
-// and then taken a margin m = 2^-48 of itself too small; later heads are those of s, so that rests have the sign of
-// their power. All that is added is of one sign, and relative errors only pass on: with the rounding of a product, a
-// power and a sum t is off by 3 more roundings than the rests, and a rest by 1 more than its t. The exponents up to 16
-// are halved at most four times, which makes less than 15 roundings of 2^-53 in t. With r = rest_x / x the rest of
-// power e is below (2 e - 1) r of it, since cutting s adds less than r, and so t is below 2 e r of the power; it is
-// above (1 - 2^-18) e r of it, since the heads are not above the powers of that of x. What t lacks by the smaller rest
-// of x is m e r of the power, that is more than m t / 2 and more than those roundings, but with them less than 1.5 m t.
-// So the power lies between s + t and s + (1 + 2 m) t, and where both round to the same number so does it. Exponents up
-// to 24 are halved five times, in less than 19 roundings, and have twice the margin.
+// Chains by half exponents (core/half_exponents.inl), for abscissas whose chain is safe. They give what
+// double_double_chains gives in less than half of the operations, as long as no lane is in doubt: the callers run others
+// where doubt is set. COUNT is the number of powers where that is a compile-time constant, else 0.
 template <size_t GROUP, size_t COUNT = 0>
-struct quick_chains {
-  vec power[most_quick / 2 + 1][GROUP], head[most_quick / 2 + 1][GROUP], rest[most_quick / 2 + 1][GROUP];
+struct half_exponent_chains {
+  half_power power[max_half_count / 2 + 1][GROUP];
   vec last[GROUP];
   mask doubt = {};
 
@@ -130,32 +101,33 @@ struct quick_chains {
     if (count > 2) {
       begin(x, count);
     } else {
-      for (size_t v = 0; v < GROUP; ++v) power[1][v] = x[v];
+      for (size_t v = 0; v < GROUP; ++v) power[1][v].rounded = x[v];
     }
     finish(count, use);
   }
-  // The first part, up to what the power 3 is made of, for more than two powers.
+
+  // The first part, up to the factors of power 3, for more than two powers. A caller can begin the next points before it
+  // finishes these: the two chains hide each other's latency.
   TESSARN_MEMBER void begin(const vec* x, size_t count) {
     const double margin = margin_of(count);
     for (size_t v = 0; v < GROUP; ++v) {
-      power[1][v] = x[v];
-      power[2][v] = x[v] * x[v];
+      power[1][v].rounded = x[v];
+      power[2][v].rounded = x[v] * x[v];  // a square is rounded once as it is
       if (count < 4) continue;
-      head[1][v] = leading_bits(x[v] * broadcast(1 - 0x1p-25));
-      rest[1][v] = (x[v] - head[1][v]) * broadcast(1 - margin);
+      power[1][v] = first_half_power(x[v], margin);
     }
     if (count < 4) return;
-    // A square is rounded once as it is.
-    for (size_t v = 0; v < GROUP; ++v) keep(2, v, head[1][v] * head[1][v], rest[1][v] * (head[1][v] + x[v]));
+    for (size_t v = 0; v < GROUP; ++v) power[2][v] = as_factor(power[2][v].rounded, square_of(power[1][v]));
   }
-  // The rest.
+
+  // The second part, which gives all powers to use.
   template <class Use>
   TESSARN_MEMBER void finish(size_t count, const Use& use) {
     if (COUNT > 0) count = COUNT;
     for (size_t v = 0; v < GROUP; ++v) last[v] = broadcast(1);
     if (count > 0) use(0, last);
-    if (count > 1) use(1, power[1]);
-    if (count > 2) use(2, power[2]);
+    if (count > 1) use_stored(1, use);
+    if (count > 2) use_stored(2, use);
     if (count < 4) return;
     if constexpr (COUNT > 3)
       known_steps<3>(use);
@@ -165,30 +137,30 @@ struct quick_chains {
 
  private:
   TESSARN_MEMBER static double margin_of(size_t count) { return count > 17 ? 0x1p-47 : 0x1p-48; }
+  template <class Use>
+  TESSARN_MEMBER void use_stored(size_t e, const Use& use) {
+    for (size_t v = 0; v < GROUP; ++v) last[v] = power[e][v].rounded;
+    use(e, last);
+  }
+  // Steps with indices that are compile-time constants, so that all powers stay in registers.
   template <size_t E, class Use>
   TESSARN_MEMBER void known_steps(const Use& use) {
     step(E, COUNT, use);
     if constexpr (E + 1 < COUNT) known_steps<E + 1>(use);
   }
+  // Power e of powers e / 2 and e - e / 2. It is kept only where a later power is made of it.
   template <class Use>
   TESSARN_MEMBER void step(size_t e, size_t count, const Use& use) {
     const size_t a = e / 2, b = e - a;
     const double margin = margin_of(count);
     for (size_t v = 0; v < GROUP; ++v) {
-      const vec s = head[a][v] * head[b][v];
-      const vec t = a == b ? rest[a][v] * (head[a][v] + power[a][v])
-                           : head[b][v] * rest[a][v] + rest[b][v] * power[a][v];
-      last[v] = s + t;
-      doubt = with_difference(doubt, last[v], s + t * broadcast(1 + 2 * margin));
+      const unrounded_power p = a == b ? square_of(power[a][v]) : product_of(power[a][v], power[b][v]);
+      last[v] = p.s + p.t;
+      doubt = with_difference(doubt, last[v], beyond_power(p, margin));
       if (2 * e > count) continue;
-      power[e][v] = last[v];
-      keep(e, v, s, t);
+      power[e][v] = as_factor(last[v], p);
     }
     use(e, last);
-  }
-  TESSARN_MEMBER void keep(size_t e, size_t v, vec s, vec t) {
-    head[e][v] = leading_bits(s);
-    rest[e][v] = (s - head[e][v]) + t;
   }
 };
 

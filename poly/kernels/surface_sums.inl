@@ -79,7 +79,7 @@ struct store_two_powers {
 // apart before these, to hide how long it takes.
 template <size_t COUNT>
 TESSARN_INLINE bool unpack_with_powers(const double* points, double* px, double* py, double* z) {
-  quick_chains<2, COUNT> chain;
+  half_exponent_chains<2, COUNT> chain;
   bool safe = true;
   vec next[2], next_z;
   load_surface_points(points, next[0], next[1], next_z);

@@ -69,12 +69,12 @@ template <size_t GROUP, size_t COUNT = 0, class Use>
 TESSARN_INLINE void run_chains(const double* from, size_t count, const Use& use) {
   vec x[GROUP];
   for (size_t v = 0; v < GROUP; ++v) x[v] = load(from + v * width);
-  if (count <= most_quick) {
-    quick_chains<GROUP, COUNT> quick;
+  if (count <= max_half_count) {
+    half_exponent_chains<GROUP, COUNT> quick;
     quick.run(x, count, use);
     if (none(quick.doubt)) return;
   }
-  certain_chains<GROUP> certain;
+  double_double_chains<GROUP> certain;
   certain.run(x, count, use);
 }
 
@@ -87,7 +87,7 @@ struct store_powers {
 };
 
 void certain_powers(size_t exponents, double* powers) {
-  certain_chains<1> certain;
+  double_double_chains<1> certain;
   const vec x = load(powers + point_block);
   certain.run(&x, exponents, store_powers<1>{powers});
 }
@@ -98,7 +98,7 @@ TESSARN_INLINE void quick_powers(double* powers, size_t count = COUNT) {
   for (double* to = powers; to < powers + point_block; to += GROUP * width) {
     vec x[GROUP];
     for (size_t v = 0; v < GROUP; ++v) x[v] = load(to + point_block + v * width);
-    quick_chains<GROUP, COUNT> quick;
+    half_exponent_chains<GROUP, COUNT> quick;
     quick.run(x, count, store_powers<GROUP>{to});
     if (none(quick.doubt)) continue;
     for (size_t v = 0; v < GROUP; ++v) certain_powers(count, to + v * width);
@@ -118,7 +118,7 @@ void powers(unsigned exponents, double* powers) {
     case 17: return quick_powers<1, 17>(powers);
     default: break;
   }
-  if (exponents <= most_quick) return quick_powers<2, 0>(powers, exponents);
+  if (exponents <= max_half_count) return quick_powers<2, 0>(powers, exponents);
   for (size_t i = 0; i < point_block; i += width) certain_powers(exponents, powers + i);
 }
 
