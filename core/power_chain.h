@@ -112,10 +112,24 @@ inline Use each_power_to_4(real x, slong highest, Use use) noexcept {
   return use;
 }
 
-// The powers 2 .. highest, which is from 3 to max_exponent, for x whose chain is safe. Powers that no later one is made of
-// are not stored.
+// The powers 2 .. highest, for any x and any highest from 3 on: one by one where the chain is not safe, by double-doubles
+// where the margin of half exponents is not proved. One function that is too large to be inlined: in parts it makes the
+// short paths of its callers save registers for it, which takes them a third longer.
 template <class Use>
-inline Use each_power_by_halves(real x, slong highest, Use use) noexcept {
+inline Use each_power_from_2(real x, slong highest, Use use) noexcept {
+  if (!chain_is_safe(x, static_cast<unsigned>(highest))) {
+    for (slong e = 2; e <= highest; ++e) use(e, power(x, static_cast<unsigned>(e)));
+    return use;
+  }
+  if (highest > half_exponent_chain::max_exponent) {
+    const double_double parts = split(x);
+    double_double w{x, 0};
+    for (slong e = 2; e <= highest; ++e) {
+      w = next_power(w, x, parts);
+      use(e, w.high);
+    }
+    return use;
+  }
   const half_exponent_chain chain(x, highest);
   half_power p[half_exponent_chain::max_exponent / 2 + 1];
   p[1] = chain.first();
@@ -132,25 +146,7 @@ inline Use each_power_by_halves(real x, slong highest, Use use) noexcept {
     const slong a = e / 2;
     const half_power next = e % 2 == 0 ? chain.square(e, p[a]) : chain.product(e, p[a], p[a + 1]);
     use(e, next.rounded);
-    if (2 * e <= highest + 1) p[e] = next;
-  }
-  return use;
-}
-
-// The powers 2 .. highest, for any x and any highest from 3 on: one by one where the chain is not safe, by double-doubles
-// where the margin of half exponents is not proved.
-template <class Use>
-inline Use each_power_from_2(real x, slong highest, Use use) noexcept {
-  if (!chain_is_safe(x, static_cast<unsigned>(highest))) {
-    for (slong e = 2; e <= highest; ++e) use(e, power(x, static_cast<unsigned>(e)));
-    return use;
-  }
-  if (highest <= half_exponent_chain::max_exponent) return each_power_by_halves(x, highest, use);
-  const double_double parts = split(x);
-  double_double w{x, 0};
-  for (slong e = 2; e <= highest; ++e) {
-    w = next_power(w, x, parts);
-    use(e, w.high);
+    if (2 * e <= highest + 1) p[e] = next;  // a later power is made of it
   }
   return use;
 }

@@ -50,8 +50,6 @@ class block_derivative {
   coefficients p_;
   unsigned k_;
   real_array factors_;
-  const real* cof_;  // those of p, or merged with factors
-  bool merged_;
 };
 
 // The curvature, or its derivative.

@@ -23,30 +23,16 @@ void block_values::operator()(const double* x, double* y) const {
     poly_kernels_in_use().values(as_doubles(p_.cof), static_cast<std::size_t>(p_.n), x, y);
 }
 
-// A product of a power with a power of two is exact, for abscissas whose chains are safe: in the first derivative such
-// a factor becomes part of the coefficient, unless that overflows. Squares have no chain.
 block_derivative::block_derivative(coefficients p, unsigned k)
-    : p_(p),
-      k_(k),
-      factors_(allocate(checked_product(2, static_cast<std::size_t>(std::max<slong>(p.n, 0))))),
-      cof_(p.cof),
-      merged_(k == 1 && p.n > 4) {
+    : p_(p), k_(k), factors_(allocate(static_cast<std::size_t>(std::max<slong>(p.n, 0)))) {
   falling_factorials(p.n, k, factors_.get());
-  if (!merged_) return;
-  real* const merged = factors_.get() + p.n;
-  std::copy_n(p.cof, p.n, merged);
-  for (slong i = 2; i < p.n; i = i > p.n / 2 ? p.n : 2 * i) {
-    merged[i] *= factors_[i];
-    if (!std::isfinite(merged[i]) && std::isfinite(p.cof[i])) merged_ = false;
-  }
-  if (merged_) cof_ = merged;
 }
 
 void block_derivative::operator()(const double* x, double* y) const {
   const auto k = static_cast<slong>(k_);
   if (p_.n > k && chains_are_safe(x, static_cast<unsigned>(p_.n - k))) {
     const auto terms = static_cast<std::size_t>(p_.n - k);
-    return poly_kernels_in_use().power_series(as_doubles(cof_ + k), as_doubles(factors_.get() + k), merged_, terms, x, y);
+    return poly_kernels_in_use().power_series(as_doubles(p_.cof + k), as_doubles(factors_.get() + k), terms, x, y);
   }
   for (std::size_t i = 0; i < point_block; ++i) y[i] = static_cast<double>(derivative_at(p_, k_, x[i]));
 }

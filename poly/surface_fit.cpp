@@ -89,13 +89,11 @@ class surface_sums {
     tessarn::detail::block_powers(static_cast<unsigned>(side_), px);
     tessarn::detail::block_powers(static_cast<unsigned>(side_), py);
   }
-  // Where point i of a block stands.
-  std::size_t place(std::size_t i) const { return i - i % partial_sums + kernels_.surface_lanes[i % partial_sums]; }
   void unpack_rest(const vector3d* pts, std::size_t count, double* x, double* y, double* z) const {
     for (std::size_t i = 0; i < point_block; ++i) {
-      x[place(i)] = i < count ? static_cast<double>(pts[i].x) : 0;
-      y[place(i)] = i < count ? static_cast<double>(pts[i].y) : 0;
-      z[place(i)] = i < count ? static_cast<double>(pts[i].z) : 0;
+      x[i] = i < count ? static_cast<double>(pts[i].x) : 0;
+      y[i] = i < count ? static_cast<double>(pts[i].y) : 0;
+      z[i] = i < count ? static_cast<double>(pts[i].z) : 0;
     }
   }
   void apply_weights(const real* w, std::size_t count, double* z) const {
@@ -103,13 +101,10 @@ class surface_sums {
     if (count < point_block) std::copy_n(w, count, filled);
     kernels_.apply_weights(count < point_block ? filled : tessarn::detail::as_doubles(w), z);
   }
-  // Puts each sum in the place of partial sums that went into one before it.
+  // Each sum takes the place of partial sums that went into one before it.
   void close() {
-    for (std::size_t k = 0; k < length() / partial_sums; ++k) {
-      double in_order[partial_sums];
-      for (std::size_t i = 0; i < partial_sums; ++i) in_order[i] = sums_[k * partial_sums + place(i)];
-      sums_[k] = static_cast<double>(computed(tessarn::detail::tree_sum(in_order)));
-    }
+    for (std::size_t k = 0; k < length() / partial_sums; ++k)
+      sums_[k] = static_cast<double>(computed(tessarn::detail::tree_sum(sums_ + k * partial_sums)));
   }
 
   const tessarn::detail::poly_kernels& kernels_ = tessarn::detail::poly_kernels_in_use();

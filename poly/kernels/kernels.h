@@ -36,9 +36,6 @@ struct poly_kernels {
 
   // The coordinates of a block of plane points; false where an x is the marker or a NaN.
   bool (*unpack_plane)(const double* points, double marker, double* x, double* y);
-  // Where unpack_space and add_points put point k of eight, in a block, and its terms, in partial sums: such that
-  // the coordinates are taken apart with little effort.
-  const unsigned char* surface_lanes;
 
   // The coordinates of a block of space points, each four doubles: x and y as the powers 1 in px and py, with
   // point_block numbers a power. True where quick chains (power_chains.inl) could form the powers from 2 to
@@ -74,7 +71,7 @@ struct poly_kernels {
 
   // y[i] = the sum over e of (x[i]^e factor[e]) cof[e] ascending for e below count, and a block of abscissas for which
   // the chain of powers is safe. Merged: where e + 1 is a power of two there is no factor.
-  void (*power_series)(const double* cof, const double* factor, bool merged, size_t count, const double* x, double* y);
+  void (*power_series)(const double* cof, const double* factor, size_t count, const double* x, double* y);
 
   // The first three derivatives of a polynomial of count coefficients at a block of abscissas, for which the chain is
   // safe; factors[k * stride + i] is the factor of coefficient i in derivative k + 1, d[k * point_block + i] the

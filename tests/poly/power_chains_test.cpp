@@ -182,9 +182,8 @@ TEST(Unpack, WeightsMeetTheirPoints) {
   poly_kernels_in_use().unpack_space(reinterpret_cast<const double*>(points.data()), 3, px.data(), py.data(), z.data());
   poly_kernels_in_use().apply_weights(w.data(), z.data());
   for (std::size_t i = 0; i < point_block; ++i) {
-    const std::size_t at = i - i % partial_sums + poly_kernels_in_use().surface_lanes[i % partial_sums];
-    EXPECT_BITS(z[at], (w[i] * static_cast<double>(points[i].z)) * w[i]);
-    EXPECT_BITS(z[point_block + at], w[i] * w[i]);
+    EXPECT_BITS(z[i], (w[i] * static_cast<double>(points[i].z)) * w[i]);
+    EXPECT_BITS(z[point_block + i], w[i] * w[i]);
   }
 }
 
@@ -210,15 +209,14 @@ TEST(Unpack, SpacePoints) {
     const bool done = poly_kernels_in_use().unpack_space(data, exponents, px.data(), py.data(), z.data());
     ++(done ? with_powers : without);
     for (std::size_t i = 0; i < point_block; ++i) {
-      const std::size_t at = i - i % partial_sums + poly_kernels_in_use().surface_lanes[i % partial_sums];
-      EXPECT_BITS(px[point_block + at], points[i].x);
-      EXPECT_BITS(py[point_block + at], points[i].y);
-      EXPECT_BITS(z[at], points[i].z);
+      EXPECT_BITS(px[point_block + i], points[i].x);
+      EXPECT_BITS(py[point_block + i], points[i].y);
+      EXPECT_BITS(z[i], points[i].z);
       for (unsigned e = 2; done && e < exponents; ++e) {
         const double x = tessarn::detail::power(points[i].x, e), y = tessarn::detail::power(points[i].y, e);
         // A power of 0 is a zero of either sign.
-        ASSERT_BITS(px[e * point_block + at] + 0.0, x + 0.0) << test::hex(points[i].x) << " to the power " << e;
-        ASSERT_BITS(py[e * point_block + at] + 0.0, y + 0.0) << test::hex(points[i].y) << " to the power " << e;
+        ASSERT_BITS(px[e * point_block + i] + 0.0, x + 0.0) << test::hex(points[i].x) << " to the power " << e;
+        ASSERT_BITS(py[e * point_block + i] + 0.0, y + 0.0) << test::hex(points[i].y) << " to the power " << e;
       }
     }
   }

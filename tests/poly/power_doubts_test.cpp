@@ -1,4 +1,4 @@
-// The quick chains of powers (poly/chains.h, poly/curve.cpp) round as the certain ones do. One
+// Chains of powers by half exponents (core/half_exponents.inl) round as those by double-doubles do. One
 // power of a million is so close to the middle between two numbers that it would be rounded wrongly
 // without a margin: it takes millions to see.
 #include <gtest/gtest.h>
@@ -64,9 +64,11 @@ TEST(PowerDoubts, EveryNumberOfPowers) {
 }
 
 // The sums of points take powers in loops of their own, one for each number of coefficients. Points
-// one by one show their powers.
+// one by one show their powers. The kernel ends before a group of eight points with a power in doubt,
+// which is left out here.
 TEST(PowerDoubts, SumsOfPoints) {
   test::random_source random(153);
+  std::size_t added = 0, in_doubt = 0;
   for (unsigned exponents = 5; exponents <= 15; exponents += 2) {
     for (int i = 0; i < rounds / 10; ++i) {
       power_table certain;
@@ -75,15 +77,21 @@ TEST(PowerDoubts, SumsOfPoints) {
       std::vector<double> points(3 * point_block, 0.0),
           sums((exponents + (exponents + 1) / 2) * 8, 0.0), expected(sums);
       for (std::size_t k = 0; k < point_block; ++k) points[3 * k + 1] = certain.row[1][k];
-      ASSERT_EQ(poly_kernels_in_use().add_plane_points(points.data(), point_block, -1, exponents, sums.data()),
-                point_block);
-      for (unsigned e = 1; e < exponents; ++e)
-        for (std::size_t k = 0; k < point_block; ++k) expected[8 * e + k % 8] += certain.row[e][k];
+      for (std::size_t first = 0; first < point_block; first += 8) {
+        const std::size_t end = first + poly_kernels_in_use().add_plane_points(
+                                            &points[3 * first], point_block - first, -1, exponents, sums.data());
+        for (unsigned e = 1; e < exponents; ++e)
+          for (std::size_t k = first; k < end; ++k) expected[8 * e + k % 8] += certain.row[e][k];
+        added += end - first;
+        if (end < point_block) ++in_doubt;
+        first = end;
+      }
       for (unsigned e = 1; e < exponents; ++e)
         for (std::size_t k = 0; k < 8; ++k)
           ASSERT_EQ(sums[8 * e + k], expected[8 * e + k]) << exponents << ' ' << e;
     }
   }
+  EXPECT_LT(1000 * in_doubt, added);
 }
 
 // Near the ends of the range in which chains are safe: what is added is a power, or left to be
