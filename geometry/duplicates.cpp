@@ -63,9 +63,7 @@ std::size_t duplicate_search::list_suspects() {
 // The suspects go through an exact table, from the last to the first. Their hash values are brought together: those of
 // most differ, and the points stay untouched.
 std::unique_ptr<bool[]> duplicate_search::marked(const vector3d* pts) {
-  // Some numbers, none twice, and unlikely to be a hash value.
-  for (std::size_t k = 0; k < padding; ++k) hashes_[count_ + k] = static_cast<std::uint32_t>((k + 1) * 0x9E3779B9);
-  if (count_ <= geometry_kernels_in_use().most_compared && !geometry_kernels_in_use().repeats(hashes_, count_)) return nullptr;
+  std::fill_n(hashes_ + count_, padding, std::uint32_t{0});  // the kernels read ahead that far
   const std::size_t suspects = list_suspects();
   if (suspects == 0) return nullptr;
   const unsigned log = logarithm_from(2 * static_cast<std::uint64_t>(suspects), 6);

@@ -8,6 +8,7 @@
 #include <memory>
 #include <new>
 
+#include "simd/unroll.h"
 #include "tessarn/cplx.h"
 
 namespace tessarn::detail {
@@ -23,22 +24,16 @@ inline cplx* allocate_entries(std::size_t n) {
   return entries;
 }
 
-// Constructs n entries, each with the value of make(index).
+// Constructs n entries, each with the value of make(index). The fence makes the compiler write entry by entry: otherwise
+// it writes field by field, in three loops over the array, and copies of 5 x 5 matrices take 1.4 times as long, those of
+// 16 x 16 ones 1.9 times. Not unrolled, the loop takes up to 1.3 times as long.
 template <class Make>
 void construct_entries(cplx* entries, std::size_t n, Make make) {
-  const auto construct = [&](std::size_t i) {
+  TESSARN_UNROLL_LONG
+  for (std::size_t i = 0; i < n; ++i) {
     new (entries + i) cplx(make(i));
-    // Entry by entry: a loop for each of the fields, as compilers like to have it, takes three times as long.
     std::atomic_signal_fence(std::memory_order_seq_cst);
-  };
-  const std::size_t fours = n - n % 4;
-  for (std::size_t i = 0; i < fours; i += 4) {  // one by one the loop takes longer than its stores
-    construct(i);
-    construct(i + 1);
-    construct(i + 2);
-    construct(i + 3);
   }
-  for (std::size_t i = fours; i < n; ++i) construct(i);
 }
 
 inline cplx* zero_entries(std::size_t n) {

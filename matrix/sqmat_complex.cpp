@@ -24,16 +24,6 @@ cplx* product_of(const cplx* a, const cplx* b, tessarn::ulong n) {
   return product.release();
 }
 
-// The same for n = 4, the size of transformations, without the detours for other sizes: they take longer than the rest
-// of the work that is not arithmetic.
-cplx* product_of_four(const cplx* a, const cplx* b) {
-  using namespace tessarn::detail;
-  cplx* product = allocate_entries(16);
-  matrix_kernels_in_use().complex_multiply_four(as_doubles(&a->re), as_doubles(&b->re), as_doubles(first_part(product)));
-  construct_around_parts(product, 16);
-  return product;
-}
-
 }  // namespace
 
 complex_sqmat::sqmat(sqmat& m) : data(tessarn::detail::copied_entries(m.data, entry_count(m.size))), size(m.size) {}
@@ -88,7 +78,7 @@ void complex_sqmat::operator*=(sqmat& b) {
 complex_sqmat tessarn::detail::unchecked::product(const complex_sqmat& a, const complex_sqmat& b) {
   complex_sqmat product;
   if (a.size != b.size || a.size == 0) return product;
-  product.data = a.size == 4 ? product_of_four(a.data, b.data) : product_of(a.data, b.data, a.size);
+  product.data = product_of(a.data, b.data, a.size);
   product.size = a.size;
   return product;
 }

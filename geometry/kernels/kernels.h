@@ -84,15 +84,12 @@ struct geometry_kernels {
   // the reference point and the coordinates' sums in the order of the points, from +0.0.
   void (*take_in)(const double* points, size_t n, const double* reference, const cloud_room& room, moment_sums* moments,
                   double* sums);
-  // Whether two of the hash values, or a hash value and one of the 32 behind the last one, are the same.
-  bool (*repeats)(const uint32_t* hash, size_t n);
   // Lists the points, in order, that have both bits of their hash value's word, by its last twelve bits, set by points
   // before; sets them for all points. There is room in the list for one point more, and 32 hash values behind the last
   // one may be read.
   size_t (*list_repeated)(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed);
   // The same for the one bit by the last six bits, without setting any.
   size_t (*list_suspects)(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed);
-  size_t most_compared;               // up to so many hash values repeats is faster than the lists
   size_t group_points, block_points;  // what a group and a block has, if not the last one
 };
 

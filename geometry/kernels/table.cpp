@@ -405,46 +405,6 @@ void take_in(const double* points, size_t n, const double* reference, const clou
   store_point(sums, ordered);
 }
 
-// Of up to so many hash values all pairs are compared faster than a table is cleared and filled.
-constexpr size_t most_compared = width < 4 ? 32 : 160;
-#if TESSARN_VECTOR_LANES
-constexpr size_t hash_lanes = width < 4 ? 4 : 8;
-typedef uint32_t hash_vec __attribute__((vector_size(hash_lanes * 4)));
-
-TESSARN_INLINE hash_vec load_hashes(const uint32_t* p) {
-  typedef uint32_t unaligned __attribute__((vector_size(hash_lanes * 4), aligned(4), may_alias));
-  return *reinterpret_cast<const unaligned*>(p);
-}
-TESSARN_INLINE void keep_least(hash_vec& least, hash_vec v) { least = v < least ? v : least; }
-
-// The pairs of near ones first, since the rest is taken four hash values at a time.
-bool repeats(const uint32_t* hash, size_t n) {
-  hash_vec least[4] = {};
-  for (size_t r = 0; r < 4; ++r) least[r] = ~hash_vec{};
-  for (size_t i = 0; i < n; i += hash_lanes)
-    for (size_t r = 1; r < 4; ++r) keep_least(least[r], load_hashes(hash + i) ^ load_hashes(hash + i + r));
-  for (size_t i = 0; i < n; i += 4) {
-    hash_vec own[4];
-    for (size_t r = 0; r < 4; ++r) own[r] = hash[i + r] - hash_vec{};
-    for (size_t k = i + 4; k < n; k += hash_lanes) {
-      const hash_vec others = load_hashes(hash + k);
-      for (size_t r = 0; r < 4; ++r) keep_least(least[r], own[r] ^ others);
-    }
-  }
-  for (size_t r = 1; r < 4; ++r) keep_least(least[0], least[r]);
-  bool found = false;
-  for (size_t k = 0; k < hash_lanes; ++k) found |= least[0][k] == 0;
-  return found;
-}
-#else
-bool repeats(const uint32_t* hash, size_t n) {
-  for (size_t i = 0; i < n; ++i)
-    for (size_t k = i + 1; k < n; ++k)
-      if (hash[i] == hash[k]) return true;
-  return false;
-}
-#endif
-
 // Without branches: they could not be foreseen.
 size_t list_repeated(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed) {
   constexpr size_t ahead = 32;
@@ -487,10 +447,8 @@ const geometry_kernels geometry_table = {
     .farthest = farthest,
     .farthest_from_two = farthest_from_two,
     .take_in = take_in,
-    .repeats = repeats,
     .list_repeated = list_repeated,
     .list_suspects = list_suspects,
-    .most_compared = most_compared,
     .group_points = width,
     .block_points = block_points,
 };
