@@ -10,8 +10,8 @@
 namespace tessarn::detail {
 namespace {
 
-// Amid the cloud: the mean of some of its points.
-vector3d amid(const vector3d* pts, std::size_t n) {
+// The mean of some of the points, which is near enough to the centre of the cloud.
+vector3d approximate_centre(const vector3d* pts, std::size_t n) {
   const std::size_t samples = std::min(n, std::clamp<std::size_t>(n / 16, 8, 2048));
   vector3d sum;
   for (std::size_t k = 0; k < samples; ++k) sum += pts[k * n / samples];
@@ -22,18 +22,18 @@ vector3d amid(const vector3d* pts, std::size_t n) {
 
 cloud::cloud(const vector3d* pts, ulong count)
     : n_(count),
-      reference_(amid(pts, count)),
-      reaches_(count),
+      reference_(approximate_centre(pts, count)),
+      distances_(count),
       stride_((n_ + padding) / 8 * 8),
       room_(3 * stride_),
       coordinates_(room_.data()) {
   static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
   duplicate_search search(count);
-  const cloud_room room = {as_doubles(coordinates_), stride_, search.hashes(), reaches_.of_groups(),
-                           reaches_.of_blocks()};
-  geometry_kernels_in_use().take_in(reinterpret_cast<const double*>(pts), n_, coordinates_of(reference_).data(), room,
-                     &moments_, sums_);
-  reaches_.prepare(reference_);
+  const cloud_arrays to = {as_doubles(coordinates_), stride_, search.hashes(), distances_.of_groups(),
+                           distances_.of_blocks()};
+  geometry_kernels_in_use().ingest_points(reinterpret_cast<const double*>(pts), n_, coordinates_of(reference_).data(), to,
+                                          &moments_, sums_);
+  distances_.prepare(reference_);
   const std::unique_ptr<bool[]> marked = search.marked(pts);
   if (marked) remove(marked.get());
 }
@@ -51,18 +51,18 @@ void cloud::remove(const bool* marked) {
     ++kept;
   }
   n_ = kept;
-  reaches_.forget();
+  distances_.forget();
   geometry_kernels_in_use().moments(arrays(), coordinates_of(reference_).data(), &moments_);
 }
 
 vector3d cloud::farthest_from(const vector3d& a) const {
-  const std::size_t i = reaches_.farthest(arrays(), a, nullptr, 0);
+  const std::size_t i = distances_.farthest(arrays(), a, nullptr, 0);
   return i < n_ ? point(i) : a;
 }
 
 vector3d cloud::farthest_from(const vector3d& a, const vector3d& b) const {
   const auto least = static_cast<double>((a - a).lenld() + (a - b).lenld());
-  const std::size_t i = reaches_.farthest(arrays(), a, &b, least);
+  const std::size_t i = distances_.farthest(arrays(), a, &b, least);
   return i < n_ ? point(i) : a;
 }
 

@@ -42,7 +42,7 @@ class cloud {
   vector3d reference_;
   double sums_[3];
   moment_sums moments_;
-  reaches reaches_;
+  distance_index distances_;
   static constexpr std::size_t padding = 48;  // for the whole vectors of the kernels
   std::size_t stride_;
   workspace<real, 3 * 160, 64> room_;

@@ -27,13 +27,13 @@ std::size_t parts(std::size_t n, std::size_t each) { return (n + each - 1) / eac
 
 }  // namespace
 
-reaches::reaches(std::size_t points)
+distance_index::distance_index(std::size_t points)
     : groups_(parts(points, geometry_kernels_in_use().group_points)),
       blocks_(parts(points, geometry_kernels_in_use().block_points)),
       squares_(blocks_ < least_blocks ? nullptr : new double[groups_ + blocks_]) {}
 
 // Squares are accurate in this range only.
-void reaches::prepare(const vector3d& reference) {
+void distance_index::prepare(const vector3d& reference) {
   reference_ = reference;
   if (!squares_) return;
   greatest_ = *std::max_element(of_blocks(), of_blocks() + blocks_);
@@ -41,7 +41,7 @@ void reaches::prepare(const vector3d& reference) {
 }
 
 // The farthest point so far, and the least reach of a group that may have one as far.
-class reaches::query {
+class distance_index::query {
  public:
   query(const point_arrays& points, const vector3d& reference, const vector3d& a, const vector3d* b, double least)
       : points_(points),
@@ -95,7 +95,7 @@ class reaches::query {
 };
 
 // A distance that a point among the outermost blocks has.
-double reaches::first_guess(query from) const {
+double distance_index::first_guess(query from) const {
   const double* const blocks = squares_.get() + groups_;
   for (const double inwards : {0.002, 0.02, 0.2, 1.0}) {
     const double outer = greatest_ * (1 - inwards);
@@ -112,7 +112,7 @@ double reaches::first_guess(query from) const {
   return from.least();
 }
 
-std::size_t reaches::farthest(const point_arrays& points, const vector3d& a, const vector3d* b, double least) const {
+std::size_t distance_index::farthest(const point_arrays& points, const vector3d& a, const vector3d* b, double least) const {
   query search(points, reference_, a, b, least);
   if (!usable_) {
     search.search(0, points.n);

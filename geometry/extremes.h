@@ -10,10 +10,10 @@ namespace tessarn::detail {
 
 // How far the points of each group and each block go from a reference point. By these whole ones are left out of a
 // search: a point is no farther from another one than it is by way of the reference point.
-class reaches {
+class distance_index {
  public:
-  explicit reaches(std::size_t points);
-  reaches(const reaches&) = delete;
+  explicit distance_index(std::size_t points);
+  distance_index(const distance_index&) = delete;
 
   // Where the squares of the distances go, null for few points; prepare has to follow.
   double* of_groups() { return squares_.get(); }

@@ -1,4 +1,4 @@
-// The kernels of the plane fits, one table for each instruction set. Points stand coordinate by coordinate.
+// The kernels of the plane fits, one table for each instruction set. Points are stored coordinate by coordinate.
 #pragma once
 
 #include <stddef.h>
@@ -11,7 +11,7 @@ namespace tessarn::detail {
 // Candidates are evaluated this many at a time, side by side.
 inline constexpr size_t candidate_lanes = 8;
 
-// Eight numbers behind each of them may be read, too.
+// n points. Kernels may read eight numbers behind the last one of each array, too.
 struct point_arrays {
   const double* x;
   const double* y;
@@ -19,9 +19,11 @@ struct point_arrays {
   size_t n;
 };
 
-// Sums over the points less a reference point: of the coordinates x, y, z, of their products xx, yy, zz, xy, xz, yz,
-// and of these times the number of points from the first of their block on, which has at most block_limit points. Each
-// is accurate to two dozen roundings of the sum of its magnitudes, the latter to two dozen and one for each block.
+// Sums over the points less a reference point.
+// sum: of the coordinates x, y, z and of their products xx, yy, zz, xy, xz, yz; each is accurate to two dozen roundings
+// of the sum of its magnitudes.
+// weighted: of the same nine, each times the number of points from the first one of its block on; a block has at most
+// block_limit points. Accurate to two dozen roundings and one for each block.
 inline constexpr size_t block_limit = 128;
 inline constexpr size_t moment_count = 9;
 struct moment_sums {
@@ -29,34 +31,32 @@ struct moment_sums {
   double weighted[moment_count];
 };
 
-// What bounds the sum of the squared residuals of a normal (bounds.h): the sums' first moments over their number, the
-// second moments xx, yy, zz, xy, xz, yz, and the margins.
+// From these numbers bounds of the sum of the squared residuals of a normal are computed (geometry/bounds.h).
 struct residual_form {
   double count;
   double mean[3];
-  double second[6];
-  double weighted[6];
+  double second[6];    // the second moments xx, yy, zz, xy, xz, yz
+  double weighted[6];  // and their weighted sums
   double form_margin, mean_margin, mean_margin_root, residual_margin;
   double sum_margin, sum_factor;  // of the sum itself, besides the weighted products
   double factor;                  // for all of the sum's roundings, without the weighted products
 };
 
-// A word for each value of a hash less its last bits, as many as shift.
+// A table of bits: the hash value h has the word h >> shift.
 struct hash_words {
   uint64_t* words;
   unsigned shift;
 };
 
-// Where the points of a cloud go, with 32 more places behind the last one: the i-th to to[i], to[stride + i] and
-// to[2 stride + i], and its hash value, the same for both zeros. The square of the greatest distance from the reference
-// point, 0 where none is a number, goes to group_reach for each group of points, and to block_reach for each block, if
-// these are wanted.
-struct cloud_room {
-  double* to;
+// The arrays that the points of a cloud are written to, with 32 more places behind the last point.
+struct cloud_arrays {
+  double* to;  // the coordinates of point i are to[i], to[stride + i] and to[2 stride + i]
   size_t stride;
-  uint32_t* hash;
-  double* group_reach;
-  double* block_reach;
+  uint32_t* hash;  // equal points have equal hash values, -0.0 and 0.0 being equal
+  // The square of the greatest distance from the reference point, 0 where none is a number, of each group of points and
+  // of each block; both null where they are not wanted.
+  double* group_radius;
+  double* block_radius;
 };
 
 struct geometry_kernels {
@@ -73,24 +73,26 @@ struct geometry_kernels {
   void (*add_sines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
   void (*add_cosines)(const point_arrays& points, const double* x, const double* y, const double* z, double* cost);
 
+  // The moments of the points about the reference point.
   void (*moments)(const point_arrays& points, const double* reference, moment_sums* sums);
 
-  // The first of the points that are farthest from a, if farther than least; points.n otherwise. With b, the same for
-  // the sum of the distances.
+  // The first of the points that are farthest from a, if farther than least; points.n otherwise. The second kernel takes
+  // the sum of the distances from a and b in place of the distance from a.
   size_t (*farthest)(const point_arrays& points, const double* a, double least);
   size_t (*farthest_from_two)(const point_arrays& points, const double* a, const double* b, double least);
 
-  // Takes in n space points, each four doubles of which the coordinates are the last three, with their moments about
-  // the reference point and the coordinates' sums in the order of the points, from +0.0.
-  void (*take_in)(const double* points, size_t n, const double* reference, const cloud_room& room, moment_sums* moments,
-                  double* sums);
-  // Lists the points, in order, that have both bits of their hash value's word, by its last twelve bits, set by points
-  // before; sets them for all points. There is room in the list for one point more, and 32 hash values behind the last
-  // one may be read.
+  // Writes n space points to the arrays of a cloud, and forms their moments about the reference point and the sums of
+  // their coordinates in the order of the points, from +0.0. A point is four doubles, the last three its coordinates.
+  void (*ingest_points)(const double* points, size_t n, const double* reference, const cloud_arrays& arrays,
+                        moment_sums* moments, double* sums);
+  // A hash value selects two bits of its word, by its last twelve bits. Sets them for every point, and lists, in order,
+  // the points whose two bits were set before. The list has room for one point more than it gets, and 32 hash values
+  // behind the last one may be read.
   size_t (*list_repeated)(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed);
-  // The same for the one bit by the last six bits, without setting any.
+  // Lists, in order, the points of whose word the one bit that the last six bits of the hash value select is set. Sets
+  // none.
   size_t (*list_suspects)(const hash_words& table, const uint32_t* hash, size_t n, uint32_t* listed);
-  size_t group_points, block_points;  // what a group and a block has, if not the last one
+  size_t group_points, block_points;  // of every group and every block but the last one
 };
 
 #define TESSARN_TABLE(set) \
