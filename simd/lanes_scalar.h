@@ -6,6 +6,7 @@
 namespace tessarn::detail::TESSARN_ISA {
 
 static constexpr size_t width = 1;
+static constexpr int register_count = 16;
 typedef double vec;
 typedef int64_t mask;
 TESSARN_INLINE vec load(const double* p) { return *p; }

@@ -13,6 +13,13 @@ namespace tessarn::detail::TESSARN_ISA {
 #endif
 static constexpr size_t width = TESSARN_LANES;
 
+// Vector registers that the set has: a tile of sums must fit into them.
+#if defined(TESSARN_ISA_avx512) || defined(__aarch64__)
+static constexpr int register_count = 32;
+#else
+static constexpr int register_count = 16;
+#endif
+
 typedef double vec __attribute__((vector_size(width * 8), may_alias));
 typedef double unaligned_vec __attribute__((vector_size(width * 8), aligned(8), may_alias));
 typedef int64_t mask __attribute__((vector_size(width * 8), may_alias));

@@ -59,12 +59,8 @@ TESSARN_INLINE void store_parts(double* p, vec re, vec im) {
 }
 #endif
 
-// A tile of the complex product: rows by vectors of columns, both parts in registers.
-#if defined(TESSARN_ISA_avx512)
-static constexpr size_t complex_rows = 4, complex_vectors = 2;
-#else
-static constexpr size_t complex_rows = 2, complex_vectors = 1;
-#endif
+// A tile of the complex product: rows by vectors of columns, the real and the imaginary parts of its sums in registers.
+static constexpr size_t complex_rows = register_count < 32 ? 2 : 4, complex_vectors = register_count < 32 ? 1 : 2;
 static constexpr size_t complex_panel = complex_vectors * width;
 static constexpr size_t complex_block = 32;  // rows of the left factor that are packed at a time
 

@@ -7,15 +7,9 @@
 
 namespace tessarn::detail::TESSARN_ISA {
 
-// A tile has tile_rows rows and up to tile_vectors vectors of columns, all in registers. Sums over k longer than
-// depth are continued from the stored part, so that the panels stay in the caches.
-#if defined(TESSARN_ISA_avx512)
-static constexpr size_t tile_rows = 8, tile_vectors = 3;
-#elif defined(TESSARN_ISA_avx2)
-static constexpr size_t tile_rows = 4, tile_vectors = 2;
-#else
-static constexpr size_t tile_rows = 4, tile_vectors = 2;
-#endif
+// A tile has tile_rows rows and up to tile_vectors vectors of columns. Its sums, a row of b and a factor are all in
+// registers. Sums over k longer than depth are continued from the stored part, so that the panels stay in the caches.
+static constexpr size_t tile_rows = register_count < 32 ? 4 : 8, tile_vectors = register_count < 32 ? 2 : 3;
 static constexpr size_t depth = 256, row_block = 96;
 
 enum start_mode { from_zero, from_stored };

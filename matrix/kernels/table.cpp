@@ -21,8 +21,8 @@ size_t multiply_workspace(size_t rows, size_t inner, size_t columns) {
   return packed_size(rows, inner, columns);
 }
 
-#if defined(TESSARN_ISA_avx512)
-// 8 x 8. Its sizes are constants; the loop over k stays one, which is faster here than its eight rounds in a row.
+// 8 x 8, for vectors as wide as a row. The sizes are compile-time constants. The loop over k is not unrolled, which is
+// faster here than eight rounds one after the other.
 void multiply_eight(const double* a, const double* b, double* c) {
   vec sum[8] = {};
   TESSARN_KEEP_LOOP
@@ -34,16 +34,13 @@ void multiply_eight(const double* a, const double* b, double* c) {
   TESSARN_UNROLL
   for (size_t r = 0; r < 8; ++r) store(c + 8 * r, without_nan(sum[r]));
 }
-#endif
 
 void multiply(const double* a, const double* b, double* c, size_t rows, size_t inner, size_t columns,
               double* workspace) {
 #if TESSARN_VECTOR_LANES
   if (rows == 4 && columns == 4) return four_columns<4, from_zero, add_products>(a, inner, b, 4, inner, c, 4, true);
 #endif
-#if defined(TESSARN_ISA_avx512)
-  if (rows == 8 && columns == 8 && inner == 8) return multiply_eight(a, b, c);
-#endif
+  if (width == 8 && rows == 8 && columns == 8 && inner == 8) return multiply_eight(a, b, c);
   if (multiply_workspace(rows, inner, columns) == 0 || inner == 0)
     multiply_unpacked<from_zero, add_products>(a, inner, b, columns, c, columns, rows, inner, columns, true);
   else
