@@ -56,6 +56,18 @@ TESSARN_INLINE double magnitude(double v) { return fabs(v); }
 #endif
 TESSARN_INLINE double with_sign(double a, double b) { return b >= 0 ? magnitude(a) : -magnitude(a); }
 TESSARN_INLINE double hypotenuse(double a, double b) { return root(a * a + b * b); }
+// 0, or NaN where v is not finite.
+TESSARN_INLINE double zero_unless_nonfinite(double v) { return v - v; }
+
+// The reflection that turns a vector with the first entry f and the sum of squares s into (g, 0, 0, ...); its denominator is
+// f g - s.
+struct reflection {
+  double g, denominator;
+};
+TESSARN_INLINE reflection reflect_away(double f, double s) {
+  const double g = -with_sign(root(s), f);
+  return {g, f * g - s};
+}
 
 TESSARN_INLINE size_t whole_blocks(size_t n) { return (n + block_rows - 1) / block_rows * block_rows; }
 // The distance of two columns: an odd number of blocks for the longer ones, which would else share few cache lines.

@@ -6,18 +6,6 @@
 
 namespace tessarn::detail::TESSARN_ISA::svd {
 
-// g and the denominator f g - s of the reflection of a vector that starts with f and has the sum of squares s.
-struct reflection {
-  double g, denominator;
-};
-TESSARN_INLINE reflection reflect_away(double f, double s) {
-  const double g = -with_sign(root(s), f);
-  return {g, f * g - s};
-}
-
-// 0, and NaN for what is not finite.
-TESSARN_INLINE double flaw(double v) { return v - v; }
-
 // A sum starts with 0, which a product of -0 leaves positive.
 TESSARN_INLINE double sum_2(double a, double b, double c, double d) { return (0.0 + a * b) + c * d; }
 TESSARN_INLINE double sum_3(const double* a, const double* b) { return sum_2(a[0], b[0], a[1], b[1]) + a[2] * b[2]; }
@@ -97,9 +85,9 @@ TESSARN_INLINE void reflect_column_1(matrix_3& t) {
 TESSARN_INLINE void reflect_last(matrix_3& t) {
   const double row = t.c2[1];
   double last = t.c2[2];
-  if (row != 0) last = (last - (last + last)) + flaw(row);
-  t.e2 = (0 - row) + flaw(row);
-  t.w2 = (0 - last) + flaw(last);
+  if (row != 0) last = (last - (last + last)) + zero_unless_nonfinite(row);
+  t.e2 = (0 - row) + zero_unless_nonfinite(row);
+  t.w2 = (0 - last) + zero_unless_nonfinite(last);
   t.c2[1] = row + row;
   t.c2[2] = last + last;
 }
@@ -119,10 +107,10 @@ TESSARN_INLINE void reflect_3(matrix_3& t, const double* a) {
 // The reflections of the rows into the columns of the unit matrix v. A quotient of a number and itself is 1 or NaN.
 TESSARN_INLINE void accumulate_right_3(const matrix_3& t, double* v, size_t stride) {
   double v11 = 1, v12 = 0, v21 = 0, v22 = 1;
-  if (t.e2 != 0) v22 += t.c2[1] * ((1 + flaw(t.c2[1])) / t.e2);
+  if (t.e2 != 0) v22 += t.c2[1] * ((1 + zero_unless_nonfinite(t.c2[1])) / t.e2);
   if (t.e1 != 0) {
     const double first = t.c1[0], second = t.c2[0];
-    const double q1 = (1 + flaw(first)) / t.e1;
+    const double q1 = (1 + zero_unless_nonfinite(first)) / t.e1;
     const double q2 = (second / first) / t.e1;
     const double s1 = first + second * v21;
     const double s2 = sum_2(first, v12, second, v22);
