@@ -28,10 +28,10 @@ class short_lock {
  public:
   constexpr short_lock() noexcept = default;
   void lock() noexcept {
-    while (held_.exchange(true, std::memory_order_acquire))
-      while (held_.load(std::memory_order_relaxed)) let_others_run();
+    while (held_.exchange(1, std::memory_order_acquire) != 0)
+      while (held_.load(std::memory_order_relaxed) != 0) let_others_run();
   }
-  void unlock() noexcept { held_.store(false, std::memory_order_release); }
+  void unlock() noexcept { held_.store(0, std::memory_order_release); }
 
  private:
   static void let_others_run() noexcept {
@@ -41,7 +41,7 @@ class short_lock {
     std::this_thread::yield();
 #endif
   }
-  std::atomic<bool> held_{false};
+  std::atomic<int> held_{0};  // RISC-V exchanges words, and would need a library of its own for a byte
 };
 
 template <class Value>
