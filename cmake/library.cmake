@@ -45,7 +45,12 @@ set(TESSARN_SOURCES
   geometry/normal_search.cpp
   geometry/plane.cpp
   geometry/plane_fit.cpp
-  geometry/residual_model.cpp)
+  geometry/residual_model.cpp
+  selfcheck/geometry.cpp
+  selfcheck/matrices.cpp
+  selfcheck/polynomials.cpp
+  selfcheck/selfcheck.cpp
+  selfcheck/values.cpp)
 
 # Each is compiled once for each instruction set, in a namespace of that name.
 set(TESSARN_KERNELS
@@ -89,6 +94,11 @@ function(tessarn_add_objects name definition)
       tessarn_optimise(${target})
     endif()
   endforeach()
+  # For 32-bit ARM, GCC 12 at -O3 does not end within minutes over the unrolled loops of the polynomials' kernels, and takes
+  # gigabytes; at -O2 it takes seconds.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SYSTEM_PROCESSOR MATCHES "^arm" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_options(${name}_baseline PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O2>)
+  endif()
   set(${name}_ALL ${objects} PARENT_SCOPE)
 endfunction()
 

@@ -7,4 +7,5 @@
 #include "tessarn/matrix.h"
 #include "tessarn/poly.h"
 #include "tessarn/scalar.h"
+#include "tessarn/selfcheck.h"
 #include "tessarn/vectors.h"
