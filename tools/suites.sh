@@ -1,4 +1,4 @@
-# Building and running the suites, for tools/test.sh and windows/test.sh. Sourced in the root of the sources.
+# Building and running the suites, for tools/test.sh, windows/ and portable/. Sourced in the root of the sources.
 
 totals=${TESSARN_TEST_TOTALS:-}  # the counts of every suite so far, a file
 
@@ -38,7 +38,28 @@ suite() {
   echo "== $1: $((SECONDS - started)) s"
 }
 
-# The total, once all suites have run; as a status whether nothing failed.
+# The total, once all suites have run; as a status whether nothing failed. --other-processors: none of them was this one.
 close_counting() {
-  tools/suite.py close --totals "$totals"
+  tools/suite.py close --totals "$totals" "$@"
+}
+
+# Runs a command quietly; shows the end of its output when it fails.
+quietly() {
+  local log
+  log=$(mktemp)
+  "$@" >"$log" 2>&1 && rm "$log" && return
+  tail -40 "$log"
+  rm -f "$log"
+  echo "failed: $*"
+  return 1
+}
+
+# Writes the operations with the native build: the one of the tests when it is there.
+write_replay_file() {
+  local folder=build/release
+  if [ ! -x "$folder/tests/replay/replay" ]; then
+    folder=build/replay
+    quietly cmake -S . -B "$folder" -G Ninja -DTESSARN_TESTS=OFF -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF || return
+  fi
+  quietly cmake --build "$folder" --target replay && mkdir -p build && "$folder/tests/replay/replay" write build/operations.bin
 }

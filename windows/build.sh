@@ -2,6 +2,7 @@
 # Builds both Windows modules, runs all of their tests under Wine and prints how the replay compares.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. tools/suites.sh
 . windows/common.sh
 check_tools
 start_wine

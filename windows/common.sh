@@ -18,27 +18,6 @@ check_tools() {
   return 1
 }
 
-# Runs a command quietly; shows the end of its output when it fails.
-quietly() {
-  local log
-  log=$(mktemp)
-  "$@" >"$log" 2>&1 && rm "$log" && return
-  tail -40 "$log"
-  rm -f "$log"
-  echo "failed: $*"
-  return 1
-}
-
-# Writes the operations with the native build: the one of the tests when it is there.
-write_replay_file() {
-  local folder=build/release
-  if [ ! -x "$folder/tests/replay/replay" ]; then
-    folder=build/replay
-    quietly cmake -S . -B "$folder" -G Ninja -DTESSARN_TESTS=OFF -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF || return
-  fi
-  quietly cmake --build "$folder" --target replay && mkdir -p build && "$folder/tests/replay/replay" write build/operations.bin
-}
-
 configure() {
   quietly cmake --preset "$1" -DTESSARN_REPLAY_FILE="$PWD/build/operations.bin"
 }

@@ -2,6 +2,7 @@
 # Makes the ZIP for Windows callers and proves it: a project outside finds the unpacked package, links and runs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+. tools/suites.sh
 . windows/common.sh
 check_tools zip unzip
 start_wine
