@@ -2,6 +2,10 @@
 
 set(TESSARN_SOURCES
   simd/isa.cpp
+  core/angles/angles.cpp
+  core/angles/decision.cpp
+  core/angles/fixed_sine.cpp
+  core/angles/reduction.cpp
   core/power.cpp
   core/shared_array.cpp
   vectors/allocate.cpp

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "tessarn/angles.h"
 #include "tessarn/detail/overloads.h"
 #include "tessarn/detail/product.h"
 #include "tessarn/detail/rounding.h"
@@ -26,8 +27,7 @@
 /// - division by zero gives 0 and also sets the left operand to 0 unless it is constant;
 /// - sqrt() is the root with non-negative imaginary part, not the principal one.
 ///
-/// Results are exact in their bits on every machine, up to the C library's sin, cos and acos in the
-/// angle constructor, phi() and sqrt(). Moduli are formed from plain squares: magnitudes above about 1e154
+/// Results have the same bits on every machine. Moduli are formed from plain squares: magnitudes above about 1e154
 /// have an infinite modulus, those below about 1e-162 the modulus 0, and the angles of both are wrong.
 class TESSARN_API cplx {
  public:
@@ -39,7 +39,11 @@ class TESSARN_API cplx {
   /// real_part + i imaginary_part.
   cplx(tessarn::real real_part, tessarn::real imaginary_part) noexcept : re(real_part), im(imaginary_part) {}
   /// The unit number at the angle (radians): cos angle + i sin angle. Not a real number.
-  cplx(tessarn::real angle) noexcept : re(std::cos(angle)), im(std::sin(angle)) {}
+  cplx(tessarn::real angle) noexcept {
+    const auto unit = tessarn::angles::sin_cos(angle);
+    re = unit.cosine;
+    im = unit.sine;
+  }
   cplx(const cplx&) = default;
   virtual ~cplx() = default;
 
@@ -150,9 +154,11 @@ class TESSARN_API cplx {
     const tessarn::real a = tessarn::detail::equal_or_unordered(r, 0) ? 0 : argument(r, (-1 / r) * re);
     const tessarn::real h = product(a, static_cast<tessarn::real>(0.5));
     const tessarn::real h2 = h + tessarn::pi;
-    const tessarn::real t = product(std::cos(h2) * s, std::sin(h2));
+    const auto turned = tessarn::angles::sin_cos(h2);
+    const tessarn::real t = product(turned.cosine * s, turned.sine);
     if (product(t, t) - r == re && product(s + s, t) == im) return {t, s};
-    return {product(s, std::cos(h)), product(s, std::sin(h))};
+    const auto half = tessarn::angles::sin_cos(h);
+    return {product(s, half.cosine), product(s, half.sine)};
   }
   /// @}
 
@@ -192,10 +198,10 @@ class TESSARN_API cplx {
   tessarn::real argument(tessarn::real r, tessarn::real left_cosine) const noexcept {
     using namespace tessarn;
     if (re >= 0) {
-      const tessarn::real a = std::acos(re / r);
+      const tessarn::real a = tessarn::angles::acos(re / r);
       return im >= 0 ? a : two_pi - a;
     }
-    const tessarn::real a = std::acos(left_cosine);
+    const tessarn::real a = tessarn::angles::acos(left_cosine);
     return im >= 0 ? pi - a : pi + a;
   }
 };

@@ -71,7 +71,7 @@ class TESSARN_API line3d {
 /// assert(fitted.distance(vector3d(5, 7, 4)) == 3);
 /// \endcode
 ///
-/// Results have the same bits everywhere, up to the C library's sin and cos in rotate().
+/// Results have the same bits everywhere.
 class TESSARN_API plane {
  public:
   vector3d origin;  ///< a point of the plane, where s = t = 0

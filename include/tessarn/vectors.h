@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "tessarn/angles.h"
 #include "tessarn/detail/overloads.h"
 #include "tessarn/detail/product.h"
 #include "tessarn/detail/rounding.h"
@@ -20,7 +21,7 @@ class vectormat;
 class polarvector3d;
 
 /// A plane vector (x, y), used as a point and as a direction. Angles run from +x towards +y. Nothing is
-/// owned. Results have the same bits everywhere, up to the C library's asin and acos in the angles.
+/// owned. Results have the same bits everywhere.
 ///
 /// \code
 /// vector a(3, 4), b(0, 2);
@@ -132,12 +133,12 @@ class TESSARN_API vector {
   tessarn::ulong lenul() const noexcept { return rndu(lenld()); }
   int rx() const noexcept { return rndi(x); }
   int ry() const noexcept { return rndi(y); }
-  tessarn::real arc() const noexcept { return std::acos(x / lenld()); }
+  tessarn::real arc() const noexcept { return tessarn::angles::acos(x / lenld()); }
   tessarn::real arc(const vector& b) const noexcept {
     using tessarn::detail::product;
     const tessarn::real c =
         (product(x, b.x) + product(y, b.y)) / std::sqrt(squared_length() * b.squared_length());
-    const tessarn::real a = std::acos(c);
+    const tessarn::real a = tessarn::angles::acos(c);
     return a != a ? 0 : a;
   }
   tessarn::real dirarc() const noexcept {
@@ -147,7 +148,7 @@ class TESSARN_API vector {
     tessarn::real s = y / lenld();
     if (s > 1) s = 1;
     if (s < -1) s = -1;
-    const tessarn::real a = std::asin(s);
+    const tessarn::real a = tessarn::angles::asin(s);
     if (x > 0) return a;
     return y > 0 ? pi - a : -pi - a;
   }
@@ -172,7 +173,7 @@ class TESSARN_API vector {
 };
 
 /// A space vector (x, y, z), used as a point and as a direction. Nothing is owned. Results have the same
-/// bits everywhere, up to the C library's sin, cos and acos.
+/// bits everywhere.
 ///
 /// \code
 /// vector3d a(1, 0, 0), b(0, 1, 0);
@@ -282,18 +283,21 @@ class TESSARN_API vector3d {
   }
   vector3d rotate(tessarn::real a1, tessarn::real a2) const noexcept {
     using tessarn::detail::product;
-    const tessarn::real turned_x = product(x, std::cos(a1)) + product(y, std::sin(a1));
-    const tessarn::real turned_y = product(y, std::cos(a1)) - product(x, std::sin(a1));
+    const auto [s1, c1] = tessarn::angles::sin_cos(a1);
+    const auto [s2, c2] = tessarn::angles::sin_cos(a2);
+    const tessarn::real turned_x = product(x, c1) + product(y, s1);
+    const tessarn::real turned_y = product(y, c1) - product(x, s1);
     const tessarn::real rho = std::sqrt(product(turned_x, turned_x) + product(turned_y, turned_y));
-    const tessarn::real f = (product(rho, std::cos(a2)) - product(z, std::sin(a2))) / rho;
-    return {product(turned_x, f), product(turned_y, f), product(z, std::cos(a2)) + product(rho, std::sin(a2))};
+    const tessarn::real f = (product(rho, c2) - product(z, s2)) / rho;
+    return {product(turned_x, f), product(turned_y, f), product(z, c2) + product(rho, s2)};
   }
   vector3d rotate(const vector3d& axis, tessarn::real angle) const noexcept {
     const tessarn::real q = 1 / axis.lenld();
     const vector3d along = axis * (((*this * axis) * q) * q);
     const vector3d across = *this - along;
-    const vector3d tangent = across.cross(axis) * (std::sin(angle) * q);
-    return across * std::cos(angle) + along + tangent;
+    const auto turn = tessarn::angles::sin_cos(angle);
+    const vector3d tangent = across.cross(axis) * (turn.sine * q);
+    return across * turn.cosine + along + tangent;
   }
   void operator+=(const vector3d& b) noexcept {
     x += b.x;
@@ -316,7 +320,7 @@ class TESSARN_API vector3d {
   int ry() const noexcept { return tessarn::detail::round_signed(y); }
   int rz() const noexcept { return tessarn::detail::round_signed(z); }
   tessarn::real arc(const vector3d& b) const noexcept {
-    const tessarn::real a = std::acos((*this * b) / std::sqrt(squared_length() * b.squared_length()));
+    const tessarn::real a = tessarn::angles::acos((*this * b) / std::sqrt(squared_length() * b.squared_length()));
     return a != a ? 0 : a;
   }
   /// @}
@@ -345,7 +349,7 @@ class TESSARN_API vector3d {
 
 /// A space vector in spherical form. The angles are never normalised. Scaling and turning act on the
 /// fields; sums and products go through the Cartesian form. Nothing is owned. Results have the same bits
-/// everywhere, up to the C library's sin, cos, asin and acos.
+/// everywhere.
 ///
 /// \code
 /// polarvector3d p(0.5, 0.25, 2);           // azimuth, elevation, length
@@ -424,23 +428,23 @@ class TESSARN_API polarvector3d {
     using namespace tessarn;
     if (len == 0) return;
     const tessarn::real q = 1 / len;
-    beta = std::asin(v.z * q);
+    beta = tessarn::angles::asin(v.z * q);
     if (v.y == 0) {
       alpha = v.x < 0 ? pi : 0;
     } else if (!(beta >= half_pi || beta <= -half_pi)) {
-      tessarn::real c = (v.x / std::cos(beta)) * q;
+      tessarn::real c = (v.x / tessarn::angles::cos(beta)) * q;
       if (c > 1) c = 1;
       if (c < -1) c = -1;
-      const tessarn::real a = std::acos(c);
+      const tessarn::real a = tessarn::angles::acos(c);
       alpha = v.y >= 0 ? a : two_pi - a;
     }
   }
   explicit polarvector3d(const vector3d* v) noexcept : alpha(0), beta(0), len(v->lenld()) {
     using namespace tessarn;
     if (len == 0) return;
-    beta = std::asin(v->z / len);
+    beta = tessarn::angles::asin(v->z / len);
     if (beta == half_pi || beta == -half_pi) return;
-    const tessarn::real a = std::acos(v->x / (std::cos(beta) * len));
+    const tessarn::real a = tessarn::angles::acos(v->x / (tessarn::angles::cos(beta) * len));
     alpha = v->y < 0 ? two_pi - a : a;
   }
   operator vector3d() const noexcept { return vector3d(*this); }
@@ -475,9 +479,10 @@ class TESSARN_API polarvector3d {
   polarvector3d cross(const polarvector3d& o) const noexcept { return vector3d(*this).cross(vector3d(o)); }
   tessarn::real arc(const polarvector3d& o) const noexcept {
     using tessarn::detail::product;
-    const tessarn::real c = product(std::sin(beta), std::sin(o.beta)) +
-                            product(std::cos(beta) * std::cos(o.beta), std::cos(alpha - o.alpha));
-    const tessarn::real a = std::acos(c);
+    const auto here = tessarn::angles::sin_cos(beta), there = tessarn::angles::sin_cos(o.beta);
+    const tessarn::real c = product(here.sine, there.sine) +
+                            product(here.cosine * there.cosine, tessarn::angles::cos(alpha - o.alpha));
+    const tessarn::real a = tessarn::angles::acos(c);
     return a != a ? 0 : a;
   }
   bool operator==(const polarvector3d& o) const noexcept {
@@ -504,10 +509,11 @@ class TESSARN_API polarvector3d {
 
 inline vector3d::vector3d(const polarvector3d& p) noexcept {
   using tessarn::detail::product;
-  const tessarn::real t = std::cos(p.beta) * p.len;
-  x = product(std::cos(p.alpha), t);
-  y = product(std::sin(p.alpha), t);
-  z = product(std::sin(p.beta), p.len);
+  const auto longitude = tessarn::angles::sin_cos(p.alpha), latitude = tessarn::angles::sin_cos(p.beta);
+  const tessarn::real t = latitude.cosine * p.len;
+  x = product(longitude.cosine, t);
+  y = product(longitude.sine, t);
+  z = product(latitude.sine, p.len);
 }
 inline vector3d::vector3d(const polarvector3d* p) noexcept : vector3d(*p) {}
 inline vector3d::vector3d(polarvector3d& p) noexcept : vector3d(std::as_const(p)) {}
