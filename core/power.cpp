@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "core/binary_form.h"
+
 namespace tessarn::detail {
 namespace {
 
@@ -16,10 +18,8 @@ struct scaled_double_double {
 
 // The value with |high| in [1/2, 1).
 scaled_double_double normalised(double_double v, std::int64_t exponent) noexcept {
-  int shift = 0;
-  v.high = std::frexp(v.high, &shift);
-  v.low = std::ldexp(v.low, -shift);
-  return {v, exponent + shift};
+  const int shift = exponent_of(v.high) + 1;
+  return {{scaled(v.high, -shift), scaled(v.low, -shift)}, exponent + shift};
 }
 
 // The product of two double-doubles, all four products of their parts included.
@@ -39,9 +39,9 @@ real rounded(const scaled_double_double& v) noexcept {
   if (v.exponent < -1200) return std::copysign(static_cast<real>(0), v.value.high);
   const int exponent = static_cast<int>(v.exponent);
   const int cut = least_exponent - (exponent - 53);
-  if (cut <= 0) return std::ldexp(v.value.high, exponent);
+  if (cut <= 0) return scaled(v.value.high, exponent);
   if (cut > 54) return std::copysign(static_cast<real>(0), v.value.high);
-  const auto significand = static_cast<std::uint64_t>(std::ldexp(std::fabs(v.value.high), 53));
+  const auto significand = static_cast<std::uint64_t>(std::fabs(v.value.high) * power_of_two(53));
   const std::uint64_t half = std::uint64_t{1} << (cut - 1);
   const std::uint64_t rest = significand & (2 * half - 1);
   std::uint64_t kept = cut < 64 ? significand >> cut : 0;
@@ -49,19 +49,29 @@ real rounded(const scaled_double_double& v) noexcept {
   const bool above = rest > half || (rest == half && low > 0);
   const bool tie = rest == half && low == 0;
   if (above || (tie && (kept & 1))) ++kept;
-  return std::copysign(std::ldexp(static_cast<real>(kept), least_exponent), v.value.high);
+  return std::copysign(scaled(static_cast<real>(kept), least_exponent), v.value.high);
 }
 
 // Squares and multiplies along the bits of k: for every finite x other than 0 and every k.
-real power_by_squaring(real x, unsigned k) noexcept {
+scaled_double_double power_by_squaring(real x, unsigned k) noexcept {
   scaled_double_double base = normalised({x, 0}, 0);
   scaled_double_double result = normalised({1, 0}, 0);
   for (;;) {
     if (k & 1) result = multiplied(result, base);
     k >>= 1;
-    if (k == 0) return rounded(result);
+    if (k == 0) return result;
     base = multiplied(base, base);
   }
+}
+
+// 1 / a: the quotient of the high parts, and what it leaves of 1 over the high part.
+scaled_double_double inverse(const scaled_double_double& a) noexcept {
+  const real q = 1 / a.value.high;
+  const double_double p = exact_product(a.value.high, q, split(q));
+  const real rest = ((1 - p.high) - p.low) - q * a.value.low;
+  const real t = rest / a.value.high;
+  const real high = q + t;
+  return normalised({high, t - (high - q)}, -a.exponent);
 }
 
 }  // namespace
@@ -74,11 +84,17 @@ real power(real x, unsigned k) noexcept {
     if (x != x) return x;
     return k % 2 == 1 ? x : std::fabs(x);
   }
-  if (k > 64 || !chain_is_safe(x, k)) return power_by_squaring(x, k);
+  if (k > 64 || !chain_is_safe(x, k)) return rounded(power_by_squaring(x, k));
   const double_double parts = split(x);
   double_double w{x, 0};
   for (unsigned i = 2; i <= k; ++i) w = next_power(w, x, parts);
   return w.high;
+}
+
+real inverse_power(real x, unsigned k) noexcept {
+  if (k == 0) return 1;
+  if (x == 0 || !std::isfinite(x)) return 1 / power(x, k);
+  return rounded(inverse(power_by_squaring(x, k)));
 }
 
 }  // namespace tessarn::detail

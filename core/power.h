@@ -10,4 +10,7 @@ namespace tessarn::detail {
 // infinities and zeros are those of IEEE 754.
 real power(real x, unsigned k) noexcept;
 
+// x^-k, correctly rounded likewise; 1 for k = 0, infinite for zeros, zero for infinities.
+real inverse_power(real x, unsigned k) noexcept;
+
 }  // namespace tessarn::detail

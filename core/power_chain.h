@@ -35,14 +35,6 @@ inline real leading_bits(real x) noexcept {
 #undef TESSARN_NUMBER
 #undef TESSARN_FUNCTION
 
-// 2^(biased - 1023) for biased = 1 .. 2046.
-inline double power_of_two(int biased) noexcept {
-  const std::uint64_t bits = static_cast<std::uint64_t>(biased) << 52;
-  double v;
-  std::memcpy(&v, &bits, sizeof v);
-  return v;
-}
-
 // Whether x, x^2, ..., x^k are safe, for any k: judged by the exponent of x alone, which excludes some safe x near the ends
 // of the range, zeros and NaN.
 inline bool chain_is_safe(real x, unsigned k) noexcept {

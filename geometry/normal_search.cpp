@@ -108,7 +108,10 @@ struct round {
   // The first of the smallest costs. Bounds that overlap are replaced by the sums.
   std::size_t best(const cost_function& cost) {
     double least_high = infinity;
-    for (std::size_t k = 0; k < count; ++k) least_high = std::fmin(least_high, cells[k].cost.high);
+    for (std::size_t k = 0; k < count; ++k) {
+      const double high = cells[k].cost.high;
+      if (high < least_high) least_high = high;  // a NaN is passed over
+    }
     candidate* open[10];
     std::size_t opened = 0, left = 0, first = 0;
     for (std::size_t k = count; k-- > 0;) {

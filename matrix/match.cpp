@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "matrix/names.h"
+#include "core/binary_form.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/decompose.h"
@@ -13,6 +14,8 @@
 using tessarn::real;
 using tessarn::detail::as_doubles;
 using tessarn::detail::computed;
+using tessarn::detail::exponent_of;
+using tessarn::detail::power_of_two;
 using tessarn::detail::real_mat;
 using tessarn::detail::real_sqmat;
 using tessarn::detail::without_quiet_nan;
@@ -69,7 +72,7 @@ real summing_factor(real largest) {
 // For centred coordinates of this largest magnitude, so that their products neither overflow nor vanish.
 real product_factor(real largest) {
   if (largest == 0 || !std::isfinite(largest) || (largest > 1 / safe_factor && largest < safe_factor)) return 1;
-  return std::ldexp(static_cast<real>(1), std::clamp(-std::ilogb(largest), -1000, 1000));
+  return power_of_two(std::clamp(-exponent_of(largest), -1000, 1000));
 }
 
 // Points with their centroid, times powers of two. A power of two changes no direction and, where nothing overflows or

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "matrix/names.h"
+#include "core/binary_form.h"
 #include "core/storage.h"
 #include "core/workspace.h"
 #include "matrix/decompose.h"
@@ -46,7 +47,7 @@ real largest_magnitude(const real* a, std::size_t n) {
 // By which power of two to multiply a matrix of this largest magnitude before it is decomposed.
 int scale_of(real largest) {
   if (largest == 0 || !std::isfinite(largest)) return 0;
-  const int exponent = std::ilogb(largest);
+  const int exponent = exponent_of(largest);
   if (exponent >= -safe_exponent && exponent < safe_exponent) return 0;
   return (exponent < 0 ? -scaled_exponent : scaled_exponent) - exponent;
 }
@@ -55,8 +56,8 @@ int scale_of(real largest) {
 bool scale_entries(const real* a, std::size_t n, int scale, real* scaled) {
   bool exact = true;
   for (std::size_t i = 0; i < n; ++i) {
-    scaled[i] = std::ldexp(a[i], scale);
-    exact &= std::ldexp(scaled[i], -scale) == a[i];
+    scaled[i] = tessarn::detail::scaled(a[i], scale);
+    exact &= tessarn::detail::scaled(scaled[i], -scale) == a[i];
   }
   return exact;
 }
@@ -71,7 +72,7 @@ void decompose_directly(const real* a, std::size_t rows, std::size_t columns, re
 // The decomposition of the scaled entries in U.
 void decompose_scaled(std::size_t rows, std::size_t columns, int scale, real* U, real* S, real* V) {
   decompose_directly(U, rows, columns, U, S, V);
-  for (std::size_t i = 0; i < columns; ++i) S[i * columns + i] = std::ldexp(S[i * columns + i], -scale);
+  for (std::size_t i = 0; i < columns; ++i) S[i * columns + i] = tessarn::detail::scaled(S[i * columns + i], -scale);
 }
 
 // Whether the singular values are the same but for what is small beside the largest one; not where one is a NaN.

@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "library.h"
 #include "scalar.h"
+#include "tessarn/angles.h"
 
 namespace plain {
 
@@ -13,7 +13,7 @@ struct cplx {
   double im = 0.0;
 };
 
-inline cplx unit(double angle) { return {cosine(angle), sine(angle)}; }
+inline cplx unit(double angle) { return {tessarn::angles::cos(angle), tessarn::angles::sin(angle)}; }
 
 inline cplx add(cplx a, cplx b) { return {a.re + b.re, a.im + b.im}; }
 inline cplx sub(cplx a, cplx b) { return {a.re - b.re, a.im - b.im}; }
@@ -50,12 +50,12 @@ inline double phi(cplx a) {
   if (r == 0 || r != r) return 0.0;
   const double c = a.re / r;
   if (a.re >= 0) {
-    if (a.im >= 0) return arc_cosine(c);
-    return two_pi - arc_cosine(c);
+    if (a.im >= 0) return tessarn::angles::acos(c);
+    return two_pi - tessarn::angles::acos(c);
   }
   const double c2 = -c;
-  if (a.im >= 0) return pi - arc_cosine(c2);
-  return pi + arc_cosine(c2);
+  if (a.im >= 0) return pi - tessarn::angles::acos(c2);
+  return pi + tessarn::angles::acos(c2);
 }
 
 inline cplx root(cplx z) {
@@ -65,15 +65,15 @@ inline cplx root(cplx z) {
   if (r == 0 || r != r) {
     a = 0.0;
   } else if (z.re >= 0) {
-    a = z.im >= 0 ? arc_cosine(z.re / r) : two_pi - arc_cosine(z.re / r);
+    a = z.im >= 0 ? tessarn::angles::acos(z.re / r) : two_pi - tessarn::angles::acos(z.re / r);
   } else {
     const double c2 = (-1.0 / r) * z.re;
-    a = z.im >= 0 ? pi - arc_cosine(c2) : pi + arc_cosine(c2);
+    a = z.im >= 0 ? pi - tessarn::angles::acos(c2) : pi + tessarn::angles::acos(c2);
   }
   const double h = a * 0.5;
-  const cplx c1{s * cosine(h), s * sine(h)};
+  const cplx c1{s * tessarn::angles::cos(h), s * tessarn::angles::sin(h)};
   const double h2 = h + pi;
-  const double t = (cosine(h2) * s) * sine(h2);
+  const double t = (tessarn::angles::cos(h2) * s) * tessarn::angles::sin(h2);
   if (t * t - r == z.re && (s + s) * t == z.im) return {t, s};
   return c1;
 }

@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "library.h"
 #include "scalar.h"
+#include "tessarn/angles.h"
 
 namespace plain {
 
@@ -29,12 +29,12 @@ inline vec2 resize(vec2 a, double len) {
 }
 inline bool equal(vec2 a, vec2 b) { return equal(a.x, b.x) && equal(a.y, b.y); }
 
-inline double arc(vec2 a) { return arc_cosine(a.x / length(a)); }
+inline double arc(vec2 a) { return tessarn::angles::acos(a.x / length(a)); }
 
 inline double arc(vec2 a, vec2 b) {
   const double c =
       (a.x * b.x + a.y * b.y) / std::sqrt((a.x * a.x + a.y * a.y) * (b.x * b.x + b.y * b.y));
-  const double angle = arc_cosine(c);
+  const double angle = tessarn::angles::acos(c);
   if (angle != angle) return 0.0;
   return angle;
 }
@@ -45,7 +45,7 @@ inline double dirarc(vec2 v) {
   double s = v.y / std::sqrt(v.x * v.x + v.y * v.y);
   if (s > 1.0) s = 1.0;
   if (s < -1.0) s = -1.0;
-  const double a = arc_sine(s);
+  const double a = tessarn::angles::asin(s);
   if (v.y > 0) return v.x > 0 ? a : pi - a;
   if (v.y < 0) return v.x > 0 ? a : -pi - a;
   return a;  // only when y is not a number, and then a is not one either
@@ -107,17 +107,17 @@ inline double arc(vec3 a, vec3 b) {
   const double aa = a.x * a.x + a.y * a.y + a.z * a.z;
   const double bb = b.x * b.x + b.y * b.y + b.z * b.z;
   const double c = (a.x * b.x + a.y * b.y + a.z * b.z) / std::sqrt(aa * bb);
-  const double angle = arc_cosine(c);
+  const double angle = tessarn::angles::acos(c);
   if (angle != angle) return 0.0;
   return angle;
 }
 
 inline vec3 rotate(vec3 v, double a1, double a2) {
-  const double x1 = v.x * cosine(a1) + v.y * sine(a1);
-  const double y1 = v.y * cosine(a1) - v.x * sine(a1);
+  const double x1 = v.x * tessarn::angles::cos(a1) + v.y * tessarn::angles::sin(a1);
+  const double y1 = v.y * tessarn::angles::cos(a1) - v.x * tessarn::angles::sin(a1);
   const double rho = std::sqrt(x1 * x1 + y1 * y1);
-  const double rho1 = rho * cosine(a2) - v.z * sine(a2);
-  const double z1 = v.z * cosine(a2) + rho * sine(a2);
+  const double rho1 = rho * tessarn::angles::cos(a2) - v.z * tessarn::angles::sin(a2);
+  const double z1 = v.z * tessarn::angles::cos(a2) + rho * tessarn::angles::sin(a2);
   const double f = rho1 / rho;
   return {x1 * f, y1 * f, z1};
 }
@@ -127,9 +127,9 @@ inline vec3 rotate(vec3 v, vec3 n, double angle) {
   const double d = (dot(v, n) * q) * q;
   const vec3 c = mul(n, d);
   const vec3 u = sub(v, c);
-  const double s = sine(angle) * q;
+  const double s = tessarn::angles::sin(angle) * q;
   const vec3 w = mul(cross(u, n), s);
-  const double k = cosine(angle);
+  const double k = tessarn::angles::cos(angle);
   return add(add(mul(u, k), c), w);
 }
 
@@ -142,11 +142,11 @@ struct polar {
 };
 
 inline vec3 cartesian(polar p) {
-  const double t = cosine(p.beta) * p.len;
+  const double t = tessarn::angles::cos(p.beta) * p.len;
   vec3 v;
-  v.y = sine(p.alpha) * t;
-  v.x = cosine(p.alpha) * t;
-  v.z = sine(p.beta) * p.len;
+  v.y = tessarn::angles::sin(p.alpha) * t;
+  v.x = tessarn::angles::cos(p.alpha) * t;
+  v.z = tessarn::angles::sin(p.beta) * p.len;
   return v;
 }
 
@@ -155,16 +155,16 @@ inline polar polar_careful(vec3 v) {
   p.len = length(v);
   if (p.len == 0) return p;
   const double q = 1.0 / p.len;
-  p.beta = arc_sine(v.z * q);
+  p.beta = tessarn::angles::asin(v.z * q);
   if (v.y == 0) {
     p.alpha = v.x < 0 ? pi : 0.0;
   } else if (p.beta >= half_pi || p.beta <= -half_pi) {
     p.alpha = 0.0;
   } else {
-    double c = (v.x / cosine(p.beta)) * q;
+    double c = (v.x / tessarn::angles::cos(p.beta)) * q;
     if (c > 1.0) c = 1.0;
     if (c < -1.0) c = -1.0;
-    const double a = arc_cosine(c);
+    const double a = tessarn::angles::acos(c);
     p.alpha = v.y >= 0 ? a : two_pi - a;
   }
   return p;
@@ -174,11 +174,11 @@ inline polar polar_plain(vec3 v) {
   polar p;
   p.len = length(v);
   if (p.len == 0) return p;
-  p.beta = arc_sine(v.z / p.len);
+  p.beta = tessarn::angles::asin(v.z / p.len);
   if (p.beta == half_pi || p.beta == -half_pi) {
     p.alpha = 0.0;
   } else {
-    const double a = arc_cosine(v.x / (cosine(p.beta) * p.len));
+    const double a = tessarn::angles::acos(v.x / (tessarn::angles::cos(p.beta) * p.len));
     p.alpha = v.y < 0 ? two_pi - a : a;
   }
   return p;
@@ -196,9 +196,9 @@ inline bool equal(polar a, polar b) {
   return equal(a.alpha, b.alpha) && equal(a.beta, b.beta) && equal(a.len, b.len);
 }
 inline double arc(polar a, polar b) {
-  const double c = sine(a.beta) * sine(b.beta) +
-                   (cosine(a.beta) * cosine(b.beta)) * cosine(a.alpha - b.alpha);
-  const double angle = arc_cosine(c);
+  const double c = tessarn::angles::sin(a.beta) * tessarn::angles::sin(b.beta) +
+                   (tessarn::angles::cos(a.beta) * tessarn::angles::cos(b.beta)) * tessarn::angles::cos(a.alpha - b.alpha);
+  const double angle = tessarn::angles::acos(c);
   if (angle != angle) return 0.0;
   return angle;
 }

@@ -7,13 +7,14 @@
 
 #include "core/nan_rule.h"
 #include "core/power_chain.h"
+#include "core/binary_form.h"
 
 namespace tessarn::detail {
 
 bool chains_are_safe(const double* x, unsigned count) noexcept {
   if (count <= 3) return true;  // a square needs no chain
   const int limit = static_cast<int>(safe_exponent_range / count);
-  return poly_kernels_in_use().in_range(x, power_of_two(1023 - limit), power_of_two(1023 + limit));
+  return poly_kernels_in_use().in_range(x, power_of_two(-limit), power_of_two(limit));
 }
 
 void block_powers(unsigned exponents, double* powers) {

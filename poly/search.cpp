@@ -5,7 +5,9 @@
 #include <limits>
 #include <vector>
 
+#include "core/binary_form.h"
 #include "core/power_chain.h"
+#include "tessarn/detail/rounding.h"
 #include "poly/curve.h"
 #include "tessarn/poly.h"
 
@@ -13,9 +15,11 @@ using tessarn::real;
 using tessarn::detail::block_curvature;
 using tessarn::detail::block_values;
 using tessarn::detail::coefficients;
+using tessarn::detail::exponent_of;
 using tessarn::detail::long_block;
 using tessarn::detail::point_block;
 using tessarn::detail::poly_kernels_in_use;
+using tessarn::detail::scaled;
 
 namespace {
 
@@ -43,9 +47,10 @@ real root_bound(const std::vector<real>& c) {
   if (n == 0 || !std::isfinite(c[n - 1])) return bound;
   for (std::size_t i = 0; i + 1 < n; ++i) {
     if (c[i] == 0 || !std::isfinite(c[i])) continue;
-    const int difference = std::ilogb(c[i]) - std::ilogb(c[n - 1]) + 1;
-    const real exponent = std::ceil(static_cast<real>(difference) / static_cast<real>(n - 1 - i));
-    bound = std::max(bound, std::ldexp(static_cast<real>(4), static_cast<int>(exponent)));
+    const int difference = exponent_of(c[i]) - exponent_of(c[n - 1]) + 1;
+    const real degree = static_cast<real>(n - 1 - i);
+    const auto exponent = static_cast<int>(tessarn::detail::ceil_of(static_cast<real>(difference) / degree));
+    bound = std::max(bound, scaled(static_cast<real>(4), exponent));
   }
   return bound;
 }
@@ -120,7 +125,7 @@ bool steps_are_equal(double first, double step, std::size_t count, double& moved
   if (!(std::fabs(first) >= 1e-290 && std::fabs(first) < 1e290 && std::fabs(last) < 1e290)) return false;
   const int exponent = biased_exponent(first);
   if (biased_exponent(last) != exponent || (first < 0) != (last < 0)) return false;
-  return std::fabs(step - moved) != tessarn::detail::power_of_two(exponent - 53);
+  return std::fabs(step - moved) != tessarn::detail::power_of_two(exponent - 1023 - 53);
 }
 
 // The abscissas x, x + step, ... are a chain of additions; the samples are independent and evaluated a block at a

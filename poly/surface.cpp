@@ -146,7 +146,7 @@ void hyperbinom::operator*=(real s) {
 // A negative k or grade, which no table has, makes negative exponents.
 real hyperbinom::getvec(slong k, real x, real y) {
   const auto power = [](real v, slong e) {
-    return e < 0 ? std::pow(v, static_cast<real>(e)) : tessarn::detail::power(v, static_cast<unsigned>(e));
+    return e < 0 ? tessarn::detail::inverse_power(v, 0u - static_cast<unsigned>(e)) : tessarn::detail::power(v, static_cast<unsigned>(e));
   };
   return power(x, k % grade) * power(y, k / grade);
 }

@@ -191,10 +191,7 @@ constexpr family family_of(const operation (&operations)[n]) { return {operation
 
 // Texts of operations. The operands are drawn in their order; `out` takes the results. Each text is compiled for
 // variables and, with CONST, for constants, which other members serve.
-#define REPLAY(name, cases, ...) {name, cases, [](input& in, output& out) { __VA_ARGS__; }, nullptr}
-#define REPLAY_CALLS(name, cases, body, formula) \
-  {name, cases, [](input & in, output & out) body, [](input & in, output & out) formula}
-
+#define REPLAY(name, cases, ...) {name, cases, [](input& in, output& out) { __VA_ARGS__; }}
 #define ONE(name, cases, A, ...)                             \
   REPLAY(name, cases, A a = draw<A>(in); __VA_ARGS__),       \
   REPLAY(name " const", cases, const A a = draw<A>(in); __VA_ARGS__)
@@ -207,14 +204,3 @@ constexpr family family_of(const operation (&operations)[n]) { return {operation
 #define INTO(name, cases, A, B, ...)                                           \
   REPLAY(name, cases, A a = draw<A>(in); B b = draw<B>(in); __VA_ARGS__),      \
   REPLAY(name " const", cases, A a = draw<A>(in); const B b = draw<B>(in); __VA_ARGS__)
-
-// The same where calls of the C library take part: `body` with the library's classes, `formula` with the plain ones.
-#define ONE_CALLS(name, cases, A, PA, body, formula)                                                           \
-  REPLAY_CALLS(name, cases, { A a = draw<A>(in); body; }, { const PA a = plain_of(draw<A>(in)); formula; }),   \
-  REPLAY_CALLS(name " const", cases, { const A a = draw<A>(in); body; }, { const PA a = plain_of(draw<A>(in)); formula; })
-
-#define TWO_CALLS(name, cases, A, PA, B, PB, body, formula)                                                    \
-  REPLAY_CALLS(name, cases, { A a = draw<A>(in); B b = draw<B>(in); body; },                                   \
-               { const PA a = plain_of(draw<A>(in)); const PB b = plain_of(draw<B>(in)); formula; }),          \
-  REPLAY_CALLS(name " const", cases, { const A a = draw<A>(in); const B b = draw<B>(in); body; },              \
-               { const PA a = plain_of(draw<A>(in)); const PB b = plain_of(draw<B>(in)); formula; })

@@ -1,6 +1,5 @@
 // Operations of line3d and plane.
 #include "replay/draw.h"
-#include "replay/plain_values.h"
 
 namespace replay {
 namespace {
@@ -72,14 +71,6 @@ void rotate(input& in, output& out) {
   out.put(a);
 }
 
-void plain_rotate(input& in, output& out) {
-  plain::plane a = plain_of(draw<plane>(in));
-  const double alpha = plain_of(in.any());
-  const double beta = plain_of(in.any());
-  plain::rotate(a, alpha, beta, plain_of(in.any()));
-  put_plain(out, a);
-}
-
 void fitted(input& in, output& out) {
   vector3d points[most_points];
   const ulong k = draw_cloud(in, points);
@@ -100,24 +91,24 @@ void normal_search(input& in, output& out) {
 
 const operation table[] = {
     REPLAY("line3d(), plane()", 1, (void)in; out.put(line3d()); out.put(plane())),
-    {"line3d, plane of vectors", n, planes_from_vectors<vector3d>, nullptr},
-    {"line3d, plane of vectors const", n, planes_from_vectors<const vector3d>, nullptr},
+    {"line3d, plane of vectors", n, planes_from_vectors<vector3d>},
+    {"line3d, plane of vectors const", n, planes_from_vectors<const vector3d>},
     ONE("line3d copy", n, line3d, line3d b(a); out.put(b)),
     INTO("line3d =", n, line3d, line3d, out.put(a = b)),
-    {"line3d cut", n, cut<line3d, plane>, nullptr},
-    {"line3d cut const", n, cut<const line3d, const plane>, nullptr},
+    {"line3d cut", n, cut<line3d, plane>},
+    {"line3d cut const", n, cut<const line3d, const plane>},
     INTO("line3d cut_off", n, line3d, plane, out.put(a.cut_off(b)); out.put(a)),
     ONE("plane copy", n, plane, plane b(a); out.put(b)),
     INTO("plane =", n, plane, plane, out.put(a = b); out.put(a)),
     TWO("plane ==", n, plane, plane, out.put(a == b); out.put(a == a)),
     TWO("plane distance", n, plane, vector3d, out.put(a.distance(b))),
-    {"plane rotate", n, rotate, plain_rotate},
-    {"plane cross plane", n, cross_planes<plane>, nullptr},
-    {"plane cross plane const", n, cross_planes<const plane>, nullptr},
-    {"plane cross line", n, cross_line<plane, vector3d>, nullptr},
-    {"plane cross line const", n, cross_line<const plane, const vector3d>, nullptr},
-    {"plane(points)", 400, fitted, nullptr},
-    {"plane CalcNormale", 100, normal_search, nullptr},
+    {"plane rotate", n, rotate},
+    {"plane cross plane", n, cross_planes<plane>},
+    {"plane cross plane const", n, cross_planes<const plane>},
+    {"plane cross line", n, cross_line<plane, vector3d>},
+    {"plane cross line const", n, cross_line<const plane, const vector3d>},
+    {"plane(points)", 400, fitted},
+    {"plane CalcNormale", 100, normal_search},
 };
 
 }  // namespace

@@ -179,8 +179,8 @@ const operation surface_table[] = {
     CHANGED("hyperbinom *= real", n, a *= in.any()),
     REPLAY("hyperbinom create(points)", n, vector3d points[most_points]; const ulong k = draw_cloud(in, points); hyperbinom a;
            a.create(points, k, static_cast<ulong>(in.integer(0, 4))); out.put(a)),
-    {"hyperbinom create(weights)", n, weighted<real>, nullptr},
-    {"hyperbinom create(weights) const", n, weighted<const real>, nullptr},
+    {"hyperbinom create(weights)", n, weighted<real>},
+    {"hyperbinom create(weights) const", n, weighted<const real>},
     REPLAY("hyperbinom func(x[], y[])", n, const hyperbinom a = draw<hyperbinom>(in); put_values(in, out, [&](const real* x, real* y, ulong k) {
              a.func(x, x, y, k); })),
 };

@@ -96,8 +96,6 @@ struct operation {
   const char* name;
   unsigned cases;  // when a file is written
   void (*run)(input& in, output& out);
-  // The documented formula with its calls of the C library noted, for operations that make such calls.
-  void (*formula)(input& in, output& out);
 };
 
 struct family {
@@ -105,7 +103,7 @@ struct family {
   std::size_t count;
 };
 
-extern const family complex_numbers, plane_vectors, space_vectors, polar_vectors, point_lists, real_matrices,
+extern const family angle_functions, complex_numbers, plane_vectors, space_vectors, polar_vectors, point_lists, real_matrices,
     complex_matrices, real_squares, matches, complex_squares, polynomials, surfaces, geometry;
 
 }  // namespace replay

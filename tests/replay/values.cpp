@@ -1,6 +1,5 @@
 // Operations of cplx, vector, vector3d, polarvector3d and the allocators.
 #include "replay/draw.h"
-#include "replay/plain_values.h"
 
 namespace replay {
 namespace {
@@ -31,10 +30,18 @@ real rounding_case(input& in) {
   }
 }
 
+const operation angle_table[] = {
+    REPLAY("sin", 4 * n, out.put(tessarn::angles::sin(in.any()))),
+    REPLAY("cos", 4 * n, out.put(tessarn::angles::cos(in.any()))),
+    REPLAY("sin_cos", 4 * n, const auto both = tessarn::angles::sin_cos(in.any()); out.put(both.sine); out.put(both.cosine)),
+    REPLAY("asin", 4 * n, out.put(tessarn::angles::asin(in.within(-1, 1)))),
+    REPLAY("acos", 4 * n, out.put(tessarn::angles::acos(in.within(-1, 1)))),
+};
+
 const operation complex_table[] = {
     REPLAY("cplx()", 1, (void)in; out.put(cplx())),
     REPLAY("cplx(re, im)", n, out.put(draw<cplx>(in))),
-    REPLAY_CALLS("cplx(angle)", n, { out.put(cplx(in.any())); }, { put_plain(out, plain::unit(plain_of(in.any()))); }),
+    REPLAY("cplx(angle)", n, out.put(cplx(in.any()))),
     ONE("cplx copy", n, cplx, cplx b(a); out.put(b)),
     INTO("cplx =", n, cplx, cplx, out.put(a = b)),
     TWO("cplx +", n, cplx, cplx, out.put(a + b)),
@@ -56,8 +63,8 @@ const operation complex_table[] = {
     TWO("cplx >", n, cplx, cplx, out.put(a > b)),
     ONE("cplx lenld", n, cplx, out.put(a.lenld())),
     ONE("cplx lenul", n, cplx, out.put(a.lenul())),
-    ONE_CALLS("cplx phi", n, cplx, plain::cplx, out.put(a.phi()), put_plain(out, plain::phi(a))),
-    ONE_CALLS("cplx sqrt", n, cplx, plain::cplx, out.put(a.sqrt()), put_plain(out, plain::root(a))),
+    ONE("cplx phi", n, cplx, out.put(a.phi())),
+    ONE("cplx sqrt", n, cplx, out.put(a.sqrt())),
     REPLAY("cplx rndu, rndi", n, real v = rounding_case(in); out.put_number(open_cplx::rndu(v)); out.put(open_cplx::rndi(v))),
 };
 
@@ -82,10 +89,10 @@ const operation plane_table[] = {
     ONE("vector lenul", n, vector, out.put(a.lenul())),
     ONE("vector rx, ry", n, vector, out.put(a.rx()); out.put(a.ry())),
     REPLAY("vector rndu, rndi", n, real v = rounding_case(in); out.put_number(vector::rndu(v)); out.put(vector::rndi(v))),
-    ONE_CALLS("vector arc()", n, vector, plain::vec2, out.put(a.arc()), put_plain(out, plain::arc(a))),
-    TWO_CALLS("vector arc", n, vector, plain::vec2, vector, plain::vec2, out.put(a.arc(b)), put_plain(out, plain::arc(a, b))),
-    ONE_CALLS("vector dirarc()", n, vector, plain::vec2, out.put(a.dirarc()), put_plain(out, plain::dirarc(a))),
-    TWO_CALLS("vector dirarc", n, vector, plain::vec2, vector, plain::vec2, out.put(a.dirarc(b)), put_plain(out, plain::dirarc(a, b))),
+    ONE("vector arc()", n, vector, out.put(a.arc())),
+    TWO("vector arc", n, vector, vector, out.put(a.arc(b))),
+    ONE("vector dirarc()", n, vector, out.put(a.dirarc())),
+    TWO("vector dirarc", n, vector, vector, out.put(a.dirarc(b))),
     REPLAY("vector flip", n, vector a = draw<vector>(in); a.flip(); out.put(a)),
     REPLAY("new_vector", 60, const int k = in.integer(0, 40); vector* p = new_vector(static_cast<tessarn::ulong>(k));
            for (int i = 0; i < (k ? k : 1); ++i) out.put(p[i]); if (k) delete[] p; else delete p),
@@ -95,8 +102,8 @@ const operation space_table[] = {
     REPLAY("vector3d()", 1, (void)in; out.put(vector3d())),
     REPLAY("vector3d(x, y, z)", n, out.put(draw<vector3d>(in))),
     ONE("vector3d copy", n, vector3d, vector3d b(a); out.put(b)),
-    ONE_CALLS("vector3d(polar)", n, polarvector3d, plain::polar, out.put(vector3d(a)), put_plain(out, plain::cartesian(a))),
-    ONE_CALLS("vector3d(polar*)", n, polarvector3d, plain::polar, out.put(vector3d(&a)), put_plain(out, plain::cartesian(a))),
+    ONE("vector3d(polar)", n, polarvector3d, out.put(vector3d(a))),
+    ONE("vector3d(polar*)", n, polarvector3d, out.put(vector3d(&a))),
     INTO("vector3d =", n, vector3d, vector3d, out.put(a = b)),
     TWO("vector3d +", n, vector3d, vector3d, out.put(a + b)),
     TWO("vector3d -", n, vector3d, vector3d, out.put(a - b)),
@@ -107,10 +114,8 @@ const operation space_table[] = {
     TWO("vector3d cross", n, vector3d, vector3d, out.put(a.cross(b))),
     TWO("vector3d resize", n, vector3d, real, out.put(a.resize(b))),
     TWO("vector3d projection", n, vector3d, vector3d, out.put(a.projection(b))),
-    TWO_CALLS("vector3d rotate(a1, a2)", n, vector3d, plain::vec3, real, double, out.put(a.rotate(b, in.any())),
-              put_plain(out, plain::rotate(a, b, plain_of(in.any())))),
-    TWO_CALLS("vector3d rotate(axis)", n, vector3d, plain::vec3, vector3d, plain::vec3, out.put(a.rotate(b, in.any())),
-              put_plain(out, plain::rotate(a, b, plain_of(in.any())))),
+    TWO("vector3d rotate(a1, a2)", n, vector3d, real, out.put(a.rotate(b, in.any()))),
+    TWO("vector3d rotate(axis)", n, vector3d, vector3d, out.put(a.rotate(b, in.any()))),
     INTO("vector3d +=", n, vector3d, vector3d, a += b; out.put(a)),
     INTO("vector3d -=", n, vector3d, vector3d, a -= b; out.put(a)),
     INTO("vector3d *= real", n, vector3d, real, a *= b; out.put(a)),
@@ -121,7 +126,7 @@ const operation space_table[] = {
     ONE("vector3d lenul", n, vector3d, out.put(a.lenul())),
     ONE("vector3d rx, ry, rz", n, vector3d, out.put(a.rx()); out.put(a.ry()); out.put(a.rz())),
     REPLAY("vector3d rndu, rndi", n, open_vector3d a; real v = rounding_case(in); out.put_number(a.rndu(v)); out.put(a.rndi(v))),
-    TWO_CALLS("vector3d arc", n, vector3d, plain::vec3, vector3d, plain::vec3, out.put(a.arc(b)), put_plain(out, plain::arc(a, b))),
+    TWO("vector3d arc", n, vector3d, vector3d, out.put(a.arc(b))),
     REPLAY("new_vector3d", 60, const int k = in.integer(0, 40); vector3d* p = new_vector3d(static_cast<tessarn::ulong>(k));
            for (int i = 0; i < (k ? k : 1); ++i) out.put(p[i]); if (k) delete[] p; else delete p),
 };
@@ -130,9 +135,9 @@ const operation polar_table[] = {
     REPLAY("polar()", 1, (void)in; out.put(polarvector3d())),
     REPLAY("polar(alpha, beta, len)", n, out.put(draw<polarvector3d>(in))),
     ONE("polar copy", n, polarvector3d, polarvector3d b(a); out.put(b)),
-    ONE_CALLS("polar(vector3d)", n, vector3d, plain::vec3, out.put(polarvector3d(a)), put_plain(out, plain::polar_careful(a))),
-    ONE_CALLS("polar(vector3d*)", n, vector3d, plain::vec3, out.put(polarvector3d(&a)), put_plain(out, plain::polar_plain(a))),
-    ONE_CALLS("polar to vector3d", n, polarvector3d, plain::polar, out.put(a.operator vector3d()), put_plain(out, plain::cartesian(a))),
+    ONE("polar(vector3d)", n, vector3d, out.put(polarvector3d(a))),
+    ONE("polar(vector3d*)", n, vector3d, out.put(polarvector3d(&a))),
+    ONE("polar to vector3d", n, polarvector3d, out.put(a.operator vector3d())),
     INTO("polar =", n, polarvector3d, polarvector3d, out.put(a = b); out.put(a)),
     INTO("polar = vector3d", n, polarvector3d, vector3d, out.put(a = b); out.put(a = &b)),
     ONE("polar lenld", n, polarvector3d, out.put(a.lenld())),
@@ -147,11 +152,11 @@ const operation polar_table[] = {
     INTO("polar *= real", n, polarvector3d, real, a *= b; out.put(a)),
     INTO("polar /= real", n, polarvector3d, real, a /= b; out.put(a)),
     INTO("polar += -= *= polar", n, polarvector3d, polarvector3d, a += b; a -= b; a *= b; out.put(a)),
-    TWO_CALLS("polar +", n, polarvector3d, plain::polar, polarvector3d, plain::polar, out.put(a + b), put_plain(out, plain::add(a, b))),
-    TWO_CALLS("polar -", n, polarvector3d, plain::polar, polarvector3d, plain::polar, out.put(a - b), put_plain(out, plain::sub(a, b))),
-    TWO_CALLS("polar * polar", n, polarvector3d, plain::polar, polarvector3d, plain::polar, out.put(a * b), put_plain(out, plain::dot(a, b))),
-    TWO_CALLS("polar cross", n, polarvector3d, plain::polar, polarvector3d, plain::polar, out.put(a.cross(b)), put_plain(out, plain::cross(a, b))),
-    TWO_CALLS("polar arc", n, polarvector3d, plain::polar, polarvector3d, plain::polar, out.put(a.arc(b)), put_plain(out, plain::arc(a, b))),
+    TWO("polar +", n, polarvector3d, polarvector3d, out.put(a + b)),
+    TWO("polar -", n, polarvector3d, polarvector3d, out.put(a - b)),
+    TWO("polar * polar", n, polarvector3d, polarvector3d, out.put(a * b)),
+    TWO("polar cross", n, polarvector3d, polarvector3d, out.put(a.cross(b))),
+    TWO("polar arc", n, polarvector3d, polarvector3d, out.put(a.arc(b))),
     TWO("polar ==", n, polarvector3d, polarvector3d, out.put(a == b)),
     REPLAY("new_polarvector3d", 60, const int k = in.integer(0, 40);
            polarvector3d* p = new_polarvector3d(static_cast<tessarn::ulong>(k));
@@ -160,6 +165,7 @@ const operation polar_table[] = {
 
 }  // namespace
 
+const family angle_functions = family_of(angle_table);
 const family complex_numbers = family_of(complex_table);
 const family plane_vectors = family_of(plane_table);
 const family space_vectors = family_of(space_table);

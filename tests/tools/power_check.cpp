@@ -26,11 +26,11 @@ class reference_power {
   reference_power(const reference_power&) = delete;
   reference_power& operator=(const reference_power&) = delete;
 
-  double operator()(double x, unsigned k) {
+  double operator()(double x, long k) {
     if (k == 0) return 1.0;
     if (!std::isfinite(x)) return std::pow(x, static_cast<double>(k));
     mpfr_set_d(v_, x, MPFR_RNDN);
-    const int ternary = mpfr_pow_ui(v_, v_, k, MPFR_RNDN);
+    const int ternary = mpfr_pow_si(v_, v_, k, MPFR_RNDN);
     mpfr_subnormalize(v_, ternary, MPFR_RNDN);
     return mpfr_get_d(v_, MPFR_RNDN);
   }
@@ -101,14 +101,16 @@ int main(int argc, char** argv) {
   for (long i = 0; i < count; ++i) {
     const unsigned k = draw_exponent(r);
     const double x = draw_base(r, k);
-    const double y = tessarn::detail::power(x, k);
-    const double z = reference(x, k);
-    if (test::same_bits(y, z)) continue;
-    if (++wrong <= 20) {
-      std::printf("%s to the power %u: %s, correctly rounded %s\n", test::hex(x).c_str(), k,
-                  test::hex(y).c_str(), test::hex(z).c_str());
+    for (const bool inverse : {false, true}) {
+      const double y = inverse ? tessarn::detail::inverse_power(x, k) : tessarn::detail::power(x, k);
+      const double z = reference(x, inverse ? -static_cast<long>(k) : static_cast<long>(k));
+      if (test::same_bits(y, z)) continue;
+      if (++wrong <= 20) {
+        std::printf("%s to the power %s%u: %s, correctly rounded %s\n", test::hex(x).c_str(), inverse ? "-" : "", k,
+                    test::hex(y).c_str(), test::hex(z).c_str());
+      }
     }
   }
-  std::printf("%ld powers, %ld wrong\n", count, wrong);
+  std::printf("%ld powers and as many inverse ones, %ld wrong\n", count, wrong);
   return wrong == 0 ? 0 : 1;
 }
