@@ -34,7 +34,13 @@ constexpr selfcheck_member values[] = {
         out.put(a * k); out.put(a / k); out.put(a.resize(k))),
 };
 
-constexpr selfcheck_member angles[] = {
+constexpr selfcheck_member angle_members[] = {
+    ANY("angles::sin", 4 * n, out.put(angles::sin(in.number()))),
+    ANY("angles::cos", 4 * n, out.put(angles::cos(in.number()))),
+    ANY("angles::sin_cos", 4 * n, const auto both = angles::sin_cos(in.number()); out.put(both.sine);
+        out.put(both.cosine)),
+    ANY("angles::asin", 4 * n, out.put(angles::asin(in.fraction() * 2 - 1)); out.put(angles::asin(in.number()))),
+    ANY("angles::acos", 4 * n, out.put(angles::acos(in.fraction() * 2 - 1)); out.put(angles::acos(in.number()))),
     ANY("cplx(angle)", n, out.put(cplx(in.number()))),
     ANY("cplx::phi", n, const cplx a = in.complex(); out.put(a.phi())),
     ANY("cplx::sqrt", n, const cplx a = in.complex(); out.put(a.sqrt())),
@@ -64,6 +70,6 @@ constexpr selfcheck_member angles[] = {
 }  // namespace
 
 constinit const selfcheck_family selfcheck_values = family_of(values);
-constinit const selfcheck_family selfcheck_angles = family_of(angles);
+constinit const selfcheck_family selfcheck_angles = family_of(angle_members);
 
 }  // namespace tessarn::detail

@@ -15,7 +15,7 @@ namespace {
 constexpr double tiny = 0x1p-27;
 
 // Where the rest of an angle next to a multiple of pi is smaller than this, its relative error needs more bits of pi.
-constexpr double least_rest = 0x1p-12;
+constexpr double least_rest = 0x1p-16;
 
 // x reduced, for a sine where turn is 0 and for a cosine where it is 256, a quarter turn.
 inline reduced reduce(double x, unsigned turn) noexcept {
@@ -33,7 +33,7 @@ inline reduced reduce(double x, unsigned turn) noexcept {
 // The sine of a reduced angle to about 66 bits, rounded.
 inline rounding quick(const reduced& r) noexcept {
   const quick_sine s = (r.place & 511) == 0 ? short_sine(r) : sine_at(r);
-  const rounding y = rounded(s.magnitude, sine_error);
+  const rounding y = rounded(s.magnitude, quick_error);
   return {s.sign * y.least, s.sign * y.greatest};
 }
 
@@ -56,7 +56,7 @@ inline double sine(double x, unsigned turn) noexcept {
     const reduced r{rest_of_short_angle(x, q.k), q.place + turn};
     if ((r.place & 511) != 0) [[likely]] {
       const quick_sine s = sine_at(r);
-      const rounding y = rounded(s.magnitude, sine_error);
+      const rounding y = rounded(s.magnitude, quick_error);
       if (y.decided()) [[likely]] return s.sign * y.least;
     }
   }
@@ -89,7 +89,7 @@ inline double arc_sine(double x) noexcept {
     if (!(magnitude < 1)) return magnitude == 1 ? std::copysign(half_pi_high, x) : (x - x) / (x - x);
     v = difference(half_pi_high, half_pi_low, times(2.0, half_arc_cosine(magnitude)));
   }
-  const rounding y = rounded(times(sign_of(x), v), arc_error);
+  const rounding y = rounded(times(sign_of(x), v), quick_error);
   return y.decided() ? y.least : decide_inverse(function::sine, x, y.least, y.greatest);
 }
 
@@ -104,7 +104,7 @@ inline double arc_cosine(double x) noexcept {
     const double* from = start[std::signbit(x)];
     v = difference(from[0], from[1], times(-2 * sign_of(x), half_arc_cosine(magnitude)));
   }
-  const rounding y = rounded(v, arc_error);
+  const rounding y = rounded(v, quick_error);
   return y.decided() ? y.least : decide_inverse(function::cosine, x, y.least, y.greatest);
 }
 

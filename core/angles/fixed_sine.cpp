@@ -11,7 +11,7 @@
 namespace tessarn::angles {
 namespace {
 
-// pi/4 with n words: J. Machin's 4 atan(1/5) - atan(1/239), computed with two words more; the error is below one unit.
+// pi/4 with n words: J. Machin's 4 atan(1/5) - atan(1/239), every term is cut, which makes less than 40 n units.
 fixed_point quarter_pi(std::size_t n) {
   fixed_point result(n);
   if (n <= quarter_pi_words) {
@@ -19,7 +19,7 @@ fixed_point quarter_pi(std::size_t n) {
     return result;
   }
   const auto arc_tangent_of_inverse = [n](word q) {
-    fixed_point power(n + 2), s(n + 2);
+    fixed_point power(n), s(n);
     power[0] = 1;
     power /= q;
     for (word k = 1; power.leading_zeros() < power.size(); k += 2) {
@@ -54,8 +54,8 @@ fixed_point one(std::size_t n) {
 }
 
 // 2/pi with n words: the stored ones, or I. Newton's iteration z <- z + z (1 - z pi/2), which doubles the correct words each time.
-// The products are up to n + 1 units too small. So that z stays below 2/pi, and 1 - z pi/2 not negative, twice as much is taken off; in the
-// end z is at most 4 n + 8 units too small.
+// Its last step leaves an error of less than 50 n units. After each earlier one z is below 2/pi by much more than that, so that 1 - z pi/2 is
+// never negative.
 fixed_point inverse_of_half_pi(std::size_t n) {
   constexpr std::size_t stored = 2 * two_over_pi_words;
   fixed_point z(n);
@@ -63,13 +63,10 @@ fixed_point inverse_of_half_pi(std::size_t n) {
     z[k + 1] = static_cast<word>(two_over_pi_bits[1 + k / 2] >> (k % 2 == 0 ? 32 : 0));
   if (n <= stored) return z;
   const fixed_point h = half_pi(n);
-  fixed_point margin(n);
-  margin[n] = static_cast<word>(2 * n + 4);
   for (std::size_t correct = stored; correct < n; correct *= 2) {
     fixed_point gap = one(n);
     gap -= product(z, h);
     z += product(z, gap);
-    z -= margin;
   }
   return z;
 }

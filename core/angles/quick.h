@@ -1,5 +1,4 @@
-// The quick phase of sine, cosine and their inverses: about 70 correct bits in ordinary doubles. docs/angles.md has the proofs of
-// the bounds that stand here as constants.
+// The quick phase of sine, cosine and their inverses: 66 correct bits in ordinary doubles. docs/angles.md proves the bound.
 #pragma once
 
 #include "core/angles/double_parts.h"
@@ -8,8 +7,8 @@
 
 namespace tessarn::angles {
 
-// The relative errors of quick sines and cosines and of quick arc sines and arc cosines are below these bounds.
-inline constexpr double sine_error = 0x1p-66, arc_error = 0x1p-67;
+// The relative error of every quick result is below this bound.
+inline constexpr double quick_error = 0x1p-66;
 
 // sin(d)/d - 1 and cos(d) - 1 for |d| <= 2^-8, from d^2, as B. Taylor's series.
 inline double sine_series(double square) noexcept {

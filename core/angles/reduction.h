@@ -28,7 +28,7 @@ inline quotient nearest_quotient(double x) noexcept {
   return {shifted - shift, static_cast<unsigned>(bits)};
 }
 
-// x - k pi/512 with an absolute error below 2^-82. W. Cody and W. Waite, Software manual for the elementary functions, 1980: pi/512 in
+// x - k pi/512 with an absolute error below 2^-87. W. Cody and W. Waite, Software manual for the elementary functions, 1980: pi/512 in
 // parts so short that their products with k, the last one's excepted, are exact.
 inline constexpr double short_angle = 48;
 inline two_part rest_of_short_angle(double x, double k) noexcept {

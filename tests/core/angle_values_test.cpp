@@ -4,8 +4,10 @@
 #include <mpfr.h>
 
 #include <cmath>
+#include <vector>
 
 #include "core/angles/fixed_sine.h"
+#include "tessarn/angles.h"
 #include "support/bits.h"
 #include "support/random.h"
 
@@ -33,9 +35,11 @@ long error_exponent(const angles::signed_fixed_point& v, mpfr_srcptr exact) {
 TEST(AngleValues, AgreeWithMpfr) {
   test::random_source r(1811);
   mpfr_t x, exact;
-  for (const std::size_t n : {4u, 6u, 9u, 12u, 23u, 24u, 25u, 48u, 57u, 70u, 130u, 260u}) {
+  std::vector<std::size_t> lengths = {4, 6, 9, 12, 23, 24, 25, 48, 57, 70, 200, 260};
+  for (std::size_t n = 95; n < 160; ++n) lengths.push_back(n);  // where 2/pi takes two iterations
+  for (const std::size_t n : lengths) {
     mpfr_inits2(static_cast<mpfr_prec_t>(32 * n + 1200), x, exact, nullptr);
-    for (int i = 0; i < (n < 30 ? 400 : 20); ++i) {
+    for (int i = 0; i < (n < 30 ? 400 : 8); ++i) {
       const double high = std::ldexp(r.uniform(0.5, 1) * (r.below(2) ? 1 : -1), static_cast<int>(r.below(1050)) - 25);
       const double low = r.below(2) ? 0 : 0.5 * (std::nextafter(high, r.below(2) ? 1e308 : -1e308) - high);
       mpfr_set_d(x, high, MPFR_RNDN);
@@ -48,6 +52,21 @@ TEST(AngleValues, AgreeWithMpfr) {
     }
     mpfr_clears(x, exact, nullptr);
   }
+}
+
+// There the short reduction has too few bits of pi, first of all where the multiple is large.
+TEST(AngleValues, BesideLargeMultiplesOfPi) {
+  test::random_source r(1812);
+  mpfr_t v;
+  mpfr_init2(v, 53);
+  for (int i = 0; i < 60000; ++i) {
+    const double multiple = (131072 + r.below(200000)) * 0x1.921fb54442d18p+1;
+    const double x = multiple + std::ldexp(r.uniform(-1, 1), -15 - static_cast<int>(r.below(20)));
+    mpfr_set_d(v, x, MPFR_RNDN);
+    mpfr_sin(v, v, MPFR_RNDN);
+    ASSERT_BITS(angles::sin(x), mpfr_get_d(v, MPFR_RNDN)) << test::hex(x);
+  }
+  mpfr_clear(v);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Compares sine, cosine, arc sine and arc cosine of the library with MPFR's correctly rounded ones.
-//   angles_check random COUNT [SEED]   COUNT arguments a function, half of them over all exponents, half of them where angles lie
+//   angles_check random COUNT [SEED]   COUNT arguments a function: over all exponents, where angles lie, beside multiples of pi/2
 //   angles_check read [FILE]           every function at the arguments of a text, one a line; # begins a comment
 // Prints the disagreements (at most 20) and ends with 1 when there is one.
 #include <mpfr.h>
@@ -74,6 +74,17 @@ double any_exponent(test::random_source& r, const function& f) {
   }
 }
 
+double near_multiple(test::random_source& r) {
+  const double k = std::floor(std::ldexp(r.uniform(), static_cast<int>(r.below(21))));
+  return k * 0x1.921fb54442d18p+0 + std::ldexp(r.uniform(-1, 1), -static_cast<int>(r.below(40)));
+}
+
+double draw(test::random_source& r, const function& f, long i) {
+  if (i % 2 == 0) return any_exponent(r, f);
+  if (f.is_inverse) return r.uniform(-1, 1);
+  return i % 4 == 1 ? r.uniform(-3.2, 3.2) : near_multiple(r);
+}
+
 int usage() {
   std::fprintf(stderr, "usage: angles_check random COUNT [SEED] | read [FILE]\n");
   return 2;
@@ -88,8 +99,7 @@ int main(int count, char** argument) {
     const long n = std::strtol(argument[2], nullptr, 10);
     test::random_source r(count > 3 ? std::strtoull(argument[3], nullptr, 10) : 1);
     for (long i = 0; i < n; ++i)
-      for (const function& f : functions)
-        all.check(f, i % 2 == 0 ? any_exponent(r, f) : f.is_inverse ? r.uniform(-1, 1) : r.uniform(-3.2, 3.2));
+      for (const function& f : functions) all.check(f, draw(r, f, i));
   } else if (std::strcmp(argument[1], "read") == 0 && count < 4) {
     std::ifstream file(count == 3 ? argument[2] : "/dev/stdin");
     for (std::string line; std::getline(file, line);) {
