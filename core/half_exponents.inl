@@ -1,10 +1,10 @@
 // The steps of a chain by half exponents, written once for single numbers and for vectors of them; included as, and
-// behind, core/double_double.inl. Such a chain takes less than half of the operations of one of double-doubles. It proves
-// its roundings, but for a few powers in 2^19, which are in doubt and formed anew by double-doubles.
+// behind, core/double_double.inl. Such a chain takes less than half of the operations of one of double-doubles. It
+// proves its roundings, but for a few powers in 2^19, which are in doubt and formed anew by double-doubles.
 //
-// Power e is held as head + rest, slightly too small in magnitude, and is made of two powers of nearly half of e. A step
-// gives two numbers s and t: the power lies between s + t and s + (1 + 2 m) t, with the margin m. Where both round to the
-// same number, that is the correctly rounded power. docs/powers.md proves the margin.
+// Power e is held as head + rest, slightly too small in magnitude, and is made of two powers of nearly half of e. A
+// step gives two numbers s and t: the power lies between s + t and s + (1 + 2 m) t, with the margin m. Where both round
+// to the same number, that is the correctly rounded power. docs/powers.md proves the margin.
 
 // head has 26 bits; rest is between 2^-25 and 2^-19 of the power or so, and has its sign.
 struct half_power {

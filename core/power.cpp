@@ -1,5 +1,5 @@
-// Correctly rounded integer powers: a chain of products where the powers stay in the safe range, else square and multiply
-// with the exponent kept apart.
+// Correctly rounded integer powers: a chain of products where the powers stay in the safe range, else square and
+// multiply with the exponent kept apart.
 #include "core/power_chain.h"
 
 #include <cmath>
@@ -10,7 +10,8 @@
 namespace tessarn::detail {
 namespace {
 
-// A double-double times a power of two, whose exponent is an integer of its own: for powers near overflow and underflow.
+// A double-double times a power of two, whose exponent is an integer of its own: for powers near overflow and
+// underflow.
 struct scaled_double_double {
   double_double value;
   std::int64_t exponent;

@@ -1,5 +1,5 @@
-// Chains of correctly rounded powers of one number: for x^k alone and for all powers up to x^k. The kernels have the same
-// chains in lanes (poly/kernels/power_chains.inl). docs/powers.md explains both.
+// Chains of correctly rounded powers of one number: for x^k alone and for all powers up to x^k. The kernels have the
+// same chains in lanes (poly/kernels/power_chains.inl). docs/powers.md explains both.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@
 
 namespace tessarn::detail {
 
-// x with the lower 27 bits of its significand cleared. Uses a two-lane vector so that the value stays in a floating-point
-// register: a move to an integer register would add its latency to every step of a chain of powers.
+// x with the lower 27 bits of its significand cleared. Uses a two-lane vector so that the value stays in a
+// floating-point register: a move to an integer register would add its latency to every step of a chain of powers.
 inline real leading_bits(real x) noexcept {
 #if defined(__GNUC__) || defined(__clang__)
   typedef double two __attribute__((vector_size(16)));
@@ -35,8 +35,8 @@ inline real leading_bits(real x) noexcept {
 #undef TESSARN_NUMBER
 #undef TESSARN_FUNCTION
 
-// Whether x, x^2, ..., x^k are safe, for any k: judged by the exponent of x alone, which excludes some safe x near the ends
-// of the range, zeros and NaN.
+// Whether x, x^2, ..., x^k are safe, for any k: judged by the exponent of x alone, which excludes some safe x near the
+// ends of the range, zeros and NaN.
 inline bool chain_is_safe(real x, unsigned k) noexcept {
   std::uint64_t bits;
   std::memcpy(&bits, &x, sizeof bits);
@@ -78,8 +78,8 @@ class half_exponent_chain {
   const double margin_;
 };
 
-// The functions below give powers of x to use(e, power), ascending in e and each correctly rounded, and give use back: as
-// a value of its own it stays in registers, where a reference would be stored between the steps.
+// The functions below give powers of x to use(e, power), ascending in e and each correctly rounded, and give use back:
+// as a value of its own it stays in registers, where a reference would be stored between the steps.
 
 // The powers 0 .. highest, which is 2 at most, for any x. A square is rounded once as it is.
 template <class Use>
@@ -104,9 +104,9 @@ inline Use each_power_to_4(real x, slong highest, Use use) noexcept {
   return use;
 }
 
-// The powers 2 .. highest, for any x and any highest from 3 on: one by one where the chain is not safe, by double-doubles
-// where the margin of half exponents is not proved. One function that is too large to be inlined: in parts it makes the
-// short paths of its callers save registers for it, which takes them a third longer.
+// The powers 2 .. highest, for any x and any highest from 3 on: one by one where the chain is not safe, by
+// double-doubles where the margin of half exponents is not proved. One function that is too large to be inlined: in
+// parts it makes the short paths of its callers save registers for it, which takes them a third longer.
 template <class Use>
 inline Use each_power_from_2(real x, slong highest, Use use) noexcept {
   if (!chain_is_safe(x, static_cast<unsigned>(highest))) {

@@ -14,17 +14,19 @@ using tessarn::detail::real_array;
 
 namespace {
 
-// An empty polynomial has no array.
+// The array for n coefficients, as the class holds it: an empty polynomial has none.
 real* coefficients_of(real_array array, slong n) {
   if (n == 0) return nullptr;
   return tessarn::detail::held(std::move(array));
 }
 
-// Polynomials from this count on are multiplied by a kernel, which works beyond the ends of its arrays.
+// Polynomials from this count on are multiplied by a kernel, which needs zeros around the factors and room behind the
+// product (poly/kernels/kernels.h).
 constexpr slong kernel_count = 16;
 constexpr std::size_t c_margin = 8, q_margin = 24, r_margin = 32;
 
-// The coefficients of a product, or none where some of the factors' are not finite.
+// The coefficients of a product by the kernel, or no array where a coefficient of a factor is not finite: times the
+// zeros around the other factor it would give a NaN.
 real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
   const std::size_t length = tessarn::detail::checked_sum(static_cast<std::size_t>(n), static_cast<std::size_t>(nq),
                                                           2 * c_margin + 2 * q_margin);
@@ -35,9 +37,9 @@ real_array convolved(const real* c, slong n, const real* q, slong nq, slong m) {
   std::copy_n(q, nq, padded_q);
   real_array product = tessarn::detail::allocate(tessarn::detail::checked_sum(static_cast<std::size_t>(m), r_margin));
   using tessarn::detail::as_doubles;
-  const bool done =
-      tessarn::detail::poly_kernels_in_use().convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
-                                       static_cast<std::size_t>(nq), as_doubles(product.get()));
+  const auto& kernels = tessarn::detail::poly_kernels_in_use();
+  const bool done = kernels.convolve(as_doubles(padded_c), static_cast<std::size_t>(n), as_doubles(padded_q),
+                                     static_cast<std::size_t>(nq), as_doubles(product.get()));
   if (!done) product.reset();
   return product;
 }
@@ -69,6 +71,7 @@ void binom::create(slong n) {
   cofcnt = n;
 }
 
+// Where the memory does not suffice the polynomial stays as it was.
 void binom::resize(slong n) {
   if (n == cofcnt) return;
   real_array resized = allocate_counted(n);
@@ -116,6 +119,7 @@ real binom::func(real x) {
   return s;
 }
 
+// A polynomial derived into itself needs its coefficients until the end: it gets those of a temporary.
 void binom::func_1(binom& d) {
   if (&d == this) {
     binom derived;
@@ -137,7 +141,7 @@ void binom::operator-=(binom& q) {
   for (slong i = 0; i < cofcnt; ++i) cof[i] -= q.get(i);
 }
 
-// Each coefficient of the product is the sum over the coefficients of q in ascending order.
+// Each coefficient of the product is the sum over the coefficients of q in ascending order, by the kernel or by a loop.
 void binom::operator*=(binom& q) {
   const auto m = static_cast<slong>(static_cast<tessarn::ulong>(cofcnt) + static_cast<tessarn::ulong>(q.cofcnt) - 1u);
   real_array product;

@@ -16,6 +16,8 @@ slong falling_factorial(slong i, unsigned k) noexcept {
 
 namespace {
 
+// The terms of the K-th derivative, given the powers of x ascending. A struct, not a lambda: each_power hands it on by
+// value, which keeps the sum in a register.
 template <unsigned K>
 struct add_to_derivative {
   const real* cof;
@@ -26,6 +28,7 @@ struct add_to_derivative {
   }
 };
 
+// By the shortest way for the number of powers: none needs a chain, or up to four need no storage, or any.
 template <unsigned K>
 real derivative(coefficients p, real x) noexcept {
   const slong highest = p.n - 1 - static_cast<slong>(K);
@@ -48,6 +51,7 @@ real derivative_at(coefficients p, unsigned k, real x) noexcept {
   }
 }
 
+// One chain of powers for all three sums, each ascending.
 derivatives derivatives_at(coefficients p, real x) noexcept {
   derivatives d{0, 0, 0};
   if (p.n < 2) return d;
@@ -64,6 +68,7 @@ real curvature(const derivatives& d) noexcept {
   return d.second / (std::sqrt(s) * s);
 }
 
+// (p''' (1 + p'^2)^(3/2) - 3 p' p''^2 (1 + p'^2)^(1/2)) / (1 + p'^2)^3, the denominator multiplied out.
 real curvature_derivative(const derivatives& d) noexcept {
   const real square = d.first * d.first;
   const real fourth = square * square;

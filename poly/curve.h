@@ -27,10 +27,12 @@ struct derivatives {
 };
 derivatives derivatives_at(coefficients p, real x) noexcept;
 
+// p'' / (1 + p'^2)^(3/2), and its derivative by x.
 real curvature(const derivatives& d) noexcept;
 real curvature_derivative(const derivatives& d) noexcept;
 
-// The functions of a curve at point_block abscissas at a time.
+// The functions of a curve at a block of point_block abscissas, by the kernels. They give the bits of the functions
+// above.
 
 class block_values {
  public:
@@ -41,6 +43,7 @@ class block_values {
   coefficients p_;
 };
 
+// The k-th derivative. The factors F(i) are formed once for all blocks.
 class block_derivative {
  public:
   block_derivative(coefficients p, unsigned k);
@@ -52,7 +55,7 @@ class block_derivative {
   real_array factors_;
 };
 
-// The curvature, or its derivative.
+// The curvature, or with derivative set its derivative.
 class block_curvature {
  public:
   block_curvature(coefficients p, bool derivative);

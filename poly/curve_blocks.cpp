@@ -9,7 +9,7 @@
 namespace tessarn::detail {
 namespace {
 
-// factors[i] = F(i) of the k-th derivative.
+// factors[i] = F(i), the falling factorial of the k-th derivative.
 void falling_factorials(slong n, unsigned k, real* factors) {
   for (slong i = 0; i < n; ++i) factors[i] = static_cast<real>(falling_factorial(i, k));
 }
@@ -28,6 +28,7 @@ block_derivative::block_derivative(coefficients p, unsigned k)
   falling_factorials(p.n, k, factors_.get());
 }
 
+// By the kernel where all abscissas are in the safe range, else one by one; both have the same bits.
 void block_derivative::operator()(const double* x, double* y) const {
   const auto k = static_cast<slong>(k_);
   if (p_.n > k && chains_are_safe(x, static_cast<unsigned>(p_.n - k))) {
@@ -45,6 +46,7 @@ block_curvature::block_curvature(coefficients p, bool derivative)
     falling_factorials(p.n, k + 1, factors_.get() + k * static_cast<std::size_t>(p.n));
 }
 
+// The three derivatives of all abscissas, by the kernel or one by one, then the formula in lanes.
 void block_curvature::operator()(const double* x, double* y) const {
   double d[3 * point_block];
   if (p_.n > 0 && chains_are_safe(x, static_cast<unsigned>(p_.n))) {
@@ -63,7 +65,7 @@ void block_curvature::operator()(const double* x, double* y) const {
 
 namespace {
 
-// Applies a block function to n abscissas; the last block is filled up.
+// Applies a block function to n abscissas. The last block is filled up with ones, whose powers are safe; y may be x.
 template <class Function>
 void over_array(const Function& f, const real* x, real* y, tessarn::ulong n) {
   const double* from = as_doubles(x);
@@ -87,9 +89,23 @@ using tessarn::detail::block_values;
 using tessarn::detail::over_array;
 
 void binom::func(const real* x, real* y, tessarn::ulong n) const { over_array(block_values({cof, cofcnt}), x, y, n); }
-void binom::func_1(const real* x, real* y, tessarn::ulong n) const { over_array(block_derivative({cof, cofcnt}, 1), x, y, n); }
-void binom::func_2(const real* x, real* y, tessarn::ulong n) const { over_array(block_derivative({cof, cofcnt}, 2), x, y, n); }
-void binom::func_3(const real* x, real* y, tessarn::ulong n) const { over_array(block_derivative({cof, cofcnt}, 3), x, y, n); }
-void binom::func_4(const real* x, real* y, tessarn::ulong n) const { over_array(block_derivative({cof, cofcnt}, 4), x, y, n); }
-void binom::arc(const real* x, real* y, tessarn::ulong n) const { over_array(block_curvature({cof, cofcnt}, false), x, y, n); }
-void binom::arc_1(const real* x, real* y, tessarn::ulong n) const { over_array(block_curvature({cof, cofcnt}, true), x, y, n); }
+
+void binom::func_1(const real* x, real* y, tessarn::ulong n) const {
+  over_array(block_derivative({cof, cofcnt}, 1), x, y, n);
+}
+void binom::func_2(const real* x, real* y, tessarn::ulong n) const {
+  over_array(block_derivative({cof, cofcnt}, 2), x, y, n);
+}
+void binom::func_3(const real* x, real* y, tessarn::ulong n) const {
+  over_array(block_derivative({cof, cofcnt}, 3), x, y, n);
+}
+void binom::func_4(const real* x, real* y, tessarn::ulong n) const {
+  over_array(block_derivative({cof, cofcnt}, 4), x, y, n);
+}
+
+void binom::arc(const real* x, real* y, tessarn::ulong n) const {
+  over_array(block_curvature({cof, cofcnt}, false), x, y, n);
+}
+void binom::arc_1(const real* x, real* y, tessarn::ulong n) const {
+  over_array(block_curvature({cof, cofcnt}, true), x, y, n);
+}

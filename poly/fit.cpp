@@ -12,11 +12,13 @@ using tessarn::detail::linear_system;
 
 namespace {
 
+// The exponent of unknown r: of all powers for a full fit; of the constant and the odd powers for a tangent fit.
 constexpr auto full_power = [](tessarn::ulong r) { return static_cast<unsigned>(r); };
 constexpr auto odd_power = [](tessarn::ulong r) { return r == 0 ? 0u : static_cast<unsigned>(2 * r - 1); };
 
-// Solves for the unknowns whose powers are exponent_of(0), exponent_of(1), ... The sum in row r and column c depends on
-// the sum of their exponents only, so each exponent is summed once.
+// Solves for the unknowns whose powers are exponent_of(0), exponent_of(1), ... by the normal equations: entry (r, c) is
+// the sum of x^(e_r + e_c), the right-hand side the sum of x^(e_r) y. An entry depends on the sum of the exponents
+// only, so each exponent is summed once.
 template <class ExponentOf>
 void fit(const vector* pts, tessarn::ulong n, ExponentOf exponent_of, real marker, linear_system& system) {
   const auto q = static_cast<tessarn::ulong>(system.size());

@@ -17,6 +17,7 @@ void line_sums::add(const vector& point) noexcept {
   product_[k] += x * y;
 }
 
+// Solves the two normal equations that a fit with two coefficients has.
 real line_sums::slope() const {
   linear_system system(2);
   system.row(0)[0] = static_cast<real>(count_);

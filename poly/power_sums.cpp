@@ -11,12 +11,14 @@
 
 namespace tessarn::detail {
 
+// Abscissas between 2^-limit and 2^limit have safe powers below count.
 bool chains_are_safe(const double* x, unsigned count) noexcept {
-  if (count <= 3) return true;  // a square needs no chain
+  if (count <= 3) return true;  // a square is rounded once, without a chain
   const int limit = static_cast<int>(safe_exponent_range / count);
   return poly_kernels_in_use().in_range(x, power_of_two(-limit), power_of_two(limit));
 }
 
+// Row by row in lanes where all abscissas are in the safe range, else number by number.
 void block_powers(unsigned exponents, double* powers) {
   const double* x = powers + point_block;
   if (exponents < 3) return;
@@ -34,6 +36,9 @@ power_sums::power_sums(unsigned exponents)
   std::fill_n(sums_, length_, 0.0);
 }
 
+// As many points as possible without moving them. Where the kernels stop, the next point_block points are copied one by
+// one, which leaves the marked ones out; then the kernels try again. Points that wait must be added before later ones,
+// so that each meets the partial sum of its number.
 void power_sums::add(const vector* points, std::size_t n, real marker) {
   static_assert(sizeof(vector) == 3 * sizeof(double), "three doubles a point, as the kernel takes them");
   for (std::size_t i = 0; i < n;) {
@@ -49,12 +54,13 @@ void power_sums::add(const vector* points, std::size_t n, real marker) {
 }
 
 void power_sums::close() {
-  // Each in the place of partial sums that went into one before it.
+  // Sum k is stored where the partial sums of an earlier one were.
   for (std::size_t k = 1; k < length_ / partial_sums; ++k) sums_[k] = computed(tree_sum(sums_ + k * partial_sums));
   sums_[0] = static_cast<double>(count_);
 }
 
-// Some of the next points without moving them, or none.
+// Adds some of the next points without moving them, and returns how many, maybe 0: those that the kernel adds, then the
+// block of points where it stopped, if none of them is marked.
 std::size_t power_sums::add_at_once(const double* points, std::size_t n, double marker) {
   std::size_t added = kernels_.add_plane_points(points, n, marker, exponents_, sums_);
   if (n - added >= point_block && add_block(points + 3 * added, point_block, marker)) added += point_block;
@@ -62,6 +68,8 @@ std::size_t power_sums::add_at_once(const double* points, std::size_t n, double 
   return added;
 }
 
+// Copies a point behind those that wait, and counts it if it takes part. A marked point is overwritten by the next one,
+// which needs no jump.
 void power_sums::add(const vector& point, real marker) {
   block_[3 * waiting_] = 0;
   block_[3 * waiting_ + 1] = static_cast<double>(point.x);
@@ -70,12 +78,13 @@ void power_sums::add(const vector& point, real marker) {
   if (waiting_ == point_block) flush();
 }
 
+// Adds the points that wait. None of them is marked; a marker that is NaN excludes no point.
 void power_sums::flush() {
   if (waiting_ == 0) return;
   constexpr double no_marker = std::numeric_limits<double>::quiet_NaN();
   const std::size_t added = kernels_.add_plane_points(block_, waiting_, no_marker, exponents_, sums_);
   if (added < waiting_) {
-    // Zeros behind the last point change no sum.
+    // The kernel did not take all. Those left go through a block, filled up with zeros, which change no sum.
     std::fill(std::copy(block_ + 3 * added, block_ + 3 * waiting_, block_), block_ + 3 * point_block, 0.0);
     add_block(block_, (waiting_ - added + partial_sums - 1) / partial_sums * partial_sums, no_marker);
   }
@@ -83,6 +92,8 @@ void power_sums::flush() {
   waiting_ = 0;
 }
 
+// Adds the first n points of a block: unpacks them, forms their powers row by row, adds the rows. False, and nothing is
+// added, where a point is marked.
 bool power_sums::add_block(const double* points, std::size_t n, double marker) {
   if (!powers_) {
     const std::size_t rows = checked_sum(static_cast<std::size_t>(exponents_), 1);

@@ -8,14 +8,15 @@
 
 namespace tessarn::detail {
 
-// The value of a sum from its partial sums.
+// A sum from its partial sums, as a balanced tree.
 inline double tree_sum(const double* s) noexcept {
   return ((s[0] + s[4]) + (s[2] + s[6])) + ((s[1] + s[5]) + (s[3] + s[7]));
 }
 
 // power(e) = sum of x^e for e below exponents, and moment(e) = sum of x^e y for 2 e below exponents, over the points in
 // the order in which they are added: correctly rounded powers, each sum in partial_sums from +0.0. Equal exponents
-// share one sum. What the kernel does not add at once passes through a block of fixed size.
+// share one sum. Most points are added by a kernel that takes them as they lie in memory; the others pass through a
+// block of fixed size (docs/powers.md).
 class power_sums {
  public:
   explicit power_sums(unsigned exponents);
@@ -45,11 +46,12 @@ class power_sums {
   alignas(64) double block_[3 * point_block];  // points as they lie in memory
 };
 
-// Whether the chains of the powers below count of a block of abscissas are safe (core/power.h), or those of 0.
+// Whether the powers below count of all abscissas of a block are in the safe range (core/power_range.h), or are those
+// of 0.
 bool chains_are_safe(const double* x, unsigned count) noexcept;
 
-// powers[e * point_block + i] = x[i]^e for a block of abscissas x = powers + point_block, whatever their range, and e
-// from 2 to below exponents.
+// powers[e * point_block + i] = x[i]^e for 2 <= e < exponents and the block of abscissas x = powers + point_block,
+// whatever their range.
 void block_powers(unsigned exponents, double* powers);
 
 }  // namespace tessarn::detail

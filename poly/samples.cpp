@@ -9,9 +9,9 @@ using tessarn::real;
 
 namespace {
 
-// The number of samples from a to b at the distance h: the low 32 bits of the truncated (b - a)/h + 1. A negative number,
-// from h that leads away from b, throws at once: its low 32 bits would ask for thousands of millions of samples outside
-// the interval. A NaN, and what 64 bits do not hold, count as 0 samples.
+// The number of samples from a to b at the distance h: the low 32 bits of the truncated (b - a)/h + 1. A negative
+// number, from h that leads away from b, throws at once: its low 32 bits would ask for thousands of millions of samples
+// outside the interval. A NaN, and what 64 bits do not hold, count as 0 samples.
 tessarn::ulong sample_count(real a, real b, real h) {
   const real n = (b - a) / h + 1;
   constexpr real limit = static_cast<real>(9223372036854775808.0);
@@ -22,8 +22,8 @@ tessarn::ulong sample_count(real a, real b, real h) {
 
 }  // namespace
 
-// The mean of this polynomial's values divided by those of q, as the fit of one coefficient forms it. Samples where q is 0
-// or NaN are left out, since there is no ratio.
+// The mean of this polynomial's values divided by those of q, as the fit of one coefficient forms it. Samples where q
+// is 0 or NaN are left out, since there is no ratio.
 real binom::scalar(binom& q, real a, real b, real h) {
   const tessarn::ulong n = sample_count(a, b, h);
   std::unique_ptr<vector[]> ratios(new vector[n]);

@@ -27,7 +27,7 @@ constexpr real not_found = -1;
 constexpr real half = static_cast<real>(0.5);
 constexpr real refinement = static_cast<real>(0.01);
 
-// Makes the step a hundredth; false for an infinite one, which would find its bracket for ever.
+// Makes the step a hundredth. False for an infinite step, which would find its bracket again for ever.
 bool refine(real& step) {
   const real coarse = step;
   step *= refinement;
@@ -55,6 +55,7 @@ real root_bound(const std::vector<real>& c) {
   return bound;
 }
 
+// The product of two polynomials, for the numerator below alone: its bits decide nothing but a bound.
 std::vector<real> product(const std::vector<real>& a, const std::vector<real>& b) {
   if (a.empty() || b.empty()) return {};
   std::vector<real> c(a.size() + b.size() - 1);
@@ -84,14 +85,18 @@ std::vector<real> curvature_derivative_numerator(coefficients p) {
   return first;
 }
 
-// What a scan evaluates, and the magnitude beyond which it finds nothing any more: a scan to infinity must end. A whole
-// long block may be known to have one sign.
+// The function that a scan samples:
+//   f           its values at a block of abscissas,
+//   last_root   a magnitude beyond which its sign does not change, so that a scan to infinity ends,
+//   one_sign    whether it is known to have one sign in a whole long block.
 struct value_scan {
   coefficients p;
   block_values f{p};
   real last_root() const { return root_bound(std::vector<real>(p.cof, p.cof + std::max<tessarn::slong>(p.n, 0))); }
   bool one_sign(double first, double step) const {
-    return p.n > 0 && poly_kernels_in_use().one_sign(tessarn::detail::as_doubles(p.cof), static_cast<std::size_t>(p.n), first, step);
+    if (p.n < 1) return false;
+    const auto count = static_cast<std::size_t>(p.n);
+    return poly_kernels_in_use().one_sign(tessarn::detail::as_doubles(p.cof), count, first, step);
   }
 };
 
@@ -102,13 +107,13 @@ struct curvature_scan {
   bool one_sign(double, double) const { return false; }
 };
 
-// Stalled: a step no longer moves x.
+// How a scan ends: at its end, where a step no longer moves x, between two samples of opposite signs, at a zero.
 enum class outcome { nothing, stalled, bracket, exact };
 
 // Whether a scan includes its end.
 enum class interval { closed, half_open };
 
-// e of a number 2^(e - 1023) (1 + ...) in the normal range.
+// The exponent of a normal number as it is stored, 1023 too large.
 int biased_exponent(double v) noexcept {
   std::uint64_t bits;
   std::memcpy(&bits, &v, sizeof bits);
@@ -147,7 +152,8 @@ struct samples {
   }
 };
 
-// Passes over long blocks in which the samples rise to below the end and have one sign. Gives the sample to go on from.
+// Passes over long blocks in which the samples rise to below the end and have one sign; returns the sample to go on
+// from. A block begins with the last sample of the one before.
 template <class Function>
 double skipped(const Function& function, double first, double step, double end) {
   for (double moved = 0; steps_are_equal(first, step, long_block, moved) && moved > 0;) {
@@ -185,6 +191,7 @@ bool is_straight(const real* cof, tessarn::slong n) {
 
 }  // namespace
 
+// Scans for a change of sign, then scans the bracket with a hundredth of the step, until the step is below eps.
 real binom::find_zero(real a, real b, real step, real eps) {
   step = std::fabs(step);
   const value_scan f{{cof, cofcnt}};
@@ -202,6 +209,8 @@ real binom::find_zero(real a, real b, real step, real eps) {
   return (a + b) * half;
 }
 
+// Searches a zero of the derivative of the curvature as find_zero does, with the documented differences: the sign of
+// the step counts, the end of the interval takes no part, and a NaN eps ends the search with the first bracket.
 real binom::find_extrpoint_arc(real a, real b, real step, real eps) {
   const curvature_scan f{{cof, cofcnt}};
   for (bool bracketed = false; !(step < eps); bracketed = true) {

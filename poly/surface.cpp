@@ -16,8 +16,8 @@ using tessarn::detail::real_array;
 
 namespace {
 
-// The number of entries of a table of grade g. What does not fit 32 bits asks for an impossible size, so
-// that it fails in the allocator also where the 32-bit product would wrap to a small number.
+// The number of entries of a table of grade g. A number that does not fit 32 bits becomes an impossible size: it must
+// fail in the allocator, also where the 32-bit product would wrap to a small number.
 std::int64_t entries(slong g) {
   const std::int64_t n = static_cast<std::int64_t>(g) * g;
   return n > std::numeric_limits<std::int32_t>::max() ? -1 : n;
@@ -52,6 +52,7 @@ void hyperbinom::create(slong g) {
   grade = g;
 }
 
+// Keeps the first row of the table, the pure powers of x, and drops the others, as documented.
 void hyperbinom::resize(slong g) {
   if (g == grade) return;
   real_array resized = allocate_counted(entries(g));
@@ -88,6 +89,7 @@ hyperbinom& hyperbinom::operator=(hyperbinom&& src) noexcept {
   return *this;
 }
 
+// Row by row: a running power of y, and from it a running product with x.
 real hyperbinom::func(real x, real y) {
   real s = 0;
   real row = 1;
@@ -106,11 +108,12 @@ real hyperbinom::func(real x, real y) {
 
 void hyperbinom::func(const real* x, const real* y, real* z, tessarn::ulong n) const {
   using tessarn::detail::as_doubles;
-  if (grade < 1)
+  if (grade < 1) {
     std::fill_n(z, n, static_cast<real>(0));
-  else
-    tessarn::detail::poly_kernels_in_use().surface_values(as_doubles(cof), static_cast<std::size_t>(grade), as_doubles(x),
-                                           as_doubles(y), as_doubles(z), n);
+    return;
+  }
+  const auto& kernels = tessarn::detail::poly_kernels_in_use();
+  kernels.surface_values(as_doubles(cof), static_cast<std::size_t>(grade), as_doubles(x), as_doubles(y), as_doubles(z), n);
 }
 
 void hyperbinom::operator+=(hyperbinom& q) {
@@ -125,6 +128,7 @@ void hyperbinom::operator-=(hyperbinom& q) {
     for (slong j = 0; j < grade; ++j) cof[grade * j + i] -= q.get(i, j);
 }
 
+// Each coefficient of the product is the sum over the table of q, row by row.
 void hyperbinom::operator*=(hyperbinom& q) {
   const auto g = static_cast<slong>(static_cast<tessarn::ulong>(grade) + static_cast<tessarn::ulong>(q.grade) - 1u);
   hyperbinom product;
@@ -143,7 +147,7 @@ void hyperbinom::operator*=(real s) {
   for (std::size_t k = 0; k < n; ++k) cof[k] *= s;
 }
 
-// A negative k or grade, which no table has, makes negative exponents.
+// Derived classes can ask with a negative k or grade, which no table has: negative exponents go to the C library.
 real hyperbinom::getvec(slong k, real x, real y) {
   const auto power = [](real v, slong e) {
     return e < 0 ? tessarn::detail::inverse_power(v, 0u - static_cast<unsigned>(e)) : tessarn::detail::power(v, static_cast<unsigned>(e));

@@ -18,12 +18,13 @@ using tessarn::detail::real_array;
 
 namespace {
 
-// Beyond it 32 bits do not count the entries of the g g x g g system.
+// The system has g g x g g entries; a larger grade has more of them than 32 bits count.
 constexpr slong largest_grade = 255;
 
 // The distinct sums of the normal equations, side * side sums of y^b x^a, a, b < side = 2 g - 1, and g * g moments of
 // y^j x^i z, each in partial sums over the points in their order. With weights a point's terms are (y^b x^a)(w w) and
-// (y^j x^i)((w z) w). The points pass through a few blocks of fixed size.
+// (y^j x^i)((w z) w). The points pass through a few blocks of fixed size, except for the grade 2, whose points are
+// added as they lie in memory. Point k is in partial sum k mod 8 either way.
 class surface_sums {
  public:
   explicit surface_sums(tessarn::ulong g)
@@ -40,6 +41,7 @@ class surface_sums {
     }
   }
 
+  // Blocks are added when most_blocks of them are full, which loads and stores the sums once for all, or at the end.
   void run(const vector3d* pts, const real* w, std::size_t n) {
     static_assert(sizeof(vector3d) == 4 * sizeof(double), "four doubles a point, as the kernel takes them");
     std::size_t filled = 0;
@@ -63,12 +65,12 @@ class surface_sums {
   static constexpr std::size_t most_blocks = 2;
 
   std::size_t length() const { return (side_ * side_ + g_ * g_) * partial_sums; }
-  // The powers 0, which are 1 all the time, and 1 are always there.
+  // Rows of powers: at least those of power 0, which is 1 all the time, and of power 1, which takes the coordinates.
   std::size_t rows() const { return std::max<std::size_t>(side_, 2); }
   std::size_t stride() const { return (2 * rows() + 2) * point_block; }
-  // For the grade 2; gives the number of points that it has added.
+  // Adds the points of grade 2 in whole groups of partial_sums, and returns how many it has added.
   std::size_t add_whole_groups(const vector3d* pts, const real* w, std::size_t n) {
-    constexpr std::size_t part = 512;  // which stays in the cache where a kernel goes through it more than once
+    constexpr std::size_t part = 512;  // stays in the cache: with two lanes the kernel passes over it four times
     const std::size_t end = n - n % partial_sums;
     for (std::size_t first = 0; first < end; first += part)
       kernels_.add_points(reinterpret_cast<const double*>(pts + first),
@@ -76,6 +78,7 @@ class surface_sums {
                           moments_);
     return end;
   }
+  // Fills the rows of a block from count points and their weights: coordinates, powers, weighted ordinates.
   void fill(double* px, const vector3d* pts, const real* w, std::size_t count) const {
     double* py = px + rows() * point_block;
     double* z = py + rows() * point_block;
@@ -89,6 +92,7 @@ class surface_sums {
     tessarn::detail::block_powers(static_cast<unsigned>(side_), px);
     tessarn::detail::block_powers(static_cast<unsigned>(side_), py);
   }
+  // Fewer points than a block has, and zeros behind them.
   void unpack_rest(const vector3d* pts, std::size_t count, double* x, double* y, double* z) const {
     for (std::size_t i = 0; i < point_block; ++i) {
       x[i] = i < count ? static_cast<double>(pts[i].x) : 0;
@@ -115,8 +119,8 @@ class surface_sums {
   double* const blocks_;
 };
 
-// The normal equations in the order of the coefficients, y^j x^i at g j + i. The sum in a row and a column depends on
-// the sums of their exponents only.
+// The normal equations in the order of the coefficients, y^j x^i at g j + i. An entry depends on the sums of the
+// exponents of its row and its column only.
 void set_up(const surface_sums& s, std::size_t g, linear_system& system) {
   for (std::size_t r = 0; r < g * g; ++r) {
     const std::size_t j = r / g, i = r % g;

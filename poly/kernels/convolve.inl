@@ -11,9 +11,10 @@ namespace {
 constexpr size_t product_vectors = width == 8 ? 4 : 6;
 constexpr size_t product_block = product_vectors * width;
 
-// The coefficients k .. k + product_block - 1 of the product, each the sum of c[k - j] q[j] over j ascending. Vector v runs
-// v * width behind: it is at j = t + v * width when vector 0 is at j = t. All vectors then need the same coefficients
-// c[k - t], c[k - t + 1], ..., which are loaded once. The sums begin and end with products with the zeros around c and q.
+// The coefficients k .. k + product_block - 1 of the product, each the sum of c[k - j] q[j] over j ascending. Vector v
+// runs v * width behind: it is at j = t + v * width when vector 0 is at j = t. All vectors then need the same
+// coefficients c[k - t], c[k - t + 1], ..., which are loaded once. The sums begin and end with products with the zeros
+// around c and q.
 TESSARN_INLINE void convolve_block(const double* c, ptrdiff_t n, const double* q, ptrdiff_t nq, ptrdiff_t k,
                                    double* r) {
   constexpr auto lead = static_cast<ptrdiff_t>(product_block - width);

@@ -7,9 +7,9 @@
 namespace tessarn::detail::TESSARN_ISA {
 namespace {
 
-// Vectors of abscissas side by side, to hide the latency of the running powers and of the chains. A single lane needs more
-// of them.
-constexpr size_t value_vectors = 4, series_vectors = width == 1 ? partial_sums : 4, derivative_vectors = width == 1 ? 1 : 2;
+// Vectors of abscissas side by side, to hide the latency of the running powers and of the chains: as many as there are
+// registers for their sums.
+constexpr size_t value_vectors = 4, series_vectors = width == 1 ? 8 : 4, derivative_vectors = width == 1 ? 1 : 2;
 
 // Values by a running power, in place of the abscissas. The product that would follow the last power is left out.
 TESSARN_INLINE void value_group(const double* cof, size_t count, vec* x) {

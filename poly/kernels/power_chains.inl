@@ -73,12 +73,12 @@ TESSARN_INLINE uint64_t bits_at(const double* p) {
 #endif
 }
 
-// Whether the chain of powers below EXPONENTS is safe for *v, or *v is 0, as are all its powers then. Abscissas are tested
-// as integers, one by one: the vector units have enough to do.
+// Whether the chain of powers below EXPONENTS is safe for *v, or *v is 0, as are all its powers then. Abscissas are
+// tested as integers, one by one: the vector units have enough to do.
 template <size_t EXPONENTS>
 TESSARN_INLINE bool chain_takes(const double* v) {
-  // The second comparison is one of doubles: GCC computes both at once where two integers are compared. [[likely]] keeps
-  // it out of the way, where it costs no jump.
+  // The second comparison is one of doubles: GCC computes both at once where two integers are compared. [[likely]]
+  // keeps it out of the way, where it costs no jump.
   if (2 * bits_at(v) - safe_range<EXPONENTS>::least <= safe_range<EXPONENTS>::extent) [[likely]] return true;
   return *v == 0;
 }
@@ -87,8 +87,8 @@ TESSARN_INLINE bool chain_takes(const double* v) {
 constexpr size_t max_half_count = 25;
 
 // Chains by half exponents (core/half_exponents.inl), for abscissas whose chain is safe. They give what
-// double_double_chains gives in less than half of the operations, as long as no lane is in doubt: the callers run others
-// where doubt is set. COUNT is the number of powers where that is a compile-time constant, else 0.
+// double_double_chains gives in less than half of the operations, as long as no lane is in doubt: the callers run
+// others where doubt is set. COUNT is the number of powers where that is a compile-time constant, else 0.
 template <size_t GROUP, size_t COUNT = 0>
 struct half_exponent_chains {
   half_power power[max_half_count / 2 + 1][GROUP];
@@ -106,8 +106,8 @@ struct half_exponent_chains {
     finish(count, use);
   }
 
-  // The first part, up to the factors of power 3, for more than two powers. A caller can begin the next points before it
-  // finishes these: the two chains hide each other's latency.
+  // The first part, up to the factors of power 3, for more than two powers. A caller can begin the next points before
+  // it finishes these: the two chains hide each other's latency.
   TESSARN_MEMBER void begin(const vec* x, size_t count) {
     const double margin = margin_of(count);
     for (size_t v = 0; v < GROUP; ++v) {

@@ -9,8 +9,8 @@ namespace {
 
 bool in_range(const double* x, double low, double high) {
 #if TESSARN_VECTOR_LANES
-  // Magnitudes are ordered as their bits are. A difference of bits is below 0 where one is out of range; the last factor is
-  // below 0 but for zeros, which are in range.
+  // Magnitudes are ordered as their bits are. A difference of bits is below 0 where one is out of range; the last
+  // factor is below 0 but for zeros, which are in range.
   const mask least = (mask)broadcast(low), end = (mask)broadcast(high) - 1;
   mask outside = {};
   for (size_t i = 0; i < point_block; i += width) {
@@ -28,8 +28,8 @@ bool in_range(const double* x, double low, double high) {
 #endif
 }
 
-// Gives the powers of GROUP vectors of abscissas to use(e, powers), which must bear to get them twice: a group in which a
-// power is in doubt is run again by double-doubles.
+// Gives the powers of GROUP vectors of abscissas to use(e, powers), which must bear to get them twice: a group in which
+// a power is in doubt is run again by double-doubles.
 template <size_t GROUP, size_t COUNT = 0, class Use>
 TESSARN_INLINE void run_chains(const double* from, size_t count, const Use& use) {
   vec x[GROUP];
@@ -58,8 +58,8 @@ void double_double_powers(size_t exponents, double* powers) {
   chain.run(&x, exponents, store_powers<1>{powers});
 }
 
-// A vector in doubt is run again alone, out of line: the double-doubles of a whole group would take the registers of the
-// chains by half exponents, too.
+// A vector in doubt is run again alone, out of line: the double-doubles of a whole group would take the registers of
+// the chains by half exponents, too.
 template <size_t GROUP, size_t COUNT>
 TESSARN_INLINE void half_exponent_powers(double* powers, size_t count = COUNT) {
   for (double* to = powers; to < powers + point_block; to += GROUP * width) {

@@ -8,8 +8,8 @@
 namespace tessarn::detail::TESSARN_ISA {
 namespace {
 
-// The sums that power b of y enters, for a surface whose grade is a compile-time constant: with the powers of x, and for
-// b < G the moments. Powers 0 are not multiplied with.
+// The sums that power b of y enters, for a surface whose grade is a compile-time constant: with the powers of x, and
+// for b < G the moments. Powers 0 are not multiplied with.
 template <size_t G, bool WEIGHTED>
 struct surface_row {
   static constexpr size_t side = 2 * G - 1;
@@ -55,9 +55,9 @@ struct store_two_powers {
   }
 };
 
-// Unpacks a block of space points and forms the powers below 5, for the grade 3, in one pass: a vector of x and one of y are
-// a group of two chains. The coordinates of the next points are taken apart before the powers of these are made, which
-// hides the latency of the shuffles. Gains 10 ... 25 % over a pass for each.
+// Unpacks a block of space points and forms the powers below 5, for the grade 3, in one pass: a vector of x and one of
+// y are a group of two chains. The coordinates of the next points are taken apart before the powers of these are made,
+// which hides the latency of the shuffles. Gains 10 ... 25 % over a pass for each.
 TESSARN_INLINE bool unpack_with_powers(const double* points, double* px, double* py, double* z) {
   constexpr size_t count = 5;
   half_exponent_chains<2, count> chain;
@@ -102,8 +102,8 @@ void apply_weights(const double* w, double* z) {
 template <size_t G>
 constexpr size_t max_rows = width < 8 ? 1 : G < 4 ? 3 : 2;
 
-// All sums of a grade that is a compile-time constant: the powers of y from FIRST on, a few at a time, whose sums stay in
-// registers while the points of all blocks pass. Gains 13 ... 36 % for the grades 3 and 4 over accumulate_products.
+// All sums of a grade that is a compile-time constant: the powers of y from FIRST on, a few at a time, whose sums stay
+// in registers while the points of all blocks pass. Gains 13 ... 36 % for the grades 3 and 4 over accumulate_products.
 template <size_t G, bool WEIGHTED, size_t FIRST = 0>
 TESSARN_INLINE void accumulate_surface(const surface_blocks& blocks, double* sums, double* moments) {
   constexpr size_t side = 2 * G - 1;
