@@ -7,26 +7,24 @@
 #include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
+#include "matrix/minor.h"
 
 namespace tessarn::detail {
 namespace {
 
-real sign_of(std::size_t i, std::size_t j) { return (i + j) % 2 == 0 ? 1 : -1; }
+const auto unchanged = [](real v) { return v; };
 
-// The minor without row j and column i, from scratch.
+// The determinant of the minor without row j and column i, by an elimination of its own.
 real minor_from_scratch(const real* m, std::size_t n, std::size_t j, std::size_t i) {
   const real_array minor = allocate((n - 1) * (n - 1));
-  real* to = minor.get();
-  for (std::size_t r = 0; r < n; ++r)
-    for (std::size_t c = 0; c < n; ++c)
-      if (r != j && c != i) *to++ = m[r * n + c];
+  copy_minor(m, n, j, i, minor.get(), unchanged);
   return determinant(minor.get(), n - 1);
 }
 
 constexpr std::size_t stack_size = 1280;  // up to so many reals the workspace of the kernel is on the stack
 
-// Shared eliminations leave the NaN rule out, and a NaN in one of them reaches the minor, or the determinant: those
-// that are NaN are computed again on their own.
+// The kernel shares elimination steps between minors, and leaves the quiet-NaN rule out. A NaN in a shared step reaches the
+// minors that use it, and the determinant: those that are NaN are computed again, each by itself and under the rule.
 void invert_shared(const real* m, std::size_t n, real* dst) {
   const matrix_kernels& kernels = matrix_kernels_in_use();
   workspace<real, stack_size, 64> work(kernels.adjugate_workspace(n));
@@ -43,7 +41,8 @@ void invert_shared(const real* m, std::size_t n, real* dst) {
   for (std::size_t i = 0; i < n * n; ++i) dst[i] *= q;
 }
 
-// The minor without row j and column i of a matrix of up to four rows.
+// The determinant of the minor without row j and column i of a matrix of two to four rows. For three rows it is written
+// out: the elimination of a 2 x 2 matrix, whose result the quiet-NaN rule sees once.
 real small_minor(const real* m, std::size_t n, std::size_t j, std::size_t i) {
   if (n == 2) return m[(1 - j) * 2 + (1 - i)];
   if (n == 3) {
@@ -53,13 +52,10 @@ real small_minor(const real* m, std::size_t n, std::size_t j, std::size_t i) {
     const std::size_t b = i == 2 ? 1 : 2;
     const real f = (-1 / upper[a]) * lower[a];
     const real eliminated = f * upper[b] + lower[b];
-    return upper[a] * (eliminated == eliminated ? eliminated : 0);
+    return upper[a] * computed(eliminated);
   }
   real rest[9];
-  real* to = rest;
-  for (std::size_t r = 0; r < n; ++r)
-    for (std::size_t c = 0; c < n; ++c)
-      if (r != j && c != i) *to++ = m[r * n + c];
+  copy_minor(m, n, j, i, rest, unchanged);
   return determinant(rest, 3);
 }
 

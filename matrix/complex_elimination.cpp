@@ -6,11 +6,14 @@
 #include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
+#include "matrix/minor.h"
 
 using tessarn::real;
 using tessarn::detail::column_view;
 using tessarn::detail::complex_mat;
 using tessarn::detail::complex_sqmat;
+using tessarn::detail::copy_minor;
+using tessarn::detail::sign_of;
 
 namespace {
 
@@ -57,6 +60,20 @@ struct work_matrix {
   }
 };
 
+// -1 over a pivot: the factor that eliminates an entry below it is entry / -pivot, by one reciprocal; 0 where |pivot|^2 is
+// exactly 0.
+struct negated_pivot {
+  complex_value q;
+  real square, reciprocal;
+
+  explicit negated_pivot(complex_value pivot)
+      : q{-pivot.re, -pivot.im}, square(q.im * q.im + q.re * q.re), reciprocal(1 / square) {}
+  complex_value factor_of(complex_value e) const {
+    if (square == 0) return {0, 0};
+    return {(e.im * q.im + e.re * q.re) * reciprocal, (e.im * q.re - e.re * q.im) * reciprocal};
+  }
+};
+
 // t / d with two true divisions; 0 when |d|^2 is exactly 0.
 complex_value quotient_or_zero(complex_value t, complex_value d) {
   const real square = d.re * d.re + d.im * d.im;
@@ -69,18 +86,14 @@ complex_value without_product(complex_value u, complex_value x, complex_value w)
   return {u.re - (x.re * w.re - x.im * w.im), u.im - (x.re * w.im + x.im * w.re)};
 }
 
-// The solver for a right-hand side with fewer rows than the matrix, step by step on its entries.
+// The solver for a right-hand side with fewer rows than the matrix. Its rows wrap: one that stands for several equations
+// is updated for each of them, one after the other, so every step works on the right-hand side itself.
 void solve_wrapped(const cplx* a, std::size_t n, column_view<cplx> rhs) {
   work_matrix w(a, n);
   for (std::size_t p = 0; p + 1 < n; ++p) {
-    const complex_value pivot = w.at(p, p);
-    const complex_value q{-pivot.re, -pivot.im};
-    const real square = q.im * q.im + q.re * q.re;
-    const real reciprocal = 1 / square;
+    const negated_pivot pivot(w.at(p, p));
     for (std::size_t r = p + 1; r < n; ++r) {
-      const complex_value e = w.at(r, p);
-      complex_value f{0, 0};
-      if (!(square == 0)) f = {(e.im * q.im + e.re * q.re) * reciprocal, (e.im * q.re - e.re * q.im) * reciprocal};
+      const complex_value f = pivot.factor_of(w.at(r, p));
       const cplx factor(f.re, f.im);
       for (std::size_t c = p; c < n; ++c) {
         const complex_value u = w.at(p, c);
@@ -100,7 +113,7 @@ void solve_wrapped(const cplx* a, std::size_t n, column_view<cplx> rhs) {
   }
 }
 
-// The same for N equations, step by step on values that stay in registers.
+// The solver for N equations, whose sizes are compile-time constants, so that the values stay in registers.
 template <std::size_t N>
 void solve_small(const cplx* a, column_view<cplx> rhs) {
   complex_value w[N][N + 1];
@@ -109,13 +122,9 @@ void solve_small(const cplx* a, column_view<cplx> rhs) {
     w[r][N] = {rhs[r].re, rhs[r].im};
   }
   for (std::size_t p = 0; p + 1 < N; ++p) {
-    const complex_value q{-w[p][p].re, -w[p][p].im};
-    const real square = q.im * q.im + q.re * q.re;
-    const real reciprocal = 1 / square;
+    const negated_pivot pivot(w[p][p]);
     for (std::size_t r = p + 1; r < N; ++r) {
-      const complex_value e = w[r][p];
-      complex_value f{0, 0};
-      if (!(square == 0)) f = {(e.im * q.im + e.re * q.re) * reciprocal, (e.im * q.re - e.re * q.im) * reciprocal};
+      const complex_value f = pivot.factor_of(w[r][p]);
       for (std::size_t c = p + 1; c <= N; ++c) {
         const complex_value u = w[p][c];
         w[r][c] = {(f.re * u.re - f.im * u.im) + w[r][c].re, (f.re * u.im + f.im * u.re) + w[r][c].im};
@@ -145,17 +154,13 @@ cplx complex_sqmat::det() {
 
 cplx complex_sqmat::cof(tessarn::ulong x, tessarn::ulong y) {
   if (size < 2) return {1, 0};
-  const auto sign = [](tessarn::ulong i, tessarn::ulong j) { return static_cast<real>(((i + j) & 1u) == 0 ? 1 : -1); };
-  if (size == 2) return get(x % 2 == 0 ? 1 : 0, y % 2 == 0 ? 1 : 0) * sign(x, y);
+  if (size == 2) return get(x % 2 == 0 ? 1 : 0, y % 2 == 0 ? 1 : 0) * sign_of(x, y);
   x %= size;
   y %= size;
   sqmat minor;
   minor.create(size - 1);
-  cplx* to = minor.data;
-  for (std::size_t r = 0; r < size; ++r)
-    for (std::size_t c = 0; c < size; ++c)
-      if (r != y && c != x) *to++ = data[r * size + c];
-  return minor.det() * sign(x, y);
+  copy_minor(data, size, y, x, minor.data, [](const cplx& v) { return v; });
+  return minor.det() * sign_of(x, y);
 }
 
 // The right-hand side is eliminated as one more column. Columns left of a pivot need not be computed, since

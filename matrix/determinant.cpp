@@ -7,6 +7,7 @@
 #include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
+#include "matrix/minor.h"
 
 namespace tessarn::detail {
 namespace {
@@ -114,22 +115,20 @@ real determinant(const real* a, std::size_t n) {
 }  // namespace tessarn::detail
 
 using tessarn::real;
+using tessarn::detail::copy_minor;
 using tessarn::detail::real_sqmat;
+using tessarn::detail::sign_of;
 using tessarn::detail::without_quiet_nan;
 
 real real_sqmat::det() { return tessarn::detail::determinant(data, size); }
 
 real real_sqmat::cof(tessarn::ulong x, tessarn::ulong y) {
   if (size < 2) return 0;
-  const auto sign = [](tessarn::ulong i, tessarn::ulong j) { return static_cast<real>(((i + j) & 1u) == 0 ? 1 : -1); };
-  if (size == 2) return sign(x, y) * get(x % 2 == 0 ? 1 : 0, y % 2 == 0 ? 1 : 0);
+  if (size == 2) return sign_of(x, y) * get(x % 2 == 0 ? 1 : 0, y % 2 == 0 ? 1 : 0);
   x %= size;
   y %= size;
   sqmat minor;
   minor.create(size - 1);
-  real* to = minor.data;
-  for (std::size_t r = 0; r < size; ++r)
-    for (std::size_t c = 0; c < size; ++c)
-      if (r != y && c != x) *to++ = without_quiet_nan(data[r * size + c]);
-  return sign(x, y) * minor.det();
+  copy_minor(data, size, y, x, minor.data, without_quiet_nan);
+  return sign_of(x, y) * minor.det();
 }

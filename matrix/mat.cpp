@@ -10,15 +10,12 @@
 
 using tessarn::real;
 using tessarn::detail::computed;
+using tessarn::detail::entry_count;
 using tessarn::detail::real_mat;
 
 namespace {
 
-std::size_t entry_count(tessarn::ulong width, tessarn::ulong height) {
-  return static_cast<tessarn::ulong>(width * height);
-}
-
-std::size_t entry_count(const real_mat& m) { return entry_count(m.getWidth(), m.getHeight()); }
+std::size_t entry_count(const real_mat& m) { return tessarn::detail::entry_count(m.getWidth(), m.getHeight()); }
 
 // Applies the function to each pair of entries, in a new matrix of the sizes of a.
 template <class Function>

@@ -5,14 +5,7 @@
 #include "matrix/complex_array.h"
 
 using tessarn::detail::complex_mat;
-
-namespace {
-
-std::size_t entry_count(tessarn::ulong width, tessarn::ulong height) {
-  return static_cast<tessarn::ulong>(width * height);
-}
-
-}  // namespace
+using tessarn::detail::entry_count;
 
 complex_mat::mat(mat& m) : mat() {
   if (m.data == nullptr) return;

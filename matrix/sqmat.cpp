@@ -8,19 +8,14 @@
 #include "matrix/multiply.h"
 
 using tessarn::real;
+using tessarn::detail::entry_count;
 using tessarn::detail::real_mat;
 using tessarn::detail::real_sqmat;
 using tessarn::detail::without_quiet_nan;
 
-namespace {
-
-std::size_t entry_count(tessarn::ulong n) { return static_cast<tessarn::ulong>(n * n); }
-
-}  // namespace
-
 real_sqmat::sqmat(sqmat& m) : sqmat() {
   create(m.size);
-  std::copy_n(m.data, entry_count(size), data);
+  std::copy_n(m.data, entry_count(size, size), data);
 }
 
 real_sqmat::~sqmat() { release(); }
@@ -34,13 +29,13 @@ void real_sqmat::create(tessarn::ulong n) {
   release();
   if (n == 0) return;
   tessarn::detail::require_countable(n, n);
-  data = new real[entry_count(n)];
+  data = new real[entry_count(n, n)];
   size = n;
 }
 
 void real_sqmat::operator=(sqmat& src) {
   if (size != src.size) create(src.size);
-  if (this != &src) std::copy_n(src.data, entry_count(size), data);
+  if (this != &src) std::copy_n(src.data, entry_count(size, size), data);
 }
 
 real_sqmat& real_sqmat::operator=(sqmat&& src) noexcept {
@@ -82,7 +77,7 @@ void real_sqmat::transpose(sqmat& dst) {
 void real_sqmat::operator*=(sqmat& b) {
   if (b.size != size || size == 0) return;
   const sqmat product = *this * b;
-  std::copy_n(product.data, entry_count(size), data);
+  std::copy_n(product.data, entry_count(size, size), data);
 }
 
 real_sqmat tessarn::detail::unchecked::product(const real_sqmat& a, const real_sqmat& b) {
@@ -94,9 +89,9 @@ real_sqmat tessarn::detail::unchecked::product(const real_sqmat& a, const real_s
 }
 
 bool real_sqmat::operator==(sqmat& b) {
-  return size != b.size || tessarn::detail::entries_equal(data, b.data, entry_count(size));
+  return size != b.size || tessarn::detail::entries_equal(data, b.data, entry_count(size, size));
 }
 
 bool real_sqmat::operator!=(sqmat& b) {
-  return size == b.size && !tessarn::detail::entries_equal(data, b.data, entry_count(size));
+  return size == b.size && !tessarn::detail::entries_equal(data, b.data, entry_count(size, size));
 }

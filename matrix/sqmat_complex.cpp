@@ -9,15 +9,14 @@
 
 using tessarn::detail::complex_mat;
 using tessarn::detail::complex_sqmat;
+using tessarn::detail::entry_count;
 
 namespace {
-
-std::size_t entry_count(tessarn::ulong n) { return static_cast<tessarn::ulong>(n * n); }
 
 // a b as new entries.
 cplx* product_of(const cplx* a, const cplx* b, tessarn::ulong n) {
   using namespace tessarn::detail;
-  const std::size_t count = entry_count(n);
+  const std::size_t count = entry_count(n, n);
   entries_owner product(allocate_entries(count));
   multiply(a, b, first_part(product.get()), n);
   construct_around_parts(product.get(), count);
@@ -26,7 +25,7 @@ cplx* product_of(const cplx* a, const cplx* b, tessarn::ulong n) {
 
 }  // namespace
 
-complex_sqmat::sqmat(sqmat& m) : data(tessarn::detail::copied_entries(m.data, entry_count(m.size))), size(m.size) {}
+complex_sqmat::sqmat(sqmat& m) : data(tessarn::detail::copied_entries(m.data, entry_count(m.size, m.size))), size(m.size) {}
 
 complex_sqmat::~sqmat() { release(); }
 
@@ -39,13 +38,13 @@ void complex_sqmat::release() noexcept {
 void complex_sqmat::create(tessarn::ulong n) {
   release();
   tessarn::detail::require_countable(n, n);
-  data = tessarn::detail::zero_entries(entry_count(n));
+  data = tessarn::detail::zero_entries(entry_count(n, n));
   size = n;
 }
 
 void complex_sqmat::operator=(sqmat& src) {
   if (size != src.size) create(src.size);
-  if (this != &src) std::copy_n(src.data, entry_count(size), data);
+  if (this != &src) std::copy_n(src.data, entry_count(size, size), data);
 }
 
 complex_sqmat& complex_sqmat::operator=(sqmat&& src) noexcept {
