@@ -9,9 +9,9 @@
 
 namespace tessarn::detail {
 
-// n values of T, not initialised: inside the object up to Few of them, so that small sizes allocate nothing; on the heap
-// above that. They begin at a multiple of Alignment bytes. A size that cannot be allocated throws as new[] does, from the
-// constructor; the destructor releases the memory.
+// n values of T, not initialised: inside the object up to Few of them, so that small sizes allocate nothing; on the
+// heap above that. They begin at a multiple of Alignment bytes. A size that cannot be allocated throws as new[] does,
+// from the constructor; the destructor releases the memory.
 template <class T, std::size_t Few, std::size_t Alignment = alignof(T)>
 class workspace {
  public:

@@ -31,8 +31,8 @@ cloud::cloud(const vector3d* pts, ulong count)
   duplicate_search search(count);
   const cloud_arrays to = {as_doubles(coordinates_), stride_, search.hashes(), distances_.of_groups(),
                            distances_.of_blocks()};
-  geometry_kernels_in_use().ingest_points(reinterpret_cast<const double*>(pts), n_, coordinates_of(reference_).data(), to,
-                                          &moments_, sums_);
+  geometry_kernels_in_use().ingest_points(reinterpret_cast<const double*>(pts), n_, coordinates_of(reference_).data(),
+                                          to, &moments_, sums_);
   distances_.prepare(reference_);
   const std::unique_ptr<bool[]> marked = search.marked(pts);
   if (marked) remove(marked.get());

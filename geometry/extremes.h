@@ -8,22 +8,24 @@
 
 namespace tessarn::detail {
 
-// How far the points of each group and each block go from a reference point. By these whole ones are left out of a
-// search: a point is no farther from another one than it is by way of the reference point.
+// The greatest distance from a reference point for each group and each block of points. A search leaves out the groups
+// and blocks whose points lie too near: a point is no farther from another one than it is by way of the reference
+// point.
 class distance_index {
  public:
   explicit distance_index(std::size_t points);
   distance_index(const distance_index&) = delete;
 
-  // Where the squares of the distances go, null for few points; prepare has to follow.
+  // The arrays for the squares of the distances, null for few points. After they have been filled, prepare must be
+  // called.
   double* of_groups() { return squares_.get(); }
   double* of_blocks() { return squares_ ? squares_.get() + groups_ : nullptr; }
   void prepare(const vector3d& reference);
-  // For points that are not those of the groups any more.
+  // After points have been removed: the groups are no longer those of the squares.
   void forget() { usable_ = false; }
 
-  // The first of the points that are farthest from a, if farther than least, otherwise points.n; with b, the same for
-  // the sum of the distances from both.
+  // The first of the points that are farthest from a, if farther than least, otherwise points.n. With b the sum of the
+  // distances from a and b takes the place of the distance from a.
   std::size_t farthest(const point_arrays& points, const vector3d& a, const vector3d* b, double least) const;
 
  private:

@@ -23,8 +23,9 @@ real minor_from_scratch(const real* m, std::size_t n, std::size_t j, std::size_t
 
 constexpr std::size_t stack_size = 1280;  // up to so many reals the workspace of the kernel is on the stack
 
-// The kernel shares elimination steps between minors, and leaves the quiet-NaN rule out. A NaN in a shared step reaches the
-// minors that use it, and the determinant: those that are NaN are computed again, each by itself and under the rule.
+// The kernel shares elimination steps between minors, and leaves the quiet-NaN rule out. A NaN in a shared step reaches
+// the minors that use it, and the determinant: those that are NaN are computed again, each by itself and under the
+// rule.
 void invert_shared(const real* m, std::size_t n, real* dst) {
   const matrix_kernels& kernels = matrix_kernels_in_use();
   workspace<real, stack_size, 64> work(kernels.adjugate_workspace(n));

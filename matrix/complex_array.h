@@ -24,9 +24,9 @@ inline cplx* allocate_entries(std::size_t n) {
   return entries;
 }
 
-// Constructs n entries, each with the value of make(index). The fence makes the compiler write entry by entry: otherwise
-// it writes field by field, in three loops over the array, and copies of 5 x 5 matrices take 1.4 times as long, those of
-// 16 x 16 ones 1.9 times. Not unrolled, the loop takes up to 1.3 times as long.
+// Constructs n entries, each with the value of make(index). The fence makes the compiler write entry by entry:
+// otherwise it writes field by field, in three loops over the array, and copies of 5 x 5 matrices take 1.4 times as
+// long, those of 16 x 16 ones 1.9 times. Not unrolled, the loop takes up to 1.3 times as long.
 template <class Make>
 void construct_entries(cplx* entries, std::size_t n, Make make) {
   TESSARN_UNROLL_LONG
@@ -48,8 +48,8 @@ inline cplx* copied_entries(const cplx* source, std::size_t n) {
   return entries;
 }
 
-// Where the real part of the first entry is, or will be once the entry is constructed: behind the virtual table pointer,
-// which is as large as a real. The imaginary part follows.
+// Where the real part of the first entry is, or will be once the entry is constructed: behind the virtual table
+// pointer, which is as large as a real. The imaginary part follows.
 inline real* first_part(cplx* entries) noexcept { return reinterpret_cast<real*>(entries) + 1; }
 
 // Constructs n entries around the parts that stand in their places already. Compilers see that the parts keep their

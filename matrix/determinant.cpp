@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kernel_size = 6;
 constexpr std::size_t stack_size = 16;  // up to here nothing is allocated
 
-// Both sums start from +0.0 and run over the rotations of the columns.
+// The rule of Sarrus. Both sums start from +0.0, each term one diagonal further to the right.
 real sarrus(const real* a) {
   real down = 0, up = 0;
   for (int k = 0; k < 3; ++k) {
@@ -26,8 +26,8 @@ real sarrus(const real* a) {
   return down - up;
 }
 
-// Row r += f * row p with f = (-1 / pivot) * entry under the NaN rule, from the column behind the pivot on: what
-// becomes of the eliminated column is never read again.
+// Elimination without pivoting under the quiet-NaN rule: row r += f * row p with f = (-1 / pivot) * entry. It leaves
+// the column of the pivot as it is, since nothing reads it again.
 void eliminate_by_rule(real* w, std::size_t n) {
   for (std::size_t p = 0; p + 1 < n; ++p) {
     const real* upper = w + p * n;
@@ -40,7 +40,7 @@ void eliminate_by_rule(real* w, std::size_t n) {
   }
 }
 
-// From 1.0, in ascending order.
+// The product of the diagonal entries, from 1.0 in ascending order.
 real diagonal_product(const real* w, std::size_t n) {
   real product = 1;
   for (std::size_t i = 0; i < n; ++i) product *= w[i * n + i];
@@ -49,10 +49,9 @@ real diagonal_product(const real* w, std::size_t n) {
 
 }  // namespace
 
-// The kernel leaves the NaN rule out. A NaN in row r and column c reaches the last row, by the later steps of
-// column c, and from there the last diagonal entry: a diagonal product that is a number was computed without
-// one. Otherwise the work is done again under the rule.
-// w holds n n reals and the workspace of the elimination.
+// The kernel leaves the quiet-NaN rule out. A NaN in row r and column c reaches the last row, by the later steps of
+// column c, and from there the last diagonal entry: a diagonal product that is a number was computed without any.
+// Otherwise the work is done again under the rule. w holds n n reals and the workspace of the elimination.
 static real determinant_in(const real* a, std::size_t n, real* w) {
   std::copy_n(a, n * n, w);
   if (n > kernel_size) {
@@ -65,8 +64,8 @@ static real determinant_in(const real* a, std::size_t n, real* w) {
   return diagonal_product(w, n);
 }
 
-// The same for small sizes and without the rule, step by step on values that stay in registers: product times the
-// pivots, NaN where the rule is needed.
+// product times the pivots of a small matrix, by an elimination without the quiet-NaN rule; NaN where the rule is
+// needed. The recursion unrolls the steps, so that the entries stay in registers.
 template <std::size_t N>
 static real times_pivots(const real (&w)[N][N], real product) {
   product *= w[0][0];

@@ -14,7 +14,7 @@
 namespace tessarn::detail {
 namespace {
 
-constexpr std::size_t stack_size = 1024;  // up to so many reals nothing is allocated
+constexpr std::size_t stack_size = 1024;  // reals; larger systems allocate their workspace
 
 using permutation = std::unique_ptr<std::uint32_t[]>;
 
@@ -78,6 +78,7 @@ void substitute_back(const real* w, std::size_t n, std::size_t stride, const rea
   }
 }
 
+// The whole solution under the quiet-NaN rule, step by step. False when a column of candidate pivots is exactly 0.
 bool solve_by_rule(const real* a, std::size_t n, column_view<real> b) {
   const real_array w = allocate(n * (n + 1));
   const permutation order(new std::uint32_t[n]);
@@ -89,7 +90,9 @@ bool solve_by_rule(const real* a, std::size_t n, column_view<real> b) {
   return true;
 }
 
-// room begins at a whole cache line and holds the matrix in rows of stride, a column and the kernel's workspace.
+// The kernel factorises a padded copy without the quiet-NaN rule; where it meets a NaN, or a singular matrix,
+// everything is done again under the rule. room begins at a whole cache line and holds the copy in rows of stride, a
+// column and the workspace of the kernel.
 bool solve_by_kernel(const real* a, std::size_t n, column_view<real> b, real* room, std::size_t stride) {
   real* v = room + n * stride;
   for (std::size_t r = 0; r < n; ++r) {
@@ -97,7 +100,8 @@ bool solve_by_kernel(const real* a, std::size_t n, column_view<real> b, real* ro
     std::fill_n(room + r * stride + n, stride - n, static_cast<real>(0));
     v[r] = b[r];
   }
-  if (!matrix_kernels_in_use().factorise(as_doubles(room), n, as_doubles(v), as_doubles(v + stride))) return solve_by_rule(a, n, b);
+  if (!matrix_kernels_in_use().factorise(as_doubles(room), n, as_doubles(v), as_doubles(v + stride)))
+    return solve_by_rule(a, n, b);
   substitute_back(room, n, stride, v, b);
   return true;
 }
@@ -107,13 +111,14 @@ bool solve_by_kernel(const real* a, std::size_t n, column_view<real> b, real* ro
 bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
   using solver = bool (*)(const real*, column_view<real>);
   static constexpr solver small[] = {nullptr,
-                                     solve_named<1>,        solve_named<2>,        solve_named<3>,
-                                     solve_named<4>,        solve_named<5>,        solve_named<6>,
-                                     solve_named<7>,        solve_named<8>,        solve_by_pointers<9>,
-                                     solve_by_pointers<10>, solve_by_pointers<11>, solve_by_pointers<12>,
-                                     solve_by_pointers<13>, solve_by_pointers<14>, solve_by_pointers<15>,
-                                     solve_by_pointers<16>};
-  // Where two equations share an entry of b, the solution overwrites what it still needs.
+                                     register_solve<1>,        register_solve<2>,        register_solve<3>,
+                                     register_solve<4>,        register_solve<5>,        register_solve<6>,
+                                     register_solve<7>,        register_solve<8>,        pointer_solve<9>,
+                                     pointer_solve<10>, pointer_solve<11>, pointer_solve<12>,
+                                     pointer_solve<13>, pointer_solve<14>, pointer_solve<15>,
+                                     pointer_solve<16>};
+  // Where b has fewer than n rows, equations share an entry of b: the solution would overwrite entries that it still
+  // needs.
   if (n < sizeof small / sizeof *small) return (n <= b.height && small[n](a, b)) || solve_by_rule(a, n, b);
   const std::size_t stride = matrix_kernels_in_use().lu_stride(n);
   workspace<real, stack_size, 64> room((n + 1) * stride + matrix_kernels_in_use().lu_workspace(n));

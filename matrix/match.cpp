@@ -193,7 +193,8 @@ point translation_by_rule(const vector3d* a, const vector3d* b, tessarn::ulong n
 point translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, const matrix_3& rotation) {
   const real* R = rotation.entries;
   point sum;
-  tessarn::detail::matrix_kernels_in_use().sum_residuals(as_doubles(&a->x), as_doubles(&b->x), n, as_doubles(R), as_doubles(sum.c));
+  tessarn::detail::matrix_kernels_in_use().sum_residuals(as_doubles(&a->x), as_doubles(&b->x), n, as_doubles(R),
+                                                         as_doubles(sum.c));
   if (!(std::isfinite(sum.c[0]) && std::isfinite(sum.c[1]) && std::isfinite(sum.c[2])))
     return translation_by_rule(a, b, n, R, std::max(largest_coordinate(a, n), largest_coordinate(b, n)));
   for (real& c : sum.c) c = computed(c / static_cast<real>(n));

@@ -25,7 +25,8 @@ cplx* product_of(const cplx* a, const cplx* b, tessarn::ulong n) {
 
 }  // namespace
 
-complex_sqmat::sqmat(sqmat& m) : data(tessarn::detail::copied_entries(m.data, entry_count(m.size, m.size))), size(m.size) {}
+complex_sqmat::sqmat(sqmat& m)
+    : data(tessarn::detail::copied_entries(m.data, entry_count(m.size, m.size))), size(m.size) {}
 
 complex_sqmat::~sqmat() { release(); }
 

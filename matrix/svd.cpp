@@ -15,8 +15,8 @@ namespace {
 
 // Sums of squares neither overflow nor lose digits that count where the largest magnitude of a matrix is in this range.
 // Outside it a copy is decomposed whose largest magnitude is 2^+-365 or a little more. That is far enough from 1 for
-// the kernel to go the same way (kernels/bidiagonalise.inl: its own limits are those of sums of squares, 10^+-200), so that a
-// matrix that needs no copy would have the same bits with one.
+// the kernel to go the same way (kernels/bidiagonalise.inl: its own limits are those of sums of squares, 10^+-200), so
+// that a matrix that needs no copy would have the same bits with one.
 constexpr int safe_exponent = 400, scaled_exponent = 365;
 
 // True for nearly all matrices, at next to no cost: by the sum of the squares, in any order.

@@ -16,12 +16,13 @@ struct coordinates {
   real x, y;
 };
 
-// Processors read ahead by themselves, but only to the end of a page. A loop over a long list therefore asks for a later
-// page in time, once every half page; 84 points are about half a page, and a multiple of four points. For lists of a
-// million points that no cache holds, doing without takes 1.2 to 1.6 times as long.
+// Processors read ahead by themselves, but only to the end of a page. A loop over a long list therefore asks for a
+// later page in time, once every half page; 84 points are about half a page, and a multiple of four points. For lists
+// of a million points that no cache holds, doing without takes 1.2 to 1.6 times as long.
 constexpr std::size_t half_page = 84, points_ahead = 16 * half_page;
 
-// Prefetches the page that points_ahead points after the given one lies in, if there are so many among the n from it on.
+// Prefetches the page that points_ahead points after the given one lies in, if there are so many among the n from it
+// on.
 inline void read_ahead(const vector* points, std::size_t n) noexcept {
 #if defined(__GNUC__) || defined(__clang__)
   if (n > points_ahead) __builtin_prefetch(points + points_ahead);

@@ -44,7 +44,8 @@ std::size_t mark_outliers(const vector* points, std::size_t count, real limit, b
   one_by_one(std::min(neighbours, count));
   if (i + neighbours < count) {
     const std::size_t whole = count - neighbours - i;
-    found += tessarn::detail::list_kernels_in_use().mark(reinterpret_cast<const double*>(points + i), whole, limit, marked + i);
+    const double* const coordinates = reinterpret_cast<const double*>(points + i);
+    found += tessarn::detail::list_kernels_in_use().mark(coordinates, whole, limit, marked + i);
     i += whole;
   }
   one_by_one(count);

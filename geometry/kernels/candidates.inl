@@ -1,5 +1,5 @@
-// The sums by which the searches compare normals, for eight candidates at a time: each candidate is a lane, so that every
-// sum runs over the points in their order, whatever the width of the vectors. Kernel sources only.
+// The sums by which the searches compare normals, for eight candidates at a time: each candidate is a lane, so that
+// every sum runs over the points in their order, whatever the width of the vectors. Kernel sources only.
 #pragma once
 
 #include "simd/lanes.h"

@@ -76,8 +76,8 @@ struct geometry_kernels {
   // The moments of the points about the reference point.
   void (*moments)(const point_arrays& points, const double* reference, moment_sums* sums);
 
-  // The first of the points that are farthest from a, if farther than least; points.n otherwise. The second kernel takes
-  // the sum of the distances from a and b in place of the distance from a.
+  // The first of the points that are farthest from a, if farther than least; points.n otherwise. The second kernel
+  // takes the sum of the distances from a and b in place of the distance from a.
   size_t (*farthest)(const point_arrays& points, const double* a, double least);
   size_t (*farthest_from_two)(const point_arrays& points, const double* a, const double* b, double least);
 

@@ -1,16 +1,18 @@
-// The minors of a matrix share their leading elimination steps: those of the rows and columns before the removed
-// ones. Removing row p or column p leaves the first p steps those of the whole matrix; then, with row p gone, the
-// steps before column q are shared by all minors that remove a later column, and likewise with the roles
-// exchanged. The minors whose later removed index is the same are of one size: several are finished side by side, one
-// in a lane. Each entry sees the same operations in the same order as in an elimination of its own. Kernel sources
-// only.
+// The adjugate: all minors of a matrix with one row and one column less. Every minor has the bits of an elimination of
+// its own, but minors share the steps that they have in common. Kernel sources only.
+//
+// - The minors without a row and a column from p on share the first p steps of the whole matrix.
+// - Of these, the minors without row p and a column from t on share the next steps, too, up to column t; likewise with
+//   rows and columns exchanged. Such minors, for t = p + 1, p + 2, ..., are a series.
+// - What is left of a minor behind the shared steps is eliminated on its own. At each t the minors of several series
+//   have the same size: one series is in each lane of the vectors.
 #pragma once
 
 #include "simd/lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 
-// Matrices side by side: a vector holds entry (i, j) of each.
+// As many matrices as there are lanes: a vector holds entry (i, j) of each.
 struct lane_matrix {
   double* w;
   size_t stride;
@@ -18,11 +20,12 @@ struct lane_matrix {
   lane_matrix from(size_t i, size_t j) const { return {at(i, j), stride}; }
 };
 
-// Steps are done several at a time, so that entries are loaded and stored once for all of them: eight beyond this size,
-// else four.
+// Elimination makes several steps at a time, so that entries are loaded and stored once for all of them: eight steps
+// for matrices beyond the first size, four beyond the second.
 static constexpr size_t eight_steps_size = 10, four_steps_size = 5;
 
-// entries = factors (one a step, left in to) times the rows of the steps, added one after the other.
+// ROWS x COLUMNS entries after all STEPS: to = t + factor * row of step 0 + factor * row of step 1 ..., in this order.
+// The factors are in the first columns of to already.
 template <size_t STEPS, size_t ROWS, size_t COLUMNS>
 TESSARN_INLINE void joint_tile(lane_matrix t, lane_matrix to, size_t row, size_t column) {
   vec sum[ROWS][COLUMNS];
@@ -40,7 +43,7 @@ TESSARN_INLINE void joint_tile(lane_matrix t, lane_matrix to, size_t row, size_t
     for (size_t j = 0; j < COLUMNS; ++j) store(to.at(row + i, column + j), sum[i][j]);
 }
 
-// A block of rows from left to right, as they lie in memory.
+// ROWS rows, tile by tile from left to right, as their entries follow each other in memory.
 template <size_t STEPS, size_t ROWS>
 TESSARN_INLINE void joint_rows(lane_matrix t, lane_matrix to, size_t size, size_t row) {
   size_t j = STEPS;
@@ -48,8 +51,9 @@ TESSARN_INLINE void joint_rows(lane_matrix t, lane_matrix to, size_t size, size_
   for (; j < size; ++j) joint_tile<STEPS, ROWS, 1>(t, to, row, j);
 }
 
-// The factors of a row, which depend on each other, in registers from step to step. Rows of the steps themselves have
-// one factor fewer than rows above them, and their entries from the diagonal on are left instead.
+// The factors of a row for the first of the steps, as many as given; each depends on the one before, so the row stays
+// in registers. A row that is itself the row of a step has only the factors of the steps before, and keeps its entries
+// from the diagonal on.
 template <size_t STEPS>
 TESSARN_INLINE void joint_factors(lane_matrix t, lane_matrix to, size_t row, size_t factors, const vec* reciprocal) {
   vec entry[STEPS];
@@ -63,7 +67,7 @@ TESSARN_INLINE void joint_factors(lane_matrix t, lane_matrix to, size_t row, siz
   }
 }
 
-// The rows of the steps in one column behind them.
+// The entries of the rows of the steps in one column behind the steps.
 template <size_t STEPS>
 TESSARN_INLINE void joint_column(lane_matrix t, lane_matrix to, size_t column) {
   vec x[STEPS];
@@ -74,8 +78,8 @@ TESSARN_INLINE void joint_column(lane_matrix t, lane_matrix to, size_t column) {
   }
 }
 
-// The leading STEPS steps on a matrix of the given size, the result in to, which may be t; the product goes on with the
-// pivots.
+// The leading STEPS elimination steps on the matrix t of the given size. The result goes to `to`, which may be t;
+// product is multiplied by the pivots, in their order.
 template <size_t STEPS>
 static void eliminate_jointly(lane_matrix t, lane_matrix to, size_t size, vec& product) {
   vec reciprocal[STEPS];
@@ -92,7 +96,7 @@ static void eliminate_jointly(lane_matrix t, lane_matrix to, size_t size, vec& p
   for (; i < size; ++i) joint_rows<STEPS, 1>(t, to, size, i);
 }
 
-// product times the diagonal of the eliminated matrix, which stays in registers.
+// product times the pivots of a small matrix, whose entries stay in registers.
 template <size_t SIZE>
 TESSARN_INLINE vec times_small_determinant(lane_matrix t, vec product) {
   vec w[SIZE][SIZE];
@@ -109,7 +113,7 @@ TESSARN_INLINE vec times_small_determinant(lane_matrix t, vec product) {
   return product;
 }
 
-// The same for any size; room is for a matrix of that size.
+// product times the pivots of a matrix of any size; room is for a copy of the matrix.
 static vec times_determinant(lane_matrix t, size_t size, vec product, double* room) {
   lane_matrix to = {room, size};
   for (; size > eight_steps_size; size -= 8) {
@@ -130,11 +134,11 @@ static vec times_determinant(lane_matrix t, size_t size, vec product, double* ro
   }
 }
 
-// The matrix itself, in rows of whole vectors.
+// The whole matrix is kept in rows of whole vectors.
 TESSARN_INLINE size_t whole_stride(size_t n) { return (n + width - 1) / width * width; }
 
-// Step k of its elimination, ROWS rows from r on. It works on whole vectors from the one with column k + 1 on: what it
-// makes of eliminated columns and of the padding is never read.
+// Step k of the elimination of the whole matrix, on ROWS rows from r on. It works on whole vectors from the one with
+// column k + 1 on: whatever it writes to eliminated columns and to the padding, nobody reads it.
 template <size_t ROWS>
 TESSARN_INLINE void eliminate_rows(double* w, size_t stride, size_t k, size_t r, double reciprocal) {
   const double* upper = w + k * stride;
@@ -156,8 +160,8 @@ TESSARN_INLINE void eliminate_whole(double* w, size_t n, size_t k) {
   for (; r < n; ++r) eliminate_rows<1>(w, stride, k, r, reciprocal);
 }
 
-// Minors without a row and the column of the same number t, each in a lane of its own: from the matrix after its first
-// t steps. The first is the largest; what the others lack stands before them as rows and columns of the identity, whose
+// Minors without row t and column t, one in each lane, from the whole matrix after its first t steps. The first minor
+// added is the largest. The smaller ones are filled up with rows and columns of the identity before their own, whose
 // steps change nothing.
 struct principal_minors {
   lane_matrix packed;
@@ -166,7 +170,9 @@ struct principal_minors {
   size_t indices[width];
 };
 
-TESSARN_INLINE void add_minor(principal_minors& minors, const double* whole, size_t n, size_t t, double product) {
+// count of the lanes are in use; the products are those of the first t pivots of the whole matrix.
+TESSARN_INLINE void add_principal_minor(principal_minors& minors, const double* whole, size_t n, size_t t,
+                                        double product) {
   const size_t size = n - 1 - t, stride = whole_stride(n);
   if (minors.count == 0) {
     minors.size = minors.packed.stride = size;
@@ -184,30 +190,43 @@ TESSARN_INLINE void add_minor(principal_minors& minors, const double* whole, siz
   minors.indices[minors.count++] = t;
 }
 
-TESSARN_INLINE void finish(principal_minors& minors, size_t n, double* dst) {
+// Writes the determinants of the minors to the diagonal of the adjugate, and begins a new group.
+TESSARN_INLINE void finish_principal_minors(principal_minors& minors, size_t n, double* dst) {
   double values[width];
   store(values, times_determinant(minors.packed, minors.size, load(minors.products), minors.packed.w));
   for (size_t l = 0; l < minors.count; ++l) dst[minors.indices[l] * (n + 1)] = values[l];
   minors.count = 0;
 }
 
-// A walk has lost row p (walks of even number) or column p (odd ones). Before the other removed index comes to t, its
-// rows and columns behind t are those of a minor. Besides, a walk without row p still has column t, and with it the
-// pivot above the minor's rows; one without column p still has row t. These stand in the border.
-struct minor_walks {
+// A group of series, one in each lane. After the steps before t this is left of the matrix of a series:
+//
+//     without row p                      without column p
+//
+//            t   t+1  ...                        t+1  ...
+//     t+1    b    B   B   B              t        b   b   b
+//     ...    b    B   B   B              t+1      B   B   B
+//            b    B   B   B              ...      B   B   B
+//                                                 B   B   B
+//
+// The block B, times the product of the pivots so far, is the minor of t. The border b is the removed column or row t,
+// which the later minors of the series have: its first entry is the pivot of the step to t + 1.
+struct series_group {
   lane_matrix block;
   double* border;
   vec product;
-  mask lost_row;
+  mask lost_row;  // the lanes whose series lack row p; the others lack column p
 };
 
-TESSARN_INLINE size_t walk_index(size_t walk) { return walk / 2; }
-TESSARN_INLINE bool loses_row(size_t walk) { return walk % 2 == 0; }
-// The part of a group's first walk number that loses_row sees: the walk number of lane i is first + i. Groups of several
-// lanes begin at even numbers, so the part is the constant 0 there.
-TESSARN_INLINE size_t odd_part(size_t first) { return width == 1 ? first % 2 : 0; }
+// Series 2 p lacks row p, series 2 p + 1 column p.
+TESSARN_INLINE size_t series_index(size_t series) { return series / 2; }
+TESSARN_INLINE bool lacks_row(size_t series) { return series % 2 == 0; }
+// Lane i of a group has series first + i. Whether a series lacks its row depends on the last bit of its number alone,
+// and so does this: the last bit of first. Groups of several lanes begin at even numbers, where it is the compile-time
+// constant 0.
+TESSARN_INLINE size_t last_bit(size_t first) { return width == 1 ? first % 2 : 0; }
 
-// The same step in all lanes, from the matrix's entry on: each lane has its own factors and its own row above.
+// The first step of all series of a group, on ROWS rows: all lanes start from the same entries of the whole matrix, but
+// each has its own factors and its own row above.
 template <size_t ROWS>
 TESSARN_INLINE void begin_rows(lane_matrix block, const double* entries, size_t stride, const double* factors,
                                const double* uppers, size_t i, size_t size) {
@@ -220,23 +239,24 @@ TESSARN_INLINE void begin_rows(lane_matrix block, const double* entries, size_t 
   }
 }
 
-// The walks from number first on, with the indices p and perhaps p + 1, at t = p + 1, from the matrix after its first p
-// steps and the product of their pivots. The walks of index p have gone on by a step whose pivot is below or beside the
-// matrix's own; for those of p + 1 that step is the matrix's. room is for the rows and columns of these pivots.
-TESSARN_INLINE void begin(minor_walks& walks, const double* whole, size_t n, size_t first, double product,
+// Begins the group of series from number first on, which have the indices p and, in vectors of four lanes, p + 1, at t
+// = p + 1. whole is the matrix after its first p steps, product that of their pivots. The series of p make step p with
+// the entry below or beside the matrix's pivot in its place, since row or column p is missing; those of p + 1 make the
+// step of the matrix itself. room is for the row and the column of these pivots.
+TESSARN_INLINE void begin_series(series_group& group, const double* whole, size_t n, size_t first, double product,
                           double* room) {
-  const size_t stride = whole_stride(n), p = walk_index(first), size = n - 2 - p;
+  const size_t stride = whole_stride(n), p = series_index(first), size = n - 2 - p;
   int64_t below[width], beside[width];
   for (size_t l = 0; l < width; ++l) {
-    const size_t walk = odd_part(first) + l;
-    below[l] = walk_index(walk) == 0 && loses_row(walk) ? -1 : 0;
-    beside[l] = walk_index(walk) == 0 && !loses_row(walk) ? -1 : 0;
+    const size_t series = last_bit(first) + l;
+    below[l] = series_index(series) == 0 && lacks_row(series) ? -1 : 0;
+    beside[l] = series_index(series) == 0 && !lacks_row(series) ? -1 : 0;
   }
   const mask row_below = load_mask(below), column_beside = load_mask(beside);
   const double* at = whole + p * stride + p;
   const vec own = broadcast_from(at), other = select(row_below, broadcast_from(at + stride), broadcast_from(at + 1));
   const vec pivot = select(row_below | column_beside, other, own);
-  walks.product = broadcast(product) * pivot;
+  group.product = broadcast(product) * pivot;
   const vec reciprocal = broadcast(-1) / pivot;
   double* const uppers = room;
   double* const factors = room + n * width;
@@ -252,18 +272,18 @@ TESSARN_INLINE void begin(minor_walks& walks, const double* whole, size_t n, siz
   for (size_t i = 0; i < size; ++i) {
     const vec column = load(factors + (i + 1) * width) * first_upper + broadcast_from(entries + (i + 1) * stride);
     const vec row = first_factor * load(uppers + (i + 1) * width) + broadcast_from(entries + i + 1);
-    store(walks.border + i * width, select(walks.lost_row, column, row));
+    store(group.border + i * width, select(group.lost_row, column, row));
   }
   entries += stride + 1;
   size_t i = 0;
   for (; i + 4 <= size; i += 4)
-    begin_rows<4>(walks.block, entries, stride, factors + width, uppers + width, i, size);
-  for (; i < size; ++i) begin_rows<1>(walks.block, entries, stride, factors + width, uppers + width, i, size);
+    begin_rows<4>(group.block, entries, stride, factors + width, uppers + width, i, size);
+  for (; i < size; ++i) begin_rows<1>(group.block, entries, stride, factors + width, uppers + width, i, size);
 }
 
-// The step of ROWS rows of the block behind the first one, and of the border beside them.
+// The part of next_minors that concerns ROWS rows of the block, from row i on, and the border beside them.
 template <size_t ROWS>
-TESSARN_INLINE void move_rows(lane_matrix t, double* next_border, mask lost_row, size_t i, size_t size, vec reciprocal,
+TESSARN_INLINE void next_rows(lane_matrix t, double* next_border, mask lost_row, size_t i, size_t size, vec reciprocal,
                               vec corner) {
   vec f[ROWS];
   TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r) {
@@ -279,33 +299,37 @@ TESSARN_INLINE void move_rows(lane_matrix t, double* next_border, mask lost_row,
   }
 }
 
-// The step by which t moves on, for minors of the given size. The factors of the rows come from the border or from the
-// first column, the row that they multiply is the first one or the border.
-TESSARN_INLINE void move_on(minor_walks& walks, size_t size) {
-  const lane_matrix t = walks.block;
-  double* const border = walks.border;
-  const mask lost_row = walks.lost_row;
+// Goes from t to t + 1; size is that of the blocks at t. In series without a row the factors come from the border and
+// multiply the first row of the block; in series without a column they come from the first column of the block and
+// multiply the border. The first row or column of the block becomes the new border.
+TESSARN_INLINE void next_minors(series_group& group, size_t size) {
+  const lane_matrix t = group.block;
+  double* const border = group.border;
+  const mask lost_row = group.lost_row;
   const vec pivot = load(border);
   const vec reciprocal = broadcast(-1) / pivot;
   const vec corner = load(t.w);
   const vec first_factor = reciprocal * corner;
-  walks.product *= pivot;
+  group.product *= pivot;
   for (size_t j = 1; j < size; ++j) {
     const vec first = load(t.at(0, j)), beside = load(border + j * width);
     store(t.at(0, j), select(lost_row, first, beside));
-    // The next border of walks that lost a column: the first row after the step.
+    // The new border of series without a column is the first row after the step.
     store(border + j * width, select(lost_row, beside, first_factor * beside + first));
   }
   size_t i = 1;
-  for (; i + 4 <= size; i += 4) move_rows<4>(t, border, lost_row, i, size, reciprocal, corner);
-  for (; i < size; ++i) move_rows<1>(t, border, lost_row, i, size, reciprocal, corner);
-  walks.block = t.from(1, 1);
-  walks.border += width;
+  for (; i + 4 <= size; i += 4) next_rows<4>(t, border, lost_row, i, size, reciprocal, corner);
+  for (; i < size; ++i) next_rows<1>(t, border, lost_row, i, size, reciprocal, corner);
+  group.block = t.from(1, 1);
+  group.border += width;
 }
 
-// A group of walks with its border, room for their minors, minors to come, the matrix itself.
+// For the blocks of a group of series with their border, the minor that is being eliminated, the principal minors, and
+// the whole matrix.
 size_t adjugate_workspace(size_t n) { return n * (3 * n + 2) * width + n * whole_stride(n); }
 
+// The groups of series in turn, and beside them the whole matrix, which is eliminated no further than a group needs it.
+// Its last pivots are left to the end, for the determinant.
 double adjugate(const double* m, size_t n, double* dst, double* workspace) {
   double* blocks = workspace;
   double* border = blocks + n * (n + 1) * width;
@@ -323,25 +347,25 @@ double adjugate(const double* m, size_t n, double* dst, double* workspace) {
     }
   };
   for (size_t first = 0; first < 2 * n; first += width) {
-    const size_t p = walk_index(first);
+    const size_t p = series_index(first);
     advance(p);
-    add_minor(minors, whole, n, p, product);
-    if (minors.count == width || first + width >= 2 * n) finish(minors, n, dst);
+    add_principal_minor(minors, whole, n, p, product);
+    if (minors.count == width || first + width >= 2 * n) finish_principal_minors(minors, n, dst);
     if (p + 1 == n) break;
     int64_t lost_row[width];
-    for (size_t l = 0; l < width; ++l) lost_row[l] = loses_row(odd_part(first) + l) ? -1 : 0;
-    minor_walks walks = {{blocks, n + 1}, border, vec{}, load_mask(lost_row)};
-    begin(walks, whole, n, first, product, room);
+    for (size_t l = 0; l < width; ++l) lost_row[l] = lacks_row(last_bit(first) + l) ? -1 : 0;
+    series_group group = {{blocks, n + 1}, border, vec{}, load_mask(lost_row)};
+    begin_series(group, whole, n, first, product, room);
     for (size_t t = p + 1;; ++t) {
       const size_t size = n - 1 - t;
       double values[width];
-      store(values, times_determinant(walks.block, size, walks.product, room));
+      store(values, times_determinant(group.block, size, group.product, room));
       TESSARN_UNROLL for (size_t l = 0; l < width; ++l) {
-        const size_t walk = odd_part(first) + l, lost = p + walk_index(walk);
-        dst[loses_row(walk) ? t * n + lost : lost * n + t] = (lost + t) % 2 == 0 ? values[l] : -values[l];
+        const size_t series = last_bit(first) + l, lost = p + series_index(series);
+        dst[lacks_row(series) ? t * n + lost : lost * n + t] = (lost + t) % 2 == 0 ? values[l] : -values[l];
       }
       if (size == 0) break;
-      move_on(walks, size);
+      next_minors(group, size);
     }
   }
   advance(n - 1);

@@ -11,8 +11,8 @@ namespace tessarn::detail::TESSARN_ISA::svd {
 static constexpr double smallest_square = 1e-200;
 static constexpr double largest_square = 1e200;
 
-// Makes column i zero below the diagonal, scaled by its sum of magnitudes, for squares that might overflow or vanish. The
-// later columns are reflected at once; returns the diagonal entry.
+// Makes column i zero below the diagonal, scaled by its sum of magnitudes, for squares that might overflow or vanish.
+// The later columns are reflected at once; returns the diagonal entry.
 static double scaled_column_step(decomposition& d, size_t i) {
   double* h = d.u + i * d.u_stride;
   double scale = 0;
@@ -36,9 +36,9 @@ static double scaled_column_step(decomposition& d, size_t i) {
   return scale * p.g;
 }
 
-// Makes column i zero below the diagonal by a Householder reflection, which it stores there; returns the diagonal entry.
-// Deviates from the publication: the column is not scaled where its squares are safe, and the later columns only get
-// their factors here. They are reflected together with the reflection of the row, in one pass (reflect_block).
+// Makes column i zero below the diagonal by a Householder reflection, which it stores there; returns the diagonal
+// entry. Deviates from the publication: the column is not scaled where its squares are safe, and the later columns only
+// get their factors here. They are reflected together with the reflection of the row, in one pass (reflect_block).
 static double column_step(decomposition& d, size_t i, bool scaled) {
   double* h = d.u + i * d.u_stride;
   const double s = tree_sum(d.sums + i * block_rows);
@@ -55,9 +55,9 @@ static double column_step(decomposition& d, size_t i, bool scaled) {
   return p.g;
 }
 
-// Makes row i zero right of the superdiagonal. Leaves the reflection in d.row and d.ratio, whose entry 0 belongs to column
-// i + 1; returns the superdiagonal entry, and in scale the factor of the stored row. The row is scaled in a second
-// attempt, where its squares are not safe.
+// Makes row i zero right of the superdiagonal. Leaves the reflection in d.row and d.ratio, whose entry 0 belongs to
+// column i + 1; returns the superdiagonal entry, and in scale the factor of the stored row. The row is scaled in a
+// second attempt, where its squares are not safe.
 static double row_step(decomposition& d, size_t i, bool scaled, double& scale) {
   const size_t l = i + 1;
   const size_t length = d.n - l;

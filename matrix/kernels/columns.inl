@@ -59,8 +59,8 @@ TESSARN_INLINE double hypotenuse(double a, double b) { return root(a * a + b * b
 // 0, or NaN where v is not finite.
 TESSARN_INLINE double zero_unless_nonfinite(double v) { return v - v; }
 
-// The reflection that turns a vector with the first entry f and the sum of squares s into (g, 0, 0, ...); its denominator is
-// f g - s.
+// The reflection that turns a vector with the first entry f and the sum of squares s into (g, 0, 0, ...); its
+// denominator is f g - s.
 struct reflection {
   double g, denominator;
 };

@@ -25,8 +25,8 @@ static void bidiagonalise_3(decomposition& d, const double* a) {
   accumulate_left_3(t, d.u, d.u_stride);
 }
 
-// Shell sort into descending order, as published. Every move negates the moved columns of U and V and the saved ones; the
-// columns themselves stay where they are, with their numbers and signs kept apart until they are written.
+// Shell sort into descending order, as published. Every move negates the moved columns of U and V and the saved ones;
+// the columns themselves stay where they are, with their numbers and signs kept apart until they are written.
 static void sort(decomposition& d) {
   double* sign = d.row;
   double* column = d.ratio;
@@ -78,8 +78,8 @@ TESSARN_INLINE void combine_group(const decomposition& d, const double* u, const
   for (size_t j = 0; j < COUNT; ++j) store_block(result + j * block_rows, sum[j]);
 }
 
-// The results as they go out, row by row and in the order of the sort; U from its product with the left rotations, where
-// these were collected.
+// The results as they go out, row by row and in the order of the sort; U from its product with the left rotations,
+// where these were collected.
 static void write(decomposition& d, double* U, double* S, double* V) {
   for (size_t k = 0; k < d.m; k += block_rows) {
     const size_t rows = d.m - k < block_rows ? d.m - k : block_rows;
@@ -88,7 +88,8 @@ static void write(decomposition& d, double* U, double* S, double* V) {
       for (; j + 4 <= d.n; j += 4) combine_group<4>(d, d.u + k, d.left + j * d.left_stride, d.sums + j * block_rows);
       for (; j < d.n; ++j) combine_group<1>(d, d.u + k, d.left + j * d.left_stride, d.sums + j * block_rows);
     }
-    write_rows(d, d.rotates_separately ? d.sums : d.u + k, d.rotates_separately ? block_rows : d.u_stride, rows, U + k * d.n);
+    const double* columns = d.rotates_separately ? d.sums : d.u + k;
+    write_rows(d, columns, d.rotates_separately ? block_rows : d.u_stride, rows, U + k * d.n);
   }
   for (size_t k = 0; k < d.n; k += block_rows)
     write_rows(d, d.v + k, d.v_stride, d.n - k < block_rows ? d.n - k : block_rows, V + k * d.n);

@@ -1,5 +1,6 @@
 // The reduction of one or two columns for the decomposition, in the order of the published algorithm, so that the bits
-// are its own: the signs of pairs of columns depend on the number of sweeps, and that on roundings. Kernel sources only.
+// are its own: the signs of pairs of columns depend on the number of sweeps, and that on roundings. Kernel sources
+// only.
 #pragma once
 
 #include "matrix/kernels/bidiagonalise.inl"

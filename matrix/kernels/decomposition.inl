@@ -30,8 +30,8 @@ struct decomposition {
   double norm;
 };
 
-// True for many rows a column: rotating n columns of n rows, and one product, then cost less than rotating the columns of
-// U. The rotations of one or two columns keep the order of the published algorithm.
+// True for many rows a column: rotating n columns of n rows, and one product, then cost less than rotating the columns
+// of U. The rotations of one or two columns keep the order of the published algorithm.
 TESSARN_INLINE bool rotates_separately(size_t m, size_t n) { return n > 2 && m >= 2 * n && m > block_rows; }
 
 static size_t workspace(size_t m, size_t n) {

@@ -18,39 +18,42 @@ struct matrix_kernels {
                    double* workspace);
   size_t (*multiply_workspace)(size_t rows, size_t inner, size_t columns);
 
-  // LU factorisation with partial pivoting of the n x n matrix w in rows of lu_stride(n) doubles, zero behind each row:
-  // its upper triangle is left in w, and b becomes the intermediate column L^-1 P b, each entry b - s with s summed
-  // ascending from +0.0 and under the NaN rule. False when a column of candidate pivots is exactly 0 - or when the
-  // factorisation meets a NaN, which spreads until a column of candidates has nothing else. w begins at a whole
-  // cache line; workspace holds lu_workspace(n) doubles.
+  // LU factorisation with partial pivoting of the n x n matrix w, whose rows are lu_stride(n) doubles apart and have
+  // zeros behind them. Leaves the upper triangle in w; b becomes the intermediate column L^-1 P b, each entry b - s
+  // with s summed ascending from +0.0 and under the quiet-NaN rule. False when a column of candidate pivots is exactly
+  // 0, or when the factorisation meets a NaN: that spreads until a column of candidates holds nothing else. w begins at
+  // a whole cache line; workspace holds lu_workspace(n) doubles.
   bool (*factorise)(double* w, size_t n, double* b, double* workspace);
   size_t (*lu_stride)(size_t n);
   size_t (*lu_workspace)(size_t n);
 
-  // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, the
-  // factors left in the eliminated entries. Without the NaN rule. workspace holds elimination_workspace(n) doubles.
+  // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, with the
+  // factors left in place of the eliminated entries. Without the quiet-NaN rule. workspace holds
+  // elimination_workspace(n) doubles.
   void (*eliminate)(double* w, size_t n, double* workspace);
   size_t (*elimination_workspace)(size_t n);
 
-  // dst = the adjugate of the n x n matrix m; returns its determinant. Both without the NaN rule, n > 4. workspace
-  // begins at a whole cache line and holds adjugate_workspace(n) doubles.
+  // dst = the adjugate of the n x n matrix m, n > 4; returns the determinant of m. Both without the quiet-NaN rule.
+  // workspace begins at a whole cache line and holds adjugate_workspace(n) doubles.
   double (*adjugate)(const double* m, size_t n, double* dst, double* workspace);
   size_t (*adjugate_workspace)(size_t n);
 
   // c = a b for n x n complex matrices whose entries lie three doubles apart, the imaginary part behind the real one
-  // and the virtual table pointer, which is left alone, before it; each entry the sum over k ascending from 0. c may be a or b, and
-  // a may be b. workspace holds complex_workspace(n) doubles.
+  // and the virtual table pointer, which is left alone, before it; each entry the sum over k ascending from 0. c may be
+  // a or b, and a may be b. workspace holds complex_workspace(n) doubles.
   void (*complex_multiply)(const double* a, const double* b, double* c, size_t n, double* workspace);
   size_t (*complex_workspace)(size_t n);
   // complex_multiply for n = 4, without a workspace.
   void (*complex_multiply_four)(const double* a, const double* b, double* c);
 
-  // Forward elimination without pivoting from the pivots' columns on, rows x columns complex entries with the
-  // parts apart in rows of stride >= columns + 8; the factor of a zero pivot is 0.
+  // Forward elimination without pivoting, from the column of each pivot on: rows x columns complex entries with the
+  // parts in two arrays, in rows of stride >= columns + 8. The factor is 0 where |pivot|^2 is exactly 0. Overwrites the
+  // padding behind the columns.
   void (*complex_eliminate)(double* re, double* im, size_t rows, size_t columns, size_t stride);
 
-  // result[c][d] = sum of a[k][c] a[k][d] and result[c][n] = sum of a[k][c] b[k] over the m rows ascending from +0.0,
-  // n rows of normal_stride(n); workspace holds normal_workspace(n) doubles.
+  // The normal equations of the m x n matrix a and the right-hand side b, without the quiet-NaN rule: result[c][d] =
+  // sum of a[k][c] a[k][d] and result[c][n] = sum of a[k][c] b[k], k ascending from +0.0. result has n rows of
+  // normal_stride(n) doubles; workspace holds normal_workspace(n).
   void (*normal_equations)(const double* a, const double* b, size_t m, size_t n, double* result, double* workspace);
   size_t (*normal_stride)(size_t n);
   size_t (*normal_workspace)(size_t n);
@@ -61,8 +64,9 @@ struct matrix_kernels {
   void (*decompose)(const double* a, size_t m, size_t n, double* U, double* S, double* V, double* workspace);
   size_t (*decompose_workspace)(size_t m, size_t n);
 
-  // The passes of point-set matching over n points whose coordinates stand one after the other at a, a + 4, ...,
-  // each sum ascending from +0.0 and without the NaN rule. sums[0..2] and [3..5]: the coordinate sums of a and b.
+  // The passes of point-set matching. The three coordinates of n points are at a, a + 4, ...; likewise b. Each sum runs
+  // over the points in order from +0.0, without the quiet-NaN rule.
+  // sums[0..2] and sums[3..5] = the sums of the coordinates of a and b.
   void (*sum_points)(const double* a, const double* b, size_t n, double* sums);
   // h[3 r + c] = sum of (b - cb)_r (a - ca)_c.
   void (*sum_products)(const double* a, const double* b, size_t n, const double* ca, const double* cb, double* h);

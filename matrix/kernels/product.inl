@@ -43,7 +43,7 @@ TESSARN_INLINE void tile(const double* a, size_t row_stride, size_t k_stride, co
     for (size_t v = 0; v < VECTORS; ++v) store(c + r * c_stride + v * width, rule ? without_nan(sum[r][v]) : sum[r][v]);
 }
 
-// Rows and vectors as they come, cut into the tile shapes that exist.
+// VECTORS vectors of columns and any number of rows, in tiles of tile_rows, 4, 2 and 1 rows.
 template <size_t VECTORS, start_mode START, tile_mode MODE>
 TESSARN_INLINE void tile_column(const double* a, size_t row_stride, size_t k_stride, const double* b,
                                 size_t b_stride, size_t count, double* c, size_t c_stride, size_t rows, bool rule) {
@@ -79,7 +79,7 @@ static void tile_columns(size_t vectors, const double* a, size_t row_stride, siz
 }
 
 #if TESSARN_VECTOR_LANES
-// Four columns by ROWS rows, for what is left beside wider vectors.
+// Four columns by ROWS rows: for 4 x 4 matrices, and for columns that are left beside wider vectors.
 template <size_t ROWS, start_mode START, tile_mode MODE>
 TESSARN_INLINE void four_columns(const double* a, size_t a_stride, const double* b, size_t b_stride, size_t count,
                                  double* c, size_t c_stride, bool rule) {
@@ -100,7 +100,7 @@ TESSARN_INLINE void four_columns(const double* a, size_t a_stride, const double*
 }
 #endif
 
-// The last columns of a result, fewer than a vector, one by one.
+// The last columns of a result, fewer than a vector: four together, the rest one by one.
 template <start_mode START, tile_mode MODE>
 static void narrow_columns(const double* a, size_t a_stride, const double* b, size_t b_stride, size_t count, double* c,
                            size_t c_stride, size_t rows, size_t columns, bool rule) {
@@ -129,7 +129,7 @@ static void narrow_columns(const double* a, size_t a_stride, const double* b, si
     }
 }
 
-// Without copies: for operands that the nearest cache holds.
+// The product without packed copies, for operands that the nearest cache holds.
 template <start_mode START, tile_mode MODE>
 static void multiply_unpacked(const double* a, size_t a_stride, const double* b, size_t b_stride, double* c,
                               size_t c_stride, size_t rows, size_t count, size_t columns, bool rule) {
@@ -169,7 +169,9 @@ TESSARN_INLINE size_t packed_size(size_t rows, size_t inner, size_t columns) {
   return packed_rows(rows, inner) + (inner < depth ? inner : depth) * columns;
 }
 
-// c = c +- a b, or a b from zero, with packed copies in the workspace.
+// c = c +- a b, or a b from zero, with packed copies in the workspace: panels of b, `depth` rows high, and strips of a,
+// so that a tile reads both from first to last. Packing costs a pass over each operand; it pays where the operands are
+// too large for the nearest cache.
 template <tile_mode MODE>
 static void multiply_packed(const double* a, size_t a_stride, const double* b, size_t b_stride, double* c,
                             size_t c_stride, size_t rows, size_t inner, size_t columns, bool zero, bool rule,

@@ -50,9 +50,9 @@ struct sweep_step {
 };
 
 // Right rotation j. In published order it computes as the publication does. Else one reciprocal of the length takes the
-// place of the quotients, and the numerators do not wait for it. The reciprocal does not overflow: a length is the root of
-// a sum of squares, 0 or far above the smallest numbers.
-// The length is stored as soon as it is known; stored by the caller, sweeps take 1.05 times as long with AVX2.
+// place of the quotients, and the numerators do not wait for it. The reciprocal does not overflow: a length is the root
+// of a sum of squares, 0 or far above the smallest numbers. The length is stored as soon as it is known; stored by the
+// caller, sweeps take 1.05 times as long with AVX2.
 TESSARN_INLINE void rotate_right(decomposition& d, size_t j, sweep_step& t) {
   t.super = t.cosine * d.rv1[j + 1];
   t.next = d.w[j + 1];
@@ -76,8 +76,8 @@ TESSARN_INLINE void rotate_right(decomposition& d, size_t j, sweep_step& t) {
   t.next = t.next * t.cosine;
 }
 
-// Left rotation j of a sweep up to k, like the right one. Where the length is 0 it keeps the cosine and sine of the right
-// rotation, as published.
+// Left rotation j of a sweep up to k, like the right one. Where the length is 0 it keeps the cosine and sine of the
+// right rotation, as published.
 TESSARN_INLINE void rotate_left(decomposition& d, size_t j, size_t k, sweep_step& t) {
   const double length = hypotenuse(t.first, t.bulge);
   d.w[j] = length;
@@ -101,9 +101,9 @@ TESSARN_INLINE void rotate_left(decomposition& d, size_t j, size_t k, sweep_step
   }
 }
 
-// Applies the rotations of a sweep to the columns of V or U. The sweep does not depend on these: where DIRECT, a rotation
-// is applied one step late, while the processor waits for the roots of that step; else all are collected and applied at
-// the end.
+// Applies the rotations of a sweep to the columns of V or U. The sweep does not depend on these: where DIRECT, a
+// rotation is applied one step late, while the processor waits for the roots of that step; else all are collected and
+// applied at the end.
 template <bool DIRECT>
 struct column_rotations {
   double* columns;  // of the first rotation
