@@ -38,6 +38,7 @@ cloud::cloud(const vector3d* pts, ulong count)
   if (marked) remove(marked.get());
 }
 
+// Moves the points that stay together, and forms sums and moments again: those of all points do not give them.
 void cloud::remove(const bool* marked) {
   std::size_t kept = 0;
   std::fill_n(sums_, 3, 0.0);

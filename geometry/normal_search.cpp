@@ -69,6 +69,7 @@ class cost_function {
   }
 
  private:
+  // Up to candidate_lanes candidates in one pass over each set; a cost that is not a number counts as infinite.
   void evaluate_lanes(candidate* const* candidates, std::size_t count) const {
     double x[candidate_lanes] = {}, y[candidate_lanes] = {}, z[candidate_lanes] = {}, cost[candidate_lanes] = {};
     for (std::size_t i = 0; i < count; ++i) {
@@ -90,6 +91,7 @@ class cost_function {
   const bool bounded_;
 };
 
+// The third component of a unit vector; NaN outside the unit circle.
 double dependent(double inner, double outer) { return std::sqrt(1 - inner * inner - outer * outer); }
 
 // The candidates of one round: the best so far, which wins ties, and the feasible cells in their order.
@@ -159,6 +161,8 @@ void grid_search(double& outer, double& inner, const cost_function& cost, Make m
 
 }  // namespace
 
+// Searches the upper hemisphere over (y, x) first. Where x or y is the largest component, the grid is coarse in it: the
+// search goes on over the two others, and that component follows from them.
 bool plane::CalcNormale(vector3d& n, vector3d* par, tessarn::ulong npar, vector3d* perp, tessarn::ulong nperp) {
   if (par == nullptr && perp == nullptr) return false;
   const direction_set along(par, npar), across(perp, nperp);

@@ -62,6 +62,7 @@ class plane_search {
   bool bounded_ = false;  // whether the cost of the present cell is known
 };
 
+// The sums of squares are not formed for the last normal if the model or the bounds chose it: only its mean is missing.
 vector3d plane_search::result(real& offset) const {
   vector3d n(current_.x, current_.y, current_.z);
   offset = current_.offset;
@@ -75,7 +76,7 @@ vector3d plane_search::result(real& offset) const {
   return n;
 }
 
-// The cells around the centre.
+// The eight cells around the centre, with bounds of their costs; infinite where there is no such normal.
 void plane_search::make_neighbours(cell* cells, double step) const {
   double x[candidate_lanes], y[candidate_lanes], z[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
   bounds_(current_.x, current_.y, step, x, y, z, low, high);
@@ -156,7 +157,7 @@ bool plane_search::cost_is_zero(cell& c) const {
   return c.cost.low == 0;
 }
 
-// The coordinates are formed as those of the neighbours are; z is left to the end.
+// The coordinates have the bits that make_neighbours gives them; z is computed when it is needed.
 void plane_search::move_by_model(int best, double step) {
   if (best == centre && bounded_) return;
   current_.x = (current_.x + 0.0) + (best % 3 - 1) * step;
@@ -165,6 +166,8 @@ void plane_search::move_by_model(int best, double step) {
   bounded_ = false;
 }
 
+// Each round takes the cheapest means that decides: the quadratic model, or else a grid whose cells have bounds, and
+// sums where the bounds overlap (best_of).
 bool plane_search::run(double step) {
   for (int last_move = centre;;) {
     int best = model_.best(current_.x, current_.y, step);
@@ -197,6 +200,7 @@ vector3d normal_through_extremes(const cloud& points, real& offset) {
   return n;
 }
 
+// The normal of the plane through the first three points, and its offset.
 vector3d normal_through_three(const cloud& points, real& offset) {
   const vector3d n = (points.point(1) - points.point(0)).cross(points.point(2) - points.point(0));
   const vector3d unit = n / n.lenld();
@@ -204,6 +208,7 @@ vector3d normal_through_three(const cloud& points, real& offset) {
   return unit;
 }
 
+// The search itself: from the normal through three extreme points, with ever smaller steps.
 vector3d refined_normal(const cloud& points, real& offset) {
   plane_search search(points);
   const vector3d guess = normal_through_extremes(points, offset);

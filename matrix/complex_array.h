@@ -1,6 +1,6 @@
-// Arrays of complex numbers, laid out as by the array form of new: the number of entries stands in front of them. What
-// new[] and delete[] would do besides is left out: zeros that are overwritten at once, and a call of the virtual
-// destructor, which does nothing, for every entry.
+// Arrays of complex numbers, laid out as by the array form of new: the number of entries is stored in front of them.
+// Two things that new[] and delete[] would do besides are left out: zeros that are overwritten at once, and a call of
+// the virtual destructor, which does nothing, for every entry.
 #pragma once
 
 #include <atomic>
@@ -52,8 +52,8 @@ inline cplx* copied_entries(const cplx* source, std::size_t n) {
 // pointer, which is as large as a real. The imaginary part follows.
 inline real* first_part(cplx* entries) noexcept { return reinterpret_cast<real*>(entries) + 1; }
 
-// Constructs n entries around the parts that stand in their places already. Compilers see that the parts keep their
-// values, and store only what stands before them.
+// Constructs n entries whose real and imaginary parts are in their places already. Compilers see that the parts keep
+// their values, and store the virtual table pointers alone.
 inline void construct_around_parts(cplx* entries, std::size_t n) noexcept {
   construct_entries(entries, n, [entries](std::size_t i) {
     const real* parts = first_part(entries + i);

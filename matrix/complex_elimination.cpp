@@ -23,10 +23,10 @@ struct complex_value {
   real re, im;
 };
 
-constexpr std::size_t stack_size = 16;  // up to here nothing is allocated
+constexpr std::size_t stack_size = 16;  // rows; larger matrices allocate their copy
 
-// A private copy of a square matrix with the parts apart, and room for a right-hand side as one more column; zero
-// behind it.
+// A copy of a square matrix, real and imaginary parts in two arrays, with a right-hand side as one more column and
+// zeros behind it.
 struct work_matrix {
   std::size_t n;
   std::size_t stride;
@@ -164,9 +164,8 @@ cplx complex_sqmat::cof(tessarn::ulong x, tessarn::ulong y) {
   return minor.det() * sign_of(x, y);
 }
 
-// The right-hand side is eliminated as one more column. Columns left of a pivot need not be computed, since
-// nothing later reads them. Where b has fewer than n rows they wrap, and a row that stands for several is
-// updated for each of them, one after the other.
+// The right-hand side is eliminated as one more column. Columns left of a pivot are not computed, since nothing reads
+// them later.
 void complex_sqmat::solve(complex_mat& b) {
   const std::size_t n = size;
   if (n == 0 || b.getWidth() == 0 || b.getHeight() == 0) return;

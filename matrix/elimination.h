@@ -10,7 +10,7 @@ namespace tessarn::detail {
 // The determinant of the n x n matrix a: Sarrus for n = 3, else elimination without pivoting on a copy.
 real determinant(const real* a, std::size_t n);
 
-// A column inside a matrix: entry r stands at first[(r mod height) * stride].
+// A column inside a matrix: entry r is first[(r mod height) * stride].
 template <class T>
 struct column_view {
   T* first;

@@ -11,8 +11,8 @@ using tessarn::detail::computed;
 using tessarn::detail::real_array;
 using tessarn::detail::real_sqmat;
 
-// Works on contiguous columns. All projections of a column are computed against its value from before the
-// step; the denominators belong to finished columns and are computed once.
+// Gram-Schmidt on contiguous copies of the columns. All projections of a column are those of its value before the step;
+// each denominator is the square of a finished column and computed once.
 void real_sqmat::orthogonalize() {
   const std::size_t n = size;
   if (n < 2) return;
@@ -40,8 +40,8 @@ void real_sqmat::orthogonalize() {
   }
 }
 
-// The product is not conjugated. A column whose square is 0 has the coefficient 0, which takes part in the
-// arithmetic like any other: it keeps values but can turn a -0.0 into +0.0.
+// Gram-Schmidt with the product that does not conjugate. A column whose square is 0 has the coefficient 0, which takes
+// part in the arithmetic like any other: it keeps values but can turn a -0.0 into +0.0.
 void complex_sqmat::orthogonalize() {
   const std::size_t n = size;
   if (n < 2) return;
@@ -74,6 +74,7 @@ void complex_sqmat::orthogonalize() {
   }
 }
 
+// Forward elimination without pivoting under the quiet-NaN rule, in place.
 void real_sqmat::optimize() {
   const std::size_t n = size;
   for (std::size_t p = 0; p + 1 < n; ++p) {

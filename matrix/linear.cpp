@@ -17,6 +17,7 @@ using tessarn::detail::without_quiet_nan;
 
 namespace {
 
+// By the adjugate, which takes numbers only: quiet NaNs are replaced in a copy first.
 void invert_square(const real_mat& a, real_mat& dst) {
   const std::size_t n = a.getWidth();
   const real* m = a.getData();
@@ -39,7 +40,7 @@ void invert_diagonal(const real_mat& a, real_mat& dst) {
   }
 }
 
-// V S^-1 U'.
+// The pseudo-inverse V S^-1 U' of a rectangular matrix.
 void pseudo_invert(real_mat& a, real_mat& dst) {
   real_mat u, s, v, reciprocals, ut;
   a.decompose(u, s, v);
@@ -50,6 +51,8 @@ void pseudo_invert(real_mat& a, real_mat& dst) {
 
 }  // namespace
 
+// Least squares by the normal equations, whose sums a kernel forms without the quiet-NaN rule: a NaN stays in every sum
+// that it enters, so the rule is applied to the sums. The result is built apart, since this may be A or b.
 void real_mat::solve(mat& A, mat& b) {
   const std::size_t m = A.height;
   const std::size_t n = A.width;
@@ -73,11 +76,12 @@ void real_mat::solve(mat& A, mat& b) {
   *this = static_cast<mat&&>(g);
 }
 
+// Diagonal matrices of any shape by reciprocals, other square ones by the adjugate, the rest by the pseudo-inverse.
 void real_mat::invert(mat& dst) {
   mat inverse;
   inverse.create(height, width);
   std::fill_n(inverse.data, static_cast<tessarn::ulong>(height * width), static_cast<real>(0));
-  if (&dst == this) {  // cleared before it is read: the inverse of zeros
+  if (&dst == this) {  // dst is cleared before this is read: the inverse of zeros, which are zeros
   } else if (isDiagonal()) {
     invert_diagonal(*this, inverse);
   } else if (width == height) {

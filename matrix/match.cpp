@@ -63,26 +63,27 @@ real largest_coordinate(const vector3d* points, tessarn::ulong n) {
   return largest;
 }
 
-// For coordinates of this largest magnitude, so that neither their sums overflow nor their mean loses digits.
+// The factor for coordinates of this largest magnitude, so that neither their sums overflow nor their mean loses
+// digits.
 real summing_factor(real largest) {
   if (largest > largest_summed && std::isfinite(largest)) return static_cast<real>(0x1p-100);
   return largest < 1 / largest_summed ? static_cast<real>(0x1p200) : static_cast<real>(1);
 }
 
-// For centred coordinates of this largest magnitude, so that their products neither overflow nor vanish.
+// The factor for centred coordinates of this largest magnitude, so that their products neither overflow nor vanish.
 real product_factor(real largest) {
   if (largest == 0 || !std::isfinite(largest) || (largest > 1 / safe_factor && largest < safe_factor)) return 1;
   return power_of_two(std::clamp(-exponent_of(largest), -1000, 1000));
 }
 
-// Points with their centroid, times powers of two. A power of two changes no direction and, where nothing overflows or
-// underflows, no bit but those of the exponents; the factors are 1 for coordinates with which nothing does. Infinite
-// coordinates have none that would help.
+// Points with their centroid, multiplied by powers of two so that no sum or product of them overflows or underflows. A
+// power of two changes no direction, and of the bits only the exponents. The factors are 1 where none is needed, and
+// where infinite coordinates leave none that helps.
 struct centred_points {
   const vector3d* points;
   real factor;              // of the coordinates before they are summed
   point centroid{{0, 0, 0}};
-  real centred_factor = 1;  // of what is left of them
+  real centred_factor = 1;  // of the coordinates less the centroid
 
   centred_points(const vector3d* p, tessarn::ulong n) : points(p), factor(summing_factor(largest_coordinate(p, n))) {
     for (tessarn::ulong i = 0; i < n; ++i) {
@@ -203,6 +204,9 @@ point translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, con
 
 }  // namespace
 
+// The rotation comes from the singular value decomposition of the cross-covariance, the translation from the means.
+// Fast kernels form the sums where the coordinates need neither scaling nor the quiet-NaN rule. The matrix is built
+// apart, so that a failure changes nothing.
 bool real_sqmat::calc_match(vector3d* a, vector3d* b, tessarn::ulong n) {
   if (a == nullptr || b == nullptr || n < 3) return false;
   matrix_3 covariance, rotation;
@@ -222,6 +226,7 @@ bool real_sqmat::calc_match(vector3d* a, vector3d* b, tessarn::ulong n) {
   return true;
 }
 
+// Row by row, each a least-squares fit of one coordinate of b by (x, y, z, 1) of a; the last row fits the constant 1.
 void real_sqmat::calc_transform(vector3d* a, vector3d* b, tessarn::ulong n) {
   tessarn::detail::require_countable(4, n);
   real_mat system;

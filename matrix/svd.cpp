@@ -19,7 +19,7 @@ namespace {
 // that a matrix that needs no copy would have the same bits with one.
 constexpr int safe_exponent = 400, scaled_exponent = 365;
 
-// True for nearly all matrices, at next to no cost: by the sum of the squares, in any order.
+// A quick test, by the sum of the squares in any order, that is true for nearly all matrices: they need no scaling.
 bool is_ordinary(const real* a, std::size_t n) {
   constexpr std::size_t lanes = 8;
   real sum[lanes] = {}, total = 0;
@@ -44,7 +44,7 @@ real largest_magnitude(const real* a, std::size_t n) {
   return finite ? largest : std::numeric_limits<real>::infinity();
 }
 
-// By which power of two to multiply a matrix of this largest magnitude before it is decomposed.
+// The exponent of the power of two to multiply a matrix of this largest magnitude by before it is decomposed.
 int scale_of(real largest) {
   if (largest == 0 || !std::isfinite(largest)) return 0;
   const int exponent = exponent_of(largest);
@@ -75,7 +75,7 @@ void decompose_scaled(std::size_t rows, std::size_t columns, int scale, real* U,
   for (std::size_t i = 0; i < columns; ++i) S[i * columns + i] = tessarn::detail::scaled(S[i * columns + i], -scale);
 }
 
-// Whether the singular values are the same but for what is small beside the largest one; not where one is a NaN.
+// Whether the singular values differ by little, compared with the largest one; false where one is a NaN.
 bool agree(const real* S, const real* T, std::size_t columns) {
   constexpr real tolerance = static_cast<real>(1e-8);
   for (std::size_t i = 0; i < columns; ++i) {
@@ -87,14 +87,15 @@ bool agree(const real* S, const real* T, std::size_t columns) {
 
 }  // namespace
 
+// Scales the matrix where its magnitudes are extreme; see safe_exponent.
 void decompose(const real* a, std::size_t rows, std::size_t columns, real* U, real* S, real* V) {
   if (columns == 0) return;  // nothing to write; the kernel needs a column
   const std::size_t entries = rows * columns;
   const int scale = is_ordinary(a, entries) ? 0 : scale_of(largest_magnitude(a, entries));
   if (scale == 0) return decompose_directly(a, rows, columns, U, S, V);
   if (scale_entries(a, entries, scale, U)) return decompose_scaled(rows, columns, scale, U, S, V);
-  // Entries that far apart often need no sweep in which a square of the large ones overflows, as those of a diagonal
-  // matrix: then what is decomposed as it stands keeps the small values, too.
+  // The entries are too far apart to be scaled exactly. Often no sweep squares the large ones, as in a diagonal matrix:
+  // then the decomposition without scaling keeps the small singular values, too. It is taken where both agree.
   const real_array scaled = allocate(entries + 2 * columns * columns);
   real* const scaled_S = scaled.get() + entries;
   real* const scaled_V = scaled_S + columns * columns;

@@ -1,5 +1,4 @@
 // Sorting of the point list.
-#include <cstring>
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -29,13 +28,14 @@ bool has_nan(const coordinates* points, std::size_t n) {
   return false;
 }
 
-// From this number of points on the passes over the digits cost less than comparisons.
-constexpr std::size_t digit_sorted = 400;
+// From this number of points on a radix sort costs less than comparisons.
+constexpr std::size_t radix_sort_from = 400;
 
 constexpr std::size_t digits = sizeof(real);
 constexpr std::size_t digit_values = 256;
 
-// A number that is ordered as x is; the same for both zeros.
+// An integer that is ordered as x is, with one value for both zeros: the sign bit is inverted, and for negative numbers
+// all other bits, too.
 std::uint64_t key_of(real x) {
   const real v = x + 0;
   std::uint64_t bits;
@@ -46,8 +46,8 @@ std::uint64_t key_of(real x) {
 
 std::size_t digit(std::uint64_t key, std::size_t d) { return (key >> (8 * d)) & (digit_values - 1); }
 
-// Sorts n points by x, equal ones in their order, digit by digit from the last: each pass is stable. A digit that all
-// points share needs none. The result stands in points or in other, which is returned.
+// Radix sort of n points by x, a byte of the key at a time from the lowest: each pass is stable, so points of equal x
+// keep their order. A byte that all points share needs no pass. The result is in points or in other, which is returned.
 coordinates* sorted_by_x(coordinates* points, coordinates* other, std::size_t n) {
   std::uint32_t numbers[digits][digit_values] = {};
   for (std::size_t i = 0; i < n; ++i) {
@@ -65,8 +65,8 @@ coordinates* sorted_by_x(coordinates* points, coordinates* other, std::size_t n)
   return points;
 }
 
-// Sorts the points of equal x, which stand together, by y; none passes a point whose y is NaN.
-void sort_equals(coordinates* points, std::size_t n) {
+// Sorts each run of points of equal x by y; no point passes one whose y is NaN.
+void sort_ties_by_y(coordinates* points, std::size_t n) {
   for (std::size_t i = 0, end; i < n; i = end) {
     end = i + 1;
     if (is_nan(points[i].y)) continue;
@@ -75,19 +75,20 @@ void sort_equals(coordinates* points, std::size_t n) {
   }
 }
 
-// Sorts n points without a NaN among their x. The result stands in points or in other, which is returned.
+// Sorts n points without a NaN among their x. The result is in points or in other, which is returned.
 coordinates* sorted_run(coordinates* points, coordinates* other, std::size_t n) {
-  if (n >= digit_sorted)
+  if (n >= radix_sort_from)
     points = sorted_by_x(points, other, n);
   else
     std::stable_sort(points, points + n, is_left);
-  sort_equals(points, n);
+  sort_ties_by_y(points, n);
   return points;
 }
 
-// A bubble sort exchanges neighbours only, and none where a comparison meets a NaN. So a point with a NaN x stays where
-// it is, and no other passes it: what stands between two of them is sorted by itself. There, points of different x end
-// in the order of x, and of equal x those that stand before a NaN y stay before it.
+// Gives the list that a bubble sort gives. That exchanges neighbours only, and none where a comparison meets a NaN. So
+// a point with a NaN x stays where it is, and no other passes it: the points between two of them are sorted by
+// themselves. There, points of different x end in the order of x, and of equal x those before a point with a NaN y stay
+// before it.
 void sort_between_nans(coordinates* points, coordinates* other, std::size_t n) {
   for (std::size_t first = 0, end; first < n; first = end + 1) {
     for (end = first; end < n && !is_nan(points[end].x);) ++end;
@@ -98,20 +99,20 @@ void sort_between_nans(coordinates* points, coordinates* other, std::size_t n) {
 
 }  // namespace
 
-// Without NaN the order is a weak ordering, and a bubble sort never exchanges equals: a stable sort gives the same
-// list.
+// Works on a copy of the coordinates, without the virtual table pointers. Without NaN the order is a weak ordering, and
+// a bubble sort never exchanges equals: any stable sort gives its list.
 void vectormat::sort() {
   if (count < 2) return;
   const std::size_t n = count;
-  const bool by_digits = n >= digit_sorted;
+  const bool by_radix = n >= radix_sort_from;
   using tessarn::detail::checked_product;
-  const std::unique_ptr<coordinates[]> packed(new coordinates[by_digits ? checked_product(2, n) : n]);
+  const std::unique_ptr<coordinates[]> packed(new coordinates[by_radix ? checked_product(2, n) : n]);
   coordinates* sorted = packed.get();
-  coordinates* const other = by_digits ? sorted + n : nullptr;
+  coordinates* const other = by_radix ? sorted + n : nullptr;
   for (std::size_t i = 0; i < n; ++i) sorted[i] = {points[i].x, points[i].y};
   if (has_nan(sorted, n))
     sort_between_nans(sorted, other, n);
-  else if (by_digits)
+  else if (by_radix)
     sorted = sorted_run(sorted, other, n);
   else
     std::stable_sort(sorted, sorted + n, belongs_before);

@@ -2,7 +2,7 @@
 // put one of its own into a list.
 //
 // A list grows by a fixed step, but into arrays with room for twice the points, so that n points are added in O(n). A
-// list's capacity does not tell this room: it stands in a table. The table may know an array that a program has
+// list's capacity does not tell this room: a table holds it. The table may know an array that a program has
 // released since, and whose address belongs to another array now. So the room counts only where it is the number of
 // elements that array new keeps in front of them: then the elements are there, whoever made the array.
 #pragma once

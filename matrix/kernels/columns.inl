@@ -76,6 +76,7 @@ TESSARN_INLINE size_t column_stride(size_t rows) {
   return n >= 8 * block_rows && n % (2 * block_rows) == 0 ? n + block_rows : n;
 }
 
+// reflect for COUNT columns side by side, so that p and q are loaded once for all of them.
 template <size_t COUNT>
 TESSARN_INLINE void reflect_group(const double* p, const double* q, size_t rows, double d, double g, double* columns,
                                   size_t stride) {
@@ -104,7 +105,7 @@ static void reflect(const double* p, const double* q, size_t rows, double d, dou
   for (; j < count; ++j) reflect_group<1>(p, q, rows, d, g, columns + j * stride, stride);
 }
 
-// The column y and the one that stands distance behind it: (y, z) becomes (y c + z s, z c - y s).
+// Rotates the column y and the column z = y + distance: (y, z) becomes (y c + z s, z c - y s).
 TESSARN_INLINE void rotate(double* y, size_t distance, double c, double s, size_t rows) {
   double* z = y + distance;
   const vec cosine = broadcast(c);
@@ -119,8 +120,8 @@ TESSARN_INLINE void rotate(double* y, size_t distance, double c, double s, size_
   }
 }
 
-// VECTORS vectors of rows through a sequence of rotations; the second column of one is the first of the next, so it
-// stays in registers.
+// Applies a sequence of rotations to VECTORS vectors of rows. The second column of one rotation is the first of the
+// next, so it stays in registers.
 template <size_t VECTORS>
 TESSARN_INLINE void rotate_rows(double* columns, size_t stride, const double* rotations, size_t count) {
   vec y[VECTORS];
@@ -139,7 +140,7 @@ TESSARN_INLINE void rotate_rows(double* columns, size_t stride, const double* ro
   for (size_t v = 0; v < VECTORS; ++v) store(columns + v * width, y[v]);
 }
 
-// count rotations (c, s) of neighbouring columns, the first and second, the second and third, ...
+// Applies count rotations (c, s): to the first and second column, the second and third, ...
 static void rotate_columns(double* columns, size_t stride, size_t rows, const double* rotations, size_t count) {
   size_t k = 0;
   for (; k + 4 * width <= rows; k += 4 * width) rotate_rows<4>(columns + k, stride, rotations, count);

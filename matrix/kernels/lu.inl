@@ -42,7 +42,7 @@ struct lu_pivot {
   size_t row;
 };
 
-// entries from row on: each minus or plus the sum, one term after the other, of factor[c] column c, COUNT columns.
+// v minus or plus factor[0] * column 0, then factor[1] * column 1, ..., of COUNT columns.
 template <size_t COUNT, tile_mode MODE>
 TESSARN_INLINE vec with_columns(vec v, const double* factor, const double* columns, size_t stride) {
   for (size_t c = 0; c < COUNT; ++c) {
@@ -81,6 +81,8 @@ TESSARN_INLINE lu_pivot update_column(double* column, const double* earlier, siz
   return {largest, (size_t)place};
 }
 
+// Applies the steps of the strip before column c to it, first to the rows of these steps, and finds its pivot. The
+// number of steps is a compile-time constant in the loop over the other rows.
 static lu_pivot update_column(const lu_panel_view& p, size_t first, size_t c) {
   double* column = p.at(c);
   const double* earlier = p.at(first);
@@ -118,6 +120,8 @@ static bool factorise_strip(const lu_panel_view& p, size_t first, size_t last, s
   return true;
 }
 
+// Strip by strip: a strip is factorised, its steps are applied to its rows in the later columns one by one, and to the
+// rows below in one product. False where a column of candidate pivots is 0.
 static bool factorise_panel(const lu_panel_view& p, size_t* exchanged) {
   for (size_t first = 0; first < p.columns; first += lu_strip) {
     const size_t last = p.columns - first < lu_strip ? p.columns : first + lu_strip;
@@ -196,6 +200,9 @@ TESSARN_INLINE void exchange(double* a, double* b, size_t n) {
   }
 }
 
+// Panel by panel: the panel is copied transposed and factorised, its exchanges are made in the columns right of it and
+// in b, its upper triangle goes back to w, and then the columns right of it see its steps. Columns left of a panel are
+// not read again, so their rows are not exchanged.
 static bool factorise(double* w, size_t n, double* b, double* workspace) {
   const size_t stride = lu_stride(n), room = lu_column(n);
   double* sums = workspace + lu_panel(n) * room;

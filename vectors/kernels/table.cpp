@@ -8,8 +8,8 @@ namespace {
 constexpr size_t block = 256;
 constexpr size_t window = 2 * neighbours + 1;
 
-// The coordinates of n points apart.
-TESSARN_INLINE void take_apart(const double* points, size_t n, double* x, double* y) {
+// Writes the coordinates of n points to two arrays.
+TESSARN_INLINE void split_coordinates(const double* points, size_t n, double* x, double* y) {
   size_t i = 0;
   for (; i + width <= n; i += width) {
     vec abscissas, at;
@@ -40,12 +40,14 @@ TESSARN_INLINE void squared_deviations(const double* y, size_t n, double* square
   }
 }
 
+// By blocks that stay in the nearest cache: coordinates, deviations, marks. The marks of a block are counted in 32
+// bits, which vectorises.
 size_t mark(const double* points, size_t n, double limit, bool* marked) {
   double x[block + 2 * neighbours], y[block + 2 * neighbours], squared[block];
   size_t found = 0;
   for (size_t first = 0; first < n; first += block) {
     const size_t m = n - first < block ? n - first : block;
-    take_apart(points + 3 * first - 3 * neighbours, m + 2 * neighbours, x, y);
+    split_coordinates(points + 3 * first - 3 * neighbours, m + 2 * neighbours, x, y);
     squared_deviations(y, m, squared);
     uint32_t in_block = 0;
     for (size_t i = 0; i < m; ++i) {
