@@ -1,5 +1,5 @@
 # Each command installs what it needs (as root or with sudo), builds, and does its job.
-.PHONY: help demo test check bench windows docs fuzz package portable
+.PHONY: help demo test check bench windows docs fuzz package portable certify
 help: ; @sed -n 's/^\([a-z]*\): ## /make \1	/p' Makefile
 demo: ## run the examples on reference and simulated data; reports and pictures go to build/demo/
 	@tools/install.sh build demo && cmake --preset demo && cmake --build --preset demo --target demo
@@ -17,5 +17,7 @@ fuzz: ## the fuzz targets, 60 seconds in all (FUZZ_SECONDS=600 for more)
 	@tools/install.sh build fuzz && tools/fuzz.sh
 portable: ## the library and its tests on seven other processors, emulated
 	@tools/install.sh build portable && portable/test.sh
+certify: ## repeat the operations by every compiler, instruction set, module and processor; the table of docs/reproducibility.md
+	@tools/install.sh build test windows portable && tools/certify.sh
 package: ## the archive for Windows callers
 	@tools/install.sh build windows && windows/package.sh

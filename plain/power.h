@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#if __has_include(<mpfr.h>)
+#if __has_include(<mpfr.h>) && __has_include(<gmp.h>)  // cross compilers see the first alone
 #include <mpfr.h>
 #endif
 
@@ -12,7 +12,7 @@
 
 namespace plain {
 
-#if __has_include(<mpfr.h>)
+#if __has_include(<mpfr.h>) && __has_include(<gmp.h>)  // cross compilers see the first alone
 
 // The correctly rounded x^k for every finite x, subnormal results included; x^0 is 1.
 inline double power(double x, unsigned long k) {

@@ -14,7 +14,7 @@ mkdir -p "$stage"
 
 echo "== building"
 quietly cmake --preset windows-msvc-abi -DTESSARN_REPLAY_FILE=
-quietly cmake --build --preset windows-msvc-abi --target tessarn
+quietly cmake --build --preset windows-msvc-abi --target tessarn tessarn-selfcheck
 quietly cmake --install build/windows-msvc-abi --prefix "$stage/$name"
 sed "s/@VERSION@/$version/" windows/README.txt.in | sed 's/$/\r/' >"$stage/$name/README.txt"
 [ -f LICENSE ] && cp LICENSE "$stage/$name/"
@@ -31,6 +31,7 @@ for way in CMAKE_PREFIX_PATH="$stage/elsewhere/$name" tessarn_DIR="$stage/elsewh
   quietly cmake --build "$stage/consumer"
   cp "$stage/elsewhere/$name/bin/Tessarn_x64.dll" "$stage/consumer"
   windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/consumer/consumer_tessarn.exe"
+  windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/elsewhere/$name/bin/tessarn-selfcheck.exe" --line
 done
 rm -rf "$stage/consumer" "$stage/elsewhere"
 unzip -l "$stage/$name.zip"

@@ -35,6 +35,7 @@ libraries() { find "$1" \( -name '*tessarn*.so*' -o -name '*tessarn*.a' \) ! -na
 case $kind in
   install)
     install_moved "$build"
+    env -u LD_LIBRARY_PATH "$work/moved/bin/tessarn-selfcheck" --line
     consume -DCMAKE_PREFIX_PATH="$work/moved"
     "$work/consumer/consumer_static" ;;
   build)

@@ -1,4 +1,5 @@
-// Operands drawn for operations, and the texts from which the tables of operations are made.
+// Operands drawn for operations, and the texts from which the tables of operations are made. Products that feed sums go
+// through detail::product: the program is also compiled with the flags of callers that fuse.
 #pragma once
 
 #include "replay/record.h"
@@ -64,7 +65,7 @@ void draw_entries(input& in, std::size_t n, Set set) {
   constexpr std::size_t few = 36;
   const int kind = in.integer(0, 3);
   if (n > few) {
-    test::random_source random(in.seed());
+    test::random_source random(in.seed());  // of ranges whose width is a power of two: nothing is there to fuse
     for (std::size_t i = 0; i < n; ++i)
       set(i, static_cast<real>(kind == 0 ? static_cast<double>(random.below(7)) - 3.0 : random.uniform(-4.0, 4.0)));
     return;
@@ -153,7 +154,7 @@ inline vector draw_point(input& in, int i, int kind) {
     return vector(x, y);
   }
   const real x = static_cast<real>(i) + in.within(-0.25, 0.25);
-  const real y = static_cast<real>(0.5) * static_cast<real>(i) + in.within(-0.5, 0.5);
+  const real y = tessarn::detail::product(static_cast<real>(0.5), static_cast<real>(i)) + in.within(-0.5, 0.5);
   return in.integer(0, 19) == 0 ? vector(-1, y) : vector(x, y);
 }
 

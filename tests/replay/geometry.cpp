@@ -16,7 +16,8 @@ ulong draw_cloud(input& in, vector3d* points) {
   const vector3d slope = finite_vector3d(in);
   for (int i = 0; i < count; ++i) {
     points[i] = kind == 0 ? draw<vector3d>(in) : finite_vector3d(in);
-    if (kind > 1) points[i].z = slope.x * points[i].x + slope.y * points[i].y + slope.z;
+    using tessarn::detail::product;
+    if (kind > 1) points[i].z = product(slope.x, points[i].x) + product(slope.y, points[i].y) + slope.z;
     if (kind > 3) points[i].z += in.within(-0.25, 0.25);
     if (i > 0 && in.integer(0, 9) == 0) points[i] = points[i - 1];
   }

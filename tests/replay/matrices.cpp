@@ -148,8 +148,11 @@ ulong draw_pairs(input& in, vector3d* a, vector3d* b) {
       b[i] = draw<vector3d>(in);
       continue;
     }
-    b[i].x = static_cast<real>(0.8) * a[i].x - static_cast<real>(0.6) * a[i].y + 3;
-    b[i].y = static_cast<real>(0.6) * a[i].x + static_cast<real>(0.8) * a[i].y - 2;
+    using tessarn::detail::product;
+    constexpr real sine = static_cast<real>(0.6);
+    constexpr real cosine = static_cast<real>(0.8);
+    b[i].x = product(cosine, a[i].x) - product(sine, a[i].y) + 3;
+    b[i].y = product(sine, a[i].x) + product(cosine, a[i].y) - 2;
     b[i].z = kind == 2 ? -a[i].z : a[i].z + (kind == 3 ? in.within(-0.1, 0.1) : 0);
   }
   return static_cast<ulong>(count);

@@ -140,7 +140,7 @@ ulong draw_cloud(input& in, vector3d* points) {
   const int kind = in.integer(0, 5);
   for (int i = 0; i < count; ++i) {
     points[i] = kind == 0 ? draw<vector3d>(in) : finite_vector3d(in);
-    if (kind > 2) points[i].z = points[i].x * points[i].y * static_cast<real>(0.25) + in.within(-0.5, 0.5);
+    if (kind > 2) points[i].z = tessarn::detail::product(points[i].x * points[i].y, static_cast<real>(0.25)) + in.within(-0.5, 0.5);
   }
   return static_cast<ulong>(count);
 }
