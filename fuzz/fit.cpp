@@ -29,6 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   s += t;
   if (s.getgrade() + t.getgrade() > 0) s *= t;
   s.resize(static_cast<tessarn::slong>(in.number(6)));
-  s.func(in.real(), in.real());
+  const double x = in.real();
+  s.func(x, in.real());
   return 0;
 }

@@ -1,4 +1,6 @@
 // What the fuzz targets read from the bytes they are given. When the bytes are used up, everything is 0.
+// Two values are read in two statements or within braces, never as arguments of a call, whose order is the compiler's
+// choice: the same bytes mean the same everywhere.
 #pragma once
 
 #include <tessarn/tessarn.h>
@@ -53,7 +55,10 @@ class input {
     return v;
   }
   // Between -16 and 16 in steps of 1/1024.
-  double tame() { return (static_cast<double>(byte() << 8 | byte()) - 32768) / 2048; }
+  double tame() {
+    const int high = byte();
+    return (static_cast<double>(high << 8 | byte()) - 32768) / 2048;
+  }
 
  private:
   static double troublemaker(unsigned i) {
@@ -80,7 +85,7 @@ inline std::vector<vector> points(input& in, tessarn::ulong most) {
 
 inline std::vector<vector3d> space_points(input& in, tessarn::ulong most) {
   std::vector<vector3d> list(in.number(most));
-  for (vector3d& p : list) p = vector3d(in.real(), in.real(), in.real());
+  for (vector3d& p : list) p = vector3d{in.real(), in.real(), in.real()};
   return list;
 }
 

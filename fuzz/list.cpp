@@ -11,7 +11,7 @@ void step(fuzz::input& in, vectormat& l, vectormat& other) {
   switch (in.byte() % 16) {
     case 0:
     case 1:
-    case 2: l.add(vector(in.real(), in.real())); break;
+    case 2: l.add(vector{in.real(), in.real()}); break;
     case 3:
       for (int i = in.byte() * 8; i > 0; --i) l += vector(i, in.empty() ? i % 7 : in.tame());
       break;
@@ -29,7 +29,7 @@ void step(fuzz::input& in, vectormat& l, vectormat& other) {
     case 10: l.DeleteErrors(in.real()); break;
     case 11: {
       const tessarn::ulong before = l.count;
-      const std::unique_ptr<vectormat> chain(l.findline(vector(in.real(), in.real())));
+      const std::unique_ptr<vectormat> chain(l.findline(vector{in.real(), in.real()}));
       fuzz::require(l.count + (chain ? chain->count : 0) <= before, "a chain takes its points from the list");
       break;
     }

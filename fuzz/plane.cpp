@@ -26,12 +26,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::vector<vector3d> perp = fuzz::space_points(in, 80);
   plane::CalcNormale(n, par.data(), static_cast<tessarn::ulong>(par.size()), perp.data(),
                      static_cast<tessarn::ulong>(perp.size()));
-  plane other(vector3d(in.real(), in.real(), in.real()), n);
+  plane other(vector3d{in.real(), in.real(), in.real()}, n);
   vector p, q;
   fitted.cross(other, p, q);
   fitted.cross(n, p);
-  fitted.rotate(in.real(), in.real(), in.real());
-  line3d line(vector3d(in.real(), in.real(), in.real()), n);
+  const double alpha = in.real(), beta = in.real();
+  fitted.rotate(alpha, beta, in.real());
+  line3d line(vector3d{in.real(), in.real(), in.real()}, n);
   vector3d x;
   const bool cut = line.cut(fitted, x);
   const line3d before(line);

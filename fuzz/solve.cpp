@@ -33,7 +33,10 @@ void general(fuzz::input& in) {
   x.solve(x, x);
   x.invert(x);
   x.normalize();
-  if (width > 0 && height > 0) a.set(in.any_number(), in.any_number(), a.get(in.any_number(), in.any_number()));
+  if (width > 0 && height > 0) {
+    const tessarn::ulong x = in.any_number(), y = in.any_number(), from = in.any_number();
+    a.set(x, y, a.get(from, in.any_number()));
+  }
 }
 
 void square(fuzz::input& in) {
@@ -42,8 +45,10 @@ void square(fuzz::input& in) {
   a.create(n);
   for (tessarn::ulong i = 0; i < n * n; ++i) a.getData()[i] = in.real();
   a.det();
-  a.cof(in.any_number(), in.any_number());
-  real_mat b = matrix(in, 1 + in.number(2), 1 + in.number(n));
+  const tessarn::ulong column = in.any_number();
+  a.cof(column, in.any_number());
+  const tessarn::ulong columns = 1 + in.number(2);
+  real_mat b = matrix(in, columns, 1 + in.number(n));
   a.solve(b);
   real_sqmat c(a);
   c.orthogonalize();
@@ -55,7 +60,10 @@ void square(fuzz::input& in) {
     fuzz::require(std::memcmp(&one, &other, sizeof one) == 0, "both products agree");
   }
   c *= c;
-  if (n > 0) c.setColumn(in.any_number(), a.getColumn(in.any_number()));
+  if (n > 0) {
+    const tessarn::ulong to = in.any_number();
+    c.setColumn(to, a.getColumn(in.any_number()));
+  }
   c.transpose(c);
   fuzz::require(c.getSize() == n, "the size stays");
 }
@@ -65,9 +73,10 @@ void complex_square(fuzz::input& in) {
   sqmat<cplx> a;
   a.create(n);
   for (tessarn::ulong y = 0; y < n; ++y)
-    for (tessarn::ulong x = 0; x < n; ++x) a.set(x, y, cplx(in.real(), in.real()));
+    for (tessarn::ulong x = 0; x < n; ++x) a.set(x, y, cplx{in.real(), in.real()});
   a.det();
-  a.cof(in.any_number(), in.any_number());
+  const tessarn::ulong column = in.any_number();
+  a.cof(column, in.any_number());
   mat<cplx> b;
   b.create(1, 1 + in.number(n));
   a.solve(b);
@@ -79,9 +88,10 @@ void complex_square(fuzz::input& in) {
   if (n > 0) {
     const cplx one = product.get(n - 1, 0), other = c.get(n - 1, 0);
     fuzz::require(std::memcmp(&one.re, &other.re, 2 * sizeof one.re) == 0, "both products agree");
-    c.setColumn(in.any_number(), a.getColumn(in.any_number()));
+    const tessarn::ulong to = in.any_number();
+    c.setColumn(to, a.getColumn(in.any_number()));
   }
-  cplx z(in.real(), in.real()), w(in.real(), in.real());
+  cplx z{in.real(), in.real()}, w{in.real(), in.real()};
   z /= w;
   z.sqrt();
   w.phi();
@@ -90,12 +100,12 @@ void complex_square(fuzz::input& in) {
 void match(fuzz::input& in) {
   const std::vector<vector3d> a = fuzz::space_points(in, 24);
   std::vector<vector3d> b(a.size());
-  for (vector3d& p : b) p = vector3d(in.real(), in.real(), in.real());
+  for (vector3d& p : b) p = vector3d{in.real(), in.real(), in.real()};
   real_sqmat m;
   const bool matched = m.calc_match(a.data(), b.data(), static_cast<tessarn::ulong>(a.size()));
   fuzz::require(m.getSize() == (matched ? 4u : 0u), "a matrix when there is a match");
   m.calc_transform(a.data(), b.data(), static_cast<tessarn::ulong>(a.size()));
-  vector3d p(in.real(), in.real(), in.real());
+  vector3d p{in.real(), in.real(), in.real()};
   m.transform(p, p);
 }
 
