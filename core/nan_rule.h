@@ -1,4 +1,4 @@
-// The quiet-NaN rule of the real matrices and of the fits.
+// The quiet-NaN rule of the real matrices and of the fits: a quiet NaN is stored as 0.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 namespace tessarn::detail {
 
-// By its bits, because a signalling NaN is stored as it is.
+// Whether v is a quiet NaN, by its bits: a comparison does not tell it from a signalling one, which is stored as it is.
 inline bool is_quiet_nan(real v) noexcept {
   std::uint64_t bits;
   std::memcpy(&bits, &v, sizeof bits);
@@ -16,10 +16,10 @@ inline bool is_quiet_nan(real v) noexcept {
   return (bits & quiet) == quiet;
 }
 
-// For values that may come from a caller.
+// The rule for values that may come from a caller.
 inline real without_quiet_nan(real v) noexcept { return is_quiet_nan(v) ? 0 : v; }
 
-// For the result of an arithmetic operation, whose NaN is always quiet: one comparison, which vectorises.
+// The rule for the result of an arithmetic operation, whose NaN is always quiet: one comparison, which vectorises.
 inline real computed(real v) noexcept { return v == v ? v : 0; }
 
 // Whether there is any NaN among n values. They are counted, since a loop to a fixed end vectorises.

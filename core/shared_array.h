@@ -14,17 +14,17 @@
 
 namespace tessarn::detail {
 
-// A holder more. Throws std::bad_alloc, and changes nothing then. Gives the array back; null is none.
+// Counts one holder more, and returns the array. Null has no holders. Throws std::bad_alloc, and changes nothing then.
 real* share(real* array);
 
-// A holder less; the last one releases the array.
+// Counts one holder less; the last one releases the array.
 void give_up(real* array) noexcept;
 
-// A holder less for an array that stays with another one, whether or not the table knows of both.
+// Counts one holder less of an array that another one keeps, whether or not the table knows of both.
 void leave(real* array) noexcept;
 
-// A new array, whose only holder the caller is. A program can take the array out of an object of a derived class and
-// release it itself: what the table still says of an older array at this address is dropped.
+// Hands a new array to its only holder. A program can take an array out of an object of a derived class and release it
+// itself: what the table still says of such an older array at this address is dropped.
 real* held(real_array array) noexcept;
 
 }  // namespace tessarn::detail

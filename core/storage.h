@@ -33,7 +33,7 @@ std::size_t checked_sum(std::size_t a, std::size_t b, More... more) {
   return checked_sum(checked_sum(a, b), static_cast<std::size_t>(more)...);
 }
 
-// A count as the classes hold it.
+// A count in the 32 bits of the classes; a larger one fails as an impossible size does.
 inline ulong checked_count(std::size_t n) {
   if (n > std::numeric_limits<ulong>::max()) throw std::bad_array_new_length();
   return static_cast<ulong>(n);
@@ -62,7 +62,7 @@ inline real* whole_cache_line(real* p) noexcept {
   return p + (64 - address % 64) % 64 / sizeof(real);
 }
 
-// Reals as the kernels take them: the same 64-bit format under another name where real is long double.
+// Reals as the doubles that kernels take. Where real is long double it has the same 64-bit format under another name.
 inline double* as_doubles(real* p) noexcept { return reinterpret_cast<double*>(p); }
 inline const double* as_doubles(const real* p) noexcept { return reinterpret_cast<const double*>(p); }
 

@@ -113,7 +113,8 @@ void hyperbinom::func(const real* x, const real* y, real* z, tessarn::ulong n) c
     return;
   }
   const auto& kernels = tessarn::detail::poly_kernels_in_use();
-  kernels.surface_values(as_doubles(cof), static_cast<std::size_t>(grade), as_doubles(x), as_doubles(y), as_doubles(z), n);
+  const auto g = static_cast<std::size_t>(grade);
+  kernels.surface_values(as_doubles(cof), g, as_doubles(x), as_doubles(y), as_doubles(z), n);
 }
 
 void hyperbinom::operator+=(hyperbinom& q) {

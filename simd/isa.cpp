@@ -32,7 +32,8 @@ cpuid_registers cpuid(unsigned leaf) noexcept {
 #endif
 }
 
-// Which registers the operating system saves.
+// Which registers the operating system saves when it switches threads. A set whose registers it does not save must not
+// be used, whatever the processor has.
 unsigned long long extended_control() noexcept {
 #if defined(_MSC_VER)
   return _xgetbv(0);
@@ -43,6 +44,8 @@ unsigned long long extended_control() noexcept {
 #endif
 }
 
+// The bits of leaves 1 and 7 of CPUID, and 0x6 (SSE and AVX state) and 0xE0 (the three parts of AVX-512 state) of what
+// is saved. AVX-512 is taken only with all five subsets that its kernels are compiled for.
 isa detect() noexcept {
   if (cpuid(0).a < 7) return isa::baseline;
   const cpuid_registers one = cpuid(1);

@@ -3,7 +3,8 @@
 
 namespace tessarn::detail::TESSARN_ISA {
 
-// A kernel source that gains nothing by the widest vectors defines TESSARN_AT_MOST_FOUR_LANES before it includes this.
+// The number of lanes. A kernel source that gains nothing by the widest vectors defines TESSARN_AT_MOST_FOUR_LANES
+// before it includes this. Kernels ask for width, or in an #if for TESSARN_LANES, not for the name of a set.
 #if defined(TESSARN_ISA_avx512) && !defined(TESSARN_AT_MOST_FOUR_LANES)
 #define TESSARN_LANES 8
 #elif defined(TESSARN_ISA_avx512) || defined(TESSARN_ISA_avx2)
@@ -41,7 +42,7 @@ TESSARN_INLINE vec broadcast_from(const double* p) {
   return *p - vec{};
 #endif
 }
-// 0, 1, 2, ...
+// Each lane holds its number: 0, 1, 2, ...
 TESSARN_INLINE vec lane_numbers() {
   const double numbers[] = {0, 1, 2, 3, 4, 5, 6, 7};
   return load(numbers);
@@ -53,9 +54,9 @@ TESSARN_INLINE vec select(mask m, vec a, vec b) {
 }
 // v with every NaN replaced by +0.0.
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
-// Set where m is not.
+// The mask of the lanes that m does not have.
 TESSARN_INLINE mask complement(mask m) { return ~m; }
-// Whether m is nowhere set.
+// Whether m is set in no lane. Each width has its shortest way from a vector to a condition.
 TESSARN_INLINE bool none(mask m) {
 #if TESSARN_LANES == 8
   typedef long long quadwords __attribute__((vector_size(64)));
@@ -70,6 +71,8 @@ TESSARN_INLINE bool none(mask m) {
 #endif
 }
 
+// Lane by lane, since vector types have no operator for it. Compilers may make vector instructions of it, with the same
+// bits.
 TESSARN_INLINE vec square_root(vec v) {
   vec root = v;
   for (size_t i = 0; i < width; ++i) root[i] = __builtin_sqrt(v[i]);

@@ -1,5 +1,5 @@
-// Points of the library's classes in lanes. The first word of a point is its virtual table pointer, which is never used
-// as a number.
+// Points of the library's classes in lanes: their coordinates taken apart, or a whole point in a vector. The first word
+// of a point is its virtual table pointer, which is never used as a number.
 #pragma once
 
 namespace tessarn::detail::TESSARN_ISA {
@@ -7,7 +7,9 @@ namespace tessarn::detail::TESSARN_ISA {
 #if TESSARN_VECTOR_LANES
 
 // The coordinates of as many points as there are lanes, from an array in which a point is three doubles, plane points
-// (*, x, y), or four, space points (*, x, y, z); * is the virtual table pointer.
+// (*, x, y), or four, space points (*, x, y, z); * is the virtual table pointer. The shuffles of each width are those
+// with the fewest steps; a two-source shuffle picks lanes 0, 1, ... of the first and width, width + 1, ... of the
+// second vector.
 #if TESSARN_LANES == 8
 TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
   const vec a = load(p), b = load(p + 8), c = load(p + 16);
@@ -78,6 +80,7 @@ TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
   z = p[3];
 }
 
+// The four lanes without vector types.
 struct quad {
   double lane[4];
   double operator[](size_t i) const { return lane[i]; }

@@ -75,8 +75,8 @@ struct plane_sums {
 
 // The sums of a line, exponents 0 to 2. Squares need no chain, so only the marker and what is not finite is in the way.
 // That is looked for in whole stretches of points, afterwards: a stretch in which there is something is not counted,
-// and left to the caller. A test a point would take as long as the sums. With 10000 points this gains 16 ... 62 % over a
-// pass by chains.
+// and left to the caller. A test a point would take as long as the sums. With 10000 points this gains 16 ... 62 % over
+// a pass by chains.
 TESSARN_INLINE size_t add_line_points(const double* points, size_t n, double marker, double* sums) {
   // With two lanes, one vector of each sum at a time: the 16 registers of baseline x86-64 hold no more.
   constexpr size_t stretch = 128, vectors = width < 4 ? 1 : sum_vectors;

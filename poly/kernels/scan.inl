@@ -7,6 +7,8 @@
 namespace tessarn::detail::TESSARN_ISA {
 namespace {
 
+// The abscissas first + i step are exact, so each is computed on its own, without a chain of additions. Values that are
+// NaN or 0 are neither above nor below.
 bool one_sign(const double* cof, size_t count, double first, double step) {
   double lane[value_vectors * width];
   for (size_t k = 0; k < value_vectors * width; ++k) lane[k] = (double)(int)k * step;
