@@ -7,6 +7,7 @@
 #include "inputs.h"
 #include "plain/cplx.h"
 #include "plain/vectors.h"
+#include "tessarn/angles.h"
 
 namespace bench {
 
@@ -158,9 +159,34 @@ void add_turns(long n) {
       .plain(each([](angle_inputs& in, std::size_t k) { in.store(k, plain::cartesian(in.plain_polar[k])); }));
 }
 
+// Correctly rounded functions beside those of the C library, which are not.
+template <class Ours, class Theirs>
+void add_function(const std::string& name, long n, values arguments, Ours ours, Theirs theirs) {
+  angle_row(name, n)
+      .ours(each([=](angle_inputs& in, std::size_t k) { in.result[k] = ours(arguments[k]); }))
+      .peer("other", "C library", each([=](angle_inputs& in, std::size_t k) { in.result[k] = theirs(arguments[k]); }));
+}
+
+void add_functions(long n) {
+  const auto from = [n](double scale, unsigned seed) {
+    values v = random_values(std::size_t(n), seed);
+    for (double& x : v) x *= scale;
+    return v;
+  };
+  const auto sine = [](double x) { return std::sin(x); };
+  const auto cosine = [](double x) { return std::cos(x); };
+  add_function("sin over an array, to pi", n, from(pi, 62), tessarn::angles::sin, sine);
+  add_function("cos over an array, to pi", n, from(pi, 63), tessarn::angles::cos, cosine);
+  add_function("sin over an array, to 1e5", n, from(1e5, 64), tessarn::angles::sin, sine);
+  add_function("sin over an array, to 1e300", n, from(1e300, 65), tessarn::angles::sin, sine);
+  add_function("asin over an array", n, from(1, 66), tessarn::angles::asin, [](double x) { return std::asin(x); });
+  add_function("acos over an array", n, from(1, 67), tessarn::angles::acos, [](double x) { return std::acos(x); });
+}
+
 }  // namespace
 
 void add_angles() {
+  add_functions(1000);
   add_complex_angles(1000);
   add_directions(1000);
   add_turns(1000);

@@ -14,11 +14,11 @@ rows=$folder/rows.txt
 : >"$rows"
 failed=0
 
-# row NAME HOW COMMAND...: the command prints what replay prints; its line "all" has the operations and the equal ones.
+# row NAME HOW COMMAND...: the command prints what replay prints; its line "all" has the operations and the differing ones.
 row() {
   local name=$1 how=$2 log=$folder/$1.log result started=$SECONDS
   "${@:3}" >"$log" 2>&1
-  result=$(tr -d '\r' <"$log" | sed 's/^[0-9]*: //' | awk '$1 == "all" && NF >= 4 {print $2 "|" $2 - $3}')
+  result=$(tr -d '\r' <"$log" | sed 's/^[0-9]*: //' | awk '$1 == "all" && NF >= 3 {print $2 "|" $3}')
   if [ -z "$result" ]; then
     echo "$name: no result, see $log"
     failed=1

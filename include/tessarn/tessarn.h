@@ -2,6 +2,7 @@
 /// The whole library.
 #pragma once
 
+#include "tessarn/angles.h"
 #include "tessarn/cplx.h"
 #include "tessarn/geometry.h"
 #include "tessarn/matrix.h"

@@ -149,7 +149,7 @@ TEST(Vector3d, RotationByTwoAngles) {
   const vector3d r = up.rotate(0.3, 0.2);
   EXPECT_BITS(r.x, nan);
   EXPECT_BITS(r.y, nan);
-  EXPECT_BITS(r.z, 5 * std::cos(0.2) + 0 * std::sin(0.2));
+  EXPECT_BITS(r.z, 5 * tessarn::angles::cos(0.2) + 0 * tessarn::angles::sin(0.2));
 }
 
 TEST(Vector3d, RotationKeepsTheLength) {
