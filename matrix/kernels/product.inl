@@ -144,7 +144,7 @@ static void multiply_unpacked(const double* a, size_t a_stride, const double* b,
     narrow_columns<START, MODE>(a, a_stride, b + x, b_stride, count, c + x, c_stride, rows, columns - x, rule);
 }
 
-// b in panels of up to tile_vectors vectors, each k by k; a in strips of tile_rows, each k by k.
+// Packs b in panels of up to tile_vectors vectors of columns, row by row in each panel.
 TESSARN_INLINE void pack_columns(const double* b, size_t b_stride, size_t count, size_t columns, double* to) {
   for (size_t x = 0; x + width <= columns;) {
     size_t vectors = (columns - x) / width;
@@ -155,13 +155,14 @@ TESSARN_INLINE void pack_columns(const double* b, size_t b_stride, size_t count,
   }
 }
 
+// Packs a in strips of tile_rows rows, column by column in each strip.
 TESSARN_INLINE void pack_rows(const double* a, size_t a_stride, size_t rows, size_t count, double* to) {
   for (size_t r = 0; r + tile_rows <= rows; r += tile_rows)
     for (size_t k = 0; k < count; ++k)
       for (size_t i = 0; i < tile_rows; ++i) *to++ = a[(r + i) * a_stride + k];
 }
 
-// Where the packed columns stand in the workspace, behind a block of packed rows; and all of it.
+// The doubles that a block of packed rows takes, which the packed columns follow in the workspace; and those of both.
 TESSARN_INLINE size_t packed_rows(size_t rows, size_t inner) {
   return (rows < row_block ? rows : row_block) * (inner < depth ? inner : depth);
 }
