@@ -81,7 +81,7 @@ void real_mat::create(tessarn::ulong columns, tessarn::ulong rows) {
 }
 
 void real_mat::set(tessarn::ulong x, tessarn::ulong y, real v) {
-  const std::size_t place = position(x, y);
+  const std::uint64_t place = position(x, y);
   if (place >= entry_count(width, height)) throw std::bad_array_new_length();  // a count that wrapped
   data[place] = tessarn::detail::without_quiet_nan(v);
 }

@@ -221,10 +221,11 @@ class TESSARN_API mat<long double> {
   mat& self() const noexcept { return tessarn::detail::mutable_ref(*this); }
   static mat& other(const mat& m) noexcept { return tessarn::detail::mutable_ref(m); }
   bool same_size(const mat& b) const noexcept { return width == b.width && height == b.height; }
-  std::size_t position(tessarn::ulong x, tessarn::ulong y) const {
+  // With 64 bits: sizes whose count wraps have places that 32 bits do not hold.
+  std::uint64_t position(tessarn::ulong x, tessarn::ulong y) const {
     if (x >= width) x = tessarn::detail::wrap(x, width);
     if (y >= height) y = tessarn::detail::wrap(y, height);
-    return static_cast<std::size_t>(y) * width + x;
+    return static_cast<std::uint64_t>(y) * width + x;
   }
   void forget() noexcept {
     data = nullptr;

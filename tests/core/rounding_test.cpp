@@ -203,7 +203,7 @@ TEST(ObjectModel, SizesAndVirtualDestructors) {
   EXPECT_EQ(sizeof(vector), 3 * 8u);
   EXPECT_EQ(sizeof(vector3d), 4 * 8u);
   EXPECT_EQ(sizeof(polarvector3d), 4 * 8u);
-  EXPECT_EQ(sizeof(vectormat), 3 * 8u);
+  EXPECT_EQ(sizeof(vectormat), 2 * sizeof(void*) + 8u);
 }
 
 TEST(ObjectModel, FieldsStandInOrderAfterTheTablePointer) {
