@@ -267,6 +267,7 @@ TYPED_TEST(Sharing, StaleEntriesAreDropped) {
   tessarn::detail::give_up(again);  // its only holder
 }
 
+#if !defined(__EMSCRIPTEN__) || defined(__EMSCRIPTEN_PTHREADS__)  // there are threads
 // Each thread works on objects of its own, which share arrays with those of the other threads.
 TYPED_TEST(Sharing, Threads) {
   using h = handled<TypeParam>;
@@ -315,6 +316,7 @@ TYPED_TEST(Sharing, TheLastHolderComesAfterTheOthers) {
     first.join();
   }
 }
+#endif
 
 // The table beside a plain list of pairs, with addresses that collide.
 TEST(SideTable, AgreesWithAPlainList) {
