@@ -2,7 +2,7 @@
 # Builds the library and its tests for other processors, runs them under emulators, and repeats the operations that the build
 # for this machine has written. The last line is the total. usage: portable/test.sh [PROCESSOR...], all seven unless given
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit
 . tools/suites.sh
 [ $# -gt 0 ] || set -- aarch64 armv7 riscv64 ppc64le s390x i686 wasm
 start_counting

@@ -3,7 +3,7 @@
 # and the table of docs/reproducibility.md is written anew. What cannot run here keeps its last row, with its date. Ends with 1
 # when a build failed or gave other bits. usage: certify.sh [ROW...], names of functions below; all of them unless given
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit
 . windows/common.sh
 . tools/suites.sh
 page=docs/reproducibility.md
