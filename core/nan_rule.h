@@ -20,7 +20,7 @@ inline bool is_quiet_nan(real v) noexcept {
 inline real without_quiet_nan(real v) noexcept { return is_quiet_nan(v) ? 0 : v; }
 
 // The rule for the result of an arithmetic operation, whose NaN is always quiet: one comparison, which vectorises.
-inline real computed(real v) noexcept { return v == v ? v : 0; }
+inline real nan_to_zero(real v) noexcept { return v == v ? v : 0; }
 
 // Whether there is any NaN among n values. They are counted, since a loop to a fixed end vectorises.
 inline bool has_nan(const real* v, std::size_t n) noexcept {

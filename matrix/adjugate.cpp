@@ -53,7 +53,7 @@ real small_minor(const real* m, std::size_t n, std::size_t j, std::size_t i) {
     const std::size_t b = i == 2 ? 1 : 2;
     const real f = (-1 / upper[a]) * lower[a];
     const real eliminated = f * upper[b] + lower[b];
-    return upper[a] * computed(eliminated);
+    return upper[a] * nan_to_zero(eliminated);
   }
   real rest[9];
   copy_minor(m, n, j, i, rest, unchanged);

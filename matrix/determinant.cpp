@@ -35,7 +35,7 @@ void eliminate_by_rule(real* w, std::size_t n) {
     for (std::size_t r = p + 1; r < n; ++r) {
       real* row = w + r * n;
       const real f = reciprocal * row[p];
-      for (std::size_t c = p + 1; c < n; ++c) row[c] = computed(f * upper[c] + row[c]);
+      for (std::size_t c = p + 1; c < n; ++c) row[c] = nan_to_zero(f * upper[c] + row[c]);
     }
   }
 }

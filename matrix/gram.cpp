@@ -7,7 +7,7 @@
 
 using tessarn::real;
 using tessarn::detail::complex_sqmat;
-using tessarn::detail::computed;
+using tessarn::detail::nan_to_zero;
 using tessarn::detail::real_array;
 using tessarn::detail::real_sqmat;
 
@@ -34,7 +34,7 @@ void real_sqmat::orthogonalize() {
         const real c = dot(earlier, column) / squares[i];
         for (std::size_t k = 0; k < n; ++k) projected[k] -= c * earlier[k];
       }
-      for (std::size_t k = 0; k < n; ++k) data[k * n + j] = column[k] = computed(projected[k]);
+      for (std::size_t k = 0; k < n; ++k) data[k * n + j] = column[k] = nan_to_zero(projected[k]);
     }
     squares[j] = dot(column, column);
   }
@@ -82,7 +82,7 @@ void real_sqmat::optimize() {
     for (std::size_t r = p + 1; r < n; ++r) {
       real* row = data + r * n;
       const real f = row[p] / pivot_row[p];
-      for (std::size_t c = p; c < n; ++c) row[c] = computed(row[c] - f * pivot_row[c]);
+      for (std::size_t c = p; c < n; ++c) row[c] = nan_to_zero(row[c] - f * pivot_row[c]);
     }
   }
 }

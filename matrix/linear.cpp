@@ -10,7 +10,7 @@
 
 using tessarn::real;
 using tessarn::detail::as_doubles;
-using tessarn::detail::computed;
+using tessarn::detail::nan_to_zero;
 using tessarn::detail::real_array;
 using tessarn::detail::real_mat;
 using tessarn::detail::without_quiet_nan;
@@ -36,7 +36,7 @@ void invert_diagonal(const real_mat& a, real_mat& dst) {
   for (tessarn::ulong k = 0; k < n; ++k) {
     const real d = a.getData()[static_cast<std::size_t>(k) * a.getWidth() + k];
     if (tessarn::detail::equal_or_unordered(d, 0)) continue;
-    dst.getData()[static_cast<std::size_t>(k) * dst.getWidth() + k] = computed(1 / d);
+    dst.getData()[static_cast<std::size_t>(k) * dst.getWidth() + k] = nan_to_zero(1 / d);
   }
 }
 
@@ -68,8 +68,8 @@ void real_mat::solve(mat& A, mat& b) {
   kernels.normal_equations(as_doubles(A.data), as_doubles(b.data), m, n, as_doubles(sums.get()),
                            as_doubles(sums.get() + n * stride));
   for (std::size_t c = 0; c < n; ++c) {
-    std::transform(&sums[c * stride], &sums[c * stride + n], normal.row(c), computed);
-    normal.right()[c] = computed(sums[c * stride + n]);
+    std::transform(&sums[c * stride], &sums[c * stride + n], normal.row(c), nan_to_zero);
+    normal.right()[c] = nan_to_zero(sums[c * stride + n]);
   }
   normal.solve();
   std::copy_n(normal.right(), n, g.data);

@@ -52,9 +52,9 @@ bool factorise_by_rule(real* w, std::size_t n, std::uint32_t* order) {
     const real* upper = w + k * n;
     for (std::size_t r = k + 1; r < n; ++r) {
       real* row = w + r * n;
-      const real multiplier = computed(row[k] / upper[k]);
+      const real multiplier = nan_to_zero(row[k] / upper[k]);
       row[k] = multiplier;
-      for (std::size_t c = k + 1; c < n; ++c) row[c] = computed(row[c] - multiplier * upper[c]);
+      for (std::size_t c = k + 1; c < n; ++c) row[c] = nan_to_zero(row[c] - multiplier * upper[c]);
     }
   }
   return true;
@@ -65,7 +65,7 @@ void substitute_forward(const real* w, std::size_t n, const std::uint32_t* order
   for (std::size_t i = 0; i < n; ++i) {
     real s = 0;
     for (std::size_t j = 0; j < i; ++j) s += w[i * n + j] * v[j];
-    v[i] = computed(b[order[i]] - s);
+    v[i] = nan_to_zero(b[order[i]] - s);
   }
 }
 
@@ -74,7 +74,7 @@ void substitute_back(const real* w, std::size_t n, std::size_t stride, const rea
   for (std::size_t i = n; i-- > 0;) {
     real s = 0;
     for (std::size_t j = i + 1; j < n; ++j) s += w[i * stride + j] * b[j];
-    b[i] = computed((v[i] - s) / w[i * stride + i]);
+    b[i] = nan_to_zero((v[i] - s) / w[i * stride + i]);
   }
 }
 

@@ -9,7 +9,7 @@
 #include "matrix/multiply.h"
 
 using tessarn::real;
-using tessarn::detail::computed;
+using tessarn::detail::nan_to_zero;
 using tessarn::detail::entry_count;
 using tessarn::detail::real_mat;
 
@@ -27,7 +27,7 @@ real_mat combined(const real_mat& a, const real_mat& b, Function f) {
   const real* v = b.getData();
   real* r = result.getData();
   const std::size_t n = entry_count(a);
-  for (std::size_t i = 0; i < n; ++i) r[i] = computed(f(u[i], v[i]));
+  for (std::size_t i = 0; i < n; ++i) r[i] = nan_to_zero(f(u[i], v[i]));
   return result;
 }
 
@@ -38,7 +38,7 @@ real_mat mapped(const real_mat& a, Function f) {
   const real* u = a.getData();
   real* r = result.getData();
   const std::size_t n = entry_count(a);
-  for (std::size_t i = 0; i < n; ++i) r[i] = computed(f(u[i]));
+  for (std::size_t i = 0; i < n; ++i) r[i] = nan_to_zero(f(u[i]));
   return result;
 }
 

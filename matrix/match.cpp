@@ -13,7 +13,7 @@
 
 using tessarn::real;
 using tessarn::detail::as_doubles;
-using tessarn::detail::computed;
+using tessarn::detail::nan_to_zero;
 using tessarn::detail::exponent_of;
 using tessarn::detail::power_of_two;
 using tessarn::detail::real_mat;
@@ -98,7 +98,7 @@ struct centred_points {
   }
   point at(tessarn::ulong i) const {
     point p = coordinates(points[i], factor);
-    for (int k = 0; k < 3; ++k) p.c[k] = computed(p.c[k] - centroid.c[k]) * centred_factor;
+    for (int k = 0; k < 3; ++k) p.c[k] = nan_to_zero(p.c[k] - centroid.c[k]) * centred_factor;
     return p;
   }
 };
@@ -114,10 +114,10 @@ matrix_3 cross_covariance(const vector3d* a, const vector3d* b, tessarn::ulong n
     for (int r = 0; r < 3; ++r)
       for (int c = 0; c < 3; ++c) {
         real& entry = h.entries[3 * r + c];
-        entry = computed(entry + computed(p.c[r] * q.c[c]));
+        entry = nan_to_zero(entry + nan_to_zero(p.c[r] * q.c[c]));
       }
   }
-  for (real& entry : h.entries) entry = computed(entry / static_cast<real>(n));
+  for (real& entry : h.entries) entry = nan_to_zero(entry / static_cast<real>(n));
   return h;
 }
 
@@ -153,7 +153,7 @@ matrix_3 times_transposed(const matrix_3& v, const matrix_3& u) {
     for (int c = 0; c < 3; ++c) {
       real sum = 0;
       for (int k = 0; k < 3; ++k) sum += v.entries[3 * r + k] * u.entries[3 * c + k];
-      product.entries[3 * r + c] = computed(sum);
+      product.entries[3 * r + c] = nan_to_zero(sum);
     }
   return product;
 }
@@ -183,10 +183,10 @@ point translation_by_rule(const vector3d* a, const vector3d* b, tessarn::ulong n
     for (int r = 0; r < 3; ++r) {
       real turned = 0;
       for (int k = 0; k < 3; ++k) turned += R[3 * r + k] * pa.c[k];
-      sum.c[r] = computed(sum.c[r] + computed(pb.c[r] - turned));
+      sum.c[r] = nan_to_zero(sum.c[r] + nan_to_zero(pb.c[r] - turned));
     }
   }
-  for (real& c : sum.c) c = computed(c / static_cast<real>(n)) / factor;
+  for (real& c : sum.c) c = nan_to_zero(c / static_cast<real>(n)) / factor;
   return sum;
 }
 
@@ -198,7 +198,7 @@ point translation_of(const vector3d* a, const vector3d* b, tessarn::ulong n, con
                                                          as_doubles(sum.c));
   if (!(std::isfinite(sum.c[0]) && std::isfinite(sum.c[1]) && std::isfinite(sum.c[2])))
     return translation_by_rule(a, b, n, R, std::max(largest_coordinate(a, n), largest_coordinate(b, n)));
-  for (real& c : sum.c) c = computed(c / static_cast<real>(n));
+  for (real& c : sum.c) c = nan_to_zero(c / static_cast<real>(n));
   return sum;
 }
 

@@ -18,7 +18,7 @@ void multiply_small(const real* a, const real* b, real* c, std::size_t rows, std
     for (std::size_t x = 0; x < columns; ++x) {
       real sum = 0;
       for (std::size_t k = 0; k < inner; ++k) sum += a[r * inner + k] * b[k * columns + x];
-      c[r * columns + x] = computed(sum);
+      c[r * columns + x] = nan_to_zero(sum);
     }
 }
 
@@ -31,7 +31,7 @@ void multiply_three(const real* a, const real* b, real* c) {
     real row[3] = {};
     for (std::size_t k = 0; k < 3; ++k)
       for (std::size_t x = 0; x < 3; ++x) row[x] += a[r * 3 + k] * b[k * 3 + x];
-    for (std::size_t x = 0; x < 3; ++x) c[r * 3 + x] = computed(row[x]);
+    for (std::size_t x = 0; x < 3; ++x) c[r * 3 + x] = nan_to_zero(row[x]);
   }
 }
 

@@ -82,7 +82,6 @@ real curvature_derivative(const derivatives& d) noexcept {
 }  // namespace tessarn::detail
 
 using tessarn::real;
-using tessarn::detail::coefficients;
 using tessarn::detail::derivatives;
 
 real binom::func_1(real x) { return tessarn::detail::derivative_at({cof, cofcnt}, 1, x); }

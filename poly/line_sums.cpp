@@ -21,10 +21,10 @@ void line_sums::add(const vector& point) noexcept {
 real line_sums::slope() const {
   linear_system system(2);
   system.row(0)[0] = static_cast<real>(count_);
-  system.row(0)[1] = system.row(1)[0] = computed(tree_sum(x_));
-  system.row(1)[1] = computed(tree_sum(square_));
-  system.right()[0] = computed(tree_sum(y_));
-  system.right()[1] = computed(tree_sum(product_));
+  system.row(0)[1] = system.row(1)[0] = nan_to_zero(tree_sum(x_));
+  system.row(1)[1] = nan_to_zero(tree_sum(square_));
+  system.right()[0] = nan_to_zero(tree_sum(y_));
+  system.right()[1] = nan_to_zero(tree_sum(product_));
   system.solve();
   return system.right()[1];
 }

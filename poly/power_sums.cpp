@@ -55,7 +55,7 @@ void power_sums::add(const vector* points, std::size_t n, real marker) {
 
 void power_sums::close() {
   // Sum k is stored where the partial sums of an earlier one were.
-  for (std::size_t k = 1; k < length_ / partial_sums; ++k) sums_[k] = computed(tree_sum(sums_ + k * partial_sums));
+  for (std::size_t k = 1; k < length_ / partial_sums; ++k) sums_[k] = nan_to_zero(tree_sum(sums_ + k * partial_sums));
   sums_[0] = static_cast<double>(count_);
 }
 

@@ -10,7 +10,7 @@
 
 using tessarn::real;
 using tessarn::slong;
-using tessarn::detail::computed;
+using tessarn::detail::nan_to_zero;
 using tessarn::detail::linear_system;
 using tessarn::detail::partial_sums;
 using tessarn::detail::point_block;
@@ -108,7 +108,7 @@ class surface_sums {
   // Each sum takes the place of partial sums that went into one before it.
   void close() {
     for (std::size_t k = 0; k < length() / partial_sums; ++k)
-      sums_[k] = static_cast<double>(computed(tessarn::detail::tree_sum(sums_ + k * partial_sums)));
+      sums_[k] = static_cast<double>(nan_to_zero(tessarn::detail::tree_sum(sums_ + k * partial_sums)));
   }
 
   const tessarn::detail::poly_kernels& kernels_ = tessarn::detail::poly_kernels_in_use();
