@@ -160,8 +160,9 @@ bool plane_search::cost_is_zero(cell& c) const {
 // The coordinates have the bits that make_neighbours gives them; z is computed when it is needed.
 void plane_search::move_by_model(int best, double step) {
   if (best == centre && bounded_) return;
-  current_.x = (current_.x + 0.0) + (best % 3 - 1) * step;
-  current_.y = (current_.y + 0.0) + (best / 3 - 1) * step;
+  const int row = best / 3, column = best % 3;
+  current_.x = (current_.x + 0.0) + (column - 1) * step;
+  current_.y = (current_.y + 0.0) + (row - 1) * step;
   current_.evaluated = false;
   bounded_ = false;
 }
