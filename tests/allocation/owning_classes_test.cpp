@@ -219,7 +219,7 @@ const surface t_before{3, {1, 2, 3, 4, 5, 6, 7, 8, 9}};
 
 TEST(HyperbinomAllocation, EveryOperation) {
   std::vector<vector3d> points;
-  std::vector<double> w;
+  std::vector<tessarn::real> w;
   for (int i = 0; i < 9; ++i) {
     points.push_back(vector3d(i % 3, i / 3, i * i));
     w.push_back(1 + i);

@@ -120,8 +120,9 @@ inline std::string place(std::size_t i, u32 width) {
   return "row " + std::to_string(i / width) + ", column " + std::to_string(i % width);
 }
 
-inline ::testing::AssertionResult same_entries(const double* got, const std::vector<double>& want,
-                                               u32 width) {
+// Of doubles, or of the library's reals.
+template <class Real>
+::testing::AssertionResult same_entries(const Real* got, const std::vector<double>& want, u32 width) {
   for (std::size_t i = 0; i < want.size(); ++i) {
     if (!same_bits(got[i], want[i])) {
       return ::testing::AssertionFailure()

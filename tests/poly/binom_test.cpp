@@ -356,11 +356,11 @@ TEST(Binom, ArraysOfAbscissasGiveTheSameBits) {
   for (int round = 0; round < 300; ++round) {
     const binom p = of(draw_coefficients(r));
     const std::size_t n = r.below(40);
-    std::vector<double> x(n), y(n);
-    for (double& v : x) v = test::draw(r);
+    std::vector<tessarn::real> x(n), y(n);
+    for (tessarn::real& v : x) v = test::draw(r);
     p.func(x.data(), y.data(), static_cast<tessarn::ulong>(n));
     for (std::size_t i = 0; i < n; ++i) ASSERT_BITS(y[i], p.func(x[i]));
-    std::vector<double> in_place = x;
+    std::vector<tessarn::real> in_place = x;
     p.func(in_place.data(), in_place.data(), static_cast<tessarn::ulong>(n));
     for (std::size_t i = 0; i < n; ++i) ASSERT_BITS(in_place[i], y[i]);
   }

@@ -55,7 +55,7 @@ TEST(Derivatives, OfAConstant) {
 // The fifth powers of odd numbers of 11 bits lie between two numbers, exactly or nearly.
 TEST(Derivatives, OfPowersBetweenTwoNumbers) {
   const std::vector<double> c = {0, 1, 0, 0, 0, 0, 1, 1};
-  std::vector<double> x, y(500);
+  std::vector<tessarn::real> x, y(500);
   for (int i = 0; i < 500; ++i) x.push_back((1553 + 2 * i) * (i % 2 ? 1 : -0.125));
   of(c).func_1(x.data(), y.data(), 500);
   for (std::size_t i = 0; i < x.size(); ++i) {
@@ -73,8 +73,8 @@ TEST(Derivatives, OfPowersOutsideTheNormalRange) {
     pp.cof.assign(static_cast<std::size_t>(e) + 2, 0);
     pp.cof.back() = 0x1p1000;
     const binom p = of(pp.cof);
-    std::vector<double> x(400), y(400);
-    for (double& v : x) v = std::ldexp(r.uniform(1, 2), -(960 + static_cast<int>(r.below(120))) / e);
+    std::vector<tessarn::real> x(400), y(400);
+    for (tessarn::real& v : x) v = std::ldexp(r.uniform(1, 2), -(960 + static_cast<int>(r.below(120))) / e);
     p.func_1(x.data(), y.data(), 400);
     for (std::size_t i = 0; i < x.size(); ++i) {
       ASSERT_BITS(p.func_1(x[i]), plain::func_1(pp, x[i])) << e << ' ' << test::hex(x[i]);
@@ -89,9 +89,10 @@ TEST(Derivatives, OfExtremeCoefficientsOverArrays) {
   const double inf = std::numeric_limits<double>::infinity();
   const double extremes[] = {1.7e308, -1e308, 8e307, 5e-324, -3e-310, 0.0, -0.0, inf, std::nan(""), 1};
   for (int round = 0; round < 400; ++round) {
-    std::vector<double> c(1 + r.below(20)), x(70 + r.below(100)), y(x.size());
+    std::vector<double> c(1 + r.below(20));
+    std::vector<tessarn::real> x(70 + r.below(100)), y(x.size());
     for (double& v : c) v = r.below(3) ? r.uniform() : extremes[r.below(round % 2 ? 10 : 7)];
-    for (double& v : x) v = std::ldexp(r.uniform(), static_cast<int>(r.below(80)) - 60);
+    for (tessarn::real& v : x) v = std::ldexp(r.uniform(), static_cast<int>(r.below(80)) - 60);
     of(c).func_1(x.data(), y.data(), static_cast<tessarn::ulong>(x.size()));
     for (std::size_t i = 0; i < x.size(); ++i) ASSERT_BITS(y[i], plain::func_1({c}, x[i])) << test::hex(x[i]);
   }
@@ -192,26 +193,26 @@ TEST(Curvature, ArraysOfAbscissasGiveTheSameBits) {
   for (int round = 0; round < 200; ++round) {
     const binom p = of(draw_coefficients(r));
     const tessarn::ulong n = r.below(40);
-    std::vector<double> x(n), y(n);
-    for (double& v : x) v = test::draw(r);
+    std::vector<tessarn::real> x(n), y(n);
+    for (tessarn::real& v : x) v = test::draw(r);
     auto compare = [&](auto many, auto one) {
       many(x.data(), y.data());
       for (std::size_t i = 0; i < n; ++i) ASSERT_BITS(y[i], one(x[i])) << test::hex(x[i]);
-      std::vector<double> in_place = x;
+      std::vector<tessarn::real> in_place = x;
       many(in_place.data(), in_place.data());
       for (std::size_t i = 0; i < n; ++i) ASSERT_BITS(in_place[i], y[i]);
     };
-    compare([&](const double* a, double* b) { p.func_1(a, b, n); },
+    compare([&](const tessarn::real* a, tessarn::real* b) { p.func_1(a, b, n); },
             [&](double v) { return p.func_1(v); });
-    compare([&](const double* a, double* b) { p.func_2(a, b, n); },
+    compare([&](const tessarn::real* a, tessarn::real* b) { p.func_2(a, b, n); },
             [&](double v) { return p.func_2(v); });
-    compare([&](const double* a, double* b) { p.func_3(a, b, n); },
+    compare([&](const tessarn::real* a, tessarn::real* b) { p.func_3(a, b, n); },
             [&](double v) { return p.func_3(v); });
-    compare([&](const double* a, double* b) { p.func_4(a, b, n); },
+    compare([&](const tessarn::real* a, tessarn::real* b) { p.func_4(a, b, n); },
             [&](double v) { return p.func_4(v); });
-    compare([&](const double* a, double* b) { p.arc(a, b, n); },
+    compare([&](const tessarn::real* a, tessarn::real* b) { p.arc(a, b, n); },
             [&](double v) { return p.arc(v); });
-    compare([&](const double* a, double* b) { p.arc_1(a, b, n); },
+    compare([&](const tessarn::real* a, tessarn::real* b) { p.arc_1(a, b, n); },
             [&](double v) { return p.arc_1(v); });
   }
 }

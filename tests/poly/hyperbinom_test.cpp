@@ -282,12 +282,12 @@ TEST(Hyperbinom, ArraysOfPointsGiveTheSameBits) {
   for (int round = 0; round < 300; ++round) {
     const hyperbinom p = of(draw_surface(r));
     const tessarn::ulong n = r.below(40);
-    std::vector<double> x(n), y(n), z(n);
-    for (double& v : x) v = test::draw(r);
-    for (double& v : y) v = test::draw(r);
+    std::vector<tessarn::real> x(n), y(n), z(n);
+    for (tessarn::real& v : x) v = test::draw(r);
+    for (tessarn::real& v : y) v = test::draw(r);
     p.func(x.data(), y.data(), z.data(), n);
     for (std::size_t i = 0; i < n; ++i) ASSERT_BITS(z[i], p.func(x[i], y[i]));
-    std::vector<double> in_place = x;
+    std::vector<tessarn::real> in_place = x;
     p.func(in_place.data(), y.data(), in_place.data(), n);
     for (std::size_t i = 0; i < n; ++i) ASSERT_BITS(in_place[i], z[i]);
     in_place = y;
@@ -313,8 +313,9 @@ hyperbinom fitted(const std::vector<vec3>& points, tessarn::ulong g) {
 
 hyperbinom fitted(const std::vector<vec3>& points, std::vector<double> w, tessarn::ulong g) {
   std::vector<vector3d> v = lib_points(points);
+  std::vector<tessarn::real> weights(w.begin(), w.end());
   hyperbinom p;
-  p.create(v.data(), w.data(), static_cast<tessarn::ulong>(v.size()), g);
+  p.create(v.data(), weights.data(), static_cast<tessarn::ulong>(v.size()), g);
   return p;
 }
 
