@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 #include "tessarn/scalar.h"
 
@@ -11,13 +12,19 @@ namespace tessarn::detail {
 
 // 2^e for -1022 <= e <= 1023.
 inline real power_of_two(int e) noexcept {
-  return static_cast<real>(std::bit_cast<double>(static_cast<std::uint64_t>(e + 1023) << 52));
+  const std::uint64_t bits = static_cast<std::uint64_t>(e + 1023) << 52;
+  double power;  // emscripten's library has no std::bit_cast yet
+  std::memcpy(&power, &bits, sizeof power);
+  return static_cast<real>(power);
 }
 
 // The e of 2^e <= |x| < 2^(e + 1), for finite x other than 0, subnormal numbers included.
 inline int exponent_of(real x) noexcept {
   constexpr int leading_zeros_of_significand = 11;
-  const std::uint64_t bits = std::bit_cast<std::uint64_t>(static_cast<double>(x)) & 0x7FFFFFFFFFFFFFFF;
+  const auto d = static_cast<double>(x);
+  std::uint64_t bits;
+  std::memcpy(&bits, &d, sizeof bits);
+  bits &= 0x7FFFFFFFFFFFFFFF;
   const int biased = static_cast<int>(bits >> 52);
   return biased != 0 ? biased - 1023 : -1022 - (std::countl_zero(bits) - leading_zeros_of_significand);
 }

@@ -85,7 +85,9 @@ integer_form integer_form_of(exact_number x) noexcept {
   const std::uint64_t significand = (bits & 0xFFFFFFFFFFFFF) | 0x10000000000000;
   // 2^(e - 1) and 2^(e - 2) are the low parts that a midpoint can have beside a significand of weight 2^e.
   const double low = x.high < 0 ? -x.low : x.low;
-  const double quarter = std::bit_cast<double>(static_cast<std::uint64_t>(exponent - 2 + 1023) << 52);
+  const std::uint64_t quarter_bits = static_cast<std::uint64_t>(exponent - 2 + 1023) << 52;
+  double quarter;
+  std::memcpy(&quarter, &quarter_bits, sizeof quarter);
   const auto quarters = low == 0 ? 0 : static_cast<std::int64_t>(low / quarter);
   return {4 * significand + static_cast<std::uint64_t>(quarters), exponent - 2};
 }
