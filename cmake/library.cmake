@@ -50,6 +50,11 @@ set(TESSARN_SOURCES
   geometry/plane.cpp
   geometry/plane_fit.cpp
   geometry/residual_model.cpp
+  analysis/determinant.cpp
+  analysis/least_squares.cpp
+  analysis/solve.cpp
+  analysis/status.cpp
+  analysis/verified_inverse.cpp
   selfcheck/geometry.cpp
   selfcheck/matrices.cpp
   selfcheck/polynomials.cpp

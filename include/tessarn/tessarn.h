@@ -9,4 +9,7 @@
 #include "tessarn/poly.h"
 #include "tessarn/scalar.h"
 #include "tessarn/selfcheck.h"
+#include "tessarn/solve.h"
+#include "tessarn/status.h"
 #include "tessarn/vectors.h"
+#include "tessarn/views.h"

@@ -1,0 +1,80 @@
+// Matrices and columns of doubled numbers, for the factorisations of this room.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+
+#include "analysis/doubled.h"
+#include "core/storage.h"
+
+namespace tessarn::analysis {
+
+// n values, zeros at first. Sizes that cannot be allocated throw as new[] does.
+template <class T>
+class numbers {
+ public:
+  explicit numbers(std::size_t n) : data_(new T[n]()), size_(n) {}
+  T& operator[](std::size_t i) noexcept { return data_[i]; }
+  const T& operator[](std::size_t i) const noexcept { return data_[i]; }
+  T* data() noexcept { return data_.get(); }
+  const T* data() const noexcept { return data_.get(); }
+  std::size_t size() const noexcept { return size_; }
+
+ private:
+  std::unique_ptr<T[]> data_;
+  std::size_t size_;
+};
+
+// A matrix of zeros at first. The high and the low parts have arrays of their own, so that the operations on rows, whose
+// entries do not depend on each other, are vectorised.
+class doubled_matrix {
+ public:
+  doubled_matrix(std::size_t rows, std::size_t columns)
+      : rows_(rows), columns_(columns), high_(detail::checked_product(rows, columns)), low_(rows * columns) {}
+
+  doubled_matrix clone() const {
+    doubled_matrix copy(rows_, columns_);
+    std::copy(high_.data(), high_.data() + high_.size(), copy.high_.data());
+    std::copy(low_.data(), low_.data() + low_.size(), copy.low_.data());
+    return copy;
+  }
+
+  std::size_t rows() const noexcept { return rows_; }
+  std::size_t columns() const noexcept { return columns_; }
+  doubled get(std::size_t r, std::size_t c) const noexcept { return {high_[r * columns_ + c], low_[r * columns_ + c]}; }
+  void set(std::size_t r, std::size_t c, doubled v) noexcept {
+    high_[r * columns_ + c] = v.high;
+    low_[r * columns_ + c] = v.low;
+  }
+  double* high(std::size_t r) noexcept { return high_.data() + r * columns_; }
+  double* low(std::size_t r) noexcept { return low_.data() + r * columns_; }
+  const double* high(std::size_t r) const noexcept { return high_.data() + r * columns_; }
+  const double* low(std::size_t r) const noexcept { return low_.data() + r * columns_; }
+
+  void exchange_rows(std::size_t a, std::size_t b) noexcept {
+    if (a == b) return;
+    std::swap_ranges(high(a), high(a) + columns_, high(b));
+    std::swap_ranges(low(a), low(a) + columns_, low(b));
+  }
+
+  // Row `to` += factor * row `from` of another matrix, from a column on. Where the factor is 0 nothing is done.
+  void add_row(std::size_t to, doubled factor, const doubled_matrix& other, std::size_t from, std::size_t first = 0) noexcept {
+    if (factor.high == 0) return;
+    double* h = high(to);
+    double* l = low(to);
+    const double* oh = other.high(from);
+    const double* ol = other.low(from);
+    for (std::size_t c = first; c < columns_; ++c) {
+      const doubled v = doubled(h[c], l[c]) + factor * doubled(oh[c], ol[c]);
+      h[c] = v.high;
+      l[c] = v.low;
+    }
+  }
+
+ private:
+  std::size_t rows_, columns_;
+  numbers<double> high_, low_;
+};
+
+}  // namespace tessarn::analysis

@@ -1,0 +1,276 @@
+// Square systems and inverses with proved bounds, real and complex.
+#include "tessarn/solve.h"
+
+#include <limits>
+
+#include "analysis/scaled_system.h"
+#include "analysis/verified_inverse.h"
+#include "core/storage.h"
+
+namespace tessarn {
+
+namespace analysis {
+
+namespace {
+
+constexpr double infinite = std::numeric_limits<double>::infinity();
+
+// The residual b - A x in doubled precision, and for each entry a bound of its error: 2 (n + 2) units of |b| + |A| |x|, and
+// what the entries of A are off.
+void residual(const scaled_matrix& a, const numbers<doubled>& b, const numbers<doubled>& x, numbers<doubled>& r,
+              numbers<double>& error) {
+  const std::size_t n = b.size();
+  const double unit = 2 * (static_cast<double>(n) + 2) * doubled_unit;
+  double largest = 0;
+  for (std::size_t c = 0; c < n; ++c) largest = std::max(largest, magnitude(x[c]));
+  for (std::size_t row = 0; row < n; ++row) {
+    doubled sum = b[row];
+    double magnitudes = magnitude(b[row]);
+    for (std::size_t c = 0; c < n; ++c) {
+      sum -= a.entries.get(row, c) * x[c];
+      magnitudes += std::fabs(a.entries.high(row)[c] * x[c].high);
+    }
+    r[row] = sum;
+    error[row] = (unit * magnitudes + a.errors[row] * (largest + 1)) * 1.001;
+  }
+}
+
+void add_product(const doubled_matrix& m, const numbers<doubled>& v, numbers<doubled>& sums) {
+  for (std::size_t r = 0; r < m.rows(); ++r)
+    for (std::size_t c = 0; c < m.columns(); ++c) sums[r] += m.get(r, c) * v[c];
+}
+
+}  // namespace
+
+bool store_scaled(doubled v, double error, int e, double& value, double& bound) noexcept {
+  value = scaled(v.high, e);
+  if (!is_finite(value)) return false;
+  // The low part and the error are rounded upwards; a value that became subnormal has lost less than the smallest number.
+  bound = scaled((std::fabs(v.low) + error) * 1.0001, e) + (v.high == 0 && error == 0 ? 0 : 0x1p-1073);
+  return true;
+}
+
+// x = R b, refined once by R (b - A x), and bounded by what the next residual says.
+bounded_solution solve_scaled(const scaled_matrix& a, const numbers<doubled>& b) {
+  const std::size_t n = b.size();
+  bounded_solution s(n);
+  const factorisation factors(a.entries);
+  if (!factors.regular()) {
+    s.state = status::singular;
+    return s;
+  }
+  const verified_inverse v = verify(a.entries, factors, a.errors);
+  s.reciprocal_condition = v.reciprocal_condition;
+  numbers<doubled> r(n);
+  numbers<double> error(n);
+  add_product(v.inverse, b, s.x);
+  residual(a, b, s.x, r, error);
+  add_product(v.inverse, r, s.x);
+  if (!v.proved()) {
+    s.state = status::nearly_singular;
+    for (std::size_t i = 0; i < n; ++i) s.error[i] = infinite;
+    return s;
+  }
+  residual(a, b, s.x, r, error);
+  for (std::size_t i = 0; i < n; ++i) error[i] += std::fabs(r[i].high) * 1.001;
+  const numbers<double> z = magnified(v.inverse, error);
+  double largest = 0;
+  for (std::size_t i = 0; i < n; ++i) largest = std::max(largest, z[i]);
+  for (std::size_t i = 0; i < n; ++i) s.error[i] = (z[i] + v.amplification() * largest) * 1.001 + underflow;
+  return s;
+}
+
+namespace {
+
+// All rows get the power of two that makes the largest entry of the right-hand side at most 1, besides those of the matrix.
+template <class Entry, class Right>
+bounded_solution solve_entries(std::size_t n, Entry&& entry, Right&& right) {
+  const scaled_matrix a = scale(n, entry);
+  int shift = -5000;  // below every exponent
+  for (std::size_t r = 0; r < n; ++r)
+    if (right(r) != 0) shift = std::max(shift, exponent_of(right(r)) - a.rows[r]);
+  if (shift == -5000) shift = 0;
+  numbers<doubled> b(n);
+  for (std::size_t r = 0; r < n; ++r) b[r] = scaled(right(r), -a.rows[r] - shift);
+  bounded_solution s = solve_scaled(a, b);
+  if (s.state == status::singular) return s;
+  for (std::size_t i = 0; i < n; ++i) {
+    double value, bound;
+    if (!store_scaled(s.x[i], s.error[i], shift - a.columns[i], value, bound)) {
+      s.state = status::out_of_range;
+      return s;
+    }
+    s.x[i] = value;
+    s.error[i] = bound;
+    if (!is_finite(bound)) s.state = status::nearly_singular;
+  }
+  return s;
+}
+
+template <class View>
+bool all_finite(const View& m) {
+  for (std::size_t r = 0; r < m.rows(); ++r)
+    for (std::size_t c = 0; c < m.columns(); ++c)
+      if (!is_finite(m(r, c))) return false;
+  return true;
+}
+bool all_finite(const complex_view& m) {
+  for (std::size_t r = 0; r < m.rows(); ++r)
+    for (std::size_t c = 0; c < m.columns(); ++c)
+      if (!is_finite(m(r, c).re) || !is_finite(m(r, c).im)) return false;
+  return true;
+}
+
+// The entry of the real matrix of twice the size that acts on the real parts, followed by the imaginary parts.
+double part(const complex_view& a, std::size_t r, std::size_t c) {
+  const std::size_t n = a.rows();
+  const cplx& v = a(r % n, c % n);
+  if (r / n == c / n) return v.re;
+  return r < n ? -v.im : v.im;
+}
+
+template <class View>
+status check_square(const View& a) {
+  if (a.rows() != a.columns()) return status::sizes_differ;
+  if (a.rows() == 0) return status::no_unknowns;
+  return all_finite(a) ? status::ok : status::not_finite;
+}
+
+bool has_solution(status s) { return s == status::ok || s == status::nearly_singular; }
+
+// The inverse of the scaled matrix, each entry with the bound max |R e_c| (d_r + d^2 / (1 - d)), where d_r bounds the sum of
+// row r of |I - R A| and d is the largest: the inverse is R + (I - R A) R + (I - R A)^2 R + ...
+struct bounded_inverse {
+  doubled_matrix entries;
+  doubled_matrix error;  // in the high parts
+  double reciprocal_condition = 0;
+  status state = status::ok;
+
+  explicit bounded_inverse(std::size_t n) : entries(n, n), error(n, n) {}
+};
+
+template <class Entry>
+bounded_inverse invert_entries(std::size_t n, Entry&& entry) {
+  bounded_inverse s(n);
+  const scaled_matrix a = scale(n, entry);
+  const factorisation factors(a.entries);
+  if (!factors.regular()) {
+    s.state = status::singular;
+    return s;
+  }
+  const verified_inverse v = verify(a.entries, factors, a.errors);
+  s.reciprocal_condition = v.reciprocal_condition;
+  if (!v.proved()) s.state = status::nearly_singular;
+  for (std::size_t c = 0; c < n; ++c) {
+    double largest = 0;
+    for (std::size_t r = 0; r < n; ++r) largest = std::max(largest, magnitude(v.inverse.get(r, c)));
+    for (std::size_t r = 0; r < n; ++r) {
+      const double off = v.proved() ? largest * (v.departures[r] + v.departure * v.amplification()) * 1.001 : infinite;
+      double value, bound;
+      if (!store_scaled(v.inverse.get(r, c), off, -a.columns[r] - a.rows[c], value, bound)) {
+        s.state = status::out_of_range;
+        return s;
+      }
+      s.entries.set(r, c, value);
+      s.error.set(r, c, bound);
+      if (!is_finite(bound)) s.state = status::nearly_singular;
+    }
+  }
+  return s;
+}
+
+mat<long double> column(std::size_t n) { return mat<long double>(std::size_t{1}, n); }
+
+}  // namespace
+
+}  // namespace analysis
+
+using namespace analysis;
+
+linear_solution solve(matrix_view a, column_view b) {
+  linear_solution s;
+  s.state = b.size() != a.rows() ? status::sizes_differ : check_square(a);
+  if (s.state != status::ok) return s;
+  const std::size_t n = a.rows();
+  for (std::size_t i = 0; i < n; ++i)
+    if (!is_finite(b[i])) s.state = status::not_finite;
+  if (s.state != status::ok) return s;
+  const bounded_solution found = solve_entries(n, a, [&](std::size_t i) { return static_cast<double>(b[i]); });
+  s.state = found.state;
+  s.reciprocal_condition = found.reciprocal_condition;
+  if (!has_solution(s.state)) return s;
+  s.rank = static_cast<ulong>(n);
+  s.x = column(n);
+  s.error = column(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    s.x.getData()[i] = found.x[i].high;
+    s.error.getData()[i] = found.error[i];
+  }
+  return s;
+}
+
+complex_solution solve(complex_view a, complex_view b) {
+  complex_solution s;
+  s.state = b.rows() != a.rows() || b.columns() != 1 ? status::sizes_differ : check_square(a);
+  if (s.state == status::ok && !all_finite(b)) s.state = status::not_finite;
+  if (s.state != status::ok) return s;
+  const std::size_t n = a.rows();
+  const auto entry = [&](std::size_t r, std::size_t c) { return part(a, r, c); };
+  const auto right = [&](std::size_t i) { return static_cast<double>(i < n ? b(i, 0).re : b(i - n, 0).im); };
+  const bounded_solution found = solve_entries(detail::checked_product(2, n), entry, right);
+  s.state = found.state;
+  s.reciprocal_condition = found.reciprocal_condition;
+  if (!has_solution(s.state)) return s;
+  s.x.create(1, static_cast<ulong>(n));
+  s.error = column(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    s.x.getData()[i].re = found.x[i].high;
+    s.x.getData()[i].im = found.x[n + i].high;
+    s.error.getData()[i] = std::max(found.error[i], found.error[n + i]);
+  }
+  return s;
+}
+
+inverse_matrix inverse(matrix_view a) {
+  inverse_matrix s;
+  s.state = check_square(a);
+  if (s.state != status::ok) return s;
+  const std::size_t n = a.rows();
+  const bounded_inverse found = invert_entries(n, a);
+  s.state = found.state;
+  s.reciprocal_condition = found.reciprocal_condition;
+  if (!has_solution(s.state)) return s;
+  s.inverse = mat<long double>(n, n);
+  s.error = mat<long double>(n, n);
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t c = 0; c < n; ++c) {
+      s.inverse.getData()[r * n + c] = found.entries.get(r, c).high;
+      s.error.getData()[r * n + c] = found.error.get(r, c).high;
+    }
+  return s;
+}
+
+// The left half of the inverse of the real matrix of twice the size holds the real parts above the imaginary ones.
+complex_inverse_matrix inverse(complex_view a) {
+  complex_inverse_matrix s;
+  s.state = check_square(a);
+  if (s.state != status::ok) return s;
+  const std::size_t n = a.rows();
+  const bounded_inverse found =
+      invert_entries(detail::checked_product(2, n), [&](std::size_t r, std::size_t c) { return part(a, r, c); });
+  s.state = found.state;
+  s.reciprocal_condition = found.reciprocal_condition;
+  if (!has_solution(s.state)) return s;
+  s.inverse.create(static_cast<ulong>(n), static_cast<ulong>(n));
+  s.error = mat<long double>(n, n);
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t c = 0; c < n; ++c) {
+      cplx& v = s.inverse.getData()[r * n + c];
+      v.re = found.entries.get(r, c).high;
+      v.im = found.entries.get(n + r, c).high;
+      s.error.getData()[r * n + c] = std::max(found.error.get(r, c).high, found.error.get(n + r, c).high);
+    }
+  return s;
+}
+
+}  // namespace tessarn

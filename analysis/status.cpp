@@ -1,0 +1,26 @@
+// The sentences of the statuses.
+#include "tessarn/status.h"
+
+namespace tessarn {
+
+const char* to_string(status s) noexcept {
+  switch (s) {
+    case status::ok: return "The result holds.";
+    case status::no_points: return "There are no points.";
+    case status::no_unknowns: return "No unknowns are asked for.";
+    case status::sizes_differ: return "The sizes of the arguments do not belong together.";
+    case status::not_finite: return "An argument holds a NaN or an infinity.";
+    case status::bad_option: return "An option has a value outside its range.";
+    case status::bad_weight: return "A weight is negative, or all weights are zero.";
+    case status::too_few_points: return "There are fewer points with a weight than unknowns.";
+    case status::too_few_distinct: return "There are fewer distinct places than unknowns.";
+    case status::rank_deficient: return "The columns depend on each other, so the solution is not determined.";
+    case status::singular: return "The matrix is singular.";
+    case status::nearly_singular: return "The problem is so nearly singular that no bound of the error could be proved.";
+    case status::out_of_range: return "A result is too large for a real number.";
+    case status::not_converged: return "The iteration did not converge in the steps that were allowed.";
+  }
+  return "This is no status.";
+}
+
+}  // namespace tessarn
