@@ -1,0 +1,32 @@
+// Results with a status through the module.
+#include <tessarn/solve.h>
+
+#include "check.h"
+
+using tessarn::real;
+using tessarn::status;
+
+int main() {
+  const mat<long double> a{{0, 2}, {1, 1}}, b{{4}, {5}};
+  const tessarn::linear_solution s = tessarn::solve(a, b);
+  CHECK(s.state == status::ok && s.x.get(0, 0) == 3 && s.x.get(0, 1) == 2);
+  const tessarn::linear_solution l = tessarn::least_squares(a, b);
+  CHECK(l.state == status::ok && l.x.get(0, 0) == 3 && l.rank == 2);
+  const tessarn::inverse_matrix i = tessarn::inverse(a);
+  CHECK(i.state == status::ok && i.inverse.get(0, 0) == static_cast<real>(-0.5));
+  const tessarn::determinant_value d = tessarn::determinant(a);
+  CHECK(d.state == status::ok && d.value == -2);
+
+  mat<cplx> c, r;
+  c.create(1, 1);
+  c.set(0, 0, cplx(0, 2));
+  r.create(1, 1);
+  r.set(0, 0, cplx(4, 0));
+  const tessarn::complex_solution z = tessarn::solve(c, r);
+  CHECK(z.state == status::ok && z.x.get(0, 0).re == 0 && z.x.get(0, 0).im == -2);
+  const tessarn::complex_inverse_matrix ci = tessarn::inverse(c);
+  CHECK(ci.state == status::ok && ci.inverse.get(0, 0).im == static_cast<real>(-0.5));
+
+  CHECK(tessarn::to_string(status::ok) != tessarn::to_string(status::singular));
+  return check::finish();
+}
