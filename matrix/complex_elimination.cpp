@@ -24,13 +24,14 @@ struct complex_value {
 };
 
 constexpr std::size_t stack_size = 16;  // rows; larger matrices allocate their copy
+constexpr std::size_t stack_room = 2 * stack_size * (stack_size + 1 + padding);
 
 // A copy of a square matrix, real and imaginary parts in two arrays, with a right-hand side as one more column and
 // zeros behind it.
 struct work_matrix {
   std::size_t n;
   std::size_t stride;
-  tessarn::detail::workspace<real, 2 * stack_size * (stack_size + 1 + padding)> room;
+  tessarn::detail::workspace<real, stack_room> room;
   real* re;
   real* im;
 

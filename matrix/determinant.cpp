@@ -15,6 +15,7 @@ namespace {
 // Up to this size the elimination is done before a kernel is called.
 constexpr std::size_t kernel_size = 6;
 constexpr std::size_t stack_size = 16;  // up to here nothing is allocated
+constexpr std::size_t stack_room = stack_size * (stack_size + 1);
 
 // The rule of Sarrus. Both sums start from +0.0, each term one diagonal further to the right.
 real sarrus(const real* a) {
@@ -98,7 +99,7 @@ static real small_determinant(const real* a, std::size_t n) {
 static real determinant_of_any(const real* a, std::size_t n) {
   // Up to stack_size rows the elimination takes no workspace of its own.
   const std::size_t extra = n <= stack_size ? 0 : matrix_kernels_in_use().elimination_workspace(n);
-  workspace<real, stack_size * (stack_size + 1), 64> w(n * n + extra);
+  workspace<real, stack_room, 64> w(n * n + extra);
   return determinant_in(a, n, w.data());
 }
 
