@@ -131,9 +131,8 @@ void add_turns(long n) {
               const Eigen::Vector3d v = Eigen::AngleAxisd(-in.angles[k], along) * in.eigen[k];
               in.store(k, v.x(), v.y(), v.z());
             }))
-      .plain(each([](angle_inputs& in, std::size_t k) {
-        in.store(k, plain::rotate(in.plain_space[k], axis, in.angles[k]));
-      }));
+      .plain(each(
+          [](angle_inputs& in, std::size_t k) { in.store(k, plain::rotate(in.plain_space[k], axis, in.angles[k])); }));
   angle_row("polar form of a vector3d, over an array", n)
       .ours(each([](angle_inputs& in, std::size_t k) {
         const polarvector3d p(in.space[k]);

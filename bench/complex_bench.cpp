@@ -25,8 +25,7 @@ sqmat<cplx> to_complex_sqmat(const complex_rows& m) {
 }
 plain::csquare to_plain_csquare(const complex_rows& m) {
   plain::csquare r(plain::u32(m.rows()));
-  for (std::size_t k = 0; k < r.data.size(); ++k)
-    r.data[k] = {m.data()[k].real(), m.data()[k].imag()};
+  for (std::size_t k = 0; k < r.data.size(); ++k) r.data[k] = {m.data()[k].real(), m.data()[k].imag()};
   return r;
 }
 
@@ -90,19 +89,15 @@ void add_product(long n) {
   const double entries = sizeof(cplx) * m * m;  // each input is an operand twice
   row<complex_inputs> r("complex product", n, {8 * m * m * m, 3 * entries, traffic::copy, 2 * entries});
   r.agree({1e-12}).note("our entries are 24 bytes");
-  r.ours([](complex_inputs& in, int i) {
-    return in.ours[std::size_t(i)] * in.ours[in.next(i)];
-  });
-  r.peer("Eigen", "Eigen", [](complex_inputs& in, int i) -> Eigen::MatrixXcd {
-    return in.eigen[std::size_t(i)] * in.eigen[in.next(i)];
-  });
+  r.ours([](complex_inputs& in, int i) { return in.ours[std::size_t(i)] * in.ours[in.next(i)]; });
+  r.peer("Eigen", "Eigen",
+         [](complex_inputs& in, int i) -> Eigen::MatrixXcd { return in.eigen[std::size_t(i)] * in.eigen[in.next(i)]; });
   r.peer("LAPACK", "zgemm", [](complex_inputs& in, int i) -> Eigen::MatrixXcd {
     const int k = int(in.n);
     const complex one = 1, zero = 0;
     Eigen::MatrixXcd c(k, k);
-    cblas_zgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, k, k, k, &one,
-                in.eigen[std::size_t(i)].data(), k, in.eigen[in.next(i)].data(), k, &zero, c.data(),
-                k);
+    cblas_zgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, k, k, k, &one, in.eigen[std::size_t(i)].data(), k,
+                in.eigen[in.next(i)].data(), k, &zero, c.data(), k);
     return c;
   });
   r.plain([](complex_inputs& in, int i) {
@@ -114,8 +109,7 @@ void add_product(long n) {
 
 void add_solve(long n) {
   const double m = double(n);
-  row<complex_inputs> r("complex solve", n,
-                        {8.0 / 3 * m * m * m + 8 * m * m, sizeof(cplx) * m * m});
+  row<complex_inputs> r("complex solve", n, {8.0 / 3 * m * m * m + 8 * m * m, sizeof(cplx) * m * m});
   r.agree({1e-9});
   r.ours([](complex_inputs & in, int i) -> auto& {
     const mat<cplx>& b = in.ours_right[std::size_t(i)];
@@ -130,16 +124,15 @@ void add_solve(long n) {
     in.scratch_a = in.eigen[std::size_t(i)];
     in.scratch_b = in.right[std::size_t(i)];
     int k = int(in.n), one = 1, info = 0;
-    LAPACK_zgesv(&k, &one, reinterpret_cast<lapack_complex_double*>(in.scratch_a.data()), &k,
-                 in.pivots.data(), reinterpret_cast<lapack_complex_double*>(in.scratch_b.data()),
-                 &k, &info);
+    LAPACK_zgesv(&k, &one, reinterpret_cast<lapack_complex_double*>(in.scratch_a.data()), &k, in.pivots.data(),
+                 reinterpret_cast<lapack_complex_double*>(in.scratch_b.data()), &k, &info);
     return in.scratch_b;
   });
   r.peer("GSL", "GSL LU", [](complex_inputs& in, int i) -> values {
     const double* a = reinterpret_cast<const double*>(in.rows[std::size_t(i)].data());
     std::copy(a, a + 2 * in.n * in.n, in.gsl_a->data);
-    const auto b = gsl_vector_complex_const_view_array(
-        reinterpret_cast<const double*>(in.right[std::size_t(i)].data()), std::size_t(in.n));
+    const auto b = gsl_vector_complex_const_view_array(reinterpret_cast<const double*>(in.right[std::size_t(i)].data()),
+                                                       std::size_t(in.n));
     int sign = 0;
     gsl_linalg_complex_LU_decomp(in.gsl_a.get(), in.permutation.get(), &sign);
     gsl_linalg_complex_LU_solve(in.gsl_a.get(), in.permutation.get(), &b.vector, in.gsl_x.get());

@@ -20,8 +20,7 @@ struct parts {
 // Signs are free, so decompositions are compared by their singular values and by U S V'.
 values values_of(const parts& p) {
   values all = bench::values_of(p.s);
-  const values product =
-      bench::values_of(Eigen::MatrixXd(p.u * p.s.asDiagonal() * p.v.transpose()));
+  const values product = bench::values_of(Eigen::MatrixXd(p.u * p.s.asDiagonal() * p.v.transpose()));
   all.insert(all.end(), product.begin(), product.end());
   return all;
 }
@@ -34,8 +33,7 @@ Eigen::MatrixXd to_eigen_matrix(const real_matrix& m) {
   return to_eigen(bench::values_of(m), m.getWidth(), m.getHeight());
 }
 values values_of(const library_parts& p) {
-  return values_of(
-      parts{to_eigen_matrix(p.u), to_eigen_matrix(p.v), to_eigen_matrix(p.s).diagonal()});
+  return values_of(parts{to_eigen_matrix(p.u), to_eigen_matrix(p.v), to_eigen_matrix(p.s).diagonal()});
 }
 values bits_of(const library_parts& p) {
   values all = bench::values_of(p.u);
@@ -57,12 +55,9 @@ struct plain_parts {
 template <long Columns>  // 0 for a square matrix
 struct matrix_inputs {
   explicit matrix_inputs(long size)
-      : m(size),
-        n(Columns == 0 ? size : Columns),
-        rotation(rotation_for(8.0 * double(m) * double(n))) {
+      : m(size), n(Columns == 0 ? size : Columns), rotation(rotation_for(8.0 * double(m) * double(n))) {
     for (int i = 0; i < rotation; ++i) {
-      const values rows =
-          random_values(static_cast<std::size_t>(m * n), 3000 + static_cast<std::uint64_t>(i));
+      const values rows = random_values(static_cast<std::size_t>(m * n), 3000 + static_cast<std::uint64_t>(i));
       ours.push_back(to_mat(rows, n, m));
       eigen.push_back(to_eigen(rows, n, m));
       plain.push_back(to_plain(rows, n, m));
@@ -89,14 +84,14 @@ struct matrix_inputs {
   void divide_and_conquer(double* a, double* scratch, int length) {
     int rows = int(m), columns = int(n), info = 0;
     const char job = 'S';
-    LAPACK_dgesdd(&job, &rows, &columns, a, &rows, lapack.s.data(), lapack.u.data(), &rows,
-                  lapack.v.data(), &columns, scratch, &length, integers.data(), &info);
+    LAPACK_dgesdd(&job, &rows, &columns, a, &rows, lapack.s.data(), lapack.u.data(), &rows, lapack.v.data(), &columns,
+                  scratch, &length, integers.data(), &info);
   }
   void iterate(double* a, double* scratch, int length) {
     int rows = int(m), columns = int(n), info = 0;
     const char job = 'S';
-    LAPACK_dgesvd(&job, &job, &rows, &columns, a, &rows, lapack.s.data(), lapack.u.data(), &rows,
-                  lapack.v.data(), &columns, scratch, &length, &info);
+    LAPACK_dgesvd(&job, &job, &rows, &columns, a, &rows, lapack.s.data(), lapack.u.data(), &rows, lapack.v.data(),
+                  &columns, scratch, &length, &info);
   }
 
   long m, n;
@@ -118,20 +113,15 @@ struct matrix_inputs {
 struct lapack_parts {
   parts* p;
 };
-values values_of(const lapack_parts& l) {
-  return values_of(parts{l.p->u, l.p->v.transpose(), l.p->s});
-}
+values values_of(const lapack_parts& l) { return values_of(parts{l.p->u, l.p->v.transpose(), l.p->s}); }
 struct gsl_parts {
   gsl_matrix *u, *v;
   gsl_vector* s;
 };
 values values_of(const gsl_parts& g) {
-  auto convert = [](const gsl_matrix* m) {
-    return to_eigen(bench::values_of(*m), long(m->size2), long(m->size1));
-  };
+  auto convert = [](const gsl_matrix* m) { return to_eigen(bench::values_of(*m), long(m->size2), long(m->size1)); };
   const values s = bench::values_of(*g.s);
-  return values_of(parts{convert(g.u), convert(g.v),
-                         Eigen::Map<const Eigen::VectorXd>(s.data(), long(s.size()))});
+  return values_of(parts{convert(g.u), convert(g.v), Eigen::Map<const Eigen::VectorXd>(s.data(), long(s.size()))});
 }
 
 template <long Columns>
@@ -148,14 +138,12 @@ void add(const std::string& operation, long m) {
     return in.result;
   });
   r.peer("Eigen", "Eigen BDC", [](inputs& in, int i) {
-    const Eigen::BDCSVD<Eigen::MatrixXd> d(in.eigen[std::size_t(i)],
-                                           Eigen::ComputeThinU | Eigen::ComputeThinV);
+    const Eigen::BDCSVD<Eigen::MatrixXd> d(in.eigen[std::size_t(i)], Eigen::ComputeThinU | Eigen::ComputeThinV);
     return parts{d.matrixU(), d.matrixV(), d.singularValues()};
   });
   if (columns <= 64) {
     r.peer("Eigen", "Eigen Jacobi", [](inputs& in, int i) {
-      const Eigen::JacobiSVD<Eigen::MatrixXd> d(in.eigen[std::size_t(i)],
-                                                Eigen::ComputeThinU | Eigen::ComputeThinV);
+      const Eigen::JacobiSVD<Eigen::MatrixXd> d(in.eigen[std::size_t(i)], Eigen::ComputeThinU | Eigen::ComputeThinV);
       return parts{d.matrixU(), d.matrixV(), d.singularValues()};
     });
   }
@@ -172,13 +160,11 @@ void add(const std::string& operation, long m) {
   if (columns <= 64) {
     r.peer("GSL", "GSL", [](inputs& in, int i) {
       gsl_matrix_memcpy(in.gsl_u.get(), in.gsl[std::size_t(i)].get());
-      gsl_linalg_SV_decomp_mod(in.gsl_u.get(), in.gsl_x.get(), in.gsl_v.get(), in.gsl_s.get(),
-                               in.gsl_work.get());
+      gsl_linalg_SV_decomp_mod(in.gsl_u.get(), in.gsl_x.get(), in.gsl_v.get(), in.gsl_s.get(), in.gsl_work.get());
       return gsl_parts{in.gsl_u.get(), in.gsl_v.get(), in.gsl_s.get()};
     });
   }
-  r.plain(
-      [](inputs& in, int i) { return plain_parts{plain::decompose(in.plain[std::size_t(i)])}; });
+  r.plain([](inputs& in, int i) { return plain_parts{plain::decompose(in.plain[std::size_t(i)])}; });
 }
 
 }  // namespace

@@ -42,13 +42,12 @@ point_pairs matched_points(long n, std::uint64_t seed) {
   test::random_source r(seed);
   // A rotation by Euler angles.
   const double a = r.uniform(), b = r.uniform(), c = r.uniform();
-  const double t[3][3] = {{std::cos(a) * std::cos(b),
-                           std::cos(a) * std::sin(b) * std::sin(c) - std::sin(a) * std::cos(c),
-                           std::cos(a) * std::sin(b) * std::cos(c) + std::sin(a) * std::sin(c)},
-                          {std::sin(a) * std::cos(b),
-                           std::sin(a) * std::sin(b) * std::sin(c) + std::cos(a) * std::cos(c),
-                           std::sin(a) * std::sin(b) * std::cos(c) - std::cos(a) * std::sin(c)},
-                          {-std::sin(b), std::cos(b) * std::sin(c), std::cos(b) * std::cos(c)}};
+  const double t[3][3] = {
+      {std::cos(a) * std::cos(b), std::cos(a) * std::sin(b) * std::sin(c) - std::sin(a) * std::cos(c),
+       std::cos(a) * std::sin(b) * std::cos(c) + std::sin(a) * std::sin(c)},
+      {std::sin(a) * std::cos(b), std::sin(a) * std::sin(b) * std::sin(c) + std::cos(a) * std::cos(c),
+       std::sin(a) * std::sin(b) * std::cos(c) - std::cos(a) * std::sin(c)},
+      {-std::sin(b), std::cos(b) * std::sin(c), std::cos(b) * std::cos(c)}};
   point_pairs pairs{Eigen::Matrix3Xd(3, n), Eigen::Matrix3Xd(3, n)};
   for (long k = 0; k < n; ++k) {
     for (int i = 0; i < 3; ++i) pairs.a(i, k) = 10 * r.uniform();
@@ -64,8 +63,7 @@ point_pairs matched_points(long n, std::uint64_t seed) {
 values curve_with_zero(double v) { return {2 * v, -2, 0, 0, v, -1}; }
 
 values curve_with_bend(double v) {
-  return {
-      v * v / 2 + v * v * v * v / 100, -v - v * v * v / 25, 0.5 + 0.06 * v * v, -v / 25, 0.01, 0};
+  return {v * v / 2 + v * v * v * v / 100, -v - v * v * v / 25, 0.5 + 0.06 * v * v, -v / 25, 0.01, 0};
 }
 
 double before_one(double step, int i) { return 1 - step * (1.3 + i); }

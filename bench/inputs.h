@@ -37,8 +37,8 @@ inline real_square to_sqmat(const values& rows, long n) {
   return m;
 }
 inline Eigen::MatrixXd to_eigen(const values& rows, long width, long height) {
-  return Eigen::Map<const Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>>(
-      rows.data(), height, width);
+  return Eigen::Map<const Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>>(rows.data(), height,
+                                                                                                  width);
 }
 inline plain::matrix to_plain(const values& rows, long width, long height) {
   plain::matrix m(static_cast<plain::u32>(width), static_cast<plain::u32>(height));
@@ -86,19 +86,16 @@ using gsl_matrix_ptr = std::unique_ptr<gsl_matrix, gsl_release>;
 using gsl_vector_ptr = std::unique_ptr<gsl_vector, gsl_release>;
 
 inline gsl_matrix_ptr gsl_copy(const values& rows, long width, long height) {
-  gsl_matrix_ptr m(
-      gsl_matrix_alloc(static_cast<std::size_t>(height), static_cast<std::size_t>(width)));
+  gsl_matrix_ptr m(gsl_matrix_alloc(static_cast<std::size_t>(height), static_cast<std::size_t>(width)));
   std::copy(rows.begin(), rows.end(), m->data);
   return m;
 }
 
 // `rotation` square matrices of size n in all forms.
 struct square_inputs {
-  explicit square_inputs(long size)
-      : n(size), rotation(rotation_for(8.0 * double(size) * double(size))) {
+  explicit square_inputs(long size) : n(size), rotation(rotation_for(8.0 * double(size) * double(size))) {
     for (int i = 0; i < rotation; ++i) {
-      rows.push_back(
-          random_values(static_cast<std::size_t>(n * n), 1000 + static_cast<std::uint64_t>(i)));
+      rows.push_back(random_values(static_cast<std::size_t>(n * n), 1000 + static_cast<std::uint64_t>(i)));
       ours.push_back(to_sqmat(rows.back(), n));
       eigen.push_back(to_eigen(rows.back(), n, n));
       columns.push_back(transposed(rows.back(), n, n));

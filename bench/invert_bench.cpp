@@ -62,20 +62,16 @@ void add_inversions() {
       in.matrices[std::size_t(i)].invert(in.result);
       return in.result;
     });
-    r.peer("Eigen", "Eigen LU", [](invert_inputs& in, int i) -> Eigen::MatrixXd {
-      return in.eigen[std::size_t(i)].inverse();
-    });
+    r.peer("Eigen", "Eigen LU",
+           [](invert_inputs& in, int i) -> Eigen::MatrixXd { return in.eigen[std::size_t(i)].inverse(); });
     // The inverse of the transpose is the transpose of the inverse: rows can be handed over as
     // columns.
     r.peer(
         "LAPACK", "dgetri", [](invert_inputs & in, int i) -> auto& {
-          std::copy(in.rows[std::size_t(i)].begin(), in.rows[std::size_t(i)].end(),
-                    in.inverse.begin());
-          int k = static_cast<int>(in.n), length = static_cast<int>(in.lapack_work.size()),
-              info = 0;
+          std::copy(in.rows[std::size_t(i)].begin(), in.rows[std::size_t(i)].end(), in.inverse.begin());
+          int k = static_cast<int>(in.n), length = static_cast<int>(in.lapack_work.size()), info = 0;
           lapack_factorise(k, in.inverse.data(), in.pivots.data());
-          LAPACK_dgetri(&k, in.inverse.data(), &k, in.pivots.data(), in.lapack_work.data(), &length,
-                        &info);
+          LAPACK_dgetri(&k, in.inverse.data(), &k, in.pivots.data(), in.lapack_work.data(), &length, &info);
           return in.inverse;
         });
     r.peer(
@@ -86,8 +82,7 @@ void add_inversions() {
           gsl_linalg_LU_invert(in.gsl_a.get(), in.permutation.get(), in.gsl_inverse.get());
           return *in.gsl_inverse;
         });
-    r.plain(
-        [](invert_inputs& in, int i) { return plain::inverse(in.plain_matrices[std::size_t(i)]); });
+    r.plain([](invert_inputs& in, int i) { return plain::inverse(in.plain_matrices[std::size_t(i)]); });
   }
 }
 

@@ -56,8 +56,7 @@ struct tall_inputs {
 
 void add_system(long m) {
   const double rows = double(m), n = unknowns;
-  row<tall_inputs> r("least squares, 4 columns", m,
-                     {rows * (n * (n + 1) + 2 * n), 8 * rows * (n + 1), traffic::read});
+  row<tall_inputs> r("least squares, 4 columns", m, {rows * (n * (n + 1) + 2 * n), 8 * rows * (n + 1), traffic::read});
   r.agree({1e-10});
   r.ours([](tall_inputs & in, int i) -> auto& {
     in.x.solve(in.ours_a[std::size_t(i)], in.ours_b[std::size_t(i)]);
@@ -76,10 +75,9 @@ void add_system(long m) {
         int n = unknowns, one = 1, rows = int(in.m), info = 0;
         double normal[unknowns * unknowns];
         in.scratch_b.resize(unknowns);
-        cblas_dsyrk(CblasColMajor, CblasUpper, CblasTrans, n, rows, 1.0, a.data(), rows, 0.0,
-                    normal, n);
-        cblas_dgemv(CblasColMajor, CblasTrans, rows, n, 1.0, a.data(), rows,
-                    in.eigen_b[std::size_t(i)].data(), 1, 0.0, in.scratch_b.data(), 1);
+        cblas_dsyrk(CblasColMajor, CblasUpper, CblasTrans, n, rows, 1.0, a.data(), rows, 0.0, normal, n);
+        cblas_dgemv(CblasColMajor, CblasTrans, rows, n, 1.0, a.data(), rows, in.eigen_b[std::size_t(i)].data(), 1, 0.0,
+                    in.scratch_b.data(), 1);
         LAPACK_dposv("U", &n, &one, normal, &n, in.scratch_b.data(), &n, &info);
         return in.scratch_b;
       });
@@ -87,16 +85,16 @@ void add_system(long m) {
     in.scratch_a = in.eigen_a[std::size_t(i)];
     in.scratch_b = in.eigen_b[std::size_t(i)];
     int n = unknowns, one = 1, rows = int(in.m), info = 0, length = int(in.work.size());
-    LAPACK_dgels("N", &rows, &n, &one, in.scratch_a.data(), &rows, in.scratch_b.data(), &rows,
-                 in.work.data(), &length, &info);
+    LAPACK_dgels("N", &rows, &n, &one, in.scratch_a.data(), &rows, in.scratch_b.data(), &rows, in.work.data(), &length,
+                 &info);
     return in.scratch_b.head(unknowns);
   });
   r.peer(
       "GSL", "gsl_multifit", [](tall_inputs & in, int i) -> auto& {
         double residual = 0;
         const gsl_vector_const_view b = gsl_matrix_const_column(in.gsl_b[std::size_t(i)].get(), 0);
-        gsl_multifit_linear(in.gsl_a[std::size_t(i)].get(), &b.vector, in.gsl_x.get(),
-                            in.gsl_covariance.get(), &residual, in.gsl_work.get());
+        gsl_multifit_linear(in.gsl_a[std::size_t(i)].get(), &b.vector, in.gsl_x.get(), in.gsl_covariance.get(),
+                            &residual, in.gsl_work.get());
         return *in.gsl_x;
       });
   r.plain([](tall_inputs & in, int i) -> auto& {
@@ -156,12 +154,11 @@ void add_match(long n) {
     return rotation_of_library{&in.transform};
   });
   r.peer("Eigen", "Eigen umeyama", [](match_inputs& in, int i) -> Eigen::Matrix3d {
-    return Eigen::umeyama(in.eigen_b[std::size_t(i)], in.eigen_a[std::size_t(i)], false)
-        .topLeftCorner<3, 3>();
+    return Eigen::umeyama(in.eigen_b[std::size_t(i)], in.eigen_a[std::size_t(i)], false).topLeftCorner<3, 3>();
   });
   r.plain([](match_inputs& in, int i) -> values {
-    plain::calc_match(in.plain_transform, in.plain_a[std::size_t(i)].data(),
-                      in.plain_b[std::size_t(i)].data(), plain::u32(in.n));
+    plain::calc_match(in.plain_transform, in.plain_a[std::size_t(i)].data(), in.plain_b[std::size_t(i)].data(),
+                      plain::u32(in.n));
     values v;
     for (plain::u32 y = 0; y < 3; ++y) {
       for (plain::u32 x = 0; x < 3; ++x) v.push_back(in.plain_transform.get(x, y));

@@ -132,8 +132,7 @@ constexpr double limit = 4;
 
 template <class Inputs>
 void add_delete_errors(const std::string& operation, long n) {
-  row<Inputs> r(operation, n,
-                       {14.0 * double(n), 2.0 * sizeof(vector) * double(n), traffic::move});
+  row<Inputs> r(operation, n, {14.0 * double(n), 2.0 * sizeof(vector) * double(n), traffic::move});
   r.agree({0}).note("our points are 24 bytes");
   r.ours(
       [](Inputs & in, int i) -> auto& {
@@ -152,8 +151,7 @@ void add_delete_errors(const std::string& operation, long n) {
           const double d = p[std::size_t(k)].y - sum / double(last - first + 1);
           if (d * d > limit) p[std::size_t(k)].x = -1;
         }
-        p.erase(std::remove_if(p.begin(), p.end(), [](const point& q) { return q.x == -1; }),
-                p.end());
+        p.erase(std::remove_if(p.begin(), p.end(), [](const point& q) { return q.x == -1; }), p.end());
         p.shrink_to_fit();
         return in.peers[std::size_t(i)];
       },
@@ -187,8 +185,7 @@ void add_average(long n) {
   row<random_inputs> r("average", n, {2.0 * double(n), sizeof(vector) * double(n), traffic::read});
   r.agree({1e-9}).note("our points are 24 bytes");
   r.ours([](random_inputs& in, int i) { return in.original[std::size_t(i)].average(); });
-  r.peer("other", "loop",
-         [](random_inputs& in, int i) { return mean(in.original_points[std::size_t(i)].points); });
+  r.peer("other", "loop", [](random_inputs& in, int i) { return mean(in.original_points[std::size_t(i)].points); });
   r.peer("other", "loop, 24-byte points",
          [](random_inputs& in, int i) { return mean(in.original_wide[std::size_t(i)].points); });
   r.plain([](random_inputs& in, int i) { return plain::average(in.plain[std::size_t(i)].list); },
@@ -243,9 +240,8 @@ void add_sort(long n) {
   r.peer(
       "other", "std::sort", [](random_inputs & in, int i) -> auto& {
         std::vector<point>& v = in.peers[std::size_t(i)].points;
-        std::sort(v.begin(), v.end(), [](const point& a, const point& b) {
-          return a.x < b.x || (a.x == b.x && a.y < b.y);
-        });
+        std::sort(v.begin(), v.end(),
+                  [](const point& a, const point& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
         return in.peers[std::size_t(i)];
       },
       random_inputs::restore_peers);
@@ -269,11 +265,9 @@ void add_findline(long n) {
   // The angle of each point, and four sums and the line through the chain for those that join.
   row<chain_inputs> r("findline", n, {30.0 * double(n), 3.0 * sizeof(vector) * double(n), traffic::move});
   r.agree({1e-12}).note("the direction is fitted anew with each point");
-  r.ours(
-      [](chain_inputs& in, int i) {
-        return chain{std::unique_ptr<vectormat>(in.ours[std::size_t(i)].findline(vector(1, 0)))};
-      },
-      chain_inputs::restore_ours);
+  r.ours([](chain_inputs& in,
+            int i) { return chain{std::unique_ptr<vectormat>(in.ours[std::size_t(i)].findline(vector(1, 0)))}; },
+         chain_inputs::restore_ours);
   r.peer(
       "other", "loop, running sums",
       [](chain_inputs& in, int i) {

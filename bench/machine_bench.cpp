@@ -21,9 +21,7 @@ detail::labels machine_row(long size, double operations, double bytes) {
   return {"machine", size, {operations, bytes}, "", {}};
 }
 
-void report(benchmark::State& state, const detail::labels& row) {
-  detail::set_counters(state, row, "", 1);
-}
+void report(benchmark::State& state, const detail::labels& row) { detail::set_counters(state, row, "", 1); }
 
 #if defined(__x86_64__)
 
@@ -59,13 +57,12 @@ BENCH_FUSED(fused_512, v8, "avx512f")
 
 void add_rate(const char* name, long bits, void (*run)()) {
   const detail::labels row = machine_row(bits, 2.0 * chains * rounds * double(bits) / 64, 0);
-  detail::configure(
-      benchmark::RegisterBenchmark(detail::benchmark_name(row, "machine", name).c_str(),
-                                   [row, run](benchmark::State& state) {
-                                     for (auto _ : state) run();
-                                     report(state, row);
-                                   }),
-      "machine");
+  detail::configure(benchmark::RegisterBenchmark(detail::benchmark_name(row, "machine", name).c_str(),
+                                                 [row, run](benchmark::State& state) {
+                                                   for (auto _ : state) run();
+                                                   report(state, row);
+                                                 }),
+                    "machine");
 }
 
 void add_rates() {
@@ -80,21 +77,20 @@ void add_rates() {
 
 void add_rates() {
   const detail::labels row = machine_row(64, 2.0 * chains * rounds, 0);
-  detail::configure(benchmark::RegisterBenchmark(
-                        detail::benchmark_name(row, "machine", "multiply and add").c_str(),
-                        [row](benchmark::State& state) {
-                          for (auto _ : state) {
-                            double sum[chains] = {}, a = 0;
-                            for (int k = 0; k < rounds; ++k) {
-                              for (double& s : sum) {
-                                benchmark::DoNotOptimize(a);
-                                s = s + a * a;
-                              }
-                            }
-                            benchmark::DoNotOptimize(sum);
-                          }
-                          report(state, row);
-                        }),
+  detail::configure(benchmark::RegisterBenchmark(detail::benchmark_name(row, "machine", "multiply and add").c_str(),
+                                                 [row](benchmark::State& state) {
+                                                   for (auto _ : state) {
+                                                     double sum[chains] = {}, a = 0;
+                                                     for (int k = 0; k < rounds; ++k) {
+                                                       for (double& s : sum) {
+                                                         benchmark::DoNotOptimize(a);
+                                                         s = s + a * a;
+                                                       }
+                                                     }
+                                                     benchmark::DoNotOptimize(sum);
+                                                   }
+                                                   report(state, row);
+                                                 }),
                     "machine");
 }
 
@@ -106,13 +102,12 @@ constexpr std::size_t half_page = 2048 / sizeof(double), ahead = 16 * half_page;
 // touched: the bytes read and written together.
 void add_memory(const char* name, long bytes, long touched, void (*run)(std::vector<double>&)) {
   const detail::labels row = machine_row(bytes, 0, double(touched));
-  detail::configure(benchmark::RegisterBenchmark(
-                        detail::benchmark_name(row, "machine", name).c_str(),
-                        [row, bytes, run](benchmark::State& state) {
-                          std::vector<double> all(std::size_t(bytes) / sizeof(double), 1);
-                          for (auto _ : state) run(all);
-                          report(state, row);
-                        }),
+  detail::configure(benchmark::RegisterBenchmark(detail::benchmark_name(row, "machine", name).c_str(),
+                                                 [row, bytes, run](benchmark::State& state) {
+                                                   std::vector<double> all(std::size_t(bytes) / sizeof(double), 1);
+                                                   for (auto _ : state) run(all);
+                                                   report(state, row);
+                                                 }),
                     "machine");
 }
 

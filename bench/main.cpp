@@ -60,15 +60,12 @@ void describe(int core) {
   AddCustomContext("flags", BENCH_FLAGS);
   AddCustomContext("library flags", BENCH_LIBRARY_FLAGS);
   AddCustomContext("instruction set", bench::detail::set_name(bench::detail::best_set()));
-  AddCustomContext("version Tessarn",
-                   version(TESSARN_VERSION_MAJOR, TESSARN_VERSION_MINOR, TESSARN_VERSION_PATCH));
-  AddCustomContext("version Eigen",
-                   version(EIGEN_WORLD_VERSION, EIGEN_MAJOR_VERSION, EIGEN_MINOR_VERSION));
+  AddCustomContext("version Tessarn", version(TESSARN_VERSION_MAJOR, TESSARN_VERSION_MINOR, TESSARN_VERSION_PATCH));
+  AddCustomContext("version Eigen", version(EIGEN_WORLD_VERSION, EIGEN_MAJOR_VERSION, EIGEN_MINOR_VERSION));
   AddCustomContext("version OpenBLAS", openblas_get_config());
   AddCustomContext("version LAPACK", version(major, minor, patch));
   AddCustomContext("version GSL", gsl_version);
-  AddCustomContext("version Boost", version(BOOST_VERSION / 100000, BOOST_VERSION / 100 % 1000,
-                                            BOOST_VERSION % 100));
+  AddCustomContext("version Boost", version(BOOST_VERSION / 100000, BOOST_VERSION / 100 % 1000, BOOST_VERSION % 100));
   AddCustomContext("version CGAL", CGAL_VERSION_STR);
 }
 

@@ -46,35 +46,26 @@ void add(long n) {
   const double bytes = sizeof(vector3d) + 3.0 * sizeof(double);
   row<cloud_inputs> r("plane fit", n, {40.0 * double(n), bytes * double(n), traffic::read});
   r.agree({1e-5}).note("a search of stated steps");
-  r.ours([](cloud_inputs& in, int i) {
-    return plane(in.ours[std::size_t(i)].data(), index(in.n)).normal;
-  });
+  r.ours([](cloud_inputs& in, int i) { return plane(in.ours[std::size_t(i)].data(), index(in.n)).normal; });
   r.peer("Eigen", "Eigen SVD", [](cloud_inputs& in, int i) -> Eigen::Vector3d {
     const Eigen::Matrix3Xd& p = in.eigen[std::size_t(i)];
     const Eigen::MatrixXd centred = (p.colwise() - p.rowwise().mean()).transpose();
-    return upwards(
-        Eigen::BDCSVD<Eigen::MatrixXd>(centred, Eigen::ComputeThinU | Eigen::ComputeThinV)
-            .matrixV()
-            .col(2));
+    return upwards(Eigen::BDCSVD<Eigen::MatrixXd>(centred, Eigen::ComputeThinU | Eigen::ComputeThinV).matrixV().col(2));
   });
   r.peer("Eigen", "Eigen covariance", [](cloud_inputs& in, int i) -> Eigen::Vector3d {
     const Eigen::Matrix3Xd& p = in.eigen[std::size_t(i)];
     const Eigen::Matrix3Xd centred = p.colwise() - p.rowwise().mean();
     const Eigen::Matrix3d covariance = centred * centred.transpose();
-    return upwards(
-        Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(covariance).eigenvectors().col(0));
+    return upwards(Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(covariance).eigenvectors().col(0));
   });
   r.peer("other", "CGAL", [](cloud_inputs& in, int i) -> Eigen::Vector3d {
     kernel::Plane_3 fitted;
-    CGAL::linear_least_squares_fitting_3(in.cgal[std::size_t(i)].begin(),
-                                         in.cgal[std::size_t(i)].end(), fitted,
+    CGAL::linear_least_squares_fitting_3(in.cgal[std::size_t(i)].begin(), in.cgal[std::size_t(i)].end(), fitted,
                                          CGAL::Dimension_tag<0>());
     const kernel::Vector_3 v = fitted.orthogonal_vector();
     return upwards(Eigen::Vector3d(v.x(), v.y(), v.z()).normalized());
   });
-  if (n <= 10000)
-    r.plain(
-        [](cloud_inputs& in, int i) { return plain::fit_plane(in.plain[std::size_t(i)]).normal; });
+  if (n <= 10000) r.plain([](cloud_inputs& in, int i) { return plain::fit_plane(in.plain[std::size_t(i)]).normal; });
 }
 
 }  // namespace

@@ -28,19 +28,17 @@ void add_products() {
     row<product_inputs> r("product", n, {2 * m * m * m, 24 * m * m, traffic::copy, 8 * m * m});
     r.agree({1e-12});
     r.ours([](product_inputs& in, int i) { return in.left[in.at(i)] * in.right[in.at(i)]; });
-    r.peer("Eigen", "Eigen", [](product_inputs& in, int i) -> Eigen::MatrixXd {
-      return in.eigen[in.at(i)] * in.eigen[in.next(i)];
-    });
+    r.peer("Eigen", "Eigen",
+           [](product_inputs& in, int i) -> Eigen::MatrixXd { return in.eigen[in.at(i)] * in.eigen[in.next(i)]; });
     r.peer("LAPACK", "dgemm", [](product_inputs& in, int i) {
       const int k = static_cast<int>(in.n);
       Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor> c(k, k);
-      cblas_dgemm(CblasRowMajor, CblasNoTrans, CblasNoTrans, k, k, k, 1.0, in.rows[in.at(i)].data(),
-                  k, in.rows[in.next(i)].data(), k, 0.0, c.data(), k);
+      cblas_dgemm(CblasRowMajor, CblasNoTrans, CblasNoTrans, k, k, k, 1.0, in.rows[in.at(i)].data(), k,
+                  in.rows[in.next(i)].data(), k, 0.0, c.data(), k);
       return c;
     });
-    r.plain([](product_inputs& in, int i) {
-      return plain::product(in.plain_left[in.at(i)], in.plain_left[in.next(i)]);
-    });
+    r.plain(
+        [](product_inputs& in, int i) { return plain::product(in.plain_left[in.at(i)], in.plain_left[in.next(i)]); });
   }
 }
 

@@ -56,8 +56,7 @@ void add_lists_of(std::initializer_list<long> sizes) {
   });
   add_sizes<random>("list: average", "n", sizes, [](random& in, int i) { return in.at(i).average(); });
   add_sizes<random>(
-      "list: del(0)", "n", sizes,
-      [](random & in, int i) -> auto& {
+      "list: del(0)", "n", sizes, [](random & in, int i) -> auto& {
         vectormat& l = in.at(i);
         const vector first = l[0];
         l.del(0);
@@ -66,15 +65,13 @@ void add_lists_of(std::initializer_list<long> sizes) {
       },
       random::restore);
   add_sizes<random>(
-      "list: sort", "n log n", sizes,
-      [](random & in, int i) -> auto& {
+      "list: sort", "n log n", sizes, [](random & in, int i) -> auto& {
         in.at(i).sort();
         return in.at(i);
       },
       random::restore);
   add_sizes<sorted>(
-      "list: DeleteErrors", "n", sizes,
-      [](sorted & in, int i) -> auto& {
+      "list: DeleteErrors", "n", sizes, [](sorted & in, int i) -> auto& {
         in.at(i).DeleteErrors(4);
         return in.at(i);
       },
@@ -110,28 +107,32 @@ struct growing_cloud {
 
 void add_clouds(std::initializer_list<long> sizes) {
   using inputs = growing_cloud;
-  add_sizes<inputs>("fit, 4 coefficients", "n", sizes, [](inputs & in, int) -> auto& {
-    in.curve.create(in.flat.data(), in.n, 4u);
-    return in.curve;
-  });
-  add_sizes<inputs>("surface fit, grade 3", "n", sizes, [](inputs & in, int) -> auto& {
-    in.surface.create(in.space.data(), in.n, 3u);
-    return in.surface;
-  });
-  add_sizes<inputs>("plane fit", "n", sizes,
-                    [](inputs& in, int) { return plane(in.near_plane.data(), in.n).normal; });
-  add_sizes<inputs>("least squares, 4 columns", "n", sizes, [](inputs & in, int) -> auto& {
-    in.solution.solve(in.system, in.right);
-    return in.solution;
-  });
-  add_sizes<inputs>("calc_match", "n", sizes, [](inputs & in, int) -> auto& {
-    (void)in.map.calc_match(in.from.data(), in.to.data(), in.n);
-    return in.map;
-  });
-  add_sizes<inputs>("calc_transform", "n", sizes, [](inputs & in, int) -> auto& {
-    in.map.calc_transform(in.from.data(), in.to.data(), in.n);
-    return in.map;
-  });
+  add_sizes<inputs>(
+      "fit, 4 coefficients", "n", sizes, [](inputs & in, int) -> auto& {
+        in.curve.create(in.flat.data(), in.n, 4u);
+        return in.curve;
+      });
+  add_sizes<inputs>(
+      "surface fit, grade 3", "n", sizes, [](inputs & in, int) -> auto& {
+        in.surface.create(in.space.data(), in.n, 3u);
+        return in.surface;
+      });
+  add_sizes<inputs>("plane fit", "n", sizes, [](inputs& in, int) { return plane(in.near_plane.data(), in.n).normal; });
+  add_sizes<inputs>(
+      "least squares, 4 columns", "n", sizes, [](inputs & in, int) -> auto& {
+        in.solution.solve(in.system, in.right);
+        return in.solution;
+      });
+  add_sizes<inputs>(
+      "calc_match", "n", sizes, [](inputs & in, int) -> auto& {
+        (void)in.map.calc_match(in.from.data(), in.to.data(), in.n);
+        return in.map;
+      });
+  add_sizes<inputs>(
+      "calc_transform", "n", sizes, [](inputs & in, int) -> auto& {
+        in.map.calc_transform(in.from.data(), in.to.data(), in.n);
+        return in.map;
+      });
 }
 
 struct growing_square {
@@ -158,25 +159,29 @@ void add_squares(std::initializer_list<long> sizes, std::initializer_list<long> 
   using inputs = growing_square;
   add_sizes<inputs>("product", "n^3", sizes,
                     [](inputs& in, int i) { return in.matrix[std::size_t(i)] * in.matrix[std::size_t(i)]; });
-  add_sizes<inputs>("solve", "n^3", sizes, [](inputs & in, int i) -> auto& {
-    std::copy(in.b.begin(), in.b.end(), in.x.getData());
-    in.square[std::size_t(i)].solve(in.x);
-    return in.x;
-  });
+  add_sizes<inputs>(
+      "solve", "n^3", sizes, [](inputs & in, int i) -> auto& {
+        std::copy(in.b.begin(), in.b.end(), in.x.getData());
+        in.square[std::size_t(i)].solve(in.x);
+        return in.x;
+      });
   add_sizes<inputs>("det", "n^3", sizes, [](inputs& in, int i) { return in.square[std::size_t(i)].det(); });
-  add_sizes<inputs>("orthogonalize", "n^3", sizes, [](inputs & in, int i) -> auto& {
-    in.result = in.square[std::size_t(i)];
-    in.result.orthogonalize();
-    return in.result;
-  });
-  add_sizes<inputs>("decompose", "n^3", sizes, [](inputs & in, int i) -> auto& {
-    in.matrix[std::size_t(i)].decompose(in.u, in.s, in.v);
-    return in.s;
-  });
-  add_sizes<inputs>("invert", "n^5", short_sizes, [](inputs & in, int i) -> auto& {
-    in.matrix[std::size_t(i)].invert(in.u);
-    return in.u;
-  });
+  add_sizes<inputs>(
+      "orthogonalize", "n^3", sizes, [](inputs & in, int i) -> auto& {
+        in.result = in.square[std::size_t(i)];
+        in.result.orthogonalize();
+        return in.result;
+      });
+  add_sizes<inputs>(
+      "decompose", "n^3", sizes, [](inputs & in, int i) -> auto& {
+        in.matrix[std::size_t(i)].decompose(in.u, in.s, in.v);
+        return in.s;
+      });
+  add_sizes<inputs>(
+      "invert", "n^5", short_sizes, [](inputs & in, int i) -> auto& {
+        in.matrix[std::size_t(i)].invert(in.u);
+        return in.u;
+      });
 }
 
 // Samples of a search: the zero, and the extreme point of the curvature, lie just below 1.
@@ -200,10 +205,11 @@ struct growing_search {
 
 void add_samples(std::initializer_list<long> sizes) {
   using inputs = growing_search;
-  add_sizes<inputs>("func over an array", "n", sizes, [](inputs & in, int) -> auto& {
-    in.zero.func(in.x.data(), in.y.data(), index(in.n));
-    return in.y;
-  });
+  add_sizes<inputs>(
+      "func over an array", "n", sizes, [](inputs & in, int) -> auto& {
+        in.zero.func(in.x.data(), in.y.data(), index(in.n));
+        return in.y;
+      });
   add_sizes<inputs>("find_zero by samples", "n", sizes,
                     [](inputs& in, int) { return in.zero.find_zero(0, 1, in.step, in.eps); });
   add_sizes<inputs>("find_extrpoint_arc by samples", "n", sizes,
@@ -222,16 +228,18 @@ struct growing_polynomial {
 
 void add_polynomials(std::initializer_list<long> sizes) {
   using inputs = growing_polynomial;
-  add_sizes<inputs>("polynomial product", "n^2", sizes, [](inputs & in, int) -> auto& {
-    in.result.copy(in.p);
-    in.result *= in.p;
-    return in.result;
-  });
-  add_sizes<inputs>("shift_h", "n^2", sizes, [](inputs & in, int) -> auto& {
-    in.result.copy(in.p);
-    in.result.shift_h(0.25);
-    return in.result;
-  });
+  add_sizes<inputs>(
+      "polynomial product", "n^2", sizes, [](inputs & in, int) -> auto& {
+        in.result.copy(in.p);
+        in.result *= in.p;
+        return in.result;
+      });
+  add_sizes<inputs>(
+      "shift_h", "n^2", sizes, [](inputs & in, int) -> auto& {
+        in.result.copy(in.p);
+        in.result.shift_h(0.25);
+        return in.result;
+      });
 }
 
 }  // namespace

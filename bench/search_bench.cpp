@@ -60,9 +60,7 @@ struct bend_inputs {
 void add_highest_bend(long n) {
   row<bend_inputs> r("find_high_hpoint_arc by samples", n, {(4 + 3 * (5 + 4 + 3) + 18.0) * double(n), 0});
   r.agree({1e-4});  // the bracket that is left is a tenth of a step at most
-  r.ours([](bend_inputs& in, int i) {
-    return in.ours[std::size_t(i)].find_high_hpoint_arc(0, 1, in.step, in.eps);
-  });
+  r.ours([](bend_inputs& in, int i) { return in.ours[std::size_t(i)].find_high_hpoint_arc(0, 1, in.step, in.eps); });
   // Each change of the sign of f''' (1 + f'^2) - 3 f' f''^2 halved until it is found, the highest of all kept.
   r.peer("other", "Horner scan, bisection", [](bend_inputs& in, int i) {
     const values& c = in.c[std::size_t(i)];

@@ -50,9 +50,7 @@ struct system_inputs : square_inputs {
 };
 
 // Divisions, multiplications and additions of the elimination of an n x n matrix.
-double elimination_operations(double n) {
-  return 2.0 / 3.0 * n * (n - 1) * (n + 1) - n * (n - 1) / 2;
-}
+double elimination_operations(double n) { return 2.0 / 3.0 * n * (n - 1) * (n + 1) - n * (n - 1) / 2; }
 
 void add_solve(long n) {
   const double m = double(n);
@@ -76,8 +74,7 @@ void add_solve(long n) {
       "GSL", "GSL LU", [](system_inputs & in, int i) -> auto& {
         in.take_for_gsl(i);
         int sign = 0;
-        const gsl_vector_const_view b =
-            gsl_vector_const_view_array(in.b[std::size_t(i)].data(), in.gsl_x->size);
+        const gsl_vector_const_view b = gsl_vector_const_view_array(in.b[std::size_t(i)].data(), in.gsl_x->size);
         gsl_linalg_LU_decomp(in.gsl_a.get(), in.permutation.get(), &sign);
         gsl_linalg_LU_solve(in.gsl_a.get(), in.permutation.get(), &b.vector, in.gsl_x.get());
         return *in.gsl_x;
@@ -94,8 +91,7 @@ void add_det(long n) {
   row<system_inputs> r("det", n, {n == 3 ? 17 : elimination_operations(m) + m, 8 * m * m, traffic::read});
   r.agree({1e-6});
   r.ours([](system_inputs& in, int i) { return in.ours[std::size_t(i)].det(); });
-  r.peer("Eigen", "Eigen LU",
-         [](system_inputs& in, int i) { return in.eigen[std::size_t(i)].determinant(); });
+  r.peer("Eigen", "Eigen LU", [](system_inputs& in, int i) { return in.eigen[std::size_t(i)].determinant(); });
   r.peer("LAPACK", "dgetrf", [](system_inputs& in, int i) {
     in.take_for_lapack(i);
     lapack_factorise(static_cast<int>(in.n), in.work_a.data(), in.pivots.data());

@@ -76,8 +76,7 @@ void set_counters(benchmark::State& state, const labels& row, const std::string&
 
 void configure(benchmark::internal::Benchmark* b, const std::string& family) {
   b->Unit(benchmark::kNanosecond);
-  if (family == "plain")
-    b->Repetitions(1);  // only its order of magnitude is wanted, and it is slow
+  if (family == "plain") b->Repetitions(1);  // only its order of magnitude is wanted, and it is slow
 }
 
 std::string disagreement(const values& ours, const values& other, const labels& row, bool bits) {
@@ -92,8 +91,7 @@ std::string disagreement(const values& ours, const values& other, const labels& 
     const bool same = bits ? std::memcmp(&ours[k], &other[k], sizeof(double)) == 0
                            : std::fabs(ours[k] - other[k]) <= row.agree.tolerance * scale;
     if (!same) {
-      std::snprintf(text, sizeof text, "number %zu is %.17g where we give %.17g", k, other[k],
-                    ours[k]);
+      std::snprintf(text, sizeof text, "number %zu is %.17g where we give %.17g", k, other[k], ours[k]);
       return text;
     }
   }

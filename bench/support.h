@@ -44,7 +44,8 @@ struct products_and_sums {
   }
 };
 
-// The correctly rounded powers x^2 .. x^(count - 1) by the chains that the library uses (poly/kernels/power_chains.inl).
+// The correctly rounded powers x^2 .. x^(count - 1) by the chains that the library uses
+// (poly/kernels/power_chains.inl).
 products_and_sums powers_below(int count);
 
 // How much of the peers' and our own results must agree.
@@ -206,19 +207,16 @@ class row {
     for (std::size_t i = 0; i < s.expected.size(); ++i) {
       run_preparation(*s.inputs, prepare);
       auto&& result = f(*s.inputs, static_cast<int>(i));
-      const std::string reason =
-          detail::disagreement(s.expected[i], values_of(result), s.labels,
-                               family == "plain" && s.labels.agree.plain_bits);
+      const std::string reason = detail::disagreement(s.expected[i], values_of(result), s.labels,
+                                                      family == "plain" && s.labels.agree.plain_bits);
       if (!reason.empty()) return reason;
     }
     return {};
   }
 
   template <class Call, class Prepare>
-  void add(const std::string& family, const std::string& call, Call f, Prepare prepare,
-           int set = detail::best_set()) {
-    auto timed = [s = state_, family, f, prepare, set,
-                  checked = false](benchmark::State& state) mutable {
+  void add(const std::string& family, const std::string& call, Call f, Prepare prepare, int set = detail::best_set()) {
+    auto timed = [s = state_, family, f, prepare, set, checked = false](benchmark::State& state) mutable {
       enter(*s);
       detail::use_set(set);
       if (!checked) {
@@ -248,10 +246,9 @@ class row {
     };
     // A copy of the function serves all repetitions: Google Benchmark wants it copyable.
     auto function = std::make_shared<decltype(timed)>(std::move(timed));
-    detail::configure(
-        benchmark::RegisterBenchmark(detail::benchmark_name(state_->labels, family, call).c_str(),
-                                     [function](benchmark::State& state) { (*function)(state); }),
-        family);
+    detail::configure(benchmark::RegisterBenchmark(detail::benchmark_name(state_->labels, family, call).c_str(),
+                                                   [function](benchmark::State& state) { (*function)(state); }),
+                      family);
   }
 
   std::shared_ptr<shared> state_;

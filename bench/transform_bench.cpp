@@ -69,9 +69,7 @@ struct map_inputs {
 };
 
 // Three rows of a matrix, whose columns hold the rows of the result.
-upper_rows rows_of(const Eigen::MatrixXd& solved) {
-  return {values(solved.data(), solved.data() + 12)};
-}
+upper_rows rows_of(const Eigen::MatrixXd& solved) { return {values(solved.data(), solved.data() + 12)}; }
 struct points_of {
   const Eigen::Matrix3Xd* m;
 };

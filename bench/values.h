@@ -66,8 +66,7 @@ inline values values_of(const sqmat<cplx>& m) {
 }
 inline values values_of(const binom& p) {
   values v;
-  for (tessarn::ulong i = 0; i < p.getcofcnt(); ++i)
-    v.push_back(p.get(static_cast<tessarn::slong>(i)));
+  for (tessarn::ulong i = 0; i < p.getcofcnt(); ++i) v.push_back(p.get(static_cast<tessarn::slong>(i)));
   return v;
 }
 // c(i, j) row by row, j outside.
@@ -106,8 +105,7 @@ inline values values_of(const plain::cmatrix& m) { return values_of(m.data); }
 inline values values_of(const plain::csquare& m) { return values_of(m.data); }
 
 template <class Derived>
-requires std::is_same_v<typename Derived::Scalar, double> values
-values_of(const Eigen::DenseBase<Derived>& m) {
+requires std::is_same_v<typename Derived::Scalar, double> values values_of(const Eigen::DenseBase<Derived>& m) {
   values v;
   for (Eigen::Index r = 0; r < m.rows(); ++r) {
     for (Eigen::Index c = 0; c < m.cols(); ++c) v.push_back(m(r, c));

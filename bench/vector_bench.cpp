@@ -72,8 +72,7 @@ struct arrays {
 // memory, which depends on where they lie by more than these loops differ: so all types stand in
 // the same memory, one after the other.
 struct vector_inputs {
-  explicit vector_inputs(long size)
-      : n(std::size_t(size)), blocks{block(bytes()), block(bytes()), block(bytes())} {}
+  explicit vector_inputs(long size) : n(std::size_t(size)), blocks{block(bytes()), block(bytes()), block(bytes())} {}
 
   // They are made when another type stood there: in the first of many calls.
   template <class T>

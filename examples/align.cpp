@@ -35,9 +35,7 @@ struct motion {
 
 // Angle and axis of the rotation block r(column, row).
 void find_axis(motion& m) {
-  const auto r = [&m](tessarn::ulong row, tessarn::ulong column) {
-    return m.matrix.get(column, row);
-  };
+  const auto r = [&m](tessarn::ulong row, tessarn::ulong column) { return m.matrix.get(column, row); };
   const vector3d twist(r(2, 1) - r(1, 2), r(0, 2) - r(2, 0), r(1, 0) - r(0, 1));
   const double trace = r(0, 0) + r(1, 1) + r(2, 2);
   m.angle = std::atan2(twist.lenld(), trace - 1);
@@ -60,10 +58,8 @@ void find_axis(motion& m) {
 constexpr double line_share = 1e-6;
 
 void require_determined(const spread& s, const std::string& name) {
-  if (s.is_point())
-    throw no_result("the points of " + name + " are all the same, they determine no rotation");
-  if (s.is_line(line_share))
-    throw no_result("the points of " + name + " lie on one line, they determine no rotation");
+  if (s.is_point()) throw no_result("the points of " + name + " are all the same, they determine no rotation");
+  if (s.is_line(line_share)) throw no_result("the points of " + name + " lie on one line, they determine no rotation");
 }
 
 // False when other rotations carry a onto b just as well, as for a regular tetrahedron and its
@@ -95,14 +91,12 @@ bool is_unique(const spread& a, const spread& b) {
 // in units of their own size, so that no product overflows or vanishes.
 motion find_motion(const spread& a, const spread& b) {
   sqmat<long double> match;
-  if (!match.calc_match(a.centred.data(), b.centred.data(),
-                        static_cast<tessarn::ulong>(a.centred.size())))
+  if (!match.calc_match(a.centred.data(), b.centred.data(), static_cast<tessarn::ulong>(a.centred.size())))
     throw no_result("the points do not determine a rotation");
   motion m;
   m.matrix.create(4);
   for (tessarn::ulong y = 0; y < 4; ++y)
-    for (tessarn::ulong x = 0; x < 4; ++x)
-      m.matrix.set(x, y, x < 3 && y < 3 ? match.get(y, x) : x == y);
+    for (tessarn::ulong x = 0; x < 4; ++x) m.matrix.set(x, y, x < 3 && y < 3 ? match.get(y, x) : x == y);
   const vector3d shift = b.centre - m.apply(a.centre);
   m.matrix.set(3, 0, finite(shift.x, "the translation"));
   m.matrix.set(3, 1, finite(shift.y, "the translation"));
@@ -112,8 +106,7 @@ motion find_motion(const spread& a, const spread& b) {
 
 std::vector<double> distances(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
   std::vector<double> d;
-  for (std::size_t i = 0; i < a.size(); ++i)
-    d.push_back(finite(length(a[i] - b[i]), "the distance of two points"));
+  for (std::size_t i = 0; i < a.size(); ++i) d.push_back(finite(length(a[i] - b[i]), "the distance of two points"));
   return d;
 }
 
@@ -136,19 +129,15 @@ double reflected_distance(const std::vector<vector3d>& points, spread a, const s
 void print(report& r, const motion& m, const table& b, const std::vector<double>& before,
            const std::vector<double>& after) {
   r.heading("Motion from the first to the second set");
-  r.line("rotation             % .12f % .12f % .12f", m.matrix.get(0, 0), m.matrix.get(1, 0),
-         m.matrix.get(2, 0));
+  r.line("rotation             % .12f % .12f % .12f", m.matrix.get(0, 0), m.matrix.get(1, 0), m.matrix.get(2, 0));
   for (tessarn::ulong y = 1; y < 3; ++y)
-    r.line("                     % .12f % .12f % .12f", m.matrix.get(0, y), m.matrix.get(1, y),
-           m.matrix.get(2, y));
+    r.line("                     % .12f % .12f % .12f", m.matrix.get(0, y), m.matrix.get(1, y), m.matrix.get(2, y));
   r.line("translation          (%.9g, %.9g, %.9g)", m.shift().x, m.shift().y, m.shift().z);
   r.line("angle                %.9g degrees", m.angle * degrees);
-  if (m.axis.lenld() > 0)
-    r.line("axis                 (%.9g, %.9g, %.9g)", m.axis.x, m.axis.y, m.axis.z);
+  if (m.axis.lenld() > 0) r.line("axis                 (%.9g, %.9g, %.9g)", m.axis.x, m.axis.y, m.axis.z);
   r.heading("Distances between corresponding points");
   const auto worst = std::max_element(after.begin(), after.end());
-  r.line("root mean square     %.6g before, %.6g after", root_mean_square(before),
-         root_mean_square(after));
+  r.line("root mean square     %.6g before, %.6g after", root_mean_square(before), root_mean_square(after));
   r.line("largest              %.6g before, %.6g after, at line %zu of %s",
          *std::max_element(before.begin(), before.end()), *worst,
          b.lines[static_cast<std::size_t>(worst - after.begin())], b.name().c_str());
@@ -198,15 +187,12 @@ struct space_panel {
 void draw_panel(plot& out, const space_panel& p) {
   const std::string step = text(tick_step(p.extent, 3.5));
   out.command("set size 0.5, 0.56\nset origin " + text(p.left) + ", 0.30");
-  out.command("set label 2 " + quote(p.title) + " at screen " + text(p.left + 0.25) +
-              ", 0.915 center font ',14'");
+  out.command("set label 2 " + quote(p.title) + " at screen " + text(p.left + 0.25) + ", 0.915 center font ',14'");
   out.command("set key at screen " + text(p.left + 0.25) +
               ", 0.895 center top horizontal maxcols 2 reverse Left width -2");
-  out.command("set xtics " + step + " offset -1.1,-0.2\nset ytics " + step +
-              " offset 1.1,-0.1\nset ztics " + step);
-  out.command(std::string("splot $") + p.block + " using 1:2:3 with " + p.first_style +
-              " lc rgb '#1f5fa8' title " + quote(p.legend) + ", $b using 1:2:3 with " +
-              p.second_style + " lc rgb '#e07b00' title 'second set'");
+  out.command("set xtics " + step + " offset -1.1,-0.2\nset ytics " + step + " offset 1.1,-0.1\nset ztics " + step);
+  out.command(std::string("splot $") + p.block + " using 1:2:3 with " + p.first_style + " lc rgb '#1f5fa8' title " +
+              quote(p.legend) + ", $b using 1:2:3 with " + p.second_style + " lc rgb '#e07b00' title 'second set'");
   out.command("unset label 1\nunset label 2");
 }
 
@@ -221,8 +207,7 @@ std::string draw_distances(plot& out, const table& names, const std::vector<doub
     for (const column& c : columns_of(number, distances, 1, number.back(), most_lines / 4))
       numbered.push_back({(c.left + c.right) / 2, c.mean, c.left, c.right, c.least, c.greatest});
   } else {
-    for (std::size_t i = 0; i < distances.size(); ++i)
-      numbered.push_back({number[i], distances[i]});
+    for (std::size_t i = 0; i < distances.size(); ++i) numbered.push_back({number[i], distances[i]});
   }
   const double largest = *std::max_element(distances.begin(), distances.end());
   out.data("distances", numbered);
@@ -232,8 +217,7 @@ std::string draw_distances(plot& out, const table& names, const std::vector<doub
   out.command("set lmargin at screen 0.1\nset rmargin at screen 0.96");
   out.command("set bmargin at screen 0.09\nset tmargin at screen 0.26");
   out.command("set title 'distance of corresponding points after the motion' font ',14'");
-  out.command("set xlabel 'point' rotate by 0 offset 0\nset ylabel " +
-              quote(with_unit_of(names.names[0], "distance")) +
+  out.command("set xlabel 'point' rotate by 0 offset 0\nset ylabel " + quote(with_unit_of(names.names[0], "distance")) +
               " offset 0 rotate by 90\nset ytics " + text(tick_step(largest, 4)) + " offset 0");
   out.command(std::string(largest > 0 ? "set yrange [0:*]" : "set yrange [0:1]") +
               "\nset xrange [0:" + std::to_string(distances.size() + 1) + "]");
@@ -242,13 +226,11 @@ std::string draw_distances(plot& out, const table& names, const std::vector<doub
     return {};
   }
   out.command("set xtics nomirror format '%.0f'");
-  out.command(
-      "set title 'distance of corresponding points after the motion: least to greatest, and mean'");
+  out.command("set title 'distance of corresponding points after the motion: least to greatest, and mean'");
   out.command(
       "plot $distances using 1:2:3:4:5:6 with boxxyerror fs solid 1 border lc rgb '#9dbbe0' lw 0.5 "
       "lc rgb '#9dbbe0', $distances using 1:2 with lines lw 1.5 lc rgb '#123a6b'");
-  return "distances in " + std::to_string(numbered.size()) +
-         " columns: least to greatest, and mean";
+  return "distances in " + std::to_string(numbered.size()) + " columns: least to greatest, and mean";
 }
 
 // Both sets in one space before and after, and the distances that remain.
@@ -260,14 +242,11 @@ std::vector<std::string> draw(plot& out, const table& names, const std::vector<v
   out.data("b", rows(b));
   out.command("set multiplot");
   out.command("set label 1 " +
-              quote(std::string("Alignment of two point sets") +
-                    (names.simulated() ? " (simulated data)" : "")) +
+              quote(std::string("Alignment of two point sets") + (names.simulated() ? " (simulated data)" : "")) +
               " at screen 0.5, 0.965 center font ',17'");
-  out.command(
-      "set view 68, 30\nset view equal xyz\nset xyplane 0.05\nset grid x y z\nset border 895");
-  out.command("set xlabel " + quote(names.names[0]) +
-              " rotate parallel offset 0,-0.5\nset ylabel " + quote(names.names[1]) +
-              " rotate parallel offset 1,-0.5\nset zlabel " + quote(names.names[2]) +
+  out.command("set view 68, 30\nset view equal xyz\nset xyplane 0.05\nset grid x y z\nset border 895");
+  out.command("set xlabel " + quote(names.names[0]) + " rotate parallel offset 0,-0.5\nset ylabel " +
+              quote(names.names[1]) + " rotate parallel offset 1,-0.5\nset zlabel " + quote(names.names[2]) +
               " rotate parallel");
   // The lines join the points in their order; of a cloud they would hide everything.
   const bool cloud = stride(a.size()) > 1;
@@ -275,21 +254,18 @@ std::vector<std::string> draw(plot& out, const table& names, const std::vector<v
   const std::string first = cloud ? "points pt 7 ps 0.3" : "linespoints pt 7 ps 0.8 lw 1.5";
   const std::string second = cloud ? "points pt 6 ps 0.6" : "linespoints pt 6 ps 1.3";
   draw_panel(out, {0.0, "before" + share, "a", "first set", extent(a, b), first, second});
-  draw_panel(out,
-             {0.5, "after" + share, "moved", "first set, moved", extent(moved, b), first, second});
+  draw_panel(out, {0.5, "after" + share, "moved", "first set, moved", extent(moved, b), first, second});
   const std::string distances_drawn = draw_distances(out, names, after);
   out.command("unset multiplot");
   out.draw();
   std::vector<std::string> remarks;
-  if (cloud)
-    remarks.push_back("one of " + std::to_string(stride(a.size())) + " points of each set drawn");
+  if (cloud) remarks.push_back("one of " + std::to_string(stride(a.size())) + " points of each set drawn");
   if (!distances_drawn.empty()) remarks.push_back(distances_drawn);
   return remarks;
 }
 
 void job(report& r, const options& o) {
-  if (o.a == "-" && o.b == "-")
-    throw input_error("standard input can be one of the two sets, not both");
+  if (o.a == "-" && o.b == "-") throw input_error("standard input can be one of the two sets, not both");
   const table ta = read_csv(o.a, {"x", "y", "z"}), tb = read_csv(o.b, {"x", "y", "z"});
   require_rows(ta, ta.rows(), 3, "a match");
   require_rows(tb, tb.rows(), 3, "a match");
@@ -305,8 +281,7 @@ void job(report& r, const options& o) {
   const spread sa = spread_of(a, ta.name()), sb = spread_of(b, tb.name());
   require_determined(sa, ta.name());
   require_determined(sb, tb.name());
-  if (!is_unique(sa, sb))
-    throw no_result("several rotations fit the points equally well, they determine none");
+  if (!is_unique(sa, sb)) throw no_result("several rotations fit the points equally well, they determine none");
   motion m = find_motion(sa, sb);
   find_axis(m);
   const std::vector<vector3d> moved = moved_by(m, a);
@@ -321,8 +296,7 @@ void job(report& r, const options& o) {
 int main(int argc, char** argv) {
   CLI::App app{"Finds the rigid motion from one set of points to a second set of the same points."};
   options o;
-  app.add_option("first", o.a, "CSV file of three columns, x, y, z; - is standard input")
-      ->required();
+  app.add_option("first", o.a, "CSV file of three columns, x, y, z; - is standard input")->required();
   app.add_option("second", o.b, "the same points, in the same order, after the motion")->required();
   app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
   return run(app, argc, argv, [&o](report& r) { job(r, o); });

@@ -23,11 +23,10 @@ void fit_points(binom& p, const std::vector<vector>& points, const fit_options& 
 // Fits in u = (x - centre) / width, where |u| is at most 0.5 and so never meets the marker, and
 // returns to x. An odd curve may be scaled but not shifted.
 void fit_scaled(binom& p, const std::vector<vector>& points, const fit_options& options) {
-  const auto [lo, hi] = std::minmax_element(
-      points.begin(), points.end(), [](const vector& a, const vector& b) { return a.x < b.x; });
+  const auto [lo, hi] =
+      std::minmax_element(points.begin(), points.end(), [](const vector& a, const vector& b) { return a.x < b.x; });
   const double centre = options.odd ? 0 : lo->x + (hi->x - lo->x) / 2;
-  const double extent =
-      options.odd ? 2 * std::max(std::fabs(lo->x), std::fabs(hi->x)) : hi->x - lo->x;
+  const double extent = options.odd ? 2 * std::max(std::fabs(lo->x), std::fabs(hi->x)) : hi->x - lo->x;
   const double width = extent > 0 ? extent : 1;
   std::vector<vector> u;
   u.reserve(points.size());
@@ -52,8 +51,7 @@ bool is_zero_at_marker(const binom& p, const scan& s) {
 
 fitted_curve fit(const table& t, const fit_options& options) {
   fitted_curve c;
-  c.unknowns = options.odd ? std::min(options.coefficients, options.coefficients / 2 + 1)
-                           : options.coefficients;
+  c.unknowns = options.odd ? std::min(options.coefficients, options.coefficients / 2 + 1) : options.coefficients;
   for (std::size_t i = 0; i < t.rows(); ++i) {
     if (!options.odd && t.at(i, 0) == marker) {
       ++c.left_out;
@@ -62,8 +60,7 @@ fitted_curve fit(const table& t, const fit_options& options) {
     c.points.emplace_back(t.at(i, 0), t.at(i, 1));
     c.lines.push_back(t.lines[i]);
   }
-  require_rows(t, c.points.size(), c.unknowns,
-               "a curve of " + std::to_string(c.unknowns) + " coefficients");
+  require_rows(t, c.points.size(), c.unknowns, "a curve of " + std::to_string(c.unknowns) + " coefficients");
   if (options.scaled) {
     fit_scaled(c.p, c.points, options);
   } else {
@@ -131,9 +128,7 @@ bool is_straight(const binom& p) {
   return true;
 }
 
-bool has_circle(const binom& p, double x) {
-  return p.func_2(x) != 0 && std::isfinite(p.normale(x).lenld());
-}
+bool has_circle(const binom& p, double x) { return p.func_2(x) != 0 && std::isfinite(p.normale(x).lenld()); }
 
 std::vector<double> curvature_extremes(const binom& p, const scan& s) {
   std::vector<double> found;

@@ -28,8 +28,7 @@ rows circle(const binom& p, double x, double circumference) {
   constexpr int steps = 400;
   for (int i = -steps; i <= steps; ++i) {
     const double angle = start + half_turn * i / steps;
-    points.push_back({x + to_centre.x + radius * std::cos(angle),
-                      p.func(x) + to_centre.y + radius * std::sin(angle)});
+    points.push_back({x + to_centre.x + radius * std::cos(angle), p.func(x) + to_centre.y + radius * std::sin(angle)});
   }
   return points;
 }
@@ -44,13 +43,11 @@ rows on_curve(const binom& p, const std::vector<double>& abscissas) {
 class layers {
  public:
   explicit layers(plot& out) : out_(out) {}
-  void add(const std::string& block, const rows& points, const std::string& style,
-           const std::string& title) {
+  void add(const std::string& block, const rows& points, const std::string& style, const std::string& title) {
     if (points.empty()) return;
     ++count_;
     out_.data(block, points);
-    list_ += (list_.empty() ? "plot $" : ", $") + block + " using 1:2 with " + style + " title " +
-             quote(title);
+    list_ += (list_.empty() ? "plot $" : ", $") + block + " using 1:2 with " + style + " title " + quote(title);
   }
   const std::string& list() const { return list_; }
   int count() const { return count_; }
@@ -63,8 +60,7 @@ class layers {
 
 // Many residuals as the range, the mean and the standard deviation in columns of the panel. Returns
 // the number of columns.
-std::size_t draw_columns(plot& out, const std::vector<double>& x, const residuals& r, double left,
-                         double right) {
+std::size_t draw_columns(plot& out, const std::vector<double>& x, const residuals& r, double left, double right) {
   const std::size_t most = std::clamp<std::size_t>(x.size() / 10, 100, 400);
   rows range, middle;
   for (const column& c : columns_of(x, r.values, left, right, most)) {
@@ -75,13 +71,12 @@ std::size_t draw_columns(plot& out, const std::vector<double>& x, const residual
   out.data("middle", middle);
   // Twice the width of the line closes the seams between the boxes.
   const auto boxes = [](const std::string& block, const std::string& colour) {
-    return "$" + block + " using (($2+$3)/2):1:2:3:4:5 with boxxyerror fs solid 1 border lc rgb '" +
-           colour + "' lw 0.5 lc rgb '" + colour + "'";
+    return "$" + block + " using (($2+$3)/2):1:2:3:4:5 with boxxyerror fs solid 1 border lc rgb '" + colour +
+           "' lw 0.5 lc rgb '" + colour + "'";
   };
-  out.command(
-      "set key at screen 0.545, 0.352 center top horizontal maxcols 3 reverse Left width 0");
-  out.command("plot " + boxes("range", "#c3d6ec") + " title 'least to greatest', " +
-              boxes("middle", "#6d9acb") + " title 'mean ± standard deviation', " +
+  out.command("set key at screen 0.545, 0.352 center top horizontal maxcols 3 reverse Left width 0");
+  out.command("plot " + boxes("range", "#c3d6ec") + " title 'least to greatest', " + boxes("middle", "#6d9acb") +
+              " title 'mean ± standard deviation', " +
               "$range using (($2+$3)/2):1 with lines lw 1.5 lc rgb '#123a6b' title 'mean'");
   return range.size();
 }
@@ -97,9 +92,8 @@ void draw_residuals(plot& out, const std::vector<double>& x, const residuals& r)
 
 }  // namespace
 
-std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curve& c,
-                                    const residuals& r, const scan& s, const curve_marks& marks,
-                                    bool equal) {
+std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curve& c, const residuals& r, const scan& s,
+                                    const curve_marks& marks, bool equal) {
   rows curve, points;
   std::vector<double> px, py;
   extent x{s.a, s.b}, y{c.p.func(s.a), c.p.func(s.a)};
@@ -132,42 +126,34 @@ std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curv
   if (cloud) upper.add("points", points, grey, points_title);
   upper.add("curve", curve, "lines lw 2 lc rgb '#1f5fa8'", "fitted curve");
   if (!cloud) upper.add("points", points, black, points_title);
-  upper.add("zeros", on_curve(c.p, marks.zeros), "points pt 6 ps 1.8 lw 2 lc rgb '#c8102e'",
-            "zeros");
+  upper.add("zeros", on_curve(c.p, marks.zeros), "points pt 6 ps 1.8 lw 2 lc rgb '#c8102e'", "zeros");
   upper.add("extremes", on_curve(c.p, marks.extremes), "points pt 8 ps 1.9 lw 2 lc rgb '#e07b00'",
             "extremes of the curve");
-  upper.add("bends", on_curve(c.p, marks.curvature_extremes),
-            "points pt 12 ps 1.8 lw 2 lc rgb '#8a4fbf'", "extremes of the curvature");
-  upper.add("sharpest", on_curve(c.p, marks.sharpest), "points pt 13 ps 1.8 lc rgb '#2a9d55'",
-            "largest curvature");
+  upper.add("bends", on_curve(c.p, marks.curvature_extremes), "points pt 12 ps 1.8 lw 2 lc rgb '#8a4fbf'",
+            "extremes of the curvature");
+  upper.add("sharpest", on_curve(c.p, marks.sharpest), "points pt 13 ps 1.8 lc rgb '#2a9d55'", "largest curvature");
 
   out.command("set multiplot");
   out.command("set label 1 " + quote(t.title() + (t.simulated() ? " (simulated data)" : "")) +
               " at screen 0.5, 0.965 center font ',17'");
   const int columns = upper.count() <= 3 ? 3 : 2;
-  out.command("set key at screen 0.545, 0.945 center top horizontal maxcols " +
-              std::to_string(columns) + " reverse Left width -1 samplen 2.5");
+  out.command("set key at screen 0.545, 0.945 center top horizontal maxcols " + std::to_string(columns) +
+              " reverse Left width -1 samplen 2.5");
   const double top = 0.92 - 0.02 * ((upper.count() + columns - 1) / columns), bottom = 0.37;
   // With equal scales the panel takes its shape from the ranges, which have the room of
   // padded_range.
   double width = 0.83;
-  if (equal)
-    width = std::min(width,
-                     (top - bottom) * canvas_height / canvas_width * (x.hi - x.lo) / (y.hi - y.lo));
-  const double height =
-      equal ? width * canvas_width / canvas_height * (y.hi - y.lo) / (x.hi - x.lo) : top - bottom;
+  if (equal) width = std::min(width, (top - bottom) * canvas_height / canvas_width * (x.hi - x.lo) / (y.hi - y.lo));
+  const double height = equal ? width * canvas_width / canvas_height * (y.hi - y.lo) / (x.hi - x.lo) : top - bottom;
   out.command("set lmargin at screen " + text(0.545 - width / 2) + "\nset rmargin at screen " +
               text(0.545 + width / 2));
-  out.command("set bmargin at screen " + text(bottom) + "\nset tmargin at screen " +
-              text(bottom + height));
-  out.command("set grid\nset xrange " + padded_range(x.lo, x.hi) + "\nset yrange " +
-              padded_range(y.lo, y.hi));
+  out.command("set bmargin at screen " + text(bottom) + "\nset tmargin at screen " + text(bottom + height));
+  out.command("set grid\nset xrange " + padded_range(x.lo, x.hi) + "\nset yrange " + padded_range(y.lo, y.hi));
   out.command("set ylabel " + quote(t.names[1]) + " offset -1\nset format x ''");
   out.command(upper.list());
 
   out.command("unset label 1\nunset key\nset format x '%.7g'");
-  out.command("set tmargin at screen " + text(cloud ? 0.315 : 0.335) +
-              "\nset bmargin at screen 0.085");
+  out.command("set tmargin at screen " + text(cloud ? 0.315 : 0.335) + "\nset bmargin at screen 0.085");
   const double largest = std::fabs(r.values[r.largest]);
   out.command("set yrange " + padded_range(-largest, largest, 0.1) + "\nset ytics autofreq");
   out.command("set xlabel " + quote(t.names[0]));

@@ -21,8 +21,7 @@ struct curve_marks {
 // Above the points, the curve and the marks with the circle of curvature, below the residuals.
 // With `equal` both axes have the same scale, so that the circle is round. Returns what of many
 // points is drawn, in words; nothing when every one is.
-std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curve& c,
-                                    const residuals& r, const scan& s, const curve_marks& marks,
-                                    bool equal);
+std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curve& c, const residuals& r, const scan& s,
+                                    const curve_marks& marks, bool equal);
 
 }  // namespace example

@@ -28,10 +28,8 @@ struct options {
 };
 
 void declare(CLI::App& app, options& o) {
-  app.add_option("file", o.file, "CSV file of two columns, x and y; - is standard input")
-      ->required();
-  app.add_option("-m,--coefficients", o.fit.coefficients,
-                 "number of coefficients, the degree plus one")
+  app.add_option("file", o.file, "CSV file of two columns, x and y; - is standard input")->required();
+  app.add_option("-m,--coefficients", o.fit.coefficients, "number of coefficients, the degree plus one")
       ->check(CLI::Range(1, 60))
       ->capture_default_str();
   app.add_flag("--odd", o.fit.odd, "fit the constant and the odd powers only");
@@ -39,15 +37,11 @@ void declare(CLI::App& app, options& o) {
   app.add_option("--at", o.at, "abscissas for the table of values, for example 0,2.5,10")
       ->delimiter(',')
       ->check(finite_number);
-  app.add_option("--range", o.range, "where to search, two numbers (default: where the points are)")
-      ->expected(2);
-  app.add_option("--certified", o.certified,
-                 "CSV file with columns power, coefficient to compare with");
-  app.add_option("--certified-square-sum", o.certified_square_sum,
-                 "residual sum of squares to compare with")
+  app.add_option("--range", o.range, "where to search, two numbers (default: where the points are)")->expected(2);
+  app.add_option("--certified", o.certified, "CSV file with columns power, coefficient to compare with");
+  app.add_option("--certified-square-sum", o.certified_square_sum, "residual sum of squares to compare with")
       ->check(finite_number);
-  app.add_option("--accepted-extreme", o.accepted_extreme,
-                 "abscissa to compare the extremes of the curve with")
+  app.add_option("--accepted-extreme", o.accepted_extreme, "abscissa to compare the extremes of the curve with")
       ->check(finite_number);
   app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
   app.add_flag("--equal", o.equal, "draw both axes to the same scale");
@@ -59,8 +53,7 @@ void print_fit(report& r, const options& o, const fitted_curve& c) {
   r.line("points left out      %zu%s", c.left_out,
          o.fit.odd ? "  (an odd fit uses every point)" : "  (marked by x = -1)");
   if (c.left_out > 0)
-    r.note(std::to_string(c.left_out) + (c.left_out == 1 ? " point" : " points") +
-           " left out (marked by x = -1)");
+    r.note(std::to_string(c.left_out) + (c.left_out == 1 ? " point" : " points") + " left out (marked by x = -1)");
   if (distinct_abscissas(c) < c.unknowns)
     r.line(
         "not determined       %zu distinct abscissas for %zu coefficients, this is one of many "
@@ -78,8 +71,8 @@ void print_residuals(report& r, const fitted_curve& c, const residuals& e) {
   r.heading("Residuals (point minus curve)");
   r.line("sum of squares       %.15g", e.square_sum);
   r.line("root mean square     %.6g", e.rms);
-  r.line("largest              %.6g  at (%.10g, %.10g), line %zu", e.values[e.largest], worst.x,
-         worst.y, c.lines[e.largest]);
+  r.line("largest              %.6g  at (%.10g, %.10g), line %zu", e.values[e.largest], worst.x, worst.y,
+         c.lines[e.largest]);
 }
 
 // -log10 of the relative error.
@@ -96,21 +89,19 @@ void check_certified(const table& t) {
   for (std::size_t i = 0; i < t.rows(); ++i) {
     const double power = t.at(i, 0);
     if (power != std::floor(power) || power < 0 || power > 1000)
-      throw input_error(t.file + ":" + std::to_string(t.lines[i]) + ": " + text(power) +
-                        " is no power");
+      throw input_error(t.file + ":" + std::to_string(t.lines[i]) + ": " + text(power) + " is no power");
   }
 }
 
-void print_certified(report& r, const options& o, const table& data, const table& certified,
-                     const residuals& e) {
+void print_certified(report& r, const options& o, const table& data, const table& certified, const residuals& e) {
   fit_options other = o.fit;
   other.scaled = false;
   const fitted_curve plain = fit(data, other);
   other.scaled = true;
   const fitted_curve scaled = fit(data, other);
   r.heading("Correct digits against the certified coefficients");
-  r.line("%-22s %-22s %-10s %s", "certified", o.fit.scaled ? "fitted (scaled)" : "fitted",
-         "as given", "abscissas scaled");
+  r.line("%-22s %-22s %-10s %s", "certified", o.fit.scaled ? "fitted (scaled)" : "fitted", "as given",
+         "abscissas scaled");
   for (std::size_t i = 0; i < certified.rows(); ++i) {
     const auto power = static_cast<tessarn::slong>(certified.at(i, 0));
     const double value = certified.at(i, 1);
@@ -136,13 +127,11 @@ void print_values(report& r, const binom& p, const std::vector<double>& abscissa
     const double slope = finite(p.func_1(x), "the slope" + at);
     const double second = finite(p.func_2(x), "the second derivative" + at);
     const double curvature = finite(p.arc(x), "the curvature" + at);
-    r.line("%14.8g %16.9g %16.9g %16.9g %16.9g %15s", x, value, slope, second, curvature,
-           radius(p, x).c_str());
+    r.line("%14.8g %16.9g %16.9g %16.9g %16.9g %15s", x, value, slope, second, curvature, radius(p, x).c_str());
   }
 }
 
-void print_extremes(report& r, const options& o, const binom& p,
-                    const std::vector<double>& extremes) {
+void print_extremes(report& r, const options& o, const binom& p, const std::vector<double>& extremes) {
   r.heading("Extremes of the curve (zeros of the derivative)");
   if (extremes.empty()) r.line("none in the interval");
   for (const double x : extremes) {
@@ -153,8 +142,7 @@ void print_extremes(report& r, const options& o, const binom& p,
                       : "level",
            x, finite(p(x), "the curve at an extreme"));
     if (o.accepted_extreme)
-      r.line("         accepted %.10g, difference %+.4g", *o.accepted_extreme,
-             x - *o.accepted_extreme);
+      r.line("         accepted %.10g, difference %+.4g", *o.accepted_extreme, x - *o.accepted_extreme);
   }
 }
 
@@ -165,18 +153,14 @@ void print_zeros(report& r, const std::vector<double>& zeros, bool everywhere) {
   for (const double x : zeros) r.line("x = %.12g", x);
 }
 
-void print_bends(report& r, const binom& p, const std::vector<double>& bends,
-                 const curve_marks& marks) {
+void print_bends(report& r, const binom& p, const std::vector<double>& bends, const curve_marks& marks) {
   r.heading("Extremes of the curvature");
-  if (bends.empty())
-    r.line(is_straight(p) ? "none, the curve is a straight line" : "none in the interval");
-  for (const double x : bends)
-    r.line("x = %.10g, curvature %.9g", x, finite(p.arc(x), "the curvature at an extreme"));
+  if (bends.empty()) r.line(is_straight(p) ? "none, the curve is a straight line" : "none in the interval");
+  for (const double x : bends) r.line("x = %.10g, curvature %.9g", x, finite(p.arc(x), "the curvature at an extreme"));
   for (const double x : marks.sharpest) {
     const vector centre = vector(x, p.func(x)) + p.normale(x);
-    r.line("largest curvature at x = %.10g: radius %.9g, centre (%.9g, %.9g)", x,
-           p.normale(x).lenld(), finite(centre.x, "the centre of curvature"),
-           finite(centre.y, "the centre of curvature"));
+    r.line("largest curvature at x = %.10g: radius %.9g, centre (%.9g, %.9g)", x, p.normale(x).lenld(),
+           finite(centre.x, "the centre of curvature"), finite(centre.y, "the centre of curvature"));
   }
 }
 
@@ -186,8 +170,8 @@ scan interval(const options& o, const fitted_curve& c) {
       throw input_error("--range: two finite numbers, the first below the second");
     return scan_of(o.range[0], o.range[1]);
   }
-  const auto [lo, hi] = std::minmax_element(
-      c.points.begin(), c.points.end(), [](const vector& a, const vector& b) { return a.x < b.x; });
+  const auto [lo, hi] =
+      std::minmax_element(c.points.begin(), c.points.end(), [](const vector& a, const vector& b) { return a.x < b.x; });
   finite(hi->x - lo->x, "the width of the interval");
   return scan_of(lo->x, hi->x);
 }
@@ -195,8 +179,8 @@ scan interval(const options& o, const fitted_curve& c) {
 void check_fit(const fitted_curve& c, const residuals& e) {
   if (fit_succeeded(c, e)) return;
   throw no_result("the fit failed: the curve lies farther from the points than their mean does; " +
-                  std::to_string(distinct_abscissas(c)) + " distinct abscissas for " +
-                  std::to_string(c.unknowns) + " coefficients");
+                  std::to_string(distinct_abscissas(c)) + " distinct abscissas for " + std::to_string(c.unknowns) +
+                  " coefficients");
 }
 
 curve_marks analyse(report& r, const options& o, const binom& p, const scan& s) {

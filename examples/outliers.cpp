@@ -53,8 +53,8 @@ vector first_direction(const vectormat& list) {
 
 // The list can hold a vertical line, but its fit of y over x cannot.
 vector mean_direction(const vectormat& list) {
-  const bool vertical = std::all_of(list.begin(), list.end(),
-                                    [&list](const vector& v) { return v.x == list.begin()->x; });
+  const bool vertical =
+      std::all_of(list.begin(), list.end(), [&list](const vector& v) { return v.x == list.begin()->x; });
   return vertical ? vector(0, 1) : list.avdir();
 }
 
@@ -83,8 +83,7 @@ void require_size(const vectormat& list) {
   }
   for (const double largest : {x, y})
     if (largest > most || (largest > 0 && largest < least))
-      throw no_result("the largest coordinate is " + text(largest) +
-                      ", the fits need one from 1e-140 to 1e140");
+      throw no_result("the largest coordinate is " + text(largest) + ", the fits need one from 1e-140 to 1e140");
 }
 
 struct result {
@@ -101,11 +100,10 @@ std::size_t thinned(plot& out, const std::string& block, const rows& points, con
     y.push_back(row[1]);
   }
   const auto [left, right] = std::minmax_element(seen.begin(), seen.end());
-  const auto [bottom, top] = std::minmax_element(
-      seen.begin(), seen.end(), [](const auto& a, const auto& b) { return a[1] < b[1]; });
+  const auto [bottom, top] =
+      std::minmax_element(seen.begin(), seen.end(), [](const auto& a, const auto& b) { return a[1] < b[1]; });
   rows shown;
-  for (const std::size_t i :
-       visible(x, y, spots((*left)[0], (*right)[0], (*bottom)[1], (*top)[1], 870, 310)))
+  for (const std::size_t i : visible(x, y, spots((*left)[0], (*right)[0], (*bottom)[1], (*top)[1], 870, 310)))
     shown.push_back(points[i]);
   out.data(block, shown);
   return shown.size();
@@ -114,42 +112,35 @@ std::size_t thinned(plot& out, const std::string& block, const rows& points, con
 // A range for points of one ordinate, which gnuplot cannot find by itself.
 std::string y_range(const rows& points) {
   const double y = points[0][1];
-  const bool flat =
-      std::all_of(points.begin(), points.end(), [y](const auto& row) { return row[1] == y; });
+  const bool flat = std::all_of(points.begin(), points.end(), [y](const auto& row) { return row[1] == y; });
   return flat ? "set yrange " + padded_range(y, y) : "set yrange [*:*]";
 }
 
 // Returns what of many points is drawn, in words.
 std::vector<std::string> draw(plot& out, const table& t, const result& f) {
   std::vector<std::string> remarks;
-  const auto points = [&](const std::string& block, const rows& all, const rows& seen,
-                          const std::string& style, const std::string& title) {
+  const auto points = [&](const std::string& block, const rows& all, const rows& seen, const std::string& style,
+                          const std::string& title) {
     if (all.empty()) return std::string();
     const std::size_t shown = thinned(out, block, all, seen);
-    if (shown < all.size())
-      remarks.push_back(drawn(title, shown, all.size()) + ", one where several coincide");
-    return ", $" + block + " using 1:2 with points " + style + " title " +
-           quote(drawn(title, shown, all.size()));
+    if (shown < all.size()) remarks.push_back(drawn(title, shown, all.size()) + ", one where several coincide");
+    return ", $" + block + " using 1:2 with points " + style + " title " + quote(drawn(title, shown, all.size()));
   };
-  const bool many =
-      f.before.size() > most_points;  // wider legends, and dots that make a line again
+  const bool many = f.before.size() > most_points;  // wider legends, and dots that make a line again
   const std::string dot = std::string("pt 7 ps ") + (many ? "0.7" : "0.5") + " lc rgb '";
   out.data("line", f.line);
   out.command("set multiplot\nset grid\nset lmargin at screen 0.10\nset rmargin at screen 0.97");
   out.command("set label 1 " + quote(t.title() + (t.simulated() ? " (simulated data)" : "")) +
               " at screen 0.53, 0.965 center font ',17'");
   const auto [left, right] = std::minmax_element(f.before.begin(), f.before.end());
-  out.command("set xrange " + padded_range((*left)[0], (*right)[0], 0.03) + "\nset ylabel " +
-              quote(t.names[1]));
+  out.command("set xrange " + padded_range((*left)[0], (*right)[0], 0.03) + "\nset ylabel " + quote(t.names[1]));
   out.command("set tmargin at screen 0.88\nset bmargin at screen 0.545\nset format x ''");
   out.command("set key at screen 0.53, 0.93 center top horizontal reverse Left");
-  const std::string measured =
-      points("before", f.before, f.before, dot + "#202020'", "measured") +
-      points("dropped", f.dropped, f.before, "pt 2 ps 1.6 lw 2.5 lc rgb '#c8102e'", "removed");
+  const std::string measured = points("before", f.before, f.before, dot + "#202020'", "measured") +
+                               points("dropped", f.dropped, f.before, "pt 2 ps 1.6 lw 2.5 lc rgb '#c8102e'", "removed");
   out.command(y_range(f.before) + "\nplot" + measured.substr(1));
   out.command("unset label 1\nset format x '%.7g'\nset xlabel " + quote(t.names[0]));
-  out.command(std::string("set tmargin at screen ") + (many ? "0.46" : "0.47") +
-              "\nset bmargin at screen 0.095");
+  out.command(std::string("set tmargin at screen ") + (many ? "0.46" : "0.47") + "\nset bmargin at screen 0.095");
   out.command(std::string("set key at screen 0.53, ") + (many ? "0.52" : "0.51") +
               " center top horizontal maxcols 3 reverse Left width -4");
   out.command(y_range(f.kept));
@@ -171,29 +162,25 @@ void clean(report& r, const options& o, vectormat& list, result& f) {
   list.DeleteErrors(o.deviation * o.deviation);
   f.kept = rows_of(list);
   f.dropped = removed(f.before, f.kept);
-  r.heading("After the removal of what lies more than " + text(o.deviation) +
-            " from its neighbours");
+  r.heading("After the removal of what lies more than " + text(o.deviation) + " from its neighbours");
   r.line("points               %zu, %zu removed", f.kept.size(), f.dropped.size());
-  const auto marked = std::count_if(f.dropped.begin(), f.dropped.end(),
-                                    [](const auto& row) { return row[0] == -1; });
+  const auto marked = std::count_if(f.dropped.begin(), f.dropped.end(), [](const auto& row) { return row[0] == -1; });
   if (marked > 0)
-    r.note(std::to_string(marked) + (marked == 1 ? " point" : " points") +
-           " left out (marked by x = -1)");
+    r.note(std::to_string(marked) + (marked == 1 ? " point" : " points") + " left out (marked by x = -1)");
   for (const auto& row : f.dropped) r.line("  removed            (%.9g, %.9g)", row[0], row[1]);
   if (f.kept.size() < 2) throw no_result("fewer than two points are left");
   print_direction(r, "mean direction", mean_direction(list));
 }
 
 void follow(report& r, const options& o, vectormat& list, result& f) {
-  const vector start =
-      o.direction.empty() ? first_direction(list) : vector(o.direction[0], o.direction[1]);
+  const vector start = o.direction.empty() ? first_direction(list) : vector(o.direction[0], o.direction[1]);
   const std::unique_ptr<vectormat> chain(list.findline(start));
   f.chain = rows_of(*chain);
   f.rest = rows_of(list);
   r.heading("The straight line at the start");
   print_direction(r, "looked for along", start);
-  r.line("points               %zu, from (%.9g, %.9g) to (%.9g, %.9g)", f.chain.size(),
-         f.chain.front()[0], f.chain.front()[1], f.chain.back()[0], f.chain.back()[1]);
+  r.line("points               %zu, from (%.9g, %.9g) to (%.9g, %.9g)", f.chain.size(), f.chain.front()[0],
+         f.chain.front()[1], f.chain.back()[0], f.chain.back()[1]);
   if (f.chain.size() < 2) throw no_result("no point follows the first one in this direction");
   print_direction(r, "mean direction", mean_direction(*chain));
   r.line("largest distance     %.6g from the line", straightness(*chain));
@@ -237,16 +224,12 @@ const CLI::Validator squared_number(
 int main(int argc, char** argv) {
   CLI::App app{"Removes wild readings from a measured curve and follows the line at its start."};
   options o;
-  app.add_option(
-         "file", o.file,
-         "CSV file of two columns, x and y, in the order of measurement; - is standard input")
+  app.add_option("file", o.file, "CSV file of two columns, x and y, in the order of measurement; - is standard input")
       ->required();
-  app.add_option("--deviation", o.deviation,
-                 "how far a point may lie from the mean of its neighbourhood")
+  app.add_option("--deviation", o.deviation, "how far a point may lie from the mean of its neighbourhood")
       ->check(squared_number)
       ->required();
-  app.add_option("--direction", o.direction,
-                 "direction of the line, for example 1,0.2 (default: of its first points)")
+  app.add_option("--direction", o.direction, "direction of the line, for example 1,0.2 (default: of its first points)")
       ->delimiter(',')
       ->expected(2)
       ->check(finite_number);

@@ -18,8 +18,7 @@ namespace example {
 
 inline std::vector<vector3d> space_points(const table& t) {
   std::vector<vector3d> points;
-  for (std::size_t i = 0; i < t.rows(); ++i)
-    points.emplace_back(t.at(i, 0), t.at(i, 1), t.at(i, 2));
+  for (std::size_t i = 0; i < t.rows(); ++i) points.emplace_back(t.at(i, 0), t.at(i, 1), t.at(i, 2));
   return points;
 }
 
@@ -37,8 +36,7 @@ inline double binary_scale(double largest) {
 
 inline double largest_coordinate(std::span<const vector3d> points) {
   double largest = 0;
-  for (const vector3d& p : points)
-    largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+  for (const vector3d& p : points) largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
   return largest;
 }
 
@@ -90,8 +88,7 @@ inline spread spread_of(const std::vector<vector3d>& points, const std::string& 
     rows.set(2, y, p.z);
   }
   rows.decompose(u, values, v);
-  for (tessarn::ulong i = 0; i < 3; ++i)
-    s.values[i] = finite(values.get(i, i), "the extent of " + name);
+  for (tessarn::ulong i = 0; i < 3; ++i) s.values[i] = finite(values.get(i, i), "the extent of " + name);
   s.normal = {v.get(2, 0), v.get(2, 1), v.get(2, 2)};
   s.rounding = 4 * std::numeric_limits<double>::epsilon() * largest_coordinate(points) / s.scale *
                std::sqrt(static_cast<double>(points.size()));
@@ -99,8 +96,6 @@ inline spread spread_of(const std::vector<vector3d>& points, const std::string& 
 }
 
 // The angle between two directions, exact also for very small ones, where the arc cosine is not.
-inline double small_angle(const vector3d& a, const vector3d& b) {
-  return std::atan2(a.cross(b).lenld(), a * b);
-}
+inline double small_angle(const vector3d& a, const vector3d& b) { return std::atan2(a.cross(b).lenld(), a * b); }
 
 }  // namespace example

@@ -44,9 +44,7 @@ class csv_file {
   }
 
  private:
-  [[noreturn]] void fail() const {
-    throw input_error(path_.string() + ": cannot be written: " + std::strerror(errno));
-  }
+  [[noreturn]] void fail() const { throw input_error(path_.string() + ": cannot be written: " + std::strerror(errno)); }
 
   std::filesystem::path path_;
   std::FILE* file_;
@@ -104,9 +102,7 @@ void coil(const std::filesystem::path& folder) {
   for (int i = 0; i < 60; ++i) {
     const double phase = 0.3 * i;
     const vector3d p((30 - 0.2 * i) * std::cos(phase), (30 - 0.2 * i) * std::sin(phase), 1.2 * i);
-    const auto noise = [&random] {
-      return vector3d(random.normal(), random.normal(), random.normal()) * 0.1;
-    };
+    const auto noise = [&random] { return vector3d(random.normal(), random.normal(), random.normal()) * 0.1; };
     a.row(p + noise());
     b.row(p.rotate(axis, turn) + vector3d(90, -30, 40) + noise());
   }
@@ -126,8 +122,7 @@ void plate(const std::filesystem::path& folder) {
   for (int j = 0; j <= 16; ++j) {
     for (int i = 0; i <= 25; ++i) {
       const double x = 25.0 * i, y = 25.0 * j;
-      const double u = (x - 312.5) / 200, v = (y - 200) / 140, s = (x - 625) / 120,
-                   t = (y - 400) / 120;
+      const double u = (x - 312.5) / 200, v = (y - 200) / 140, s = (x - 625) / 120, t = (y - 400) / 120;
       const double form = -0.006 * std::exp(-u * u - v * v) + 0.008 * std::exp(-s * s - t * t);
       f.row(vector3d(x, y, 12 + 0.004 * x - 0.003 * y + form + 0.0005 * random.normal()));
     }
@@ -159,8 +154,7 @@ void scan(const std::filesystem::path& folder) {
 int main(int argc, char** argv) {
   CLI::App app{"Writes the simulated data of the demonstrations, the same files in every run."};
   std::string folder;
-  app.add_option("folder", folder, "an existing folder, where the files simulated_*.csv go")
-      ->required();
+  app.add_option("folder", folder, "an existing folder, where the files simulated_*.csv go")->required();
   return example::run(app, argc, argv, [&folder](example::report&) {
     for (const auto write : {profile, sensor, coil, plate, scan}) write(folder);
   });

@@ -63,10 +63,33 @@ class input {
  private:
   static double troublemaker(unsigned i) {
     using limits = std::numeric_limits<double>;
-    static const double list[] = {0.0, -0.0, 0.5, -1.0, 1e-3, 0.1, 1e3, 1e8, 1e16, -1e16, 1e100, 1e-100, 1e154, 1e-160,
-                                  1e300, -1e300, limits::min(), limits::denorm_min(), limits::max(), limits::lowest(),
-                                  limits::infinity(), -limits::infinity(), limits::quiet_NaN(),
-                                  limits::signaling_NaN(), limits::epsilon(), 2147483648.0, 4294967296.0};
+    static const double list[] = {0.0,
+                                  -0.0,
+                                  0.5,
+                                  -1.0,
+                                  1e-3,
+                                  0.1,
+                                  1e3,
+                                  1e8,
+                                  1e16,
+                                  -1e16,
+                                  1e100,
+                                  1e-100,
+                                  1e154,
+                                  1e-160,
+                                  1e300,
+                                  -1e300,
+                                  limits::min(),
+                                  limits::denorm_min(),
+                                  limits::max(),
+                                  limits::lowest(),
+                                  limits::infinity(),
+                                  -limits::infinity(),
+                                  limits::quiet_NaN(),
+                                  limits::signaling_NaN(),
+                                  limits::epsilon(),
+                                  2147483648.0,
+                                  4294967296.0};
     return list[i % (sizeof list / sizeof *list)];
   }
 

@@ -38,6 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const line3d before(line);
   const bool kept = line.cut_off(fitted);
   if (cut) fuzz::require(kept, "of a segment that is cut something is kept");
-  if (!kept) fuzz::require(before.start == line.start && before.end == line.end, "a segment that is gone stays as it was");
+  if (!kept)
+    fuzz::require(before.start == line.start && before.end == line.end, "a segment that is gone stays as it was");
   return 0;
 }

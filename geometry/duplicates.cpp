@@ -37,10 +37,7 @@ class word_table {
 }  // namespace
 
 duplicate_search::duplicate_search(ulong count)
-    : count_(count),
-      room_(2 * count_ + padding + 1),
-      hashes_(room_.data()),
-      listed_(hashes_ + count_ + padding) {}
+    : count_(count), room_(2 * count_ + padding + 1), hashes_(room_.data()), listed_(hashes_ + count_ + padding) {}
 
 // Lists the points whose hash value is that of one that repeats another, and perhaps some more.
 std::size_t duplicate_search::list_suspects() {

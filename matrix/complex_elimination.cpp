@@ -1,12 +1,12 @@
 // Determinant, cofactor, solver, triangular form of the complex square matrix.
 #include <algorithm>
 
-#include "matrix/names.h"
 #include "core/storage.h"
 #include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
 #include "matrix/minor.h"
+#include "matrix/names.h"
 
 using tessarn::real;
 using tessarn::detail::column_view;
@@ -36,11 +36,7 @@ struct work_matrix {
   real* im;
 
   work_matrix(const cplx* a, std::size_t size)
-      : n(size),
-        stride(size + 1 + padding),
-        room(2 * size * stride),
-        re(room.data()),
-        im(re + size * stride) {
+      : n(size), stride(size + 1 + padding), room(2 * size * stride), re(room.data()), im(re + size * stride) {
     for (std::size_t r = 0; r < n; ++r) {
       for (std::size_t c = 0; c < n; ++c) put(r, c, a[r * n + c]);
       std::fill_n(re + r * stride + n, 1 + padding, static_cast<real>(0));

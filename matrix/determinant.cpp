@@ -1,13 +1,13 @@
 // The real determinant and cofactor.
 #include <algorithm>
 
-#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
 #include "matrix/minor.h"
+#include "matrix/names.h"
 
 namespace tessarn::detail {
 namespace {

@@ -21,8 +21,7 @@ void transpose_entries(const real* from, std::size_t width, std::size_t height, 
   for (std::size_t y0 = 0; y0 < height; y0 += block)
     for (std::size_t x0 = 0; x0 < width; x0 += block)
       for (std::size_t x = x0; x < width && x < x0 + block; ++x)
-        for (std::size_t y = y0; y < height && y < y0 + block; ++y)
-          to[x * height + y] = move(from[y * width + x]);
+        for (std::size_t y = y0; y < height && y < y0 + block; ++y) to[x * height + y] = move(from[y * width + x]);
 }
 
 }  // namespace tessarn::detail

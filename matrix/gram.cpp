@@ -1,9 +1,9 @@
 // Gram-Schmidt on the columns, and the triangular form of the real matrix.
 #include <algorithm>
 
-#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
+#include "matrix/names.h"
 
 using tessarn::real;
 using tessarn::detail::complex_sqmat;

@@ -1,12 +1,12 @@
 // Least squares through the normal equations, and inversion.
 #include <algorithm>
 
-#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/adjugate.h"
 #include "matrix/kernels/kernels.h"
 #include "matrix/linear_system.h"
+#include "matrix/names.h"
 
 using tessarn::real;
 using tessarn::detail::as_doubles;

@@ -3,12 +3,12 @@
 #include <cmath>
 #include <memory>
 
-#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "core/workspace.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
+#include "matrix/names.h"
 #include "matrix/small_solve.h"
 
 namespace tessarn::detail {
@@ -110,13 +110,10 @@ bool solve_by_kernel(const real* a, std::size_t n, column_view<real> b, real* ro
 
 bool solve_lu(const real* a, std::size_t n, column_view<real> b) {
   using solver = bool (*)(const real*, column_view<real>);
-  static constexpr solver small[] = {nullptr,
-                                     register_solve<1>,        register_solve<2>,        register_solve<3>,
-                                     register_solve<4>,        register_solve<5>,        register_solve<6>,
-                                     register_solve<7>,        register_solve<8>,        pointer_solve<9>,
-                                     pointer_solve<10>, pointer_solve<11>, pointer_solve<12>,
-                                     pointer_solve<13>, pointer_solve<14>, pointer_solve<15>,
-                                     pointer_solve<16>};
+  static constexpr solver small[] = {
+      nullptr,           register_solve<1>, register_solve<2>, register_solve<3>, register_solve<4>, register_solve<5>,
+      register_solve<6>, register_solve<7>, register_solve<8>, pointer_solve<9>,  pointer_solve<10>, pointer_solve<11>,
+      pointer_solve<12>, pointer_solve<13>, pointer_solve<14>, pointer_solve<15>, pointer_solve<16>};
   // Where b has fewer than n rows, equations share an entry of b: the solution would overwrite entries that it still
   // needs.
   if (n < sizeof small / sizeof *small) return (n <= b.height && small[n](a, b)) || solve_by_rule(a, n, b);

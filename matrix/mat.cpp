@@ -2,15 +2,15 @@
 #include <algorithm>
 #include <cmath>
 
-#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elementwise.h"
 #include "matrix/multiply.h"
+#include "matrix/names.h"
 
 using tessarn::real;
-using tessarn::detail::nan_to_zero;
 using tessarn::detail::entry_count;
+using tessarn::detail::nan_to_zero;
 using tessarn::detail::real_mat;
 
 namespace {

@@ -1,8 +1,8 @@
 // The complex rectangular matrix: storage only.
 #include <algorithm>
 
-#include "matrix/names.h"
 #include "matrix/complex_array.h"
+#include "matrix/names.h"
 
 using tessarn::detail::complex_mat;
 using tessarn::detail::entry_count;

@@ -2,19 +2,19 @@
 #include <algorithm>
 #include <cmath>
 
-#include "matrix/names.h"
 #include "core/binary_form.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/decompose.h"
 #include "matrix/elimination.h"
 #include "matrix/kernels/kernels.h"
+#include "matrix/names.h"
 #include "tessarn/vectors.h"
 
 using tessarn::real;
 using tessarn::detail::as_doubles;
-using tessarn::detail::nan_to_zero;
 using tessarn::detail::exponent_of;
+using tessarn::detail::nan_to_zero;
 using tessarn::detail::power_of_two;
 using tessarn::detail::real_mat;
 using tessarn::detail::real_sqmat;
@@ -81,7 +81,7 @@ real product_factor(real largest) {
 // where infinite coordinates leave none that helps.
 struct centred_points {
   const vector3d* points;
-  real factor;              // of the coordinates before they are summed
+  real factor;  // of the coordinates before they are summed
   point centroid{{0, 0, 0}};
   real centred_factor = 1;  // of the coordinates less the centroid
 

@@ -10,8 +10,8 @@
 #include <cstddef>
 
 #include "core/nan_rule.h"
-#include "simd/unroll.h"
 #include "matrix/elimination.h"
+#include "simd/unroll.h"
 
 namespace tessarn::detail {
 

@@ -1,11 +1,11 @@
 // The real square matrix: storage, columns, product, comparison.
 #include <algorithm>
 
-#include "matrix/names.h"
 #include "core/nan_rule.h"
 #include "core/storage.h"
 #include "matrix/elementwise.h"
 #include "matrix/multiply.h"
+#include "matrix/names.h"
 
 using tessarn::real;
 using tessarn::detail::entry_count;

@@ -1,11 +1,11 @@
 // The complex square matrix: storage, columns, product.
 #include <algorithm>
 
-#include "matrix/names.h"
 #include "core/storage.h"
 #include "matrix/complex_array.h"
 #include "matrix/kernels/kernels.h"
 #include "matrix/multiply.h"
+#include "matrix/names.h"
 
 using tessarn::detail::complex_mat;
 using tessarn::detail::complex_sqmat;

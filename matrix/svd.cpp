@@ -3,12 +3,12 @@
 #include <cmath>
 #include <limits>
 
-#include "matrix/names.h"
 #include "core/binary_form.h"
 #include "core/storage.h"
 #include "core/workspace.h"
 #include "matrix/decompose.h"
 #include "matrix/kernels/kernels.h"
+#include "matrix/names.h"
 
 namespace tessarn::detail {
 namespace {

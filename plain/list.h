@@ -128,8 +128,7 @@ inline bool find_line(point_list& l, vec2 dir, point_list& found) {
   double tol = 0.2;
   for (std::size_t i = 2; i < l.points.size(); ++i) {
     const vec2 d = sub(l.points[i], found.points.back());
-    const double c = (dir.x * d.x + dir.y * d.y) /
-                     std::sqrt((dir.x * dir.x + dir.y * dir.y) * (d.x * d.x + d.y * d.y));
+    const double c = (dir.x * d.x + dir.y * d.y) / std::sqrt((dir.x * dir.x + dir.y * dir.y) * (d.x * d.x + d.y * d.y));
     double a = tessarn::angles::acos(c);
     if (a != a) a = 0.0;
     if (a < tol) {

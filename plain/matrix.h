@@ -46,9 +46,7 @@ struct matrix {
   matrix() = default;
   matrix(u32 w, u32 h) : width(w), height(h), data(static_cast<std::size_t>(w) * h) {}
 
-  std::size_t at(u32 x, u32 y) const {
-    return static_cast<std::size_t>(wrap(y, height)) * width + wrap(x, width);
-  }
+  std::size_t at(u32 x, u32 y) const { return static_cast<std::size_t>(wrap(y, height)) * width + wrap(x, width); }
   double get(u32 x, u32 y) const { return data[at(x, y)]; }
   void set(u32 x, u32 y, double v) { data[at(x, y)] = stored(v); }
   // Without the rule for quiet NaNs.
@@ -63,9 +61,7 @@ struct cmatrix {
   cmatrix() = default;
   cmatrix(u32 w, u32 h) : width(w), height(h), data(static_cast<std::size_t>(w) * h) {}
 
-  std::size_t at(u32 x, u32 y) const {
-    return static_cast<std::size_t>(wrap(y, height)) * width + wrap(x, width);
-  }
+  std::size_t at(u32 x, u32 y) const { return static_cast<std::size_t>(wrap(y, height)) * width + wrap(x, width); }
   cnum get(u32 x, u32 y) const { return data[at(x, y)]; }
   void set(u32 x, u32 y, cnum v) { data[at(x, y)] = v; }
 };
@@ -77,9 +73,7 @@ struct square {
   square() = default;
   explicit square(u32 n) : size(n), data(static_cast<std::size_t>(n) * n) {}
 
-  std::size_t at(u32 x, u32 y) const {
-    return static_cast<std::size_t>(wrap(y, size)) * size + wrap(x, size);
-  }
+  std::size_t at(u32 x, u32 y) const { return static_cast<std::size_t>(wrap(y, size)) * size + wrap(x, size); }
   double get(u32 x, u32 y) const { return data[at(x, y)]; }
   void set(u32 x, u32 y, double v) { data[at(x, y)] = stored(v); }
   void put(u32 x, u32 y, double v) { data[at(x, y)] = v; }
@@ -92,9 +86,7 @@ struct csquare {
   csquare() = default;
   explicit csquare(u32 n) : size(n), data(static_cast<std::size_t>(n) * n) {}
 
-  std::size_t at(u32 x, u32 y) const {
-    return static_cast<std::size_t>(wrap(y, size)) * size + wrap(x, size);
-  }
+  std::size_t at(u32 x, u32 y) const { return static_cast<std::size_t>(wrap(y, size)) * size + wrap(x, size); }
   cnum get(u32 x, u32 y) const { return data[at(x, y)]; }
   void set(u32 x, u32 y, cnum v) { data[at(x, y)] = v; }
 };

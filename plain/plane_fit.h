@@ -186,8 +186,7 @@ inline double normal_cost(vec3 v, const std::vector<vec3>& par, const std::vecto
 
 // Moves (a, b), the inner and the outer free component; make(a, b, c) orders the three.
 template <class Make>
-void normal_search(double& a, double& b, const std::vector<vec3>& par,
-                   const std::vector<vec3>& perp, Make make) {
+void normal_search(double& a, double& b, const std::vector<vec3>& par, const std::vector<vec3>& perp, Make make) {
   double h = 1.0;
   double best = std::numeric_limits<double>::infinity();
   do {

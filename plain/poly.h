@@ -55,9 +55,7 @@ struct poly {
   std::vector<double> cof;
 
   long count() const { return static_cast<long>(cof.size()); }
-  double get(long i) const {
-    return i >= 0 && i < count() ? cof[static_cast<std::size_t>(i)] : 0.0;
-  }
+  double get(long i) const { return i >= 0 && i < count() ? cof[static_cast<std::size_t>(i)] : 0.0; }
   void set(long i, double v) {
     if (i >= 0 && i < count()) cof[static_cast<std::size_t>(i)] = v;
   }

@@ -14,9 +14,7 @@ struct surface {
   std::vector<double> cof;
 
   bool inside(long i, long j) const { return i >= 0 && i < grade && j >= 0 && j < grade; }
-  double get(long i, long j) const {
-    return inside(i, j) ? cof[static_cast<std::size_t>(grade * j + i)] : 0.0;
-  }
+  double get(long i, long j) const { return inside(i, j) ? cof[static_cast<std::size_t>(grade * j + i)] : 0.0; }
   void set(long i, long j, double v) {
     if (inside(i, j)) cof[static_cast<std::size_t>(grade * j + i)] = v;
   }
@@ -87,13 +85,11 @@ inline void mul(surface& p, double s) {
 }
 
 inline double basis(long grade, long k, double x, double y) {
-  return power(x, static_cast<unsigned long>(k % grade)) *
-         power(y, static_cast<unsigned long>(k / grade));
+  return power(x, static_cast<unsigned long>(k % grade)) * power(y, static_cast<unsigned long>(k / grade));
 }
 
 // The fit; w holds one weight a point, or is empty for the plain fit.
-inline surface fit_surface(const std::vector<vec3>& pts, const std::vector<double>& w,
-                           unsigned long g) {
+inline surface fit_surface(const std::vector<vec3>& pts, const std::vector<double>& w, unsigned long g) {
   surface p = created_surface(static_cast<long>(g));
   const std::size_t n = g * g;
   std::vector<double> a(n * n);

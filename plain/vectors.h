@@ -32,8 +32,7 @@ inline bool equal(vec2 a, vec2 b) { return equal(a.x, b.x) && equal(a.y, b.y); }
 inline double arc(vec2 a) { return tessarn::angles::acos(a.x / length(a)); }
 
 inline double arc(vec2 a, vec2 b) {
-  const double c =
-      (a.x * b.x + a.y * b.y) / std::sqrt((a.x * a.x + a.y * a.y) * (b.x * b.x + b.y * b.y));
+  const double c = (a.x * b.x + a.y * b.y) / std::sqrt((a.x * a.x + a.y * a.y) * (b.x * b.x + b.y * b.y));
   const double angle = tessarn::angles::acos(c);
   if (angle != angle) return 0.0;
   return angle;
@@ -85,9 +84,7 @@ inline vec3 mul(vec3 a, double k) {
 }
 inline vec3 quotient(vec3 a, double k) { return times(a, 1.0 / k); }
 
-inline vec3 cross(vec3 a, vec3 b) {
-  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
+inline vec3 cross(vec3 a, vec3 b) { return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x}; }
 inline double length(vec3 a) { return std::sqrt(a.x * a.x + a.y * a.y + a.z * a.z); }
 inline vec3 resize(vec3 a, double len) {
   const double q = 1.0 / length(a);
@@ -192,12 +189,11 @@ inline polar mul(polar a, double k) { return {a.alpha, a.beta, a.len * k}; }
 inline polar quotient(polar a, double k) { return {a.alpha, a.beta, a.len / k}; }
 inline polar resize(polar a, double len) { return {a.alpha, a.beta, len}; }
 inline polar rotate(polar a, double da, double db) { return {a.alpha + da, a.beta + db, a.len}; }
-inline bool equal(polar a, polar b) {
-  return equal(a.alpha, b.alpha) && equal(a.beta, b.beta) && equal(a.len, b.len);
-}
+inline bool equal(polar a, polar b) { return equal(a.alpha, b.alpha) && equal(a.beta, b.beta) && equal(a.len, b.len); }
 inline double arc(polar a, polar b) {
-  const double c = tessarn::angles::sin(a.beta) * tessarn::angles::sin(b.beta) +
-                   (tessarn::angles::cos(a.beta) * tessarn::angles::cos(b.beta)) * tessarn::angles::cos(a.alpha - b.alpha);
+  const double c =
+      tessarn::angles::sin(a.beta) * tessarn::angles::sin(b.beta) +
+      (tessarn::angles::cos(a.beta) * tessarn::angles::cos(b.beta)) * tessarn::angles::cos(a.alpha - b.alpha);
   const double angle = tessarn::angles::acos(c);
   if (angle != angle) return 0.0;
   return angle;

@@ -101,10 +101,20 @@ class inputs {
   // By their bits, which no mode of the processor changes: zeros, infinities, a NaN, the smallest and the largest
   // subnormal number, the smallest normal one, the largest, 1, the one above it, 2^-540, 2^600, 2^53 + 2.
   real troublemaker() noexcept {
-    static constexpr std::uint64_t bits[] = {
-        0, 0x8000000000000000u, 0x7FF0000000000000u, 0xFFF0000000000000u, 0x7FF8000000000000u, 1, 0x800FFFFFFFFFFFFFu,
-        0x0010000000000000u, 0x7FEFFFFFFFFFFFFFu, 0x3FF0000000000000u, 0xBFF0000000000001u, 0x1E30000000000000u,
-        0xE570000000000000u, 0x4340000000000001u};
+    static constexpr std::uint64_t bits[] = {0,
+                                             0x8000000000000000u,
+                                             0x7FF0000000000000u,
+                                             0xFFF0000000000000u,
+                                             0x7FF8000000000000u,
+                                             1,
+                                             0x800FFFFFFFFFFFFFu,
+                                             0x0010000000000000u,
+                                             0x7FEFFFFFFFFFFFFFu,
+                                             0x3FF0000000000000u,
+                                             0xBFF0000000000001u,
+                                             0x1E30000000000000u,
+                                             0xE570000000000000u,
+                                             0x4340000000000001u};
     double v;
     std::memcpy(&v, &bits[below(sizeof bits / sizeof *bits)], sizeof v);
     return static_cast<real>(v);

@@ -91,7 +91,9 @@ struct selfcheck_family {
 };
 
 template <std::size_t n>
-constexpr selfcheck_family family_of(const selfcheck_member (&members)[n]) { return {members, n}; }
+constexpr selfcheck_family family_of(const selfcheck_member (&members)[n]) {
+  return {members, n};
+}
 
 // One line of the table of stored hashes.
 struct stored_hash_line {
@@ -109,5 +111,11 @@ extern const selfcheck_family selfcheck_values, selfcheck_angles, selfcheck_matr
 }  // namespace tessarn::detail
 
 // A line of a family's table: the statements take the operands in their order, and out the results.
-#define TESSARN_MEMBER_HOSTILE(name, rounds, ...) {name, rounds, true, [](inputs& in, results& out) { __VA_ARGS__; }}
-#define TESSARN_MEMBER_ORDINARY(name, rounds, ...) {name, rounds, false, [](inputs& in, results& out) { __VA_ARGS__; }}
+#define TESSARN_MEMBER_HOSTILE(name, rounds, ...)                     \
+  {                                                                   \
+    name, rounds, true, [](inputs& in, results& out) { __VA_ARGS__; } \
+  }
+#define TESSARN_MEMBER_ORDINARY(name, rounds, ...)                     \
+  {                                                                    \
+    name, rounds, false, [](inputs& in, results& out) { __VA_ARGS__; } \
+  }

@@ -100,18 +100,10 @@ void write_line(selfcheck_report& r) {
   line.hexadecimal(r.all);
   name_differing(r, line);
   switch (r.rounds) {
-    case rounding::nearest:
-      line << "; rounds to nearest";
-      break;
-    case rounding::upward:
-      line << "; ROUNDS UPWARD";
-      break;
-    case rounding::downward:
-      line << "; ROUNDS DOWNWARD";
-      break;
-    case rounding::toward_zero:
-      line << "; ROUNDS TOWARD ZERO";
-      break;
+    case rounding::nearest: line << "; rounds to nearest"; break;
+    case rounding::upward: line << "; ROUNDS UPWARD"; break;
+    case rounding::downward: line << "; ROUNDS DOWNWARD"; break;
+    case rounding::toward_zero: line << "; ROUNDS TOWARD ZERO"; break;
   }
   if (r.subnormal_results_kept && r.subnormal_operands_kept) line << ", keeps subnormal numbers";
   if (!r.subnormal_results_kept) line << ", FLUSHES SUBNORMAL RESULTS TO ZERO";

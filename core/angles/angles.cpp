@@ -1,5 +1,5 @@
-// Correctly rounded sine, cosine, arc sine and arc cosine: a quick phase, and where its bound leaves two candidates, the accurate phase that
-// decides between them. The method, the bounds and their proofs: docs/angles.md.
+// Correctly rounded sine, cosine, arc sine and arc cosine: a quick phase, and where its bound leaves two candidates,
+// the accurate phase that decides between them. The method, the bounds and their proofs: docs/angles.md.
 #include "tessarn/angles.h"
 
 #include <cmath>
@@ -23,7 +23,8 @@ inline reduced reduce(double x, unsigned turn) noexcept {
     const quotient q = nearest_quotient(x);
     const reduced r{rest_after(x, q.k), q.place + turn};
     const bool cancels = (r.place & 511) == 0 && std::fabs(r.rest.high) < least_rest && q.k != 0;
-    if (!cancels) [[likely]] return r;
+    if (!cancels) [[likely]]
+      return r;
   }
   reduced r = reduce_by_bits(x);
   r.place += turn;
@@ -39,7 +40,8 @@ inline rounding quick(const reduced& r) noexcept {
 
 inline bool is_finite(double magnitude) noexcept { return magnitude <= std::numeric_limits<double>::max(); }
 
-// sin x where turn is 0 and cos x where it is 256, for every x. Kept out of the common path, which it would only lengthen.
+// sin x where turn is 0 and cos x where it is 256, for every x. Kept out of the common path, which it would only
+// lengthen.
 [[gnu::noinline]] double sine_of_any(double x, unsigned turn) noexcept {
   const double magnitude = std::fabs(x);
   if (magnitude < tiny) return turn == 0 ? x : 1;
@@ -57,14 +59,15 @@ inline double sine(double x, unsigned turn) noexcept {
     if ((r.place & 511) != 0) [[likely]] {
       const quick_sine s = sine_at(r);
       const rounding y = rounded(s.magnitude, quick_error);
-      if (y.decided()) [[likely]] return s.sign * y.least;
+      if (y.decided()) [[likely]]
+        return s.sign * y.least;
     }
   }
   return sine_of_any(x, turn);
 }
 
-// 1 - 2 sin^2(a/2) = cos a: for |x| > 1/2 the arc cosine of |x| is 2 asin(sqrt((1 - |x|) / 2)), and the square root has the low
-// part (t - h^2) / (2 h).
+// 1 - 2 sin^2(a/2) = cos a: for |x| > 1/2 the arc cosine of |x| is 2 asin(sqrt((1 - |x|) / 2)), and the square root has
+// the low part (t - h^2) / (2 h).
 inline two_part half_arc_cosine(double magnitude) noexcept {
   const double t = 0.5 * (1 - magnitude);
   const double h = std::sqrt(t);

@@ -76,8 +76,8 @@ class fixed_point {
   std::unique_ptr<word[]> many_;
 };
 
-// a b below 4, of one size n + 1. Partial products of a weight below the last word but one are left out and the rest is cut: at most
-// n + 1 units too small, never too large.
+// a b below 4, of one size n + 1. Partial products of a weight below the last word but one are left out and the rest is
+// cut: at most n + 1 units too small, never too large.
 inline fixed_point product(const fixed_point& a, const fixed_point& b) {
   const std::size_t n = a.size() - 1;
   const std::size_t first = b.leading_zeros();

@@ -53,9 +53,9 @@ fixed_point one(std::size_t n) {
   return result;
 }
 
-// 2/pi with n words: the stored ones, or I. Newton's iteration z <- z + z (1 - z pi/2), which doubles the correct words each time.
-// Its last step leaves an error of less than 50 n units. After each earlier one z is below 2/pi by much more than that, so that 1 - z pi/2 is
-// never negative.
+// 2/pi with n words: the stored ones, or I. Newton's iteration z <- z + z (1 - z pi/2), which doubles the correct words
+// each time. Its last step leaves an error of less than 50 n units. After each earlier one z is below 2/pi by much more
+// than that, so that 1 - z pi/2 is never negative.
 fixed_point inverse_of_half_pi(std::size_t n) {
   constexpr std::size_t stored = 2 * two_over_pi_words;
   fixed_point z(n);
@@ -146,7 +146,8 @@ remainder reduced(integer_form angle, std::size_t n) {
   return {product(fraction, half_pi(n)), negative, (quadrant + negative) & 3};
 }
 
-// B. Taylor's series of sine or cosine, for r in [0, pi/4 + 2^-10]; every term is cut, so that the error is below two units a term.
+// B. Taylor's series of sine or cosine, for r in [0, pi/4 + 2^-10]; every term is cut, so that the error is below two
+// units a term.
 fixed_point series(const fixed_point& r, bool of_sine) {
   const fixed_point square = product(r, r);
   fixed_point term = of_sine ? r : one(r.size() - 1);

@@ -1,4 +1,5 @@
-// The quick phase of sine, cosine and their inverses: 66 correct bits in ordinary doubles. docs/angles.md proves the bound.
+// The quick phase of sine, cosine and their inverses: 66 correct bits in ordinary doubles. docs/angles.md proves the
+// bound.
 #pragma once
 
 #include "core/angles/double_parts.h"
@@ -24,11 +25,11 @@ struct quick_sine {
   double sign;
 };
 
-// The sine of rest + place pi/512. At a point of the table the function has the value a = a1 + a2 and the derivative b = b1 + b2, both
-// split behind 26 bits, so that with 26 bits of the rest in d1 the product b1 d1 is exact:
+// The sine of rest + place pi/512. At a point of the table the function has the value a = a1 + a2 and the derivative b
+// = b1 + b2, both split behind 26 bits, so that with 26 bits of the rest in d1 the product b1 d1 is exact:
 //   f = a + b1 d1 + (a (cos d - 1) + b2 d1 + b ((d - d1) + (sin d - d))).
-// Where a is 0 the sign of d is that of the result. Which function and which sign is a place in a table: for angles without
-// order, branches would be guessed wrongly.
+// Where a is 0 the sign of d is that of the result. Which function and which sign is a place in a table: for angles
+// without order, branches would be guessed wrongly.
 inline quick_sine sine_at(const reduced& r) noexcept {
   static constexpr double signs[4] = {1, 1, -1, -1};
   const unsigned quadrant = r.place >> 8 & 3;
@@ -53,15 +54,17 @@ inline two_part quick_arc_sine(two_part s) noexcept {
   const table_place place = nearest_place(s.high);
   if (place.index == 0) {
     const double square = s.high * s.high;
-    return {s.high, s.low + (s.high * square) * ((0x1.5555555555555p-3 + square * 0x1.3333333333333p-4) +
-                                                 (square * square) * (0x1.6db6db6db6db7p-5 + square * 0x1.f1c71c71c71c7p-6))};
+    return {s.high,
+            s.low + (s.high * square) * ((0x1.5555555555555p-3 + square * 0x1.3333333333333p-4) +
+                                         (square * square) * (0x1.6db6db6db6db7p-5 + square * 0x1.f1c71c71c71c7p-6))};
   }
   const double* t = arc_sine_table[place.index];
   const double d = s.high - place.point;
   const double d1 = multiple_of_2_to_minus_35(d);
   const double square = d * d;
   const two_part sum = ordered_sum(t[0], t[2] * d1);
-  const double higher = (t[4] + d * t[5]) + square * ((t[6] + d * t[7]) + square * ((t[8] + d * t[9]) + square * t[10]));
+  const double higher =
+      (t[4] + d * t[5]) + square * ((t[6] + d * t[7]) + square * ((t[8] + d * t[9]) + square * t[10]));
   const double small = (t[2] * ((d - d1) + s.low) + t[3] * d) + (square * higher + (2 * t[4]) * (d * s.low));
   return {sum.high, (sum.low + t[1]) + small};
 }

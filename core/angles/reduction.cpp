@@ -28,10 +28,10 @@ inline wide multiplied(std::uint64_t a, std::uint64_t b) noexcept {
 
 }  // namespace
 
-// M. Payne and R. Hanek, Radian reduction for trigonometric functions, 1983: x = m 2^e with an integer m of 53 bits. Of the bits of
-// 2/pi those that make multiples of 4 are left out; of the rest 192 are taken, which leaves an error below 2^-137 in
-// the quotient. The quotient of a double is never nearer than 2^-62 to an integer (docs/angles.md), so that at least 75 bits
-// of the remainder are right.
+// M. Payne and R. Hanek, Radian reduction for trigonometric functions, 1983: x = m 2^e with an integer m of 53 bits. Of
+// the bits of 2/pi those that make multiples of 4 are left out; of the rest 192 are taken, which leaves an error below
+// 2^-137 in the quotient. The quotient of a double is never nearer than 2^-62 to an integer (docs/angles.md), so that
+// at least 75 bits of the remainder are right.
 reduced reduce_by_bits(double x) noexcept {
   std::uint64_t bits;
   std::memcpy(&bits, &x, sizeof bits);
@@ -45,8 +45,8 @@ reduced reduce_by_bits(double x) noexcept {
   const std::uint64_t low = p2.low;
   const std::uint64_t middle = p1.low + p2.high;
   const std::uint64_t high = m * window(0) + p1.high + (middle < p1.low);
-  // high:middle:low is the quotient by pi/2 modulo 4 in units of 2^-190. Its ten leading bits, rounded, are the place; the others,
-  // taken as a number in two's complement, are the fraction of pi/512 between -1/2 and 1/2.
+  // high:middle:low is the quotient by pi/2 modulo 4 in units of 2^-190. Its ten leading bits, rounded, are the place;
+  // the others, taken as a number in two's complement, are the fraction of pi/512 between -1/2 and 1/2.
   auto place = static_cast<unsigned>((high >> 54) + ((high >> 53) & 1));
   std::uint64_t f2 = high << 10 | middle >> 54, f1 = middle << 10 | low >> 54, f0 = low << 10;
   const bool negative = f2 >> 63;

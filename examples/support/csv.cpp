@@ -47,8 +47,7 @@ std::string other_separator(std::string_view line, std::size_t columns) {
     }
     if (ends_in_comma > 0) continue;  // "1, 2 3" is separated by commas
     return std::string("; the columns seem to be separated by ") + other.name +
-           (decimal_commas > 0 ? " and the decimals by commas" : "") +
-           ", but commas must separate the columns" +
+           (decimal_commas > 0 ? " and the decimals by commas" : "") + ", but commas must separate the columns" +
            (decimal_commas > 0 ? " and points the decimals" : "");
   }
   return {};
@@ -57,19 +56,16 @@ std::string other_separator(std::string_view line, std::size_t columns) {
 enum class parsed { number, not_finite, text };
 
 parsed parse(std::string_view field, double& v) {
-  if (field.size() > 1 && field[0] == '+' && field[1] != '-')
-    field.remove_prefix(1);  // from_chars takes no +
+  if (field.size() > 1 && field[0] == '+' && field[1] != '-') field.remove_prefix(1);  // from_chars takes no +
   const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), v);
-  if (error == std::errc::invalid_argument || end != field.data() + field.size())
-    return parsed::text;
+  if (error == std::errc::invalid_argument || end != field.data() + field.size()) return parsed::text;
   return error == std::errc() && std::isfinite(v) ? parsed::number : parsed::not_finite;
 }
 
 // The field for a message of one line: short, and without control characters.
 std::string quoted(std::string_view field) {
   std::string s = "'";
-  for (const char c : field.substr(0, 40))
-    s += static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? '?' : c;
+  for (const char c : field.substr(0, 40)) s += static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? '?' : c;
   return s + (field.size() > 40 ? "...'" : "'");
 }
 
@@ -85,16 +81,12 @@ bool is_header(const std::vector<std::string_view>& fields) {
   return true;
 }
 
-void add_row(table& t, const std::vector<std::string_view>& fields, std::string_view text,
-             std::size_t line) {
+void add_row(table& t, const std::vector<std::string_view>& fields, std::string_view text, std::size_t line) {
   for (const auto field : fields) {
     double v = 0;
     switch (parse(field, v)) {
-      case parsed::number:
-        t.values.push_back(v);
-        break;
-      case parsed::not_finite:
-        fail(t, line, quoted(field) + " is not a finite number");
+      case parsed::number: t.values.push_back(v); break;
+      case parsed::not_finite: fail(t, line, quoted(field) + " is not a finite number");
       case parsed::text:
         fail(t, line,
              (field.empty() ? "a field is empty" : quoted(field) + " is not a number") +
@@ -112,8 +104,7 @@ void check_columns(const table& t, std::size_t found, std::string_view text, std
 }
 
 std::ifstream open(const std::string& file) {
-  if (std::filesystem::is_directory(file))
-    throw input_error(file + ": cannot be read: it is a folder");
+  if (std::filesystem::is_directory(file)) throw input_error(file + ": cannot be read: it is a folder");
   errno = 0;
   std::ifstream in(file, std::ios::binary);
   if (!in) throw input_error(file + ": cannot be opened: " + std::strerror(errno));
@@ -126,8 +117,7 @@ std::string table::name() const { return std::filesystem::path(file).filename().
 
 std::string table::title() const {
   for (const auto& comment : comments)
-    if (comment.rfind("title:", 0) == 0)
-      return std::string(trim(std::string_view(comment).substr(6)));
+    if (comment.rfind("title:", 0) == 0) return std::string(trim(std::string_view(comment).substr(6)));
   return name();
 }
 
@@ -167,16 +157,15 @@ table read_csv(const std::string& file, const std::vector<std::string>& default_
     at_start = false;
   }
   if (in.bad()) fail(t, t.last_line + 1, "cannot be read");
-  if (t.rows() == 0)
-    fail(t, t.last_line > 0 ? t.last_line : 1, "the file ends without any numbers");
+  if (t.rows() == 0) fail(t, t.last_line > 0 ? t.last_line : 1, "the file ends without any numbers");
   return t;
 }
 
 void require_rows(const table& t, std::size_t rows, std::size_t least, const std::string& why) {
   if (rows >= least) return;
   fail(t, t.last_line,
-       "only " + std::to_string(rows) + (rows == 1 ? " point" : " points") + " up to here, " + why +
-           " needs " + std::to_string(least));
+       "only " + std::to_string(rows) + (rows == 1 ? " point" : " points") + " up to here, " + why + " needs " +
+           std::to_string(least));
 }
 
 }  // namespace example

@@ -23,9 +23,7 @@ struct table {
   std::size_t last_line = 0;
 
   std::size_t rows() const { return lines.size(); }
-  double at(std::size_t row, std::size_t column) const {
-    return values[row * names.size() + column];
-  }
+  double at(std::size_t row, std::size_t column) const { return values[row * names.size() + column]; }
   // The file name without its folders.
   std::string name() const;
   // The comment `title: ...`, or the name of the file.

@@ -19,8 +19,7 @@ std::string terminal(const std::string& file, int width, int height) {
   const std::string size = " size " + std::to_string(width) + "," + std::to_string(height);
   const auto suffix = std::filesystem::path(file).extension();
   if (suffix == ".svg") return "svg noenhanced font 'DejaVu Sans,15' background 'white'" + size;
-  if (suffix == ".png")
-    return "pngcairo noenhanced font 'DejaVu Sans,11' background 'white'" + size;
+  if (suffix == ".png") return "pngcairo noenhanced font 'DejaVu Sans,11' background 'white'" + size;
   throw input_error(file + ": the name of a picture must end in .svg or .png");
 }
 
@@ -28,22 +27,18 @@ std::string terminal(const std::string& file, int width, int height) {
 bool is_complete(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
   const std::string content{std::istreambuf_iterator<char>(in), {}};
-  const std::string end =
-      content.substr(content.size() - std::min<std::size_t>(content.size(), 32));
+  const std::string end = content.substr(content.size() - std::min<std::size_t>(content.size(), 32));
   return end.find("</svg>") != end.npos || end.find("IEND") != end.npos;
 }
 
 }  // namespace
 
 plot::plot(const std::string& file, int width, int height) : file_(file), part_(file + ".part") {
-  script_ = "set encoding utf8\nset terminal " + terminal(file, width, height) + "\nset output " +
-            quote(part_) +
+  script_ = "set encoding utf8\nset terminal " + terminal(file, width, height) + "\nset output " + quote(part_) +
             "\nset border lc rgb '#404040'\nset grid lc rgb '#d8d8d8' lt 1\nset format '%.7g'\n";
-  if (std::filesystem::is_directory(file))
-    throw input_error(file + ": cannot be written: it is a folder");
+  if (std::filesystem::is_directory(file)) throw input_error(file + ": cannot be written: it is a folder");
   errno = 0;
-  if (!std::ofstream(part_))
-    throw input_error(file + ": cannot be written: " + std::strerror(errno));
+  if (!std::ofstream(part_)) throw input_error(file + ": cannot be written: " + std::strerror(errno));
 }
 
 plot::~plot() {
@@ -68,10 +63,8 @@ void plot::draw() {
   std::fputs(script_.c_str(), pipe);
   if (pclose(pipe) != 0) throw no_result("gnuplot failed, there is no picture " + file_);
   std::error_code error;
-  if (std::filesystem::file_size(part_, error) == 0 || error)
-    throw no_result("gnuplot wrote no picture " + file_);
-  if (!is_complete(part_))
-    throw no_result(file_ + " cannot be written as a whole; perhaps the disk is full");
+  if (std::filesystem::file_size(part_, error) == 0 || error) throw no_result("gnuplot wrote no picture " + file_);
+  if (!is_complete(part_)) throw no_result(file_ + " cannot be written as a whole; perhaps the disk is full");
   std::filesystem::rename(part_, file_, error);
   if (error) throw input_error(file_ + ": cannot be written: " + error.message());
 }

@@ -21,8 +21,8 @@ std::size_t width(const std::string& s) {
 }
 
 std::string version() {
-  return "Tessarn " + std::to_string(TESSARN_VERSION_MAJOR) + '.' +
-         std::to_string(TESSARN_VERSION_MINOR) + '.' + std::to_string(TESSARN_VERSION_PATCH);
+  return "Tessarn " + std::to_string(TESSARN_VERSION_MAJOR) + '.' + std::to_string(TESSARN_VERSION_MINOR) + '.' +
+         std::to_string(TESSARN_VERSION_PATCH);
 }
 
 // One line on the error stream, whatever the words are.
@@ -54,9 +54,7 @@ void report::line(const char* format, ...) {
   text_ += s + '\n';
 }
 
-void report::heading(const std::string& words) {
-  text_ += '\n' + words + '\n' + std::string(width(words), '-') + '\n';
-}
+void report::heading(const std::string& words) { text_ += '\n' + words + '\n' + std::string(width(words), '-') + '\n'; }
 
 void report::data_source(const table& t) {
   text_ += t.title() + '\n' + std::string(width(t.title()), '=') + '\n';
@@ -66,8 +64,7 @@ void report::data_source(const table& t) {
 }
 
 double finite(double v, const std::string& name) {
-  if (!std::isfinite(v))
-    throw no_result(name + " is not finite: the numbers are too large for double precision");
+  if (!std::isfinite(v)) throw no_result(name + " is not finite: the numbers are too large for double precision");
   return v;
 }
 

@@ -27,16 +27,14 @@ std::size_t spot_of(double x, double y, const raster& r) {
 
 }  // namespace
 
-raster spots(double left, double right, double bottom, double top, double width, double height,
-             double side) {
+raster spots(double left, double right, double bottom, double top, double width, double height, double side) {
   const auto count = [side](double pixels) {
     return static_cast<std::size_t>(std::max(1.0, std::round(pixels / side)));
   };
   return {left, right, bottom, top, count(width), count(height)};
 }
 
-std::vector<std::size_t> visible(const std::vector<double>& x, const std::vector<double>& y,
-                                 const raster& r) {
+std::vector<std::size_t> visible(const std::vector<double>& x, const std::vector<double>& y, const raster& r) {
   std::vector<std::size_t> shown;
   const bool all = x.size() <= most_points;
   std::vector<bool> taken(r.columns * r.rows + 1);
@@ -55,8 +53,8 @@ std::string drawn(const std::string& what, std::size_t shown, std::size_t all) {
   return what + " (" + std::to_string(shown) + " of " + std::to_string(all) + " drawn)";
 }
 
-std::vector<column> columns_of(const std::vector<double>& x, const std::vector<double>& y,
-                               double left, double right, std::size_t columns) {
+std::vector<column> columns_of(const std::vector<double>& x, const std::vector<double>& y, double left, double right,
+                               std::size_t columns) {
   std::vector<column> all(columns);
   std::vector<double> squares(columns);  // around the mean
   for (std::size_t i = 0; i < x.size(); ++i) {
@@ -73,15 +71,14 @@ std::vector<column> columns_of(const std::vector<double>& x, const std::vector<d
   for (std::size_t k = 0; k < columns; ++k) {
     all[k].left = edge(left, right, columns, k);
     all[k].right = edge(left, right, columns, k + 1);
-    if (all[k].points > 0)
-      all[k].deviation = std::sqrt(squares[k] / static_cast<double>(all[k].points));
+    if (all[k].points > 0) all[k].deviation = std::sqrt(squares[k] / static_cast<double>(all[k].points));
   }
   std::erase_if(all, [](const column& c) { return c.points == 0; });
   return all;
 }
 
-std::vector<spot> means_of(const std::vector<double>& x, const std::vector<double>& y,
-                           const std::vector<double>& z, const raster& r) {
+std::vector<spot> means_of(const std::vector<double>& x, const std::vector<double>& y, const std::vector<double>& z,
+                           const raster& r) {
   std::vector<double> mean(r.columns * r.rows + 1), points(mean.size());
   for (std::size_t i = 0; i < x.size(); ++i) {
     const std::size_t s = spot_of(x[i], y[i], r);
@@ -92,8 +89,7 @@ std::vector<spot> means_of(const std::vector<double>& x, const std::vector<doubl
     if (points[s] == 0) continue;
     const std::size_t c = s % r.columns, l = s / r.columns;
     filled.push_back({edge(r.left, r.right, r.columns, c), edge(r.left, r.right, r.columns, c + 1),
-                      edge(r.bottom, r.top, r.rows, l), edge(r.bottom, r.top, r.rows, l + 1),
-                      mean[s]});
+                      edge(r.bottom, r.top, r.rows, l), edge(r.bottom, r.top, r.rows, l + 1), mean[s]});
   }
   return filled;
 }

@@ -17,13 +17,11 @@ struct raster {
 };
 
 // A raster of square spots with a side of some pixels over a panel of width x height pixels.
-raster spots(double left, double right, double bottom, double top, double width, double height,
-             double side = 4);
+raster spots(double left, double right, double bottom, double top, double width, double height, double side = 4);
 
 // The points to draw, ascending: all of them, or when there are more than most_points the first one
 // in every spot. Points outside the panel are left out then.
-std::vector<std::size_t> visible(const std::vector<double>& x, const std::vector<double>& y,
-                                 const raster& r);
+std::vector<std::size_t> visible(const std::vector<double>& x, const std::vector<double>& y, const raster& r);
 
 // "points" when all are drawn, otherwise with the number drawn: for the legend.
 std::string drawn(const std::string& what, std::size_t shown, std::size_t all);
@@ -36,8 +34,8 @@ struct column {
 };
 
 // The columns of [left, right] that hold points, ascending; points outside are left out.
-std::vector<column> columns_of(const std::vector<double>& x, const std::vector<double>& y,
-                               double left, double right, std::size_t columns);
+std::vector<column> columns_of(const std::vector<double>& x, const std::vector<double>& y, double left, double right,
+                               std::size_t columns);
 
 // The mean of z in a spot.
 struct spot {
@@ -45,7 +43,7 @@ struct spot {
 };
 
 // The spots that hold points, row by row.
-std::vector<spot> means_of(const std::vector<double>& x, const std::vector<double>& y,
-                           const std::vector<double>& z, const raster& r);
+std::vector<spot> means_of(const std::vector<double>& x, const std::vector<double>& y, const std::vector<double>& z,
+                           const raster& r);
 
 }  // namespace example

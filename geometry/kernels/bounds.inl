@@ -4,8 +4,8 @@
 
 #include <limits>
 
-#include "simd/lanes.h"
 #include "geometry/kernels/kernels.h"
+#include "simd/lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 namespace {

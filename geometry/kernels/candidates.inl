@@ -2,8 +2,8 @@
 // every sum runs over the points in their order, whatever the width of the vectors. Kernel sources only.
 #pragma once
 
-#include "simd/lanes.h"
 #include "geometry/kernels/kernels.h"
+#include "simd/lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 namespace {

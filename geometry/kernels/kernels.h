@@ -95,8 +95,8 @@ struct geometry_kernels {
   size_t group_points, block_points;  // of every group and every block but the last one
 };
 
-#define TESSARN_TABLE(set) \
-  namespace set {          \
+#define TESSARN_TABLE(set)                      \
+  namespace set {                               \
   extern const geometry_kernels geometry_table; \
   }
 TESSARN_FOR_EACH_SET(TESSARN_TABLE)

@@ -1,8 +1,8 @@
 // Points in lanes: the helpers that the kernels over clouds of points share. Kernel sources only.
 #pragma once
 
-#include "simd/lanes.h"
 #include "geometry/kernels/kernels.h"
+#include "simd/lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 namespace {

@@ -1,8 +1,8 @@
 /// \file
 /// Sine, cosine and their inverses, correctly rounded: of all doubles the one that is nearest to the exact value.
 ///
-/// The C library's functions differ from one system to another in the last bit; these do not, and the classes of the library
-/// call no others. Angles are radians.
+/// The C library's functions differ from one system to another in the last bit; these do not, and the classes of the
+/// library call no others. Angles are radians.
 ///
 /// \code
 /// assert(tessarn::angles::sin(tessarn::half_pi) == 1);
@@ -11,8 +11,8 @@
 /// assert(sine == tessarn::angles::sin(1e22) && cosine == tessarn::angles::cos(1e22));
 /// \endcode
 ///
-/// Cost: about that of the C library's functions; less for angles above 1e5. Nothing is allocated. Round-to-nearest is required, as
-/// everywhere in the library; in another mode the results are not correctly rounded.
+/// Cost: about that of the C library's functions; less for angles above 1e5. Nothing is allocated. Round-to-nearest is
+/// required, as everywhere in the library; in another mode the results are not correctly rounded.
 #pragma once
 
 #include "tessarn/scalar.h"

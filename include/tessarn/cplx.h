@@ -32,7 +32,7 @@
 class TESSARN_API cplx {
  public:
   alignas(8) tessarn::real re;  ///< real part
-  tessarn::real im;  ///< imaginary part
+  tessarn::real im;             ///< imaginary part
 
   /// 0 + 0i.
   cplx() noexcept : re(0), im(0) {}
@@ -184,14 +184,11 @@ class TESSARN_API cplx {
     using tessarn::detail::product;
     return product(re, re) + product(im, im);
   }
-  bool squared_modulus_is_zero() const noexcept {
-    return tessarn::detail::equal_or_unordered(squared_modulus(), 0);
-  }
+  bool squared_modulus_is_zero() const noexcept { return tessarn::detail::equal_or_unordered(squared_modulus(), 0); }
   cplx quotient(const cplx& b) const noexcept {
     using tessarn::detail::product;
     const tessarn::real k = 1 / b.squared_modulus();
-    return {product(product(re, b.re) + product(im, b.im), k),
-            product(product(im, b.re) - product(re, b.im), k)};
+    return {product(product(re, b.re) + product(im, b.im), k), product(product(im, b.re) - product(re, b.im), k)};
   }
   // The argument for the modulus r > 0; left_cosine is the cosine of the angle to the negative axis,
   // which phi() and sqrt() round differently.
@@ -207,15 +204,16 @@ class TESSARN_API cplx {
 };
 
 /// \name Comparison with a real number
-/// The number is the angle of a unit number, as everywhere: `z == 2.0` compares with cplx(2.0). A program's own function is
-/// preferred.
+/// The number is the angle of a unit number, as everywhere: `z == 2.0` compares with cplx(2.0). A program's own
+/// function is preferred.
 /// @{
 template <class K, class Z, class = tessarn::detail::if_number<K>, class = tessarn::detail::if_is<Z, cplx>>
 bool operator==(K angle, Z&& z) noexcept {
   const cplx unit(static_cast<tessarn::real>(angle));
   return unit == std::as_const(z);
 }
-template <class Z, class K, class = tessarn::detail::if_is<Z, cplx>, class = tessarn::detail::if_number<K>, class = void>
+template <class Z, class K, class = tessarn::detail::if_is<Z, cplx>, class = tessarn::detail::if_number<K>,
+          class = void>
 bool operator==(Z&& z, K angle) noexcept {
   const cplx unit(static_cast<tessarn::real>(angle));
   return unit == std::as_const(z);
@@ -225,7 +223,8 @@ bool operator!=(K angle, Z&& z) noexcept {
   const cplx unit(static_cast<tessarn::real>(angle));
   return unit != std::as_const(z);
 }
-template <class Z, class K, class = tessarn::detail::if_is<Z, cplx>, class = tessarn::detail::if_number<K>, class = void>
+template <class Z, class K, class = tessarn::detail::if_is<Z, cplx>, class = tessarn::detail::if_number<K>,
+          class = void>
 bool operator!=(Z&& z, K angle) noexcept {
   const cplx unit(static_cast<tessarn::real>(angle));
   return unit != std::as_const(z);

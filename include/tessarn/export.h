@@ -29,6 +29,7 @@
 #pragma detect_mismatch("tessarn: run-time library", "MT")
 #endif
 #elif defined(_DEBUG) && !defined(TESSARN_BUILD) && !defined(TESSARN_DEBUG_MODULE)
-#error "/MDd with the Release module of Tessarn: compile with /MD, or use the Debug module and define TESSARN_DEBUG_MODULE"
+#error \
+    "/MDd with the Release module of Tessarn: compile with /MD, or use the Debug module and define TESSARN_DEBUG_MODULE"
 #endif
 #endif

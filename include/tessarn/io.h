@@ -213,21 +213,11 @@ std::ostream& print(std::ostream& os, const T& v) {
 }  // namespace detail
 }  // namespace tessarn
 
-inline std::ostream& operator<<(std::ostream& os, const cplx& v) {
-  return tessarn::detail::print(os, v);
-}
-inline std::ostream& operator<<(std::ostream& os, const ::vector& v) {
-  return tessarn::detail::print(os, v);
-}
-inline std::ostream& operator<<(std::ostream& os, const vector3d& v) {
-  return tessarn::detail::print(os, v);
-}
-inline std::ostream& operator<<(std::ostream& os, const polarvector3d& v) {
-  return tessarn::detail::print(os, v);
-}
-inline std::ostream& operator<<(std::ostream& os, const vectormat& v) {
-  return tessarn::detail::print(os, v);
-}
+inline std::ostream& operator<<(std::ostream& os, const cplx& v) { return tessarn::detail::print(os, v); }
+inline std::ostream& operator<<(std::ostream& os, const ::vector& v) { return tessarn::detail::print(os, v); }
+inline std::ostream& operator<<(std::ostream& os, const vector3d& v) { return tessarn::detail::print(os, v); }
+inline std::ostream& operator<<(std::ostream& os, const polarvector3d& v) { return tessarn::detail::print(os, v); }
+inline std::ostream& operator<<(std::ostream& os, const vectormat& v) { return tessarn::detail::print(os, v); }
 template <class T>
 std::ostream& operator<<(std::ostream& os, const mat<T>& m) {
   return tessarn::detail::print(os, m);
@@ -236,18 +226,10 @@ template <class T>
 std::ostream& operator<<(std::ostream& os, const sqmat<T>& m) {
   return tessarn::detail::print(os, m);
 }
-inline std::ostream& operator<<(std::ostream& os, const binom& p) {
-  return tessarn::detail::print(os, p);
-}
-inline std::ostream& operator<<(std::ostream& os, const hyperbinom& p) {
-  return tessarn::detail::print(os, p);
-}
-inline std::ostream& operator<<(std::ostream& os, const line3d& l) {
-  return tessarn::detail::print(os, l);
-}
-inline std::ostream& operator<<(std::ostream& os, const plane& p) {
-  return tessarn::detail::print(os, p);
-}
+inline std::ostream& operator<<(std::ostream& os, const binom& p) { return tessarn::detail::print(os, p); }
+inline std::ostream& operator<<(std::ostream& os, const hyperbinom& p) { return tessarn::detail::print(os, p); }
+inline std::ostream& operator<<(std::ostream& os, const line3d& l) { return tessarn::detail::print(os, l); }
+inline std::ostream& operator<<(std::ostream& os, const plane& p) { return tessarn::detail::print(os, p); }
 
 #if defined(__cpp_lib_format)
 
@@ -259,11 +241,8 @@ namespace detail {
 template <class Context>
 class format_sink {
  public:
-  format_sink(const std::formatter<real>& numbers, Context& context)
-      : numbers_(numbers), context_(context) {}
-  void text(std::string_view s) {
-    context_.advance_to(std::copy(s.begin(), s.end(), context_.out()));
-  }
+  format_sink(const std::formatter<real>& numbers, Context& context) : numbers_(numbers), context_(context) {}
+  void text(std::string_view s) { context_.advance_to(std::copy(s.begin(), s.end(), context_.out())); }
   void number(real v) { context_.advance_to(numbers_.format(v != v ? std::fabs(v) : v, context_)); }
 
  private:

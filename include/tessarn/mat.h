@@ -41,8 +41,8 @@ class TESSARN_API mat<long double> {
   /// Stores v in column x, row y, indices wrapped; 0.0 for a quiet NaN.
   void set(tessarn::ulong x, tessarn::ulong y, tessarn::real v);
 #endif
-  /// The entries themselves, row by row; null for a matrix that never had storage. The pointer holds until the matrix is
-  /// created, assigned to (also when the sizes are the same), moved from, or receives a result.
+  /// The entries themselves, row by row; null for a matrix that never had storage. The pointer holds until the matrix
+  /// is created, assigned to (also when the sizes are the same), moved from, or receives a result.
   tessarn::real* getData() const noexcept { return data; }
   tessarn::ulong getHeight() const noexcept { return height; }
   tessarn::ulong getWidth() const noexcept { return width; }
@@ -99,9 +99,9 @@ class TESSARN_API mat<long double> {
   /// and least squares solutions, 1970): for a matrix of m rows and n columns U is m x n, S n x n with the
   /// singular values in descending order on its diagonal, V n x n; columns of U and V are the singular
   /// vectors. A value that has not converged after 30 sweeps is left as it stands. U, S and V must be
-  /// three different matrices; this one may be among them, it is read first. Entries may have any magnitude: far from 1 a
-  /// multiple by a power of two is decomposed. Besides the largest entry, entries more than about 300 orders of magnitude
-  /// smaller may count as 0.
+  /// three different matrices; this one may be among them, it is read first. Entries may have any magnitude: far from 1
+  /// a multiple by a power of two is decomposed. Besides the largest entry, entries more than about 300 orders of
+  /// magnitude smaller may count as 0.
   void decompose(mat& U, mat& S, mat& V);
 
   /// \name For constants and temporaries
@@ -140,20 +140,19 @@ class TESSARN_API mat<long double> {
     create(tessarn::detail::count(columns), tessarn::detail::count(rows));
     tessarn::detail::fill_with_zeros(data, width, height);
   }
-  /// A matrix from its rows; the longest row is its width, and shorter ones are filled with zeros. A quiet NaN is stored
-  /// as 0.0, as by set().
+  /// A matrix from its rows; the longest row is its width, and shorter ones are filled with zeros. A quiet NaN is
+  /// stored as 0.0, as by set().
   mat(std::initializer_list<std::initializer_list<tessarn::real>> rows)
       : mat(tessarn::detail::longest(rows), rows.size()) {
     tessarn::detail::store_rows(rows, data, width);
   }
   /// create() with counts of 64 bits, which throws std::bad_array_new_length for those that do not fit 32 bits.
-  template <class C, class R,
-            class = std::enable_if_t<tessarn::detail::is_wide<C> || tessarn::detail::is_wide<R>>>
+  template <class C, class R, class = std::enable_if_t<tessarn::detail::is_wide<C> || tessarn::detail::is_wide<R>>>
   void create(C columns, R rows) {
     create(tessarn::detail::count(columns), tessarn::detail::count(rows));
   }
-  /// Row y, wrapped, and column x, wrapped; empty for a matrix without entries. What is written through a view is stored
-  /// as it is, like what is written through getData(). A view holds as long as the pointer of getData().
+  /// Row y, wrapped, and column x, wrapped; empty for a matrix without entries. What is written through a view is
+  /// stored as it is, like what is written through getData(). A view holds as long as the pointer of getData().
   tessarn::span<tessarn::real> row(tessarn::ulong y) { return tessarn::detail::row(data, width, height, y); }
   tessarn::span<const tessarn::real> row(tessarn::ulong y) const {
     return tessarn::detail::row<const tessarn::real>(data, width, height, y);
@@ -206,7 +205,8 @@ class TESSARN_API mat<long double> {
   }
   template <class = void>
   void solve(const mat& A, const mat& b TESSARN_WHERE) {
-    where.require(b.width == 1 && b.height == A.height, "mat::solve: the right-hand side is not one column as high as A");
+    where.require(b.width == 1 && b.height == A.height,
+                  "mat::solve: the right-hand side is not one column as high as A");
     tessarn::detail::unchecked::solve(*this, A, b);
   }
   /// @}
@@ -290,8 +290,7 @@ class TESSARN_API mat<cplx> {
       : mat(tessarn::detail::longest(rows), rows.size()) {
     tessarn::detail::store_rows(rows, data, width);
   }
-  template <class C, class R,
-            class = std::enable_if_t<tessarn::detail::is_wide<C> || tessarn::detail::is_wide<R>>>
+  template <class C, class R, class = std::enable_if_t<tessarn::detail::is_wide<C> || tessarn::detail::is_wide<R>>>
   void create(C columns, R rows) {
     create(tessarn::detail::count(columns), tessarn::detail::count(rows));
   }

@@ -34,8 +34,7 @@ using real = double;
 using ulong = std::conditional_t<sizeof(unsigned long) == 4, unsigned long, std::uint32_t>;
 using slong = std::conditional_t<sizeof(long) == 4, long, std::int32_t>;
 
-static_assert(sizeof(real) == 8 && std::numeric_limits<real>::is_iec559 &&
-                  std::numeric_limits<real>::digits == 53,
+static_assert(sizeof(real) == 8 && std::numeric_limits<real>::is_iec559 && std::numeric_limits<real>::digits == 53,
               "tessarn needs a 64-bit IEEE-754 real");
 static_assert(sizeof(ulong) == 4 && sizeof(slong) == 4, "counts are 32-bit");
 static_assert(sizeof(int) == 4, "rounded coordinates are 32-bit");

@@ -135,9 +135,7 @@ class TESSARN_API sqmat<long double> {
   void calc_transform(const vector3d* a, const vector3d* b, tessarn::ulong n) {
     calc_transform(tessarn::detail::mutable_pointer(a), tessarn::detail::mutable_pointer(b), n);
   }
-  void transform(const vector3d& in, vector3d& out) const {
-    self().transform(tessarn::detail::mutable_ref(in), out);
-  }
+  void transform(const vector3d& in, vector3d& out) const { self().transform(tessarn::detail::mutable_ref(in), out); }
   /// @}
 
   /// \name Additions
@@ -148,8 +146,8 @@ class TESSARN_API sqmat<long double> {
     create(tessarn::detail::count(n));
     tessarn::detail::fill_with_zeros(data, size, size);
   }
-  /// A matrix from its rows. The number of rows and the longest row decide the size; what is missing is 0. A quiet NaN is
-  /// stored as 0.0, as by set().
+  /// A matrix from its rows. The number of rows and the longest row decide the size; what is missing is 0. A quiet NaN
+  /// is stored as 0.0, as by set().
   sqmat(std::initializer_list<std::initializer_list<tessarn::real>> rows)
       : sqmat((std::max)(tessarn::detail::longest(rows), rows.size())) {
     tessarn::detail::store_rows(rows, data, size);
@@ -173,7 +171,8 @@ class TESSARN_API sqmat<long double> {
     calc_transform(tessarn::detail::mutable_pointer<vector3d>(a), tessarn::detail::mutable_pointer<vector3d>(b),
                    tessarn::detail::count(n));
   }
-  /// The points of two containers, pair by pair. Containers of different sizes give false, leaving the matrix as it was.
+  /// The points of two containers, pair by pair. Containers of different sizes give false, leaving the matrix as it
+  /// was.
   template <class A, class B, class = tessarn::detail::if_container<A, vector3d>,
             class = tessarn::detail::if_container<B, vector3d>>
   [[nodiscard]] bool calc_match(const A& a, const B& b) {
@@ -193,9 +192,7 @@ class TESSARN_API sqmat<long double> {
   tessarn::span<const tessarn::real> row(tessarn::ulong y) const {
     return tessarn::detail::row<const tessarn::real>(data, size, size, y);
   }
-  tessarn::strided_span<tessarn::real> column(tessarn::ulong x) {
-    return tessarn::detail::column(data, size, size, x);
-  }
+  tessarn::strided_span<tessarn::real> column(tessarn::ulong x) { return tessarn::detail::column(data, size, size, x); }
   tessarn::strided_span<const tessarn::real> column(tessarn::ulong x) const {
     return tessarn::detail::column<const tessarn::real>(data, size, size, x);
   }
@@ -216,7 +213,8 @@ class TESSARN_API sqmat<long double> {
   }
   template <class = void>
   void setColumn(tessarn::ulong x, const mat<long double>& column TESSARN_WHERE) {
-    where.require(x < size && column.getHeight() == size, "sqmat::setColumn: the index is beyond the size or the heights differ");
+    where.require(x < size && column.getHeight() == size,
+                  "sqmat::setColumn: the index is beyond the size or the heights differ");
     tessarn::detail::unchecked::set_column(*this, x, column);
   }
   template <class = void>
@@ -236,7 +234,8 @@ class TESSARN_API sqmat<long double> {
   }
   template <class = void>
   void solve(mat<long double>& b TESSARN_WHERE) const {
-    where.require(b.getHeight() == size && (size == 0 || b.getWidth() > 0), "sqmat::solve: the right-hand side has another height");
+    where.require(b.getHeight() == size && (size == 0 || b.getWidth() > 0),
+                  "sqmat::solve: the right-hand side has another height");
     tessarn::detail::unchecked::solve(*this, b);
   }
   /// @}
@@ -376,7 +375,8 @@ class TESSARN_API sqmat<cplx> {
   }
   template <class = void>
   void setColumn(tessarn::ulong x, const mat<cplx>& column TESSARN_WHERE) {
-    where.require(x < size && column.getHeight() == size, "sqmat::setColumn: the index is beyond the size or the heights differ");
+    where.require(x < size && column.getHeight() == size,
+                  "sqmat::setColumn: the index is beyond the size or the heights differ");
     tessarn::detail::unchecked::set_column(*this, x, column);
   }
   template <class = void>
@@ -386,7 +386,8 @@ class TESSARN_API sqmat<cplx> {
   }
   template <class = void>
   void solve(mat<cplx>& b TESSARN_WHERE) const {
-    where.require(b.getHeight() == size && (size == 0 || b.getWidth() > 0), "sqmat::solve: the right-hand side has another height");
+    where.require(b.getHeight() == size && (size == 0 || b.getWidth() > 0),
+                  "sqmat::solve: the right-hand side has another height");
     tessarn::detail::unchecked::solve(*this, b);
   }
   /// @}
@@ -413,8 +414,8 @@ class TESSARN_API sqmat<cplx> {
 
 /// \name The product of square matrices
 /// a b as a new matrix, with the entries that `*=` gives, without the copy that `c = a; c *= b` makes; empty when the
-/// sizes differ. Templates over the types of their operands, so that a program's own function for square matrices, or its
-/// own template, is preferred.
+/// sizes differ. Templates over the types of their operands, so that a program's own function for square matrices, or
+/// its own template, is preferred.
 /// @{
 #if !defined(TESSARN_CHECKED)
 template <class A, class B, class = tessarn::detail::if_is<A, sqmat<long double>>,

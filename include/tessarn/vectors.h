@@ -32,7 +32,7 @@ class polarvector3d;
 class TESSARN_API vector {
  public:
   alignas(8) tessarn::real x;  ///< first coordinate
-  tessarn::real y;  ///< second coordinate
+  tessarn::real y;             ///< second coordinate
 
   /// (0, 0).
   vector() noexcept : x(0), y(0) {}
@@ -136,8 +136,7 @@ class TESSARN_API vector {
   tessarn::real arc() const noexcept { return tessarn::angles::acos(x / lenld()); }
   tessarn::real arc(const vector& b) const noexcept {
     using tessarn::detail::product;
-    const tessarn::real c =
-        (product(x, b.x) + product(y, b.y)) / std::sqrt(squared_length() * b.squared_length());
+    const tessarn::real c = (product(x, b.x) + product(y, b.y)) / std::sqrt(squared_length() * b.squared_length());
     const tessarn::real a = tessarn::angles::acos(c);
     return a != a ? 0 : a;
   }
@@ -185,8 +184,8 @@ class TESSARN_API vector {
 class TESSARN_API vector3d {
  public:
   alignas(8) tessarn::real x;  ///< first coordinate
-  tessarn::real y;  ///< second coordinate
-  tessarn::real z;  ///< third coordinate
+  tessarn::real y;             ///< second coordinate
+  tessarn::real z;             ///< third coordinate
 
   /// (0, 0, 0).
   vector3d() noexcept : x(0), y(0), z(0) {}
@@ -269,8 +268,7 @@ class TESSARN_API vector3d {
   vector3d operator/(tessarn::real k) const noexcept { return scaled(1 / k); }
   vector3d cross(const vector3d& b) const noexcept {
     using tessarn::detail::product;
-    return {product(y, b.z) - product(z, b.y), product(z, b.x) - product(x, b.z),
-            product(x, b.y) - product(y, b.x)};
+    return {product(y, b.z) - product(z, b.y), product(z, b.x) - product(x, b.z), product(x, b.y) - product(y, b.x)};
   }
   vector3d resize(tessarn::real len) const noexcept {
     using tessarn::detail::product;
@@ -362,8 +360,8 @@ class TESSARN_API vector3d {
 class TESSARN_API polarvector3d {
  public:
   alignas(8) tessarn::real alpha;  ///< angle in the xy plane from +x towards +y; [0, 2 pi) when computed
-  tessarn::real beta;   ///< elevation above the xy plane; [-pi/2, pi/2] when computed
-  tessarn::real len;    ///< length
+  tessarn::real beta;              ///< elevation above the xy plane; [-pi/2, pi/2] when computed
+  tessarn::real len;               ///< length
 
   /// All fields 0.
   polarvector3d() noexcept : alpha(0), beta(0), len(0) {}
@@ -466,9 +464,7 @@ class TESSARN_API polarvector3d {
   int rlen() const noexcept { return tessarn::detail::round_signed(len); }
   polarvector3d resize(tessarn::real l) const noexcept { return {alpha, beta, l}; }
   polarvector3d rotate(tessarn::real a, tessarn::real b) const noexcept { return {alpha + a, beta + b, len}; }
-  polarvector3d operator*(tessarn::real k) const noexcept {
-    return {alpha, beta, tessarn::detail::product(len, k)};
-  }
+  polarvector3d operator*(tessarn::real k) const noexcept { return {alpha, beta, tessarn::detail::product(len, k)}; }
   polarvector3d operator/(tessarn::real k) const noexcept { return {alpha, beta, len / k}; }
   void operator+=(const polarvector3d&) noexcept {}
   void operator-=(const polarvector3d&) noexcept {}
@@ -480,8 +476,8 @@ class TESSARN_API polarvector3d {
   tessarn::real arc(const polarvector3d& o) const noexcept {
     using tessarn::detail::product;
     const auto here = tessarn::angles::sin_cos(beta), there = tessarn::angles::sin_cos(o.beta);
-    const tessarn::real c = product(here.sine, there.sine) +
-                            product(here.cosine * there.cosine, tessarn::angles::cos(alpha - o.alpha));
+    const tessarn::real c =
+        product(here.sine, there.sine) + product(here.cosine * there.cosine, tessarn::angles::cos(alpha - o.alpha));
     const tessarn::real a = tessarn::angles::acos(c);
     return a != a ? 0 : a;
   }

@@ -100,8 +100,8 @@ static void eliminate_jointly(lane_matrix t, lane_matrix to, size_t size, vec& p
 template <size_t SIZE>
 TESSARN_INLINE vec times_small_determinant(lane_matrix t, vec product) {
   vec w[SIZE][SIZE];
-  TESSARN_UNROLL for (size_t i = 0; i < SIZE; ++i)
-    TESSARN_UNROLL for (size_t j = 0; j < SIZE; ++j) w[i][j] = load(t.at(i, j));
+  TESSARN_UNROLL for (size_t i = 0; i < SIZE; ++i) TESSARN_UNROLL for (size_t j = 0; j < SIZE; ++j) w[i][j] =
+      load(t.at(i, j));
   TESSARN_UNROLL for (size_t k = 0; k < SIZE; ++k) {
     product *= w[k][k];
     const vec reciprocal = broadcast(-1) / w[k][k];
@@ -147,8 +147,7 @@ TESSARN_INLINE void eliminate_rows(double* w, size_t stride, size_t k, size_t r,
   TESSARN_UNROLL for (size_t i = 0; i < ROWS; ++i) f[i] = broadcast(reciprocal * row[i * stride + k]);
   for (size_t x = (k + 1) / width * width; x < stride; x += width) {
     const vec u = load(upper + x);
-    TESSARN_UNROLL for (size_t i = 0; i < ROWS; ++i)
-      store(row + i * stride + x, f[i] * u + load(row + i * stride + x));
+    TESSARN_UNROLL for (size_t i = 0; i < ROWS; ++i) store(row + i * stride + x, f[i] * u + load(row + i * stride + x));
   }
 }
 
@@ -235,7 +234,7 @@ TESSARN_INLINE void begin_rows(lane_matrix block, const double* entries, size_t 
   for (size_t j = 0; j < size; ++j) {
     const vec upper = load(uppers + j * width);
     TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r)
-      store(block.at(i + r, j), f[r] * upper + broadcast_from(entries + (i + r) * stride + j));
+        store(block.at(i + r, j), f[r] * upper + broadcast_from(entries + (i + r) * stride + j));
   }
 }
 
@@ -244,7 +243,7 @@ TESSARN_INLINE void begin_rows(lane_matrix block, const double* entries, size_t 
 // the entry below or beside the matrix's pivot in its place, since row or column p is missing; those of p + 1 make the
 // step of the matrix itself. room is for the row and the column of these pivots.
 TESSARN_INLINE void begin_series(series_group& group, const double* whole, size_t n, size_t first, double product,
-                          double* room) {
+                                 double* room) {
   const size_t stride = whole_stride(n), p = series_index(first), size = n - 2 - p;
   int64_t below[width], beside[width];
   for (size_t l = 0; l < width; ++l) {
@@ -264,8 +263,7 @@ TESSARN_INLINE void begin_series(series_group& group, const double* whole, size_
     const double* above = at + 1 + i;
     const double* left = at + (1 + i) * stride;
     store(uppers + i * width, select(row_below, broadcast_from(above + stride), broadcast_from(above)));
-    store(factors + i * width,
-          reciprocal * select(column_beside, broadcast_from(left + 1), broadcast_from(left)));
+    store(factors + i * width, reciprocal * select(column_beside, broadcast_from(left + 1), broadcast_from(left)));
   }
   const double* entries = at + stride + 1;
   const vec first_upper = load(uppers), first_factor = load(factors);
@@ -276,8 +274,7 @@ TESSARN_INLINE void begin_series(series_group& group, const double* whole, size_
   }
   entries += stride + 1;
   size_t i = 0;
-  for (; i + 4 <= size; i += 4)
-    begin_rows<4>(group.block, entries, stride, factors + width, uppers + width, i, size);
+  for (; i + 4 <= size; i += 4) begin_rows<4>(group.block, entries, stride, factors + width, uppers + width, i, size);
   for (; i < size; ++i) begin_rows<1>(group.block, entries, stride, factors + width, uppers + width, i, size);
 }
 
@@ -294,8 +291,7 @@ TESSARN_INLINE void next_rows(lane_matrix t, double* next_border, mask lost_row,
   }
   for (size_t j = 1; j < size; ++j) {
     const vec upper = load(t.at(0, j));
-    TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r)
-      store(t.at(i + r, j), f[r] * upper + load(t.at(i + r, j)));
+    TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r) store(t.at(i + r, j), f[r] * upper + load(t.at(i + r, j)));
   }
 }
 

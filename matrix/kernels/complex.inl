@@ -67,9 +67,7 @@ static constexpr size_t complex_block = 32;  // rows of the left factor that are
 static constexpr size_t entry_step = 3;  // doubles from entry to entry: the virtual table pointer, then the two parts
 
 // The columns of a panel that begins at column x of n: whole vectors.
-TESSARN_INLINE size_t panel_columns(size_t n, size_t x) {
-  return n - x > width ? complex_panel : width;
-}
+TESSARN_INLINE size_t panel_columns(size_t n, size_t x) { return n - x > width ? complex_panel : width; }
 
 // Loads count <= width entries, of which the first real part is at from, and stores their real and their imaginary
 // parts apart, with zeros behind the last.
@@ -99,8 +97,8 @@ struct left_rows {
 template <size_t ROWS, size_t VECTORS>
 TESSARN_INLINE void complex_tile(left_rows left, const double* panel, size_t n, double* c, size_t columns) {
   vec re[ROWS][VECTORS], im[ROWS][VECTORS];
-  TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r)
-    TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v) re[r][v] = im[r][v] = vec{};
+  TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r) TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v) re[r][v] =
+      im[r][v] = vec{};
   for (size_t k = 0; k < n; ++k) {
     TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v) {
       const vec b_re = load(panel + 2 * v * width);
@@ -116,8 +114,7 @@ TESSARN_INLINE void complex_tile(left_rows left, const double* panel, size_t n, 
     panel += 2 * VECTORS * width;
   }
   if (columns == VECTORS * width) {
-    TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r)
-      TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v)
+    TESSARN_UNROLL for (size_t r = 0; r < ROWS; ++r) TESSARN_UNROLL for (size_t v = 0; v < VECTORS; ++v)
         store_parts(c + (r * n + v * width) * entry_step, re[r][v], im[r][v]);
     return;
   }

@@ -19,11 +19,11 @@ struct decomposition {
   double* v;                  // and of V
   double* left;               // the left rotations act on this: u, or n columns of n rows where rotates_separately
   size_t left_rows, left_stride;
-  double* w;       // diagonal of the bidiagonal form
-  double* rv1;     // its superdiagonal
-  double* factor;  // of the reflected column in each later one
-  double* row;     // the reflection of a row; after the sort: the signs of the columns
-  double* ratio;   // row over its denominator; after the sort: the numbers of the columns
+  double* w;                // diagonal of the bidiagonal form
+  double* rv1;              // its superdiagonal
+  double* factor;           // of the reflected column in each later one
+  double* row;              // the reflection of a row; after the sort: the signs of the columns
+  double* ratio;            // row over its denominator; after the sort: the numbers of the columns
   double* right_rotations;  // of a sweep, for the columns of V: cosine and sine, one pair after the other
   double* left_rotations;   // and for those of U
   double* sums;             // eight partial sums for each column

@@ -2,8 +2,8 @@
 // sees its updates in ascending order, so the bits are those of the step-by-step form. Kernel sources only.
 #pragma once
 
-#include "simd/lanes.h"
 #include "matrix/kernels/product.inl"
+#include "simd/lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 

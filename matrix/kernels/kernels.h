@@ -74,8 +74,8 @@ struct matrix_kernels {
   void (*sum_residuals)(const double* a, const double* b, size_t n, const double* R, double* t);
 };
 
-#define TESSARN_TABLE(set) \
-  namespace set {          \
+#define TESSARN_TABLE(set)                  \
+  namespace set {                           \
   extern const matrix_kernels matrix_table; \
   }
 TESSARN_FOR_EACH_SET(TESSARN_TABLE)

@@ -4,8 +4,8 @@
 // so the bits are those of the step-by-step form. Kernel sources only.
 #pragma once
 
-#include "simd/lanes.h"
 #include "matrix/kernels/product.inl"
+#include "simd/lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 
@@ -55,8 +55,8 @@ TESSARN_INLINE vec with_columns(vec v, const double* factor, const double* colum
 // Applies COUNT earlier steps to a column from row on and finds the largest magnitude there, the upper of equals; a NaN
 // never is, and rows when all are 0. Rows behind the last hold 0 or a NaN.
 template <size_t COUNT>
-TESSARN_INLINE lu_pivot update_column(double* column, const double* earlier, size_t stride, size_t first,
-                                      size_t row, size_t rows) {
+TESSARN_INLINE lu_pivot update_column(double* column, const double* earlier, size_t stride, size_t first, size_t row,
+                                      size_t rows) {
   const double none = (double)rows;
   vec best = {}, where = broadcast(none);
   vec here = lane_numbers() + broadcast((double)row);
@@ -186,8 +186,8 @@ static void update_right(const lu_panel_view& p, double* rows, size_t stride, si
       default: update_packed<tile_vectors>(p, rows + x, stride, packed);
     }
     tile_columns<from_stored, subtract_products>(vectors, p.column + p.columns, 1, p.stride, packed, vectors * width,
-                                                 p.columns, rows + p.columns * stride + x, stride,
-                                                 p.rows - p.columns, false);
+                                                 p.columns, rows + p.columns * stride + x, stride, p.rows - p.columns,
+                                                 false);
     x += vectors * width;
   }
 }

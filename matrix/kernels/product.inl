@@ -2,8 +2,8 @@
 // ascending; products and sums are rounded separately. Kernel sources only.
 #pragma once
 
-#include "simd/lanes.h"
 #include "matrix/kernels/kernels.h"
+#include "simd/lanes.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 
@@ -22,8 +22,7 @@ TESSARN_INLINE void tile(const double* a, size_t row_stride, size_t k_stride, co
                          size_t count, double* c, size_t c_stride, bool rule) {
   vec sum[ROWS][VECTORS];
   for (size_t r = 0; r < ROWS; ++r)
-    for (size_t v = 0; v < VECTORS; ++v)
-      sum[r][v] = START == from_zero ? vec{} : load(c + r * c_stride + v * width);
+    for (size_t v = 0; v < VECTORS; ++v) sum[r][v] = START == from_zero ? vec{} : load(c + r * c_stride + v * width);
   for (size_t k = 0; k < count; ++k) {
     vec row[VECTORS];
     for (size_t v = 0; v < VECTORS; ++v) row[v] = load(b + v * width);
@@ -45,8 +44,8 @@ TESSARN_INLINE void tile(const double* a, size_t row_stride, size_t k_stride, co
 
 // VECTORS vectors of columns and any number of rows, in tiles of tile_rows, 4, 2 and 1 rows.
 template <size_t VECTORS, start_mode START, tile_mode MODE>
-TESSARN_INLINE void tile_column(const double* a, size_t row_stride, size_t k_stride, const double* b,
-                                size_t b_stride, size_t count, double* c, size_t c_stride, size_t rows, bool rule) {
+TESSARN_INLINE void tile_column(const double* a, size_t row_stride, size_t k_stride, const double* b, size_t b_stride,
+                                size_t count, double* c, size_t c_stride, size_t rows, bool rule) {
   size_t r = 0;
   for (; r + tile_rows <= rows; r += tile_rows)
     tile<tile_rows, VECTORS, START, MODE>(a + r * row_stride, row_stride, k_stride, b, b_stride, count,
@@ -85,7 +84,7 @@ TESSARN_INLINE void four_columns(const double* a, size_t a_stride, const double*
                                  double* c, size_t c_stride, bool rule) {
   quad sum[ROWS];
   for (size_t r = 0; r < ROWS; ++r)
-    sum[r] = START == from_zero ? quad{} : (quad)*reinterpret_cast<const unaligned_quad*>(c + r * c_stride);
+    sum[r] = START == from_zero ? quad{} : (quad) * reinterpret_cast<const unaligned_quad*>(c + r * c_stride);
   for (size_t k = 0; k < count; ++k) {
     const quad row = *reinterpret_cast<const unaligned_quad*>(b + k * b_stride);
     for (size_t r = 0; r < ROWS; ++r) {

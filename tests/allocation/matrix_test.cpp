@@ -40,9 +40,8 @@ bool empty_or(const M& now, const M& before) {
 }
 
 void expect_kept(world& now, world& before) {
-  EXPECT_TRUE(empty_or(now.a, before.a) && empty_or(now.b, before.b) &&
-              empty_or(now.dst, before.dst) && empty_or(now.ca, before.ca) &&
-              empty_or(now.cb, before.cb));
+  EXPECT_TRUE(empty_or(now.a, before.a) && empty_or(now.b, before.b) && empty_or(now.dst, before.dst) &&
+              empty_or(now.ca, before.ca) && empty_or(now.cb, before.cb));
   const struct {
     const real_matrix &now, &before;
   } pairs[] = {{now.a, before.a}, {now.b, before.b}, {now.dst, before.dst}};
@@ -59,9 +58,7 @@ void expect_kept(world& now, world& before) {
     ASSERT_EQ(p.now.getSize(), p.before.getSize());
     EXPECT_FALSE(p.now != p.before);
   }
-  const struct {
-    complex_square &now, &before;
-  } csquares[] = {{now.cs, before.cs}, {now.ct, before.ct}};
+  const struct { complex_square &now, &before; } csquares[] = {{now.cs, before.cs}, {now.ct, before.ct}};
   for (const auto& p : csquares) {
     EXPECT_TRUE(p.now.getSize() == 0 || p.now.getSize() == p.before.getSize());
     for (u32 i = 0; i < p.now.getSize(); ++i) {
@@ -181,11 +178,8 @@ TEST(MatrixAllocation, Matching) {
     a.emplace_back(random.uniform(), random.uniform(), random.uniform());
     b.emplace_back(random.uniform(), random.uniform(), random.uniform());
   }
-  EXPECT_GE(failures_of("calc_match", 3, [&](world& w) { w.s.calc_match(a.data(), b.data(), 6); }),
-            1);
-  EXPECT_GE(failures_of("calc_transform", 3,
-                        [&](world& w) { w.s.calc_transform(a.data(), b.data(), 6); }),
-            1);
+  EXPECT_GE(failures_of("calc_match", 3, [&](world& w) { w.s.calc_match(a.data(), b.data(), 6); }), 1);
+  EXPECT_GE(failures_of("calc_transform", 3, [&](world& w) { w.s.calc_transform(a.data(), b.data(), 6); }), 1);
 }
 
 }  // namespace

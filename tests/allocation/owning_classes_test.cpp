@@ -240,8 +240,7 @@ TEST(HyperbinomAllocation, EveryOperation) {
       {"multiply", [](hyperbinom& p, hyperbinom& q) { p *= q; }},
       {"square", [](hyperbinom& p, hyperbinom&) { p *= p; }},
       {"fit", [&](hyperbinom& p, hyperbinom&) { p.create(points.data(), 9, 2); }},
-      {"weighted fit",
-       [&](hyperbinom& p, hyperbinom&) { p.create(points.data(), w.data(), 9, 2); }},
+      {"weighted fit", [&](hyperbinom& p, hyperbinom&) { p.create(points.data(), w.data(), 9, 2); }},
   };
   for (const surface_operation& op : operations) {
     SCOPED_TRACE(op.name);
@@ -325,8 +324,7 @@ TEST(VectormatAllocation, EveryOperation) {
       vectormat l;
       fill(l, before);
       const bool sorting = std::string(op.name) == "sort";
-      const test::outcome o =
-          sorting ? test::run_failing(k, [&]() { op.run(l); }) : run(k, [&]() { op.run(l); });
+      const test::outcome o = sorting ? test::run_failing(k, [&]() { op.run(l); }) : run(k, [&]() { op.run(l); });
       // Sorting may do without the memory, but then it must have sorted.
       if (sorting && !o.threw) {
         plain::point_list sorted = test::list_of(before);
@@ -388,16 +386,14 @@ TEST(PlaneAllocation, FitReleasesItsWorkingCopy) {
   for (int i = 0; i < 6000; ++i) points.push_back(vector3d(i % 50, i / 50 % 60, (i * i) % 7));
   for (const tessarn::ulong n : {3u, 4u, 30u, 300u, 6000u}) {
     const long live = live_blocks();
-    const long failures =
-        fail_every_allocation([&](long k) { return run(k, [&]() { plane p(points.data(), n); }); });
+    const long failures = fail_every_allocation([&](long k) { return run(k, [&]() { plane p(points.data(), n); }); });
     EXPECT_EQ(live_blocks(), live);
     EXPECT_EQ(failures > 0, n > 30);
   }
   const long live = live_blocks();
   fail_every_allocation([&](long k) {
     vector3d normal;
-    const test::outcome o =
-        run(k, [&]() { plane::CalcNormale(normal, points.data(), 30, points.data(), 30); });
+    const test::outcome o = run(k, [&]() { plane::CalcNormale(normal, points.data(), 30, points.data(), 30); });
     return o;
   });
   EXPECT_EQ(live_blocks(), live);

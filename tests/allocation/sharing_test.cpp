@@ -201,9 +201,7 @@ TYPED_TEST(Sharing, RandomSequences) {
     const std::size_t i = n ? r.below(static_cast<std::uint32_t>(n)) : 0;
     const std::size_t j = n ? r.below(static_cast<std::uint32_t>(n)) : 0;
     switch (n == 0 ? 0 : r.below(8)) {
-      case 0:
-        objects.emplace_back(new TypeParam(TestFixture::of(step)), std::make_shared<double>(step));
-        break;
+      case 0: objects.emplace_back(new TypeParam(TestFixture::of(step)), std::make_shared<double>(step)); break;
       case 1:
       case 2:
         if (n < 300) objects.emplace_back(new TypeParam(*objects[i].first), objects[i].second);
@@ -221,9 +219,7 @@ TYPED_TEST(Sharing, RandomSequences) {
         h::set(*objects[i].first, 1, step);
         *objects[i].second = step;
         break;
-      default:
-        objects.erase(objects.begin() + static_cast<std::ptrdiff_t>(i));
-        break;
+      default: objects.erase(objects.begin() + static_cast<std::ptrdiff_t>(i)); break;
     }
     if (!objects.empty()) {
       auto& seen = objects[r.below(static_cast<std::uint32_t>(objects.size()))];

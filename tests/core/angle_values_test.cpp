@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "core/angles/fixed_sine.h"
-#include "tessarn/angles.h"
 #include "support/bits.h"
 #include "support/random.h"
+#include "tessarn/angles.h"
 
 namespace {
 
@@ -31,7 +31,8 @@ long error_exponent(const angles::signed_fixed_point& v, mpfr_srcptr exact) {
   return result;
 }
 
-// The decision takes every error for less than a unit of the last word but one, 2^(32 - 32 n); here it has a hundredth of that.
+// The decision takes every error for less than a unit of the last word but one, 2^(32 - 32 n); here it has a hundredth
+// of that.
 TEST(AngleValues, AgreeWithMpfr) {
   test::random_source r(1811);
   mpfr_t x, exact;

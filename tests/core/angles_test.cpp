@@ -1,5 +1,5 @@
-// Sine, cosine and their inverses: special arguments, the guards of the quick phase, and the accurate phase by itself. What they give at
-// many arguments is compared with MPFR by angles_check.
+// Sine, cosine and their inverses: special arguments, the guards of the quick phase, and the accurate phase by itself.
+// What they give at many arguments is compared with MPFR by angles_check.
 #include "tessarn/angles.h"
 
 #include <gtest/gtest.h>
@@ -88,7 +88,8 @@ TEST(Angles, SineAndCosineTogetherAreTheSame) {
     ASSERT_BITS(both.sine, angles::sin(x)) << test::hex(x);
     ASSERT_BITS(both.cosine, angles::cos(x)) << test::hex(x);
   }
-  const double near[] = {0x1.921fb54442d18p+1, 0x1.921fb54442d18p+0, 0x1.2d97c7f3321d2p+2, std::ldexp(6381956970095103.0, 797)};
+  const double near[] = {0x1.921fb54442d18p+1, 0x1.921fb54442d18p+0, 0x1.2d97c7f3321d2p+2,
+                         std::ldexp(6381956970095103.0, 797)};
   for (const double x : near) {
     EXPECT_BITS(angles::sin_cos(x).sine, angles::sin(x));
     EXPECT_BITS(angles::sin_cos(x).cosine, angles::cos(x));

@@ -207,8 +207,8 @@ TEST(Cplx, AgreesWithThePlainForm) {
     const double k = test::draw(r);
     cplx a = lib(pa);
     cplx b = lib(pb);
-    SCOPED_TRACE(test::hex(pa.re) + " " + test::hex(pa.im) + " with " + test::hex(pb.re) + " " +
-                 test::hex(pb.im) + " and " + test::hex(k));
+    SCOPED_TRACE(test::hex(pa.re) + " " + test::hex(pa.im) + " with " + test::hex(pb.re) + " " + test::hex(pb.im) +
+                 " and " + test::hex(k));
     ASSERT_TRUE(same(cplx(k), plain::unit(k)));
     ASSERT_TRUE(same(a + b, plain::add(pa, pb)));
     ASSERT_TRUE(same(a - b, plain::sub(pa, pb)));

@@ -36,8 +36,7 @@ mat<long double> two_by_three() {
 binom polynomial(const std::vector<double>& coefficients) {
   binom p;
   p.create(static_cast<tessarn::slong>(coefficients.size()));
-  for (std::size_t i = 0; i < coefficients.size(); ++i)
-    p.set(static_cast<tessarn::slong>(i), coefficients[i]);
+  for (std::size_t i = 0; i < coefficients.size(); ++i) p.set(static_cast<tessarn::slong>(i), coefficients[i]);
   return p;
 }
 
@@ -104,8 +103,7 @@ TEST(Io, Polynomials) {
   EXPECT_EQ(printed(polynomial({0})), "0");
   EXPECT_EQ(printed(polynomial({-1, -2, 0, 4})), "-1 - 2 x + 0 x^2 + 4 x^3");
   EXPECT_EQ(printed(polynomial({1, nan, -inf})), "1 + nan x - inf x^2");
-  EXPECT_NE(printed(polynomial(std::vector<double>(124, 1.0))).find("+ 1 x^123"),
-            std::string::npos);
+  EXPECT_NE(printed(polynomial(std::vector<double>(124, 1.0))).find("+ 1 x^123"), std::string::npos);
 }
 
 TEST(Io, Surfaces) {

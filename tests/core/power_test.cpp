@@ -97,7 +97,8 @@ TEST(BinaryForm, ExponentsAndScales) {
     ASSERT_BITS(tessarn::detail::scaled(x, e), std::ldexp(x, e)) << test::hex(x) << " * 2^" << e;
   }
   for (const int e : {-100000, -2147483647 - 1, 100000, 2147483647})
-    for (const double x : {1.0, -5e-324, 1.7976931348623157e308}) EXPECT_BITS(tessarn::detail::scaled(x, e), std::ldexp(x, e));
+    for (const double x : {1.0, -5e-324, 1.7976931348623157e308})
+      EXPECT_BITS(tessarn::detail::scaled(x, e), std::ldexp(x, e));
 }
 
 }  // namespace

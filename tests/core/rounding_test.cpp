@@ -104,18 +104,10 @@ TEST(Rounding, AgreesWithThePlainForm) {
   for (int i = 0; i < 200000; ++i) {
     double x = 0;
     switch (r.below(4)) {
-      case 0:
-        x = r.hostile();
-        break;
-      case 1:
-        x = static_cast<double>(r.below(2000)) * 0.25 - 250.0;
-        break;
-      case 2:
-        x = r.uniform(-5e9, 5e9);
-        break;
-      default:
-        x = test::from_bits(r.next());
-        break;
+      case 0: x = r.hostile(); break;
+      case 1: x = static_cast<double>(r.below(2000)) * 0.25 - 250.0; break;
+      case 2: x = r.uniform(-5e9, 5e9); break;
+      default: x = test::from_bits(r.next()); break;
     }
     ASSERT_EQ(vector::rndu(x), plain::rndu(x)) << test::hex(x);
     ASSERT_EQ(vector::rndi(x), plain::rndi(x)) << test::hex(x);
@@ -197,8 +189,8 @@ constexpr bool value_class = std::is_polymorphic_v<T>&& std::has_virtual_destruc
     std::is_copy_constructible_v<T>&& std::is_copy_assignable_v<T>;
 
 TEST(ObjectModel, SizesAndVirtualDestructors) {
-  static_assert(value_class<cplx> && value_class<vector> && value_class<vector3d> &&
-                value_class<polarvector3d> && value_class<vectormat>);
+  static_assert(value_class<cplx> && value_class<vector> && value_class<vector3d> && value_class<polarvector3d> &&
+                value_class<vectormat>);
   EXPECT_EQ(sizeof(cplx), 3 * 8u);
   EXPECT_EQ(sizeof(vector), 3 * 8u);
   EXPECT_EQ(sizeof(vector3d), 4 * 8u);

@@ -32,8 +32,7 @@ class Csv : public ::testing::Test {
 
   std::filesystem::path path_ =
       std::filesystem::temp_directory_path() /
-      (std::string("tessarn_csv_") +
-       ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".csv");
+      (std::string("tessarn_csv_") + ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".csv");
 };
 
 TEST_F(Csv, ReadsPlainNumbers) {
@@ -78,23 +77,20 @@ TEST_F(Csv, NamesLineAndReason) {
 
 // A file of another kind is refused with the name of what separates its columns.
 TEST_F(Csv, NamesTheSeparatorFound) {
-  const std::string found_1 =
-      ":1: expected 2 columns, found 1; the columns seem to be separated by ";
+  const std::string found_1 = ":1: expected 2 columns, found 1; the columns seem to be separated by ";
   const std::string must = ", but commas must separate the columns";
   EXPECT_EQ(complaint("1;2\n"), found_1 + "semicolons" + must);
   EXPECT_EQ(complaint("1\t2\n"), found_1 + "tabs" + must);
   EXPECT_EQ(complaint("1   2\n"), found_1 + "blanks" + must);
   EXPECT_EQ(complaint("x;y\n1;2\n"), found_1 + "semicolons" + must);
-  EXPECT_EQ(
-      complaint("1,5;2,5\n"),
-      ":1: expected 2 columns, found 3; the columns seem to be separated by semicolons and the "
-      "decimals by commas" +
-          must + " and points the decimals");
-  EXPECT_EQ(
-      complaint("0,5\n1,5\t2\n"),
-      ":2: '5?2' is not a number; the columns seem to be separated by tabs and the decimals by "
-      "commas" +
-          must + " and points the decimals");
+  EXPECT_EQ(complaint("1,5;2,5\n"),
+            ":1: expected 2 columns, found 3; the columns seem to be separated by semicolons and the "
+            "decimals by commas" +
+                must + " and points the decimals");
+  EXPECT_EQ(complaint("0,5\n1,5\t2\n"),
+            ":2: '5?2' is not a number; the columns seem to be separated by tabs and the decimals by "
+            "commas" +
+                must + " and points the decimals");
   EXPECT_EQ(complaint("1, 2 3\n"), ":1: '2 3' is not a number");
   EXPECT_EQ(complaint("1;2;3\n"), ":1: expected 2 columns, found 1");
 }
@@ -112,8 +108,6 @@ TEST_F(Csv, RequiresRows) {
   EXPECT_THROW(example::require_rows(t, t.rows(), 3, "a parabola"), input_error);
 }
 
-TEST_F(Csv, MissingFile) {
-  EXPECT_THROW(read_csv("/nonexistent/points.csv", {"x", "y"}), input_error);
-}
+TEST_F(Csv, MissingFile) { EXPECT_THROW(read_csv("/nonexistent/points.csv", {"x", "y"}), input_error); }
 
 }  // namespace

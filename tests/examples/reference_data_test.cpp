@@ -18,9 +18,7 @@ long double power(long double x, int n) {
   return p;
 }
 
-table data(const std::string& name) {
-  return read_csv(EXAMPLE_DATA "/" + name + ".csv", {"x", "y"});
-}
+table data(const std::string& name) { return read_csv(EXAMPLE_DATA "/" + name + ".csv", {"x", "y"}); }
 
 long double square_sum(const std::string& name) {
   const table points = data(name), certified = data(name + "_certified");
@@ -28,8 +26,7 @@ long double square_sum(const std::string& name) {
   for (std::size_t i = 0; i < points.rows(); ++i) {
     long double r = points.at(i, 1);
     for (std::size_t k = 0; k < certified.rows(); ++k)
-      r -= static_cast<long double>(certified.at(k, 1)) *
-           power(points.at(i, 0), static_cast<int>(certified.at(k, 0)));
+      r -= static_cast<long double>(certified.at(k, 1)) * power(points.at(i, 0), static_cast<int>(certified.at(k, 0)));
     sum += r * r;
   }
   return sum;

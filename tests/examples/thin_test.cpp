@@ -43,8 +43,7 @@ TEST(Thin, OneOfManyPointsInEverySpot) {
   std::set<std::pair<int, int>> filled, drawn_spots;
   for (std::size_t i = 0; i < x.size(); ++i)
     if (x[i] <= 1) filled.insert({std::min(49, int(x[i] * 50)), std::min(24, int(y[i] * 25))});
-  for (const std::size_t i : shown)
-    drawn_spots.insert({std::min(49, int(x[i] * 50)), std::min(24, int(y[i] * 25))});
+  for (const std::size_t i : shown) drawn_spots.insert({std::min(49, int(x[i] * 50)), std::min(24, int(y[i] * 25))});
   EXPECT_EQ(drawn_spots, filled);
   EXPECT_EQ(shown.size(), filled.size());
   EXPECT_EQ(filled.size(), 25u * 25u + 1);
@@ -65,8 +64,7 @@ TEST(Thin, LegendTellsHowManyAreDrawn) {
 }
 
 TEST(Thin, ColumnsHoldRangeMeanAndDeviation) {
-  const auto columns =
-      columns_of({0.0, 0.5, 2.5, 4.0, 4.1, -1.0, 0.9}, {1, 2, 7, -3, 9, 9, 6}, 0, 4, 4);
+  const auto columns = columns_of({0.0, 0.5, 2.5, 4.0, 4.1, -1.0, 0.9}, {1, 2, 7, -3, 9, 9, 6}, 0, 4, 4);
   ASSERT_EQ(columns.size(), 3u);  // none in [1, 2), and two points outside
   EXPECT_EQ(columns[0].points, 3u);
   EXPECT_EQ(columns[0].least, 1);
@@ -80,8 +78,7 @@ TEST(Thin, ColumnsHoldRangeMeanAndDeviation) {
 }
 
 TEST(Thin, SpotsHoldTheirMean) {
-  const auto filled =
-      means_of({0.1, 0.2, 0.9, 5}, {0.1, 0.2, 0.9, 0}, {1, 2, -7, 100}, {0, 1, 0, 1, 2, 2});
+  const auto filled = means_of({0.1, 0.2, 0.9, 5}, {0.1, 0.2, 0.9, 0}, {1, 2, -7, 100}, {0, 1, 0, 1, 2, 2});
   ASSERT_EQ(filled.size(), 2u);
   EXPECT_DOUBLE_EQ(filled[0].mean, 1.5);
   EXPECT_EQ(filled[0].right, 0.5);

@@ -8,8 +8,8 @@
 
 #include "simd/isa.h"
 #include "support/bits.h"
-#include "support/random.h"
 #include "support/instruction_set.h"
+#include "support/random.h"
 
 namespace {
 

@@ -32,14 +32,12 @@ vector3d estimated(const std::vector<vec3>& par, const std::vector<vec3>& perp) 
   // One empty array must not be null, or there is nothing to estimate from.
   vector3d unused;
   vector3d* pb = b.empty() ? (pa ? nullptr : &unused) : b.data();
-  EXPECT_TRUE(WITHIN(60, plane::CalcNormale(n, pa, static_cast<tessarn::ulong>(a.size()), pb,
-                                            static_cast<tessarn::ulong>(b.size()))));
+  EXPECT_TRUE(WITHIN(
+      60, plane::CalcNormale(n, pa, static_cast<tessarn::ulong>(a.size()), pb, static_cast<tessarn::ulong>(b.size()))));
   return n;
 }
 
-TEST(CalcNormale, AlongOneDirection) {
-  EXPECT_TRUE(same(estimated({{0, 0, 1}}, {}), vec3{0, 0, 1}));
-}
+TEST(CalcNormale, AlongOneDirection) { EXPECT_TRUE(same(estimated({{0, 0, 1}}, {}), vec3{0, 0, 1})); }
 
 TEST(CalcNormale, TwoNullArrays) {
   vector3d n(7, 8, 9);

@@ -12,8 +12,8 @@
 
 #include "simd/isa.h"
 #include "support/bits.h"
-#include "support/random.h"
 #include "support/instruction_set.h"
+#include "support/random.h"
 
 namespace {
 
@@ -87,7 +87,8 @@ TEST(Cloud, FarthestPoints) {
   for (int round = 0; round < 600; ++round) {
     std::vector<vector3d> points = drawn_points(r);
     if (r.below(3) == 0)  // nearly the same distance from the origin
-      for (vector3d& p : points) p = vector3d(1 + std::ldexp(1.0 * r.below(1000), -52), r.below(2) ? 1 : -1, 1e-9 * r.below(3));
+      for (vector3d& p : points)
+        p = vector3d(1 + std::ldexp(1.0 * r.below(1000), -52), r.below(2) ? 1 : -1, 1e-9 * r.below(3));
     const cloud c(points.data(), static_cast<tessarn::ulong>(points.size()));
     const vector3d a = r.below(2) ? vector3d() : points[r.below(static_cast<unsigned>(points.size()))];
     const vector3d b = points[r.below(static_cast<unsigned>(points.size()))];
@@ -112,13 +113,13 @@ std::vector<vector3d> many_points(test::random_source& r, unsigned kind) {
   for (unsigned i = 0; i < n; ++i) {
     const double angle = 6.2831853 * r.uniform(), along = 1.0 * i / n, x = r.uniform(), y = r.uniform();
     switch (kind) {
-      case 0: points.emplace_back(x, y, 0.1 * x); break;                                                // a square
-      case 1: points.emplace_back(std::cos(angle), std::sin(angle), 0.01 * x); break;                   // a ring
-      case 2: points.emplace_back(100 * along, x, 1e6); break;                                          // row by row
-      case 3: points.emplace_back(r.below(3), r.below(3), std::ldexp(1.0 * r.below(3), -50)); break;    // ties
-      case 4: points.emplace_back(x * x * x * 1e-3, y, r.below(900) ? 0.0 : 50 * x); break;             // a few outside
-      case 5: points.emplace_back(std::ldexp(x, -400), std::ldexp(y, -500), 0); break;                  // squares vanish
-      case 6: points.emplace_back(std::ldexp(x, 600), std::ldexp(y, 500), 1); break;                    // and overflow
+      case 0: points.emplace_back(x, y, 0.1 * x); break;                                              // a square
+      case 1: points.emplace_back(std::cos(angle), std::sin(angle), 0.01 * x); break;                 // a ring
+      case 2: points.emplace_back(100 * along, x, 1e6); break;                                        // row by row
+      case 3: points.emplace_back(r.below(3), r.below(3), std::ldexp(1.0 * r.below(3), -50)); break;  // ties
+      case 4: points.emplace_back(x * x * x * 1e-3, y, r.below(900) ? 0.0 : 50 * x); break;           // a few outside
+      case 5: points.emplace_back(std::ldexp(x, -400), std::ldexp(y, -500), 0); break;                // squares vanish
+      case 6: points.emplace_back(std::ldexp(x, 600), std::ldexp(y, 500), 1); break;                  // and overflow
       default: points.emplace_back(r.below(2000) ? x : r.hostile(), y, r.below(2000) ? y : r.hostile());
     }
   }

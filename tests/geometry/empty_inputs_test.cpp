@@ -13,8 +13,7 @@ TEST(EmptyInputs, PlanesOfFewDistinctPoints) {
   for (tessarn::ulong n : {0u, 1u, 2u, 3u, 40u, 160u, 161u, 1100u, 70000u}) {
     for (int distinct : {1, 2}) {
       std::vector<vector3d> points;
-      for (tessarn::ulong i = 0; i < n; ++i)
-        points.emplace_back(i % static_cast<tessarn::ulong>(distinct), 2, 3);
+      for (tessarn::ulong i = 0; i < n; ++i) points.emplace_back(i % static_cast<tessarn::ulong>(distinct), 2, 3);
       ASSERT_TRUE(test::same(plane(points.data(), n), plain::plane{})) << n;
       ASSERT_TRUE(test::same(plane(static_cast<vector3d*>(nullptr), n), plain::plane{})) << n;
     }

@@ -80,10 +80,9 @@ TEST(PlaneFit, TheLastOfEqualPointsIsKept) {
 }
 
 TEST(PlaneFit, CollinearPointsEnd) {
-  for (const std::vector<vec3>& points :
-       {std::vector<vec3>{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}},
-        std::vector<vec3>{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}, {4, 4, 4}},
-        std::vector<vec3>{{1, 2, 3}, {1, 2, 4}, {1, 2, 5}, {1, 2, 9}}}) {
+  for (const std::vector<vec3>& points : {std::vector<vec3>{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}},
+                                          std::vector<vec3>{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}, {4, 4, 4}},
+                                          std::vector<vec3>{{1, 2, 3}, {1, 2, 4}, {1, 2, 5}, {1, 2, 9}}}) {
     plane p = fitted(points);
     EXPECT_TRUE(same(p, plain::fit_plane(points)));
     EXPECT_BITS(p.normal.x, nan);
@@ -145,8 +144,7 @@ TEST(PlaneFit, NanPointsAreNeverDuplicates) {
 }
 
 // Points of the plane through o with the unit normal n, with noise along z.
-std::vector<vec3> cloud(test::random_source& r, std::size_t n, const vec3& normal, double offset,
-                        double noise) {
+std::vector<vec3> cloud(test::random_source& r, std::size_t n, const vec3& normal, double offset, double noise) {
   std::vector<vec3> points;
   for (std::size_t i = 0; i < n; ++i) {
     const double x = r.uniform(-2, 2), y = r.uniform(-2, 2);

@@ -183,10 +183,8 @@ TEST(Plane, CrossOfPlanesAlongAnAxis) {
 TEST(Plane, CrossOfPlanesLiesOnBoth) {
   test::random_source r(122);
   for (int i = 0; i < 5000; ++i) {
-    plane a =
-        through({r.uniform(), r.uniform(), r.uniform()}, {r.uniform(), r.uniform(), r.uniform()});
-    plane b =
-        through({r.uniform(), r.uniform(), r.uniform()}, {r.uniform(), r.uniform(), r.uniform()});
+    plane a = through({r.uniform(), r.uniform(), r.uniform()}, {r.uniform(), r.uniform(), r.uniform()});
+    plane b = through({r.uniform(), r.uniform(), r.uniform()}, {r.uniform(), r.uniform(), r.uniform()});
     vector p, q;
     ASSERT_TRUE(a.cross(b, p, q));
     if (std::fabs(a.normal * b.normal) > 0.99) continue;

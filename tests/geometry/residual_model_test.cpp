@@ -6,10 +6,10 @@
 #include <cmath>
 #include <vector>
 
-#include "simd/isa.h"
 #include "geometry/bounds.h"
-#include "support/random.h"
+#include "simd/isa.h"
 #include "support/instruction_set.h"
+#include "support/random.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <cmath>
 #include <vector>
 
-#include "simd/isa.h"
 #include "geometry/bounds.h"
 #include "geometry/residual_model.h"
 #include "plain/plane_fit.h"
+#include "simd/isa.h"
 #include "support/instruction_set.h"
 #include "support/pairs.h"
 
@@ -22,8 +22,7 @@ using tessarn::detail::residual_model;
 
 template <class T>
 void shuffle(std::vector<T>& v, test::random_source& random) {
-  for (std::size_t i = v.size(); i > 1; --i)
-    std::swap(v[i - 1], v[random.below(static_cast<unsigned>(i))]);
+  for (std::size_t i = v.size(); i > 1; --i) std::swap(v[i - 1], v[random.below(static_cast<unsigned>(i))]);
 }
 
 double power(test::random_source& random, unsigned exponents, int least) {
@@ -35,8 +34,7 @@ struct nine_sums {
   double cost[9];
   nine_sums(const cloud& points, double x, double y, double step) {
     for (int first = 0; first < 9; first += 8) {
-      double cx[candidate_lanes], cy[candidate_lanes], cz[candidate_lanes], mean[candidate_lanes],
-          sum[candidate_lanes];
+      double cx[candidate_lanes], cy[candidate_lanes], cz[candidate_lanes], mean[candidate_lanes], sum[candidate_lanes];
       for (int k = 0; k < 8; ++k) {
         const int cell = std::min(first + k, 8);
         cx[k] = x + (cell % 3 - 1) * step;
@@ -58,8 +56,7 @@ struct nine_sums {
 std::vector<vector3d> draw_cloud(test::random_source& random) {
   const double extent = power(random, 8, -4), away = random.below(2) ? 0 : power(random, 16, -4);
   const double noise = extent * power(random, 12, -11);
-  const double slope_x = random.below(3) ? random.uniform() : 0,
-               slope_y = random.below(3) ? random.uniform() : 0;
+  const double slope_x = random.below(3) ? random.uniform() : 0, slope_y = random.below(3) ? random.uniform() : 0;
   const bool two_levels = random.below(2);
   std::vector<vector3d> points;
   const std::size_t n = 6 + random.below(random.below(4) ? 40 : 1500);
@@ -85,8 +82,7 @@ class edges_of_the_model {
         away_(random.below(2) ? step * random.uniform(0, 2) : 0),
         side_(step * random.uniform(-2, 2)) {
     std::vector<vector3d> copy = all;
-    normal_ =
-        plane(copy.data(), static_cast<tessarn::ulong>(copy.size())).normal;  // near the least sum
+    normal_ = plane(copy.data(), static_cast<tessarn::ulong>(copy.size())).normal;  // near the least sum
   }
   void compare() {
     double before = -3 * step_;
@@ -109,8 +105,7 @@ class edges_of_the_model {
   double y_at(double t) const { return static_cast<double>(normal_.y) + (along_x_ ? side_ : t); }
   int cell_at(double t) const {
     residual_model model = fresh_;
-    if (away_ > 0 &&
-        model.best(x_at(t) + away_, y_at(t) - away_, step_) == residual_model::undecided)
+    if (away_ > 0 && model.best(x_at(t) + away_, y_at(t) - away_, step_) == residual_model::undecided)
       return residual_model::undecided;
     return model.best(x_at(t), y_at(t), step_);
   }
@@ -123,8 +118,7 @@ class edges_of_the_model {
       (cell_at(middle) == cell ? good : bad) = middle;
     }
     ++edges;
-    const double unit =
-        (std::fabs(x_at(0)) + std::fabs(y_at(0)) + step_) * (good > bad ? 0x1p-53 : -0x1p-53);
+    const double unit = (std::fabs(x_at(0)) + std::fabs(y_at(0)) + step_) * (good > bad ? 0x1p-53 : -0x1p-53);
     for (const double behind : {0.0, 1.0, 2.0, 3.0, 5.0, 9.0, 20.0}) {
       const double t = good + behind * unit;
       const int found = cell_at(t);
@@ -162,8 +156,7 @@ TEST(Ties, TheModelDecidesNotTooEarly) {
 
 // n points of which few have different residuals: half of them differ in y by nothing that counts,
 // half in x, in long runs. Thousands of roundings of a sum go the same way, and the sum drifts.
-std::vector<vector3d> few_residuals(std::size_t n, double height, double slope,
-                                    test::random_source& random) {
+std::vector<vector3d> few_residuals(std::size_t n, double height, double slope, test::random_source& random) {
   std::vector<vector3d> all;
   const double x = random.uniform(0.4, 0.6), y = random.uniform(0.4, 0.6);
   const std::size_t run = 1 + random.below(2) * (n / 8);
@@ -185,8 +178,8 @@ TEST(Ties, TheModelUnderSystematicRounding) {
   for (int round = 0; round < 150; ++round) {
     test::use_set_of_round(static_cast<int>(round));
     const std::size_t n = round % 10 ? 300 + random.below(2000) : round < 50 ? 100000 : 20000;
-    const std::vector<vector3d> all = few_residuals(
-        n, random.uniform(0.1, 0.3), random.below(2) ? 0 : random.uniform(-0.3, 0.3), random);
+    const std::vector<vector3d> all =
+        few_residuals(n, random.uniform(0.1, 0.3), random.below(2) ? 0 : random.uniform(-0.3, 0.3), random);
     edges_of_the_model e(all, std::ldexp(1.0, -10 - static_cast<int>(random.below(12))), random);
     e.compare();
     ASSERT_EQ(e.wrong, 0) << "round " << round;
@@ -205,8 +198,7 @@ TEST(Ties, TheModelAtAMaximumOfTheSum) {
     std::vector<vector3d> all;
     const double tall = power(random, 8, 0), flat = power(random, 6, -4);
     for (std::size_t i = 0; i < 2 + random.below(30); ++i) {
-      const double x = flat * random.uniform(), y = flat * random.uniform(),
-                   z = tall * random.uniform();
+      const double x = flat * random.uniform(), y = flat * random.uniform(), z = tall * random.uniform();
       for (const double i_x : {-1.0, 1.0})
         for (const double i_y : {-1.0, 1.0}) all.emplace_back(i_x * x, i_y * y, z);
     }
@@ -215,13 +207,11 @@ TEST(Ties, TheModelAtAMaximumOfTheSum) {
     const residual_bounds bounds(points);
     for (double step = 0.01; step > 1e-6; step *= 0.5) {
       for (int place = 0; place < 4; ++place) {
-        const double x = place & 1 ? step * random.uniform(-3, 3) : 0,
-                     y = place & 2 ? step * random.uniform(-3, 3) : 0;
+        const double x = place & 1 ? step * random.uniform(-3, 3) : 0, y = place & 2 ? step * random.uniform(-3, 3) : 0;
         residual_model model(bounds.form(), bounds.usable());
         const int found = model.best(x, y, step);
         if (found == residual_model::undecided) continue;
-        ASSERT_TRUE(nine_sums(points, x, y, step).is_least(found))
-            << "round " << round << ", place " << place;
+        ASSERT_TRUE(nine_sums(points, x, y, step).is_least(found)) << "round " << round << ", place " << place;
       }
     }
   }
@@ -242,11 +232,9 @@ TEST(Ties, FitsOfMirroredClouds) {
     shuffle(all, random);
     std::vector<plain::vec3> copy;
     for (const vector3d& p : all)
-      copy.push_back(
-          {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)});
+      copy.push_back({static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)});
     const plain::plane want = plain::fit_plane(copy);
-    ASSERT_TRUE(test::same(plane(all.data(), static_cast<tessarn::ulong>(all.size())), want))
-        << "round " << round;
+    ASSERT_TRUE(test::same(plane(all.data(), static_cast<tessarn::ulong>(all.size())), want)) << "round " << round;
   }
 }
 
@@ -258,8 +246,7 @@ TEST(Ties, BoundsHoldUnderSystematicRounding) {
     test::use_set_of_round(static_cast<int>(round));
     constexpr std::size_t sizes[] = {1000, 4096, 10000, 30000, 100000};
     const std::size_t n = sizes[round < 20 ? 4 : random.below(4)];
-    const double height = random.uniform(0.5, 1),
-                 level = random.below(3) ? 0 : power(random, 30, -10);
+    const double height = random.uniform(0.5, 1), level = random.below(3) ? 0 : power(random, 30, -10);
     const double extent = power(random, 12, -10);
     std::vector<vector3d> all;
     for (std::size_t i = 0; i < n; ++i) {
@@ -270,12 +257,10 @@ TEST(Ties, BoundsHoldUnderSystematicRounding) {
     ASSERT_EQ(points.size(), n);
     const residual_bounds bounds(points);
     for (double x : {0.0, 1e-7, 1e-3}) {
-      double cx[candidate_lanes] = {x}, cy[candidate_lanes] = {},
-             cz[candidate_lanes] = {std::sqrt(1 - x * x)};
+      double cx[candidate_lanes] = {x}, cy[candidate_lanes] = {}, cz[candidate_lanes] = {std::sqrt(1 - x * x)};
       double mean[candidate_lanes], cost[candidate_lanes];
       tessarn::detail::geometry_kernels_in_use().residuals(points.arrays(), cx, cy, cz, mean, cost);
-      double gx[candidate_lanes], gy[candidate_lanes], gz[candidate_lanes], low[candidate_lanes],
-          high[candidate_lanes];
+      double gx[candidate_lanes], gy[candidate_lanes], gz[candidate_lanes], low[candidate_lanes], high[candidate_lanes];
       bounds(x, 0, 0, gx, gy, gz, low, high);
       ASSERT_LE(low[0], cost[0]) << n << " points, round " << round;
       ASSERT_GE(high[0], cost[0]) << n << " points, round " << round;
@@ -302,8 +287,7 @@ TEST(Ties, DirectionBoundsHoldUnderSystematicRounding) {
         none{nullptr, nullptr, nullptr, 0};
     const bool along = random.below(2);
     const tessarn::detail::direction_bounds bounds(along ? same : none, along ? none : same);
-    double x[candidate_lanes] = {random.uniform()}, y[candidate_lanes] = {0.5 * random.uniform()},
-           z[candidate_lanes];
+    double x[candidate_lanes] = {random.uniform()}, y[candidate_lanes] = {0.5 * random.uniform()}, z[candidate_lanes];
     if (x[0] * x[0] + y[0] * y[0] > 1) x[0] = 0;
     z[0] = std::sqrt(1 - x[0] * x[0] - y[0] * y[0]);
     for (std::size_t k = 1; k < candidate_lanes; ++k) z[k] = 0;
@@ -324,8 +308,7 @@ TEST(Ties, NormalsOfExtremeDirections) {
   test::random_source random(98);
   for (int round = 0; round < 90; ++round) {
     test::use_set_of_round(static_cast<int>(round));
-    constexpr double scales[] = {1e-165, 1e-162, 1e-160, 1e-155, 1e-120,
-                                 1e-100, 1e100,  1e120,  1e150,  1e153};
+    constexpr double scales[] = {1e-165, 1e-162, 1e-160, 1e-155, 1e-120, 1e-100, 1e100, 1e120, 1e150, 1e153};
     const double scale = scales[round % 10];
     const auto draw = [&](std::size_t n) {
       std::vector<plain::vec3> v;
@@ -338,8 +321,7 @@ TEST(Ties, NormalsOfExtremeDirections) {
     for (const plain::vec3& d : par) along.push_back(test::lib(d));
     for (const plain::vec3& d : perp) across.push_back(test::lib(d));
     vector3d n;
-    ASSERT_TRUE(plane::CalcNormale(n, along.data(), static_cast<tessarn::ulong>(along.size()),
-                                   across.data(), 100));
+    ASSERT_TRUE(plane::CalcNormale(n, along.data(), static_cast<tessarn::ulong>(along.size()), across.data(), 100));
     ASSERT_TRUE(test::same(n, plain::calc_normale(par, perp))) << scale;
   }
   test::use_set_of_run();
@@ -367,16 +349,14 @@ TEST(Ties, TheFirstOfEquallyFarPoints) {
         const auto sign = [&] { return random.below(2) ? 1.0 : -1.0; };
         all.emplace_back(sign() * far[0], sign() * far[1], sign() * far[2]);
       } else {
-        all.emplace_back(random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5),
-                         random.uniform(-0.5, 0.5));
+        all.emplace_back(random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5));
       }
     }
     const cloud points(all.data(), static_cast<tessarn::ulong>(n));
     const vector3d from, to = round % 4 ? vector3d() : vector3d(0x1p-30, 0, 0);
     for (const bool two : {false, true}) {
       const auto far_at = [&](std::size_t i) {
-        return two ? distance(points.point(i), from) + distance(points.point(i), to)
-                   : distance(points.point(i), from);
+        return two ? distance(points.point(i), from) + distance(points.point(i), to) : distance(points.point(i), from);
       };
       double greatest = two ? distance(from, to) : 0, square = 0;
       std::size_t first = points.size();

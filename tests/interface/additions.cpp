@@ -23,12 +23,12 @@ namespace {
 
 int failures = 0;
 
-#define EXPECT(condition)                                              \
-  do {                                                                 \
-    if (!(condition)) {                                                \
-      std::printf("%s:%d: %s\n", __FILE__, __LINE__, #condition);      \
-      ++failures;                                                      \
-    }                                                                  \
+#define EXPECT(condition)                                         \
+  do {                                                            \
+    if (!(condition)) {                                           \
+      std::printf("%s:%d: %s\n", __FILE__, __LINE__, #condition); \
+      ++failures;                                                 \
+    }                                                             \
   } while (false)
 
 template <class Exception, class Function>

@@ -14,8 +14,10 @@ struct misuse {
   void (*commit)();
 };
 
-#define MISUSE(statement) \
-  misuse { __LINE__, [] { statement; } }
+#define MISUSE(statement)       \
+  misuse {                      \
+    __LINE__, [] { statement; } \
+  }
 
 mat<long double> m32() { return mat<long double>{{1, 2, 3}, {4, 5, 6}}; }
 sqmat<long double> s2() { return sqmat<long double>{{1, 2}, {3, 5}}; }
@@ -48,7 +50,7 @@ const misuse misuses[] = {
     MISUSE((void)complex_square.get(0, 2)),
     MISUSE(complex_square.set(2, 0, cplx(1, 1))),
     MISUSE(complex_square *= complex_three),
-    MISUSE((void)(complex_square * complex_three)),
+    MISUSE((void)(complex_square* complex_three)),
     MISUSE(complex_square.setColumn(0, mat<cplx>(1, 1))),
     MISUSE(complex_square.solve(complex_ready)),
     MISUSE(list[1].x = 2),
@@ -67,9 +69,9 @@ bool right_use() {
   complex_square.set(0, 0, cplx(0, 1));
   complex_square.setColumn(1, complex_square.getColumn(0));
   t.setColumn(0, t.getColumn(1));
-  return (a * b).get(0, 0) == 1 && a + a == 2 * a && (a - a).get(2, 1) == 0 && !(a != m32()) && (s * s).get(0, 0) == 7 &&
-         t.get(0, 0) == 12 && right.get(0, 1) == 1.5 && x.getHeight() == 2 && list[0].y == 2 && s == s2() &&
-         (complex_square * complex_square).get(0, 0) == cplx(-1, 0);
+  return (a * b).get(0, 0) == 1 && a + a == 2 * a && (a - a).get(2, 1) == 0 && !(a != m32()) &&
+         (s * s).get(0, 0) == 7 && t.get(0, 0) == 12 && right.get(0, 1) == 1.5 && x.getHeight() == 2 &&
+         list[0].y == 2 && s == s2() && (complex_square * complex_square).get(0, 0) == cplx(-1, 0);
 }
 
 }  // namespace

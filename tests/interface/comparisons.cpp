@@ -21,28 +21,28 @@ const T constant(T v) {  // a constant temporary
 }
 
 // A named object, a named constant, a temporary and a constant temporary on either side.
-#define EXPECT_ALL_KINDS(type, operation, left, right, wanted)                                                   \
-  do {                                                                                                           \
-    type a = left, b = right;                                                                                    \
-    const type ca = left, cb = right;                                                                            \
-    (void)a, (void)b;                                                                                            \
-    expect(#left " " #operation " " #right ", object and object", a operation b, wanted);                        \
-    expect(#left " " #operation " " #right ", object and constant", a operation cb, wanted);                     \
-    expect(#left " " #operation " " #right ", object and temporary", a operation type(right), wanted);           \
-    expect(#left " " #operation " " #right ", object and constant temporary", a operation constant(b), wanted);  \
-    expect(#left " " #operation " " #right ", constant and object", ca operation b, wanted);                     \
-    expect(#left " " #operation " " #right ", constant and constant", ca operation cb, wanted);                  \
-    expect(#left " " #operation " " #right ", constant and temporary", ca operation type(right), wanted);        \
-    expect(#left " " #operation " " #right ", constant and constant temporary", ca operation constant(b), wanted); \
-    expect(#left " " #operation " " #right ", temporary and object", type(left) operation b, wanted);            \
-    expect(#left " " #operation " " #right ", temporary and constant", type(left) operation cb, wanted);         \
-    expect(#left " " #operation " " #right ", temporary and temporary", type(left) operation type(right), wanted); \
-    expect(#left " " #operation " " #right ", temporary and constant temporary", type(left) operation constant(b), \
-           wanted);                                                                                              \
-    expect(#left " " #operation " " #right ", constant temporary and object", constant(a) operation b, wanted);  \
-    expect(#left " " #operation " " #right ", constant temporary and constant", constant(a) operation cb, wanted); \
+#define EXPECT_ALL_KINDS(type, operation, left, right, wanted)                                                      \
+  do {                                                                                                              \
+    type a = left, b = right;                                                                                       \
+    const type ca = left, cb = right;                                                                               \
+    (void)a, (void)b;                                                                                               \
+    expect(#left " " #operation " " #right ", object and object", a operation b, wanted);                           \
+    expect(#left " " #operation " " #right ", object and constant", a operation cb, wanted);                        \
+    expect(#left " " #operation " " #right ", object and temporary", a operation type(right), wanted);              \
+    expect(#left " " #operation " " #right ", object and constant temporary", a operation constant(b), wanted);     \
+    expect(#left " " #operation " " #right ", constant and object", ca operation b, wanted);                        \
+    expect(#left " " #operation " " #right ", constant and constant", ca operation cb, wanted);                     \
+    expect(#left " " #operation " " #right ", constant and temporary", ca operation type(right), wanted);           \
+    expect(#left " " #operation " " #right ", constant and constant temporary", ca operation constant(b), wanted);  \
+    expect(#left " " #operation " " #right ", temporary and object", type(left) operation b, wanted);               \
+    expect(#left " " #operation " " #right ", temporary and constant", type(left) operation cb, wanted);            \
+    expect(#left " " #operation " " #right ", temporary and temporary", type(left) operation type(right), wanted);  \
+    expect(#left " " #operation " " #right ", temporary and constant temporary", type(left) operation constant(b),  \
+           wanted);                                                                                                 \
+    expect(#left " " #operation " " #right ", constant temporary and object", constant(a) operation b, wanted);     \
+    expect(#left " " #operation " " #right ", constant temporary and constant", constant(a) operation cb, wanted);  \
     expect(#left " " #operation " " #right ", constant temporary and temporary", constant(a) operation type(right), \
-           wanted);                                                                                              \
+           wanted);                                                                                                 \
   } while (false)
 
 mat<long double> row_of(int columns) { return mat<long double>(columns, 1); }

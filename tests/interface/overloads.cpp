@@ -60,7 +60,8 @@ void plane_vectors() {
   v = v.resize(3.0) + c.resize(2.0);
   print("vector x", static_cast<double>(v.x));
   print("vector y", static_cast<double>(v.y));
-  print("vector angles", static_cast<double>(c.dirarc(a + b)) + static_cast<double>(a.arc(c)) + static_cast<double>(c.dirarc()));
+  print("vector angles",
+        static_cast<double>(c.dirarc(a + b)) + static_cast<double>(a.arc(c)) + static_cast<double>(c.dirarc()));
   print("vector equal", (a == c) + 2 * (c == c) + 4 * (a == a + b) + 8 * (c == a));
   print("vector rounded", c.rx() + 10 * c.ry() + 100 * b.ry());
   std::vector<vector> list{c, a, b};
@@ -82,7 +83,8 @@ void space_vectors() {
   print("vector3d x", static_cast<double>(v.x));
   print("vector3d y", static_cast<double>(v.y));
   print("vector3d z", static_cast<double>(v.z));
-  print("vector3d dot", static_cast<double>(c * a) + static_cast<double>(a * c) + static_cast<double>((a + b) * (b - c)));
+  print("vector3d dot",
+        static_cast<double>(c * a) + static_cast<double>(a * c) + static_cast<double>((a + b) * (b - c)));
   print("vector3d equal", (a == c) + 2 * (c == c) + 4 * (a == a + b));
   polarvector3d p = c;
   const polarvector3d q(0.3, 0.2, 2);
@@ -91,7 +93,8 @@ void space_vectors() {
   p = polarvector3d(v);
   p = c;  // changes nothing
   print("polar alpha", static_cast<double>(p.alpha));
-  print("polar sum", static_cast<double>((p - q).len) + static_cast<double>(q.cross(p).beta) + static_cast<double>(q * p));
+  print("polar sum",
+        static_cast<double>((p - q).len) + static_cast<double>(q.cross(p).beta) + static_cast<double>(q * p));
   values_in_containers(a, c);
   values_in_containers(p, q);
 }
@@ -158,7 +161,8 @@ void polynomials() {
   print("plane", static_cast<double>(fitted.normal.x) + static_cast<double>(fitted.origin.z));
   const plane upright(vector3d(0, 0, 1), vector3d(0.5, 0.25, 3));
   vector st;
-  print("plane cross", static_cast<double>(upright.cross(vector3d(1, 2, 3)).x) + static_cast<double>(upright.cross(vector3d(1, 2, 3), st).y));
+  print("plane cross", static_cast<double>(upright.cross(vector3d(1, 2, 3)).x) +
+                           static_cast<double>(upright.cross(vector3d(1, 2, 3), st).y));
   line3d segment(vector3d(0, 0, 0), vector3d(0.1, 0.2, 5));
   print("line3d", segment.cut_off(upright) + static_cast<double>(segment.start.z));
   values_in_containers(upright, fitted);
@@ -168,7 +172,8 @@ void polynomials() {
   const vectormat copied = list_of_points;
   vector centre;
   centre = copied;
-  print("vectormat", static_cast<double>(copied.average().y) + static_cast<double>(centre.x) + static_cast<double>(copied.avdir().y));
+  print("vectormat", static_cast<double>(copied.average().y) + static_cast<double>(centre.x) +
+                         static_cast<double>(copied.avdir().y));
 }
 
 // Loops that compilers vectorise: the lanes must round as a single call does.

@@ -1,6 +1,6 @@
 // Cofactors of real and complex matrices.
-#include "plain/det_solve.h"
 #include "matrix_support.h"
+#include "plain/det_solve.h"
 
 namespace {
 
@@ -57,14 +57,14 @@ TEST(Cofactor, IndicesOfLargerMatricesWrapBeforeTheSign) {
 
 TEST(Cofactor, KeepsNanOfATwoByTwoEntryButNotOfAMinor) {
   EXPECT_BITS(square(2, {1, 2, 3, quiet_nan}).cof(0, 0), quiet_nan);
-  EXPECT_BITS(square(3, {1, 0, 0, 0, quiet_nan, 0, 0, 0, 1}).cof(0, 0),
-              plain::cof(
-                  [] {
-                    plain::square p(3);
-                    p.data = {1, 0, 0, 0, quiet_nan, 0, 0, 0, 1};
-                    return p;
-                  }(),
-                  0, 0));
+  EXPECT_BITS(square(3, {1, 0, 0, 0, quiet_nan, 0, 0, 0, 1}).cof(0, 0), plain::cof(
+                                                                            [] {
+                                                                              plain::square p(3);
+                                                                              p.data = {1, 0, 0, 0, quiet_nan,
+                                                                                        0, 0, 0, 1};
+                                                                              return p;
+                                                                            }(),
+                                                                            0, 0));
 }
 
 // Both parts are multiplied by the sign, zeros too.

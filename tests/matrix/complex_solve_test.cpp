@@ -1,6 +1,6 @@
 // The square complex solve: elimination without pivoting, and the division by zero that gives zero.
-#include "plain/det_solve.h"
 #include "matrix_support.h"
+#include "plain/det_solve.h"
 
 namespace {
 
@@ -64,8 +64,7 @@ TEST(ComplexSolve, DividesTwice) {
     complex_matrix b = complex_column({t});
     complex_rows(1, {d}).solve(b);
     const double q = d.re * d.re + d.im * d.im;
-    ASSERT_TRUE(
-        same(b.get(0, 0), {(d.im * t.im + d.re * t.re) / q, (d.re * t.im - d.im * t.re) / q}));
+    ASSERT_TRUE(same(b.get(0, 0), {(d.im * t.im + d.re * t.re) / q, (d.re * t.im - d.im * t.re) / q}));
     if (!same_bits(b.get(0, 0).re, (d.im * t.im + d.re * t.re) * (1.0 / q))) ++shows;
   }
   EXPECT_GT(shows, 0u);

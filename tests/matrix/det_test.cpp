@@ -1,6 +1,6 @@
 // Determinants of real and complex matrices.
-#include "plain/det_solve.h"
 #include "matrix_support.h"
+#include "plain/det_solve.h"
 
 namespace {
 
@@ -36,10 +36,8 @@ TEST(Det, ZeroPivotIsNotExchanged) {
 TEST(Det, ZeroPivotDoesNotMatterToSarrus) {
   EXPECT_BITS(square(3, {0, 1, 0, 1, 0, 0, 0, 0, 1}).det(), -1.0);
   // Complex matrices have no such path: the zero pivot leaves the rows as they are.
-  EXPECT_TRUE(
-      same(complex_rows(3, {{0, 0}, {1, 0}, {0, 0}, {1, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {1, 0}})
-               .det(),
-           {0.0, 0.0}));
+  EXPECT_TRUE(same(complex_rows(3, {{0, 0}, {1, 0}, {0, 0}, {1, 0}, {0, 0}, {0, 0}, {0, 0}, {0, 0}, {1, 0}}).det(),
+                   {0.0, 0.0}));
 }
 
 // Both sums start from +0.0, so a determinant of negative zeros is +0.0 and not -0.0.

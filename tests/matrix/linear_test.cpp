@@ -70,8 +70,7 @@ TEST(LeastSquares, WithoutUnknownsOrEquations) {
 TEST_EVERY_BUILD(LeastSquares, MatchesThePlainForm) {
   random_source random(121);
   for (u32 n : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 9u, 13u, 16u, 17u, 33u, 65u}) {
-    for (u32 m :
-         {0u, 1u, 2u, 3u, 4u, 7u, 8u, 15u, 16u, 33u, 63u, 64u, 65u, 127u, 128u, 129u, 200u}) {
+    for (u32 m : {0u, 1u, 2u, 3u, 4u, 7u, 8u, 15u, 16u, 33u, 63u, 64u, 65u, 127u, 128u, 129u, 200u}) {
       if (n > 17 && m > 40 && m % 64 != 1) continue;
       for (entries kind : all_entries) {
         const plain::matrix a = random_matrix(n, m, random, kind);
@@ -139,31 +138,27 @@ TEST(Invert, TwoByTwo) {
 }
 
 TEST(Invert, DiagonalMatrices) {
-  EXPECT_TRUE(same(inverse(rows(3, 3, {2, 0, 0, 0, 0, 0, 0, 0, 4})),
-                   to_plain(rows(3, 3, {0.5, 0, 0, 0, 0, 0, 0, 0, 0.25}))));
+  EXPECT_TRUE(
+      same(inverse(rows(3, 3, {2, 0, 0, 0, 0, 0, 0, 0, 4})), to_plain(rows(3, 3, {0.5, 0, 0, 0, 0, 0, 0, 0, 0.25}))));
   EXPECT_TRUE(same(inverse(rows(1, 1, {8})), to_plain(rows(1, 1, {0.125}))));
   EXPECT_TRUE(same(inverse(rows(1, 1, {0})), to_plain(rows(1, 1, {0}))));
   EXPECT_TRUE(same(inverse(rows(1, 1, {-0.0})), to_plain(rows(1, 1, {0}))));
   EXPECT_TRUE(same(inverse(rows(1, 1, {quiet_nan})), to_plain(rows(1, 1, {0}))));
   EXPECT_TRUE(same(inverse(rows(1, 1, {-inf})), to_plain(rows(1, 1, {-0.0}))));
   EXPECT_TRUE(same(inverse(rows(1, 1, {5e-324})), to_plain(rows(1, 1, {inf}))));
-  EXPECT_TRUE(
-      same(inverse(rows(2, 2, {2, quiet_nan, -0.0, 4})), to_plain(rows(2, 2, {0.5, 0, 0, 0.25}))));
+  EXPECT_TRUE(same(inverse(rows(2, 2, {2, quiet_nan, -0.0, 4})), to_plain(rows(2, 2, {0.5, 0, 0, 0.25}))));
 }
 
 TEST(Invert, RectangularDiagonalMatrices) {
-  EXPECT_TRUE(
-      same(inverse(rows(3, 2, {2, 0, 0, 0, 4, 0})), to_plain(rows(2, 3, {0.5, 0, 0, 0.25, 0, 0}))));
-  EXPECT_TRUE(
-      same(inverse(rows(2, 3, {2, 0, 0, 4, 0, 0})), to_plain(rows(3, 2, {0.5, 0, 0, 0, 0.25, 0}))));
+  EXPECT_TRUE(same(inverse(rows(3, 2, {2, 0, 0, 0, 4, 0})), to_plain(rows(2, 3, {0.5, 0, 0, 0.25, 0, 0}))));
+  EXPECT_TRUE(same(inverse(rows(2, 3, {2, 0, 0, 4, 0, 0})), to_plain(rows(3, 2, {0.5, 0, 0, 0, 0.25, 0}))));
 }
 
 TEST(Invert, SingularSquareMatrixIsNotAPseudoInverse) {
   const real_matrix r = inverse(rows(2, 2, {1, 2, 2, 4}));
   EXPECT_TRUE(same(r, to_plain(rows(2, 2, {inf, -inf, -inf, inf}))));
   // 0 times infinity is stored as it comes: this path has no rule for NaN.
-  EXPECT_TRUE(
-      same(inverse(rows(2, 2, {0, 1, 0, 0})), plain::inverse(to_plain(rows(2, 2, {0, 1, 0, 0})))));
+  EXPECT_TRUE(same(inverse(rows(2, 2, {0, 1, 0, 0})), plain::inverse(to_plain(rows(2, 2, {0, 1, 0, 0})))));
   EXPECT_BITS(inverse(rows(2, 2, {0, 1, 0, 0})).get(0, 0), quiet_nan);
 }
 
@@ -208,8 +203,7 @@ TEST_EVERY_BUILD(Invert, SingleOddEntriesMatchThePlainForm) {
   random_source random(125);
   for (u32 n = 2; n <= 12; ++n) {
     for (u32 k = 0; k < 60; ++k) {
-      plain::matrix a =
-          random_matrix(n, n, random, k % 2 ? entries::ordinary : entries::small_integers);
+      plain::matrix a = random_matrix(n, n, random, k % 2 ? entries::ordinary : entries::small_integers);
       const double odd[] = {quiet_nan, signalling_nan(), inf, -inf, 1e300, 5e-324, -0.0, 0.0};
       const u32 count = 1 + random.below(3);
       for (u32 i = 0; i < count; ++i) a.put(random.below(n), random.below(n), odd[random.below(8)]);
@@ -222,8 +216,7 @@ TEST_EVERY_BUILD(Invert, SingleOddEntriesMatchThePlainForm) {
 TEST_EVERY_BUILD(Invert, LargeMatricesMatchThePlainFormInSampledEntries) {
   random_source random(126);
   for (u32 n : {64u, 65u, 100u}) {
-    const plain::matrix a =
-        random_matrix(n, n, random, n == 65 ? entries::sparse : entries::ordinary);
+    const plain::matrix a = random_matrix(n, n, random, n == 65 ? entries::sparse : entries::ordinary);
     const real_matrix got = inverse(to_library(a));
     plain::square m(n);
     for (std::size_t i = 0; i < a.data.size(); ++i) m.data[i] = plain::stored(a.data[i]);
@@ -289,9 +282,8 @@ TEST(Invert, PseudoInverseIsFormedFromTheDecomposition) {
         }
         real_matrix u, s, v;
         to_library(a).decompose(u, s, v);
-        const plain::matrix want =
-            plain::product(plain::product(to_plain(v), plain::inverse_of_diagonal(to_plain(s))),
-                           plain::transposed(to_plain(u)));
+        const plain::matrix want = plain::product(plain::product(to_plain(v), plain::inverse_of_diagonal(to_plain(s))),
+                                                  plain::transposed(to_plain(u)));
         ASSERT_TRUE(same(got, want)) << describe(w * 100 + h, kind);
       }
     }

@@ -273,8 +273,7 @@ TEST(Mat, AssignmentReplacesSizesAndEntries) {
   EXPECT_NE(b.getData(), nullptr);
   EXPECT_EQ(b.getWidth(), 0u);
   EXPECT_EQ(b.getHeight(), 0u);
-  EXPECT_TRUE(
-      (std::is_void_v<decltype(std::declval<real_matrix&>() = std::declval<real_matrix&>())>));
+  EXPECT_TRUE((std::is_void_v<decltype(std::declval<real_matrix&>() = std::declval<real_matrix&>())>));
 
   complex_matrix c;
   c.create(2, 1);
@@ -483,10 +482,9 @@ TEST_EVERY_BUILD(Mat, ProductMatchesThePlainFormForEverySize) {
 // Sizes around those at which the product packs its operands, splits its sums, or changes its tile.
 TEST_EVERY_BUILD(Mat, LargeProductsMatchThePlainForm) {
   random_source random(34);
-  const u32 shapes[][3] = {{200, 200, 200}, {97, 255, 17}, {96, 256, 24}, {98, 257, 25},
-                           {3, 513, 26},    {195, 300, 3}, {1, 97, 1},    {5, 600, 100},
-                           {97, 1, 101},    {0, 300, 5},   {5, 300, 0},   {120, 0, 130},
-                           {101, 97, 7},    {7, 96, 97},   {193, 270, 49}};
+  const u32 shapes[][3] = {{200, 200, 200}, {97, 255, 17}, {96, 256, 24}, {98, 257, 25}, {3, 513, 26},
+                           {195, 300, 3},   {1, 97, 1},    {5, 600, 100}, {97, 1, 101},  {0, 300, 5},
+                           {5, 300, 0},     {120, 0, 130}, {101, 97, 7},  {7, 96, 97},   {193, 270, 49}};
   for (const auto& shape : shapes) {
     for (entries kind : {entries::ordinary, entries::finite, entries::with_nan}) {
       const plain::matrix p = random_matrix(shape[1], shape[0], random, kind);

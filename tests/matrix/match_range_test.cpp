@@ -1,8 +1,8 @@
 // Point-set matching over the whole range of numbers: never a wrong rotation.
 #include <tessarn/vectors.h>
 
-#include "plain/match.h"
 #include "matrix_support.h"
+#include "plain/match.h"
 
 namespace {
 
@@ -11,14 +11,12 @@ using points = std::vector<vector3d>;
 
 points random_points(u32 n, random_source& random) {
   points p;
-  for (u32 i = 0; i < n; ++i)
-    p.emplace_back(random.uniform(-5, 5), random.uniform(-5, 5), random.uniform(-5, 5));
+  for (u32 i = 0; i < n; ++i) p.emplace_back(random.uniform(-5, 5), random.uniform(-5, 5), random.uniform(-5, 5));
   return p;
 }
 
 points times_power_of_two(points p, int exponent) {
-  for (vector3d& q : p)
-    q = {std::ldexp(q.x, exponent), std::ldexp(q.y, exponent), std::ldexp(q.z, exponent)};
+  for (vector3d& q : p) q = {std::ldexp(q.x, exponent), std::ldexp(q.y, exponent), std::ldexp(q.z, exponent)};
   return p;
 }
 
@@ -33,9 +31,7 @@ points turned(points p) {
   return p;
 }
 
-bool match(real_square& m, points a, points b) {
-  return m.calc_match(a.data(), b.data(), ul(a.size()));
-}
+bool match(real_square& m, points a, points b) { return m.calc_match(a.data(), b.data(), ul(a.size())); }
 
 // For b = R a the matrix holds R transposed.
 void expect_transposed_turn(real_square& m, double tolerance = 1e-13) {
@@ -44,9 +40,8 @@ void expect_transposed_turn(real_square& m, double tolerance = 1e-13) {
     for (u32 x = 0; x < 3; ++x) ASSERT_NEAR(m.get(x, y), r[y][x] / 15, tolerance);
 }
 
-constexpr int exponents[] = {-1010, -1000, -900, -700, -549, -548, -500, -450, -400,
-                             -300,  -270,  -200, -100, 0,    100,  200,  260,  300,
-                             400,   450,   500,  512,  700,  900,  1000, 1015, 1018};
+constexpr int exponents[] = {-1010, -1000, -900, -700, -549, -548, -500, -450, -400, -300, -270, -200, -100, 0,
+                             100,   200,   260,  300,  400,  450,  500,  512,  700,  900,  1000, 1015, 1018};
 
 TEST_EVERY_BUILD(CalcMatchRange, ScalesChangeNoBitOfTheRotation) {
   random_source random(181);
@@ -60,14 +55,11 @@ TEST_EVERY_BUILD(CalcMatchRange, ScalesChangeNoBitOfTheRotation) {
         // Coordinates of different order are matched as well: the rotation does not depend on the
         // sizes.
         m.create(1);
-        ASSERT_TRUE(match(m, times_power_of_two(a, first), times_power_of_two(b, second)))
-            << first << " " << second;
+        ASSERT_TRUE(match(m, times_power_of_two(a, first), times_power_of_two(b, second))) << first << " " << second;
         for (u32 y = 0; y < 3; ++y)
-          for (u32 x = 0; x < 3; ++x)
-            ASSERT_BITS(m.get(x, y), want.get(x, y)) << first << " " << second;
+          for (u32 x = 0; x < 3; ++x) ASSERT_BITS(m.get(x, y), want.get(x, y)) << first << " " << second;
         if (first != second) continue;
-        for (u32 y = 0; y < 3; ++y)
-          ASSERT_BITS(m.get(3, y), std::ldexp(want.get(3, y), first)) << first;
+        for (u32 y = 0; y < 3; ++y) ASSERT_BITS(m.get(3, y), std::ldexp(want.get(3, y), first)) << first;
       }
   }
 }

@@ -3,8 +3,8 @@
 
 #include <Eigen/Geometry>
 
-#include "plain/match.h"
 #include "matrix_support.h"
+#include "plain/match.h"
 
 namespace {
 
@@ -168,12 +168,11 @@ TEST(CalcMatch, ExactMotionsAgainstUmeyama) {
     ASSERT_LT((rotation_of(m) - q.transpose()).norm(), 1e-11);
     const Eigen::Matrix4d truth = Eigen::umeyama(columns_of(b), columns_of(a), false);
     ASSERT_LT((rotation_of(m) - truth.topLeftCorner<3, 3>()).norm(), 1e-11);
-    const Eigen::Vector3d t =
-        columns_of(b).rowwise().mean() - rotation_of(m) * columns_of(a).rowwise().mean();
+    const Eigen::Vector3d t = columns_of(b).rowwise().mean() - rotation_of(m) * columns_of(a).rowwise().mean();
     ASSERT_LT((translation_of(m) - t).norm(), 1e-12);
     // The motion from a to b: the transposed rotation, and the translation that goes with it.
-    const Eigen::Vector3d forward = columns_of(b).rowwise().mean() -
-                                    rotation_of(m).transpose() * columns_of(a).rowwise().mean();
+    const Eigen::Vector3d forward =
+        columns_of(b).rowwise().mean() - rotation_of(m).transpose() * columns_of(a).rowwise().mean();
     ASSERT_LT((forward - c).norm(), 1e-10);
   }
 }
@@ -288,8 +287,7 @@ TEST(CalcMatch, NanCoordinatesCountAsZero) {
     real_square m, want;
     ASSERT_EQ(calc_match(m, a, b), calc_match(want, zero_a, zero_b));
     ASSERT_EQ(m.getSize(), want.getSize());
-    for (u32 e = 0; e < m.getSize() * m.getSize(); ++e)
-      EXPECT_BITS(m.getData()[e], want.getData()[e]);
+    for (u32 e = 0; e < m.getSize() * m.getSize(); ++e) EXPECT_BITS(m.getData()[e], want.getData()[e]);
   }
 }
 
@@ -311,8 +309,7 @@ TEST(CalcMatch, AgreesWithThePlainForm) {
     const points b = moved(a, random_rotation(random), {1, -1, 2});
     plain::square want;
     real_square m;
-    ASSERT_EQ(calc_match(m, a, b),
-              plain::calc_match(want, a.data(), b.data(), static_cast<u32>(a.size())));
+    ASSERT_EQ(calc_match(m, a, b), plain::calc_match(want, a.data(), b.data(), static_cast<u32>(a.size())));
     for (u32 e = 0; e < 16; ++e) ASSERT_NEAR(m.getData()[e], want.data[e], 1e-11);
   }
 }

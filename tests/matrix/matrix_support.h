@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "plain/matrix.h"
 #include "../support/bits.h"
 #include "../support/random.h"
+#include "plain/matrix.h"
 #include "simd/isa.h"
 #include "support/instruction_set.h"
 
@@ -125,8 +125,7 @@ template <class Real>
 ::testing::AssertionResult same_entries(const Real* got, const std::vector<double>& want, u32 width) {
   for (std::size_t i = 0; i < want.size(); ++i) {
     if (!same_bits(got[i], want[i])) {
-      return ::testing::AssertionFailure()
-             << place(i, width) << ": got " << hex(got[i]) << ", want " << hex(want[i]);
+      return ::testing::AssertionFailure() << place(i, width) << ": got " << hex(got[i]) << ", want " << hex(want[i]);
     }
   }
   return ::testing::AssertionSuccess();
@@ -134,9 +133,8 @@ template <class Real>
 
 inline ::testing::AssertionResult same(const real_matrix& got, const plain::matrix& want) {
   if (got.getWidth() != want.width || got.getHeight() != want.height) {
-    return ::testing::AssertionFailure()
-           << "sizes: got " << got.getWidth() << " x " << got.getHeight() << ", want " << want.width
-           << " x " << want.height;
+    return ::testing::AssertionFailure() << "sizes: got " << got.getWidth() << " x " << got.getHeight() << ", want "
+                                         << want.width << " x " << want.height;
   }
   return same_entries(got.getData(), want.data, want.width);
 }
@@ -152,9 +150,8 @@ inline ::testing::AssertionResult same(const cplx& got, plain::cnum want) {
   if (same_bits(got.re, want.re) && same_bits(got.im, want.im)) {
     return ::testing::AssertionSuccess();
   }
-  return ::testing::AssertionFailure()
-         << "got (" << hex(got.re) << ", " << hex(got.im) << "), want (" << hex(want.re) << ", "
-         << hex(want.im) << ")";
+  return ::testing::AssertionFailure() << "got (" << hex(got.re) << ", " << hex(got.im) << "), want (" << hex(want.re)
+                                       << ", " << hex(want.im) << ")";
 }
 
 inline ::testing::AssertionResult same(const complex_square& got, const plain::csquare& want) {
@@ -164,9 +161,7 @@ inline ::testing::AssertionResult same(const complex_square& got, const plain::c
   for (u32 y = 0; y < want.size; ++y) {
     for (u32 x = 0; x < want.size; ++x) {
       const auto r = same(got.get(x, y), want.get(x, y));
-      if (!r)
-        return ::testing::AssertionFailure()
-               << place(want.at(x, y), want.size) << ": " << r.message();
+      if (!r) return ::testing::AssertionFailure() << place(want.at(x, y), want.size) << ": " << r.message();
     }
   }
   return ::testing::AssertionSuccess();
@@ -179,9 +174,7 @@ inline ::testing::AssertionResult same(const complex_matrix& got, const plain::c
   for (u32 y = 0; y < want.height; ++y) {
     for (u32 x = 0; x < want.width; ++x) {
       const auto r = same(got.get(x, y), want.get(x, y));
-      if (!r)
-        return ::testing::AssertionFailure()
-               << place(want.at(x, y), want.width) << ": " << r.message();
+      if (!r) return ::testing::AssertionFailure() << place(want.at(x, y), want.width) << ": " << r.message();
     }
   }
   return ::testing::AssertionSuccess();
@@ -190,53 +183,39 @@ inline ::testing::AssertionResult same(const complex_matrix& got, const plain::c
 // ---------------------------------------------------------------- random entries
 
 enum class entries { ordinary, small_integers, sparse, finite, hostile, with_nan, proportional };
-inline constexpr entries all_entries[] = {
-    entries::ordinary, entries::small_integers, entries::sparse,      entries::finite,
-    entries::hostile,  entries::with_nan,       entries::proportional};
+inline constexpr entries all_entries[] = {entries::ordinary,    entries::small_integers, entries::sparse,
+                                          entries::finite,      entries::hostile,        entries::with_nan,
+                                          entries::proportional};
 
 inline double draw(random_source& random, entries kind) {
   switch (kind) {
-    case entries::small_integers:
-      return static_cast<double>(random.below(5)) - 2.0;
+    case entries::small_integers: return static_cast<double>(random.below(5)) - 2.0;
     case entries::sparse:
       switch (random.below(8)) {
         case 0:
         case 1:
-        case 2:
-          return 0.0;
-        case 3:
-          return -0.0;
-        case 4:
-          return 1.0;
-        default:
-          return random.uniform(-3.0, 3.0);
+        case 2: return 0.0;
+        case 3: return -0.0;
+        case 4: return 1.0;
+        default: return random.uniform(-3.0, 3.0);
       }
-    case entries::finite:
-      return random.hostile_finite();
-    case entries::hostile:
-      return random.hostile();
+    case entries::finite: return random.hostile_finite();
+    case entries::hostile: return random.hostile();
     case entries::with_nan:
       switch (random.below(24)) {
-        case 0:
-          return quiet_nan;
-        case 1:
-          return -quiet_nan;
-        case 2:
-          return signalling_nan();
-        case 3:
-          return random.below(2) ? inf : -inf;
-        default:
-          return random.uniform(-3.0, 3.0);
+        case 0: return quiet_nan;
+        case 1: return -quiet_nan;
+        case 2: return signalling_nan();
+        case 3: return random.below(2) ? inf : -inf;
+        default: return random.uniform(-3.0, 3.0);
       }
-    default:
-      return random.uniform(-3.0, 3.0);
+    default: return random.uniform(-3.0, 3.0);
   }
 }
 
 // Fills a row-major table; `parts` is 2 for complex entries. Proportional: some columns are exact
 // or rounded multiples of others, and some rows repeat, so that pivots vanish or tie.
-inline void fill(double* data, u32 width, u32 height, u32 parts, random_source& random,
-                 entries kind) {
+inline void fill(double* data, u32 width, u32 height, u32 parts, random_source& random, entries kind) {
   const std::size_t count = static_cast<std::size_t>(width) * height * parts;
   for (std::size_t i = 0; i < count; ++i) data[i] = draw(random, kind);
   if (kind != entries::proportional || width < 2 || height < 2) return;
@@ -246,8 +225,7 @@ inline void fill(double* data, u32 width, u32 height, u32 parts, random_source& 
   const double factors[] = {1.0, -1.0, 2.0, -0.5, 3.0, 1.0 / 3.0};
   const double f = factors[random.below(6)];
   for (u32 y = 0; y < height; ++y) {
-    for (u32 k = 0; k < parts; ++k)
-      data[y * stride + to * parts + k] = f * data[y * stride + from * parts + k];
+    for (u32 k = 0; k < parts; ++k) data[y * stride + to * parts + k] = f * data[y * stride + from * parts + k];
   }
   if (random.below(2)) {
     const u32 source = random.below(height);
@@ -291,8 +269,7 @@ inline std::vector<u32> all_sizes() {
 }
 
 inline std::string describe(u32 n, entries kind) {
-  return "size " + std::to_string(n) + ", entries of kind " +
-         std::to_string(static_cast<int>(kind));
+  return "size " + std::to_string(n) + ", entries of kind " + std::to_string(static_cast<int>(kind));
 }
 
 // ---------------------------------------------------------------- builds of the kernels

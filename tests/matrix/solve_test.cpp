@@ -1,6 +1,6 @@
 // The square real solve: LU factorisation with partial pivoting.
-#include "plain/det_solve.h"
 #include "matrix_support.h"
+#include "plain/det_solve.h"
 
 namespace {
 

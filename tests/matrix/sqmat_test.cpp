@@ -10,12 +10,8 @@ namespace {
 using namespace test;
 
 struct real_probe : real_square {
-  std::ptrdiff_t offset_of_data() {
-    return reinterpret_cast<char*>(&data) - reinterpret_cast<char*>(this);
-  }
-  std::ptrdiff_t offset_of_size() {
-    return reinterpret_cast<char*>(&size) - reinterpret_cast<char*>(this);
-  }
+  std::ptrdiff_t offset_of_data() { return reinterpret_cast<char*>(&data) - reinterpret_cast<char*>(this); }
+  std::ptrdiff_t offset_of_size() { return reinterpret_cast<char*>(&size) - reinterpret_cast<char*>(this); }
 };
 
 struct complex_probe : complex_square {
@@ -146,8 +142,7 @@ TEST(Sqmat, Assignment) {
   b = none;
   EXPECT_EQ(b.getSize(), 0u);
   EXPECT_EQ(b.getData(), nullptr);
-  EXPECT_TRUE(
-      (std::is_void_v<decltype(std::declval<real_square&>() = std::declval<real_square&>())>));
+  EXPECT_TRUE((std::is_void_v<decltype(std::declval<real_square&>() = std::declval<real_square&>())>));
 
   complex_probe d;
   complex_square e = complex_rows(2, {{1, 2}, {quiet_nan, 4}, {5, 6}, {7, 8}});

@@ -2,9 +2,9 @@
 // its sums, and what is left after the last sweep.
 #include <cstdint>
 
-#include "plain/decompose.h"
 #include "core/storage.h"
 #include "matrix/kernels/kernels.h"
+#include "plain/decompose.h"
 #include "svd_support.h"
 
 namespace {
@@ -78,9 +78,8 @@ void expect_golden(const golden (&all)[N], int exponent) {
     const u32 last = std::min(g.width, g.height) - 1;
     EXPECT_TRUE(bits_of(p.s.get(0, 0)) == g.largest && bits_of(p.s.get(last, last)) == g.smallest &&
                 hash.value() == g.all)
-        << std::hex << "{" << std::dec << g.width << ", " << g.height << std::hex << ", 0x"
-        << bits_of(p.s.get(0, 0)) << ", 0x" << bits_of(p.s.get(last, last)) << ", 0x"
-        << hash.value() << "},";
+        << std::hex << "{" << std::dec << g.width << ", " << g.height << std::hex << ", 0x" << bits_of(p.s.get(0, 0))
+        << ", 0x" << bits_of(p.s.get(last, last)) << ", 0x" << hash.value() << "},";
   }
 }
 
@@ -105,8 +104,8 @@ TEST_EVERY_BUILD(DecomposeGolden, ThirtySweeps) {
     plain::decomposition got{plain::matrix(2, a.height), plain::matrix(2, 2), plain::matrix(2, 2)};
     const auto& kernels = tessarn::detail::matrix_kernels_in_use();
     std::vector<double> workspace(kernels.decompose_workspace(a.height, 2));
-    kernels.decompose(a.data.data(), a.height, 2, got.u.data.data(), got.s.data.data(),
-                      got.v.data.data(), workspace.data());
+    kernels.decompose(a.data.data(), a.height, 2, got.u.data.data(), got.s.data.data(), got.v.data.data(),
+                      workspace.data());
     ASSERT_TRUE(same_entries(got.u.data.data(), want.u.data, 2));
     ASSERT_TRUE(same_entries(got.s.data.data(), want.s.data, 2));
     ASSERT_TRUE(same_entries(got.v.data.data(), want.v.data, 2));

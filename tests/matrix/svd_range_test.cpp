@@ -25,8 +25,8 @@ TEST_EVERY_BUILD(DecomposeRange, PowersOfTwoChangeTheSingularValuesAlone) {
   random_source random(171);
   for (const auto& shape : shapes) {
     for (int k = 0; k < 4; ++k) {
-      const plain::matrix a = random_matrix(shape[0], shape[1], random,
-                                            k % 2 ? entries::small_integers : entries::ordinary);
+      const plain::matrix a =
+          random_matrix(shape[0], shape[1], random, k % 2 ? entries::small_integers : entries::ordinary);
       SCOPED_TRACE(std::to_string(shape[0]) + " x " + std::to_string(shape[1]));
       expect_valid(times_power_of_two(a, -390), "small");
       expect_valid(times_power_of_two(a, 390), "large");
@@ -46,8 +46,7 @@ TEST_EVERY_BUILD(DecomposeRange, Subnormal) {
   random_source random(172);
   for (const auto& shape : shapes) {
     const plain::matrix a = random_matrix(shape[0], shape[1], random, entries::small_integers);
-    const parts want = decomposed(times_power_of_two(a, -390)),
-                got = decomposed(times_power_of_two(a, -1070));
+    const parts want = decomposed(times_power_of_two(a, -390)), got = decomposed(times_power_of_two(a, -1070));
     ASSERT_TRUE(same(got.u, to_plain(want.u)));
     ASSERT_TRUE(same(got.v, to_plain(want.v)));
     ASSERT_TRUE(same(got.s, times_power_of_two(to_plain(want.s), -680)));
@@ -71,8 +70,7 @@ TEST_EVERY_BUILD(DecomposeRange, EntriesFarApart) {
   for (u32 n : {2u, 3u, 5u, 9u}) {
     for (int k = 0; k < 40; ++k) {
       plain::matrix a = random_matrix(n, n + 2 * (k % 2), random, entries::ordinary);
-      for (double& v : a.data)
-        v = std::ldexp(v, 1000 - (random.below(3) ? 0 : static_cast<int>(random.below(2000))));
+      for (double& v : a.data) v = std::ldexp(v, 1000 - (random.below(3) ? 0 : static_cast<int>(random.below(2000))));
       const parts p = decomposed(a);
       const double tolerance = 1e-13;
       ASSERT_LE(columns_off(p.u), tolerance);
@@ -80,10 +78,8 @@ TEST_EVERY_BUILD(DecomposeRange, EntriesFarApart) {
       for (u32 y = 0; y < a.height; ++y)
         for (u32 x = 0; x < n; ++x) {
           double s = 0.0;
-          for (u32 i = 0; i < n; ++i)
-            s += p.u.get(i, y) * std::ldexp(p.s.get(i, i), -1000) * p.v.get(i, x);
-          ASSERT_NEAR(s, std::ldexp(a.get(x, y), -1000),
-                      tolerance * std::ldexp(p.s.get(0, 0), -1000));
+          for (u32 i = 0; i < n; ++i) s += p.u.get(i, y) * std::ldexp(p.s.get(i, i), -1000) * p.v.get(i, x);
+          ASSERT_NEAR(s, std::ldexp(a.get(x, y), -1000), tolerance * std::ldexp(p.s.get(0, 0), -1000));
         }
     }
   }
@@ -106,8 +102,7 @@ TEST_EVERY_BUILD(DecomposeRange, NotFinite) {
       for (u32 i = 0; i < 9; ++i) a.data[i] = i == at ? odd : 1e-300 * (i + 1);
       bool found = false;
       const parts p = decomposed(a);
-      for (u32 i = 0; i < 9; ++i)
-        found |= !std::isfinite(p.s.getData()[i]) || !std::isfinite(p.u.getData()[i]);
+      for (u32 i = 0; i < 9; ++i) found |= !std::isfinite(p.s.getData()[i]) || !std::isfinite(p.u.getData()[i]);
       EXPECT_TRUE(found) << at;
     }
   }
@@ -124,8 +119,7 @@ TEST(DecomposeRange, PseudoInverse) {
     real_matrix m = to_library(times_power_of_two(a, exponent));
     m.invert(inverse);
     for (std::size_t i = 0; i < want.data.size(); ++i)
-      ASSERT_NEAR(std::ldexp(inverse.getData()[i], exponent), std::ldexp(want.data[i], -390),
-                  1e-14);
+      ASSERT_NEAR(std::ldexp(inverse.getData()[i], exponent), std::ldexp(want.data[i], -390), 1e-14);
   }
 }
 

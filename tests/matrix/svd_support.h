@@ -55,8 +55,7 @@ inline double rows_off(const real_matrix& q) {
 // Sizes, an exactly diagonal S in non-increasing order without negative values, orthonormal
 // factors, and the product, all within rounding of the largest singular value.
 inline void expect_valid(const plain::matrix& a, const char* what) {
-  SCOPED_TRACE(std::string(what) + ", width " + std::to_string(a.width) + ", height " +
-               std::to_string(a.height));
+  SCOPED_TRACE(std::string(what) + ", width " + std::to_string(a.width) + ", height " + std::to_string(a.height));
   const parts p = decomposed(a);
   const u32 n = a.width, m = a.height;
   expect_sizes(p, n, m);

@@ -247,8 +247,7 @@ TEST(Decompose, GradedMatrices) {
 TEST(Decompose, SingularValuesAgreeWithThePlainForm) {
   random_source random(109);
   for (u32 k = 0; k < 300; ++k) {
-    const plain::matrix a =
-        random_matrix(1 + random.below(9), 1 + random.below(9), random, entries::ordinary);
+    const plain::matrix a = random_matrix(1 + random.below(9), 1 + random.below(9), random, entries::ordinary);
     const plain::decomposition want = plain::decompose(a);
     const parts got = decomposed(a);
     for (u32 i = 0; i < a.width; ++i) {
@@ -268,8 +267,7 @@ TEST_EVERY_BUILD(Decompose, VectorsAgreeWithThePlainForm) {
     const plain::matrix a = random_matrix(w, h, random, entries::ordinary);
     const plain::decomposition want = plain::decompose(a);
     double gap = want.s.get(w - 1, w - 1);
-    for (u32 i = 1; i < w; ++i)
-      gap = std::min(gap, want.s.get(i - 1, i - 1) - want.s.get(i, i));
+    for (u32 i = 1; i < w; ++i) gap = std::min(gap, want.s.get(i - 1, i - 1) - want.s.get(i, i));
     if (gap < 1e-3 * want.s.get(0, 0)) continue;
     ++compared;
     const parts got = decomposed(a);
@@ -396,16 +394,14 @@ TEST(Decompose, SingularValuesAgreeWithLapack) {
   for (u32 k = 0; k < 10000; ++k) {
     const u32 limit = k % 100 == 0 ? 40 : 12;
     const u32 w = 1 + random.below(limit), h = 1 + random.below(limit);
-    const entries kind = k % 3 == 0   ? entries::small_integers
-                         : k % 3 == 1 ? entries::ordinary
-                                      : entries::proportional;
+    const entries kind = k % 3 == 0 ? entries::small_integers : k % 3 == 1 ? entries::ordinary : entries::proportional;
     const plain::matrix a = random_matrix(w, h, random, kind);
     const parts p = decomposed(a);
     std::vector<double> copy = a.data, values(std::min(w, h)), work(std::min(w, h));
-    ASSERT_EQ(LAPACKE_dgesvd(LAPACK_ROW_MAJOR, 'N', 'N', static_cast<lapack_int>(h),
-                             static_cast<lapack_int>(w), copy.data(), static_cast<lapack_int>(w),
-                             values.data(), nullptr, 1, nullptr, 1, work.data()),
-              0);
+    ASSERT_EQ(
+        LAPACKE_dgesvd(LAPACK_ROW_MAJOR, 'N', 'N', static_cast<lapack_int>(h), static_cast<lapack_int>(w), copy.data(),
+                       static_cast<lapack_int>(w), values.data(), nullptr, 1, nullptr, 1, work.data()),
+        0);
     const double tolerance = 40.0 * epsilon * std::max(values[0], 1e-300) * std::max(w, h);
     for (u32 i = 0; i < w; ++i) {
       const double want = i < values.size() ? values[i] : 0.0;

@@ -80,8 +80,7 @@ TEST(ZeroExtent, Elementwise) {
 
 TEST_EVERY_BUILD(ZeroExtent, LeastSquaresAndInverses) {
   for (u32 n : large) {
-    real_matrix none = rows(0, n, {}), flat = rows(n, 0, {}), ordinates = rows(1, n, {}),
-                empty = rows(1, 0, {}), x, i;
+    real_matrix none = rows(0, n, {}), flat = rows(n, 0, {}), ordinates = rows(1, n, {}), empty = rows(1, 0, {}), x, i;
     std::fill_n(ordinates.getData(), n, 1.0);
     x.solve(none, ordinates);  // no unknowns
     expect_sizes(x, 1, 0);

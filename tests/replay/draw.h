@@ -10,7 +10,9 @@ template <class T>
 T draw(input& in);
 
 template <>
-inline real draw<real>(input& in) { return in.any(); }
+inline real draw<real>(input& in) {
+  return in.any();
+}
 
 // The members are evaluated in the order of the statements; the order of arguments is not fixed.
 template <>
@@ -71,9 +73,7 @@ void draw_entries(input& in, std::size_t n, Set set) {
     return;
   }
   for (std::size_t i = 0; i < n; ++i)
-    set(i, kind == 0   ? static_cast<real>(in.integer(-3, 3))
-           : kind == 1 ? in.any()
-                       : in.finite());
+    set(i, kind == 0 ? static_cast<real>(in.integer(-3, 3)) : kind == 1 ? in.any() : in.finite());
 }
 
 template <class Matrix>
@@ -186,22 +186,27 @@ inline line3d draw<line3d>(input& in) {
 
 // Makes a table of operations known to the program.
 template <std::size_t n>
-constexpr family family_of(const operation (&operations)[n]) { return {operations, n}; }
+constexpr family family_of(const operation (&operations)[n]) {
+  return {operations, n};
+}
 
 }  // namespace replay
 
 // Texts of operations. The operands are drawn in their order; `out` takes the results. Each text is compiled for
 // variables and, with CONST, for constants, which other members serve.
-#define REPLAY(name, cases, ...) {name, cases, [](input& in, output& out) { __VA_ARGS__; }}
-#define ONE(name, cases, A, ...)                             \
-  REPLAY(name, cases, A a = draw<A>(in); __VA_ARGS__),       \
-  REPLAY(name " const", cases, const A a = draw<A>(in); __VA_ARGS__)
+#define REPLAY(name, cases, ...)                             \
+  {                                                          \
+    name, cases, [](input& in, output& out) { __VA_ARGS__; } \
+  }
+#define ONE(name, cases, A, ...)                       \
+  REPLAY(name, cases, A a = draw<A>(in); __VA_ARGS__), \
+      REPLAY(name " const", cases, const A a = draw<A>(in); __VA_ARGS__)
 
-#define TWO(name, cases, A, B, ...)                                            \
-  REPLAY(name, cases, A a = draw<A>(in); B b = draw<B>(in); __VA_ARGS__),      \
-  REPLAY(name " const", cases, const A a = draw<A>(in); const B b = draw<B>(in); __VA_ARGS__)
+#define TWO(name, cases, A, B, ...)                                       \
+  REPLAY(name, cases, A a = draw<A>(in); B b = draw<B>(in); __VA_ARGS__), \
+      REPLAY(name " const", cases, const A a = draw<A>(in); const B b = draw<B>(in); __VA_ARGS__)
 
 // The left operand changes.
-#define INTO(name, cases, A, B, ...)                                           \
-  REPLAY(name, cases, A a = draw<A>(in); B b = draw<B>(in); __VA_ARGS__),      \
-  REPLAY(name " const", cases, A a = draw<A>(in); const B b = draw<B>(in); __VA_ARGS__)
+#define INTO(name, cases, A, B, ...)                                      \
+  REPLAY(name, cases, A a = draw<A>(in); B b = draw<B>(in); __VA_ARGS__), \
+      REPLAY(name " const", cases, A a = draw<A>(in); const B b = draw<B>(in); __VA_ARGS__)

@@ -86,7 +86,8 @@ void normal_search(input& in, output& out) {
   for (int i = 0; i < npar; ++i) par[i] = finite_vector3d(in);
   for (int i = 0; i < nperp; ++i) perp[i] = finite_vector3d(in);
   vector3d normal(7, 8, 9);
-  out.put(plane::CalcNormale(normal, npar ? par : nullptr, static_cast<ulong>(npar), nperp ? perp : nullptr, static_cast<ulong>(nperp)));
+  out.put(plane::CalcNormale(normal, npar ? par : nullptr, static_cast<ulong>(npar), nperp ? perp : nullptr,
+                             static_cast<ulong>(nperp)));
   out.put(normal);
 }
 

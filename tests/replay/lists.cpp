@@ -17,20 +17,29 @@ const operation table[] = {
     INTO("vectormat add", n, vectormat, vector, a.add(b); if (a.count > 3) a.add(a.points[2]); out.put(a)),
     INTO("vectormat += vector", n, vectormat, vector, a += b; out.put(a)),
     INTO("vectormat append, reserve", n, vectormat, vectormat, a.append(b); a.reserve(a.count + 5); out.put(a)),
-    REPLAY("vectormat del", n, vectormat a = draw<vectormat>(in); a.del(static_cast<tessarn::ulong>(in.integer(0, 33))); out.put(a)),
-    REPLAY("vectormat -= index", n, vectormat a = draw<vectormat>(in); a -= static_cast<tessarn::ulong>(in.integer(0, 33)); out.put(a)),
+    REPLAY("vectormat del", n, vectormat a = draw<vectormat>(in); a.del(static_cast<tessarn::ulong>(in.integer(0, 33)));
+           out.put(a)),
+    REPLAY("vectormat -= index", n, vectormat a = draw<vectormat>(in);
+           a -= static_cast<tessarn::ulong>(in.integer(0, 33)); out.put(a)),
     REPLAY("vectormat *=", n, vectormat a = draw<vectormat>(in); a *= in.any(); out.put(a)),
     REPLAY("vectormat flip", n, vectormat a = draw<vectormat>(in); a.flip(); out.put(a)),
     REPLAY("vectormat sort", 2 * n, vectormat a = draw<vectormat>(in); a.sort(); out.put(a)),
-    REPLAY("vectormat sort large", 40, vectormat a; test::random_source random(in.seed());
-           for (int i = 0; i < 1500; ++i) { const real x = static_cast<real>(random.below(200)); a.add(vector(x, static_cast<real>(random.uniform()))); }
-           a.sort(); out.put(a)),
+    REPLAY(
+        "vectormat sort large", 40, vectormat a; test::random_source random(in.seed()); for (int i = 0; i < 1500; ++i) {
+          const real x = static_cast<real>(random.below(200));
+          a.add(vector(x, static_cast<real>(random.uniform())));
+        } a.sort();
+        out.put(a)),
     ONE("vectormat average", n, vectormat, out.put(a.average())),
     ONE("vectormat avdir", n, vectormat, out.put(a.avdir())),
     REPLAY("vectormat DeleteErrors", n, vectormat a = draw<vectormat>(in); const int kind = in.integer(0, 3);
-           const real limit = kind == 0 ? 0 : kind == 1 ? in.any() : in.within(0, 2); a.DeleteErrors(limit); out.put(a)),
+           const real limit = kind == 0   ? 0
+                              : kind == 1 ? in.any()
+                                          : in.within(0, 2);
+           a.DeleteErrors(limit); out.put(a)),
     REPLAY("vectormat findline", 2 * n, vectormat a = draw<vectormat>(in); const vector direction = draw<vector>(in);
-           vectormat* chain = a.findline(direction); out.put(chain != nullptr); if (chain) out.put(*chain); out.put(a); delete chain),
+           vectormat* chain = a.findline(direction); out.put(chain != nullptr); if (chain) out.put(*chain); out.put(a);
+           delete chain),
 };
 
 }  // namespace

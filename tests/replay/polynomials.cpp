@@ -65,20 +65,28 @@ void put_values(input& in, output& out, Evaluate evaluate) {
   out.put_all(x, static_cast<std::size_t>(count));
 }
 
-#define VALUES(name, call) \
-  REPLAY(name, n / 2, const binom a = draw<binom>(in); put_values(in, out, [&](const real* x, real* y, ulong k) { a.call(x, y, k); }))
+#define VALUES(name, call)                             \
+  REPLAY(name, n / 2, const binom a = draw<binom>(in); \
+         put_values(in, out, [&](const real* x, real* y, ulong k) { a.call(x, y, k); }))
 #define CHANGED(name, cases, ...) REPLAY(name, cases, binom a = draw<binom>(in); __VA_ARGS__; out.put(a))
-#define SEARCH(name, call)                                                                                          \
-  REPLAY(name, n, binom a = smooth(in); const interval r = draw_interval(in); out.put(a.call(r.a, r.b, r.step, r.eps))), \
-  REPLAY(name " const", n, const binom a = smooth(in); const interval r = draw_interval(in); out.put(a.call(r.a, r.b, r.step, r.eps)))
-#define SAMPLES(Q, ...)                                                                       \
-  Q binom a = smooth(in); Q binom b = smooth(in); const interval r = draw_interval(in);       \
-  const real end = r.b < r.a ? r.a : r.b; const real h = r.step < 0 ? -r.step : r.step; __VA_ARGS__
+#define SEARCH(name, call)                                                                       \
+  REPLAY(name, n, binom a = smooth(in); const interval r = draw_interval(in);                    \
+         out.put(a.call(r.a, r.b, r.step, r.eps))),                                              \
+      REPLAY(name " const", n, const binom a = smooth(in); const interval r = draw_interval(in); \
+             out.put(a.call(r.a, r.b, r.step, r.eps)))
+#define SAMPLES(Q, ...)                         \
+  Q binom a = smooth(in);                       \
+  Q binom b = smooth(in);                       \
+  const interval r = draw_interval(in);         \
+  const real end = r.b < r.a ? r.a : r.b;       \
+  const real h = r.step < 0 ? -r.step : r.step; \
+  __VA_ARGS__
 
 const operation polynomial_table[] = {
     REPLAY("binom()", 1, (void)in; out.put(binom())),
     REPLAY("binom copy", n, const binom a = draw<binom>(in); put_shared(out, a)),
-    REPLAY("binom move", n, binom a = draw<binom>(in); binom b(std::move(a)); binom c; c = std::move(b); out.put(a); out.put(c)),
+    REPLAY("binom move", n, binom a = draw<binom>(in); binom b(std::move(a)); binom c; c = std::move(b); out.put(a);
+           out.put(c)),
     CHANGED("binom empty", 60, a.empty()),
     CHANGED("binom create", n, a.create(static_cast<slong>(in.integer(0, 40)))),
     CHANGED("binom resize", n, a.resize(static_cast<slong>(in.integer(0, 12)))),
@@ -87,11 +95,13 @@ const operation polynomial_table[] = {
     INTO("binom copy()", n, binom, binom, a.copy(b); out.put(a)),
     INTO("binom =", n, binom, binom, a = b; out.put(a)),
     ONE("binom func", 2 * n, binom, out.put(a.func(in.any()))),
-    REPLAY("binom func_1(binom)", n, binom a = draw_polynomial(in, 1, 8, [&] { return in.any(); }); binom d; a.func_1(d); out.put(d)),
-    REPLAY("binom func_1(binom) const", n, const binom a = draw_polynomial(in, 1, 8, [&] { return in.any(); }); binom d; a.func_1(d); out.put(d)),
+    REPLAY("binom func_1(binom)", n, binom a = draw_polynomial(in, 1, 8, [&] { return in.any(); }); binom d;
+           a.func_1(d); out.put(d)),
+    REPLAY("binom func_1(binom) const", n, const binom a = draw_polynomial(in, 1, 8, [&] { return in.any(); }); binom d;
+           a.func_1(d); out.put(d)),
     INTO("binom +=", n, binom, binom, a += b; out.put(a)),
     TWO("binom + - and unary -", n, binom, binom, out.put(a + b); out.put(a - b); out.put(-a)),
-    TWO("real * binom, binom(x)", n, binom, real, out.put(b * a); out.put(a * b); out.put(a(b))),
+    TWO("real * binom, binom(x)", n, binom, real, out.put(b* a); out.put(a * b); out.put(a(b))),
     INTO("binom -=", n, binom, binom, a -= b; out.put(a)),
     INTO("binom *= binom", n, binom, binom, if (a.getcofcnt() + b.getcofcnt() > 0) a *= b; out.put(a)),
     REPLAY("binom *= large", n / 3, binom a = draw_polynomial(in, 1, 90, [&] { return in.any(); }); a *= a; out.put(a)),
@@ -140,7 +150,8 @@ ulong draw_cloud(input& in, vector3d* points) {
   const int kind = in.integer(0, 5);
   for (int i = 0; i < count; ++i) {
     points[i] = kind == 0 ? draw<vector3d>(in) : finite_vector3d(in);
-    if (kind > 2) points[i].z = tessarn::detail::product(points[i].x * points[i].y, static_cast<real>(0.25)) + in.within(-0.5, 0.5);
+    if (kind > 2)
+      points[i].z = tessarn::detail::product(points[i].x * points[i].y, static_cast<real>(0.25)) + in.within(-0.5, 0.5);
   }
   return static_cast<ulong>(count);
 }
@@ -160,29 +171,33 @@ void weighted(input& in, output& out) {
 const operation surface_table[] = {
     REPLAY("hyperbinom()", 1, (void)in; out.put(hyperbinom())),
     REPLAY("hyperbinom copy", n, const hyperbinom a = draw<hyperbinom>(in); put_shared(out, a)),
-    REPLAY("hyperbinom move", n, hyperbinom a = draw<hyperbinom>(in); hyperbinom b(std::move(a)); hyperbinom c; c = std::move(b); out.put(a); out.put(c)),
+    REPLAY("hyperbinom move", n, hyperbinom a = draw<hyperbinom>(in); hyperbinom b(std::move(a)); hyperbinom c;
+           c = std::move(b); out.put(a); out.put(c)),
     CHANGED("hyperbinom empty", 60, a.empty()),
     CHANGED("hyperbinom create", n, a.create(static_cast<slong>(in.integer(0, 9)))),
     CHANGED("hyperbinom resize", n, a.resize(static_cast<slong>(in.integer(0, 7)))),
-    ONE("hyperbinom get, getgrade", n, hyperbinom, const slong i = index_of(in); out.put(a.get(i, index_of(in))); out.put(a.getgrade())),
+    ONE("hyperbinom get, getgrade", n, hyperbinom, const slong i = index_of(in); out.put(a.get(i, index_of(in)));
+        out.put(a.getgrade())),
     CHANGED("hyperbinom set", n, const slong i = index_of(in); const slong j = index_of(in); a.set(i, j, in.any())),
-    REPLAY("hyperbinom getvec", n, open_surface a; a.create(static_cast<slong>(in.integer(1, 6))); const slong k = static_cast<slong>(in.integer(0, 40));
-           const real x = in.any(); out.put(a.getvec(k, x, in.any()))),
+    REPLAY("hyperbinom getvec", n, open_surface a; a.create(static_cast<slong>(in.integer(1, 6)));
+           const slong k = static_cast<slong>(in.integer(0, 40)); const real x = in.any();
+           out.put(a.getvec(k, x, in.any()))),
     INTO("hyperbinom copy()", n, hyperbinom, hyperbinom, a.copy(b); out.put(a)),
     INTO("hyperbinom =", n, hyperbinom, hyperbinom, a = b; out.put(a)),
     ONE("hyperbinom func", 2 * n, hyperbinom, const real x = in.any(); out.put(a.func(x, in.any()))),
     INTO("hyperbinom +=", n, hyperbinom, hyperbinom, a += b; out.put(a)),
     TWO("hyperbinom + - and unary -", n, hyperbinom, hyperbinom, out.put(a + b); out.put(a - b); out.put(-a)),
-    TWO("real * hyperbinom", n, hyperbinom, real, out.put(b * a); out.put(a * b)),
+    TWO("real * hyperbinom", n, hyperbinom, real, out.put(b* a); out.put(a * b)),
     INTO("hyperbinom -=", n, hyperbinom, hyperbinom, a -= b; out.put(a)),
-    INTO("hyperbinom *= hyperbinom", n, hyperbinom, hyperbinom, if (a.getgrade() > 0 && b.getgrade() > 0) a *= b; out.put(a)),
+    INTO("hyperbinom *= hyperbinom", n, hyperbinom, hyperbinom, if (a.getgrade() > 0 && b.getgrade() > 0) a *= b;
+         out.put(a)),
     CHANGED("hyperbinom *= real", n, a *= in.any()),
-    REPLAY("hyperbinom create(points)", n, vector3d points[most_points]; const ulong k = draw_cloud(in, points); hyperbinom a;
-           a.create(points, k, static_cast<ulong>(in.integer(0, 4))); out.put(a)),
+    REPLAY("hyperbinom create(points)", n, vector3d points[most_points]; const ulong k = draw_cloud(in, points);
+           hyperbinom a; a.create(points, k, static_cast<ulong>(in.integer(0, 4))); out.put(a)),
     {"hyperbinom create(weights)", n, weighted<real>},
     {"hyperbinom create(weights) const", n, weighted<const real>},
-    REPLAY("hyperbinom func(x[], y[])", n, const hyperbinom a = draw<hyperbinom>(in); put_values(in, out, [&](const real* x, real* y, ulong k) {
-             a.func(x, x, y, k); })),
+    REPLAY("hyperbinom func(x[], y[])", n, const hyperbinom a = draw<hyperbinom>(in);
+           put_values(in, out, [&](const real* x, real* y, ulong k) { a.func(x, x, y, k); })),
 };
 
 }  // namespace

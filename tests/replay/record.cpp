@@ -41,7 +41,8 @@ real input::any() {
 
 real input::finite() {
   double v = 0;
-  if (drawing()) v = random_->below(3) == 0 ? static_cast<double>(random_->below(7)) - 3.0 : random_->uniform(-10.0, 10.0);
+  if (drawing())
+    v = random_->below(3) == 0 ? static_cast<double>(random_->below(7)) - 3.0 : random_->uniform(-10.0, 10.0);
   return static_cast<real>(from_bits(word(bits_of(v))));
 }
 
@@ -51,7 +52,8 @@ real input::within(double lo, double hi) {
 
 int input::integer(int lo, int hi) {
   const auto span = static_cast<std::uint32_t>(hi - lo) + 1;
-  const std::uint64_t drawn = drawing() ? static_cast<std::uint64_t>(lo + static_cast<std::int64_t>(random_->below(span))) : 0;
+  const std::uint64_t drawn =
+      drawing() ? static_cast<std::uint64_t>(lo + static_cast<std::int64_t>(random_->below(span))) : 0;
   return static_cast<int>(static_cast<std::int64_t>(word(drawn)));
 }
 

@@ -103,8 +103,7 @@ struct family {
   std::size_t count;
 };
 
-extern const family angle_functions, complex_numbers, plane_vectors, space_vectors, polar_vectors, point_lists, real_matrices,
-    complex_matrices, real_squares, matches, complex_squares, polynomials, surfaces, geometry;
+extern const family angle_functions, complex_numbers, plane_vectors, space_vectors, polar_vectors, point_lists,
+    real_matrices, complex_matrices, real_squares, matches, complex_squares, polynomials, surfaces, geometry;
 
 }  // namespace replay
-

@@ -16,9 +16,9 @@
 namespace replay {
 namespace {
 
-const family* const families[] = {&angle_functions, &complex_numbers,  &plane_vectors, &space_vectors, &polar_vectors, &point_lists,
-                                  &real_matrices,    &complex_matrices, &real_squares, &matches, &complex_squares,
-                                  &polynomials,      &surfaces, &geometry};
+const family* const families[] = {&angle_functions, &complex_numbers, &plane_vectors,    &space_vectors, &polar_vectors,
+                                  &point_lists,     &real_matrices,   &complex_matrices, &real_squares,  &matches,
+                                  &complex_squares, &polynomials,     &surfaces,         &geometry};
 
 constexpr std::uint64_t magic = 0x31594C5052535354u;
 
@@ -27,7 +27,8 @@ std::uint64_t fingerprint() {
   std::uint64_t hash = 14695981039346656037u;
   for (const family* f : families)
     for (std::size_t i = 0; i < f->count; ++i)
-      for (const char* c = f->operations[i].name; *c; ++c) hash = (hash ^ static_cast<unsigned char>(*c)) * 1099511628211u;
+      for (const char* c = f->operations[i].name; *c; ++c)
+        hash = (hash ^ static_cast<unsigned char>(*c)) * 1099511628211u;
   return hash;
 }
 
@@ -134,9 +135,7 @@ bool read(const char* path, words& file) {
   return file.size() > 2 && file[0] == magic && file[1] == fingerprint();
 }
 
-void print(const char* name, const counts& c) {
-  std::printf("%-36s %8lu %8lu\n", name, c.cases, c.wrong);
-}
+void print(const char* name, const counts& c) { std::printf("%-36s %8lu %8lu\n", name, c.cases, c.wrong); }
 
 int check(const char* path) {
   words file;

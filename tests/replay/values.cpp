@@ -33,7 +33,8 @@ real rounding_case(input& in) {
 const operation angle_table[] = {
     REPLAY("sin", 4 * n, out.put(tessarn::angles::sin(in.any()))),
     REPLAY("cos", 4 * n, out.put(tessarn::angles::cos(in.any()))),
-    REPLAY("sin_cos", 4 * n, const auto both = tessarn::angles::sin_cos(in.any()); out.put(both.sine); out.put(both.cosine)),
+    REPLAY("sin_cos", 4 * n, const auto both = tessarn::angles::sin_cos(in.any()); out.put(both.sine);
+           out.put(both.cosine)),
     REPLAY("asin", 4 * n, out.put(tessarn::angles::asin(in.within(-1, 1)))),
     REPLAY("acos", 4 * n, out.put(tessarn::angles::acos(in.within(-1, 1)))),
 };
@@ -46,9 +47,9 @@ const operation complex_table[] = {
     INTO("cplx =", n, cplx, cplx, out.put(a = b)),
     TWO("cplx +", n, cplx, cplx, out.put(a + b)),
     TWO("cplx -", n, cplx, cplx, out.put(a - b)),
-    TWO("cplx * cplx", n, cplx, cplx, out.put(a * b)),
-    TWO("cplx * real", n, cplx, real, out.put(a * b)),
-    TWO("real * cplx, -cplx", n, cplx, real, out.put(b * a); out.put(-a)),
+    TWO("cplx * cplx", n, cplx, cplx, out.put(a* b)),
+    TWO("cplx * real", n, cplx, real, out.put(a* b)),
+    TWO("real * cplx, -cplx", n, cplx, real, out.put(b* a); out.put(-a)),
     TWO("cplx / cplx", n, cplx, cplx, out.put(a / b); out.put(a)),
     TWO("cplx / real", n, cplx, real, out.put(a / b)),
     INTO("cplx +=", n, cplx, cplx, a += b; out.put(a)),
@@ -65,7 +66,8 @@ const operation complex_table[] = {
     ONE("cplx lenul", n, cplx, out.put(a.lenul())),
     ONE("cplx phi", n, cplx, out.put(a.phi())),
     ONE("cplx sqrt", n, cplx, out.put(a.sqrt())),
-    REPLAY("cplx rndu, rndi", n, real v = rounding_case(in); out.put_number(open_cplx::rndu(v)); out.put(open_cplx::rndi(v))),
+    REPLAY("cplx rndu, rndi", n, real v = rounding_case(in); out.put_number(open_cplx::rndu(v));
+           out.put(open_cplx::rndi(v))),
 };
 
 const operation plane_table[] = {
@@ -76,8 +78,8 @@ const operation plane_table[] = {
     INTO("vector = vectormat", n, vector, vectormat, out.put(a = b); out.put(a)),
     TWO("vector +", n, vector, vector, out.put(a + b)),
     TWO("vector -", n, vector, vector, out.put(a - b)),
-    TWO("real * vector, -vector", n, vector, real, out.put(b * a); out.put(-a)),
-    TWO("vector * real", n, vector, real, out.put(a * b)),
+    TWO("real * vector, -vector", n, vector, real, out.put(b* a); out.put(-a)),
+    TWO("vector * real", n, vector, real, out.put(a* b)),
     TWO("vector / real", n, vector, real, out.put(a / b)),
     TWO("vector resize", n, vector, real, out.put(a.resize(b))),
     INTO("vector +=", n, vector, vector, a += b; out.put(a)),
@@ -88,7 +90,8 @@ const operation plane_table[] = {
     ONE("vector lenld", n, vector, out.put(a.lenld())),
     ONE("vector lenul", n, vector, out.put(a.lenul())),
     ONE("vector rx, ry", n, vector, out.put(a.rx()); out.put(a.ry())),
-    REPLAY("vector rndu, rndi", n, real v = rounding_case(in); out.put_number(vector::rndu(v)); out.put(vector::rndi(v))),
+    REPLAY("vector rndu, rndi", n, real v = rounding_case(in); out.put_number(vector::rndu(v));
+           out.put(vector::rndi(v))),
     ONE("vector arc()", n, vector, out.put(a.arc())),
     TWO("vector arc", n, vector, vector, out.put(a.arc(b))),
     ONE("vector dirarc()", n, vector, out.put(a.dirarc())),
@@ -107,9 +110,9 @@ const operation space_table[] = {
     INTO("vector3d =", n, vector3d, vector3d, out.put(a = b)),
     TWO("vector3d +", n, vector3d, vector3d, out.put(a + b)),
     TWO("vector3d -", n, vector3d, vector3d, out.put(a - b)),
-    TWO("real * vector3d, -vector3d", n, vector3d, real, out.put(b * a); out.put(-a)),
-    TWO("vector3d * vector3d", n, vector3d, vector3d, out.put(a * b)),
-    TWO("vector3d * real", n, vector3d, real, out.put(a * b)),
+    TWO("real * vector3d, -vector3d", n, vector3d, real, out.put(b* a); out.put(-a)),
+    TWO("vector3d * vector3d", n, vector3d, vector3d, out.put(a* b)),
+    TWO("vector3d * real", n, vector3d, real, out.put(a* b)),
     TWO("vector3d / real", n, vector3d, real, out.put(a / b)),
     TWO("vector3d cross", n, vector3d, vector3d, out.put(a.cross(b))),
     TWO("vector3d resize", n, vector3d, real, out.put(a.resize(b))),
@@ -125,9 +128,11 @@ const operation space_table[] = {
     ONE("vector3d lenld", n, vector3d, out.put(a.lenld())),
     ONE("vector3d lenul", n, vector3d, out.put(a.lenul())),
     ONE("vector3d rx, ry, rz", n, vector3d, out.put(a.rx()); out.put(a.ry()); out.put(a.rz())),
-    REPLAY("vector3d rndu, rndi", n, open_vector3d a; real v = rounding_case(in); out.put_number(a.rndu(v)); out.put(a.rndi(v))),
+    REPLAY("vector3d rndu, rndi", n, open_vector3d a; real v = rounding_case(in); out.put_number(a.rndu(v));
+           out.put(a.rndi(v))),
     TWO("vector3d arc", n, vector3d, vector3d, out.put(a.arc(b))),
-    REPLAY("new_vector3d", 60, const int k = in.integer(0, 40); vector3d* p = new_vector3d(static_cast<tessarn::ulong>(k));
+    REPLAY("new_vector3d", 60, const int k = in.integer(0, 40);
+           vector3d* p = new_vector3d(static_cast<tessarn::ulong>(k));
            for (int i = 0; i < (k ? k : 1); ++i) out.put(p[i]); if (k) delete[] p; else delete p),
 };
 
@@ -143,18 +148,19 @@ const operation polar_table[] = {
     ONE("polar lenld", n, polarvector3d, out.put(a.lenld())),
     ONE("polar lenul", n, polarvector3d, out.put(a.lenul())),
     ONE("polar ralpha, rbeta, rlen", n, polarvector3d, out.put(a.ralpha()); out.put(a.rbeta()); out.put(a.rlen())),
-    REPLAY("polar rndu, rndi", n, open_polar a; real v = rounding_case(in); out.put_number(a.rndu(v)); out.put(a.rndi(v))),
+    REPLAY("polar rndu, rndi", n, open_polar a; real v = rounding_case(in); out.put_number(a.rndu(v));
+           out.put(a.rndi(v))),
     TWO("polar resize", n, polarvector3d, real, out.put(a.resize(b))),
     TWO("polar rotate", n, polarvector3d, real, out.put(a.rotate(b, in.any()))),
-    TWO("polar * real", n, polarvector3d, real, out.put(a * b)),
-    TWO("real * polar", n, polarvector3d, real, out.put(b * a)),
+    TWO("polar * real", n, polarvector3d, real, out.put(a* b)),
+    TWO("real * polar", n, polarvector3d, real, out.put(b* a)),
     TWO("polar / real", n, polarvector3d, real, out.put(a / b)),
     INTO("polar *= real", n, polarvector3d, real, a *= b; out.put(a)),
     INTO("polar /= real", n, polarvector3d, real, a /= b; out.put(a)),
     INTO("polar += -= *= polar", n, polarvector3d, polarvector3d, a += b; a -= b; a *= b; out.put(a)),
     TWO("polar +", n, polarvector3d, polarvector3d, out.put(a + b)),
     TWO("polar -", n, polarvector3d, polarvector3d, out.put(a - b)),
-    TWO("polar * polar", n, polarvector3d, polarvector3d, out.put(a * b)),
+    TWO("polar * polar", n, polarvector3d, polarvector3d, out.put(a* b)),
     TWO("polar cross", n, polarvector3d, polarvector3d, out.put(a.cross(b))),
     TWO("polar arc", n, polarvector3d, polarvector3d, out.put(a.arc(b))),
     TWO("polar ==", n, polarvector3d, polarvector3d, out.put(a == b)),

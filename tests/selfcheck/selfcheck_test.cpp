@@ -79,8 +79,10 @@ TEST(Selfcheck, AWrongHashIsReportedByName) {
   EXPECT_FALSE(r.passed());
   ASSERT_EQ(r.differing(), 1u);
   EXPECT_TRUE(r.entries[50].differs());
-  EXPECT_TRUE(says(r, (std::string("differing: ") + wrong[50].member + " (" + wrong[50].inputs + ");").c_str())) << r.line;
-  EXPECT_TRUE(says(r, (std::to_string(r.count - 1) + " of " + std::to_string(r.count) + " hashes equal").c_str())) << r.line;
+  EXPECT_TRUE(says(r, (std::string("differing: ") + wrong[50].member + " (" + wrong[50].inputs + ");").c_str()))
+      << r.line;
+  EXPECT_TRUE(says(r, (std::to_string(r.count - 1) + " of " + std::to_string(r.count) + " hashes equal").c_str()))
+      << r.line;
 }
 
 TEST(Selfcheck, AMemberWithoutAStoredHashDiffers) {
@@ -134,7 +136,9 @@ TEST(Selfcheck, ReportsRoundingUpward) { expect_reported(FE_UPWARD, rounding::up
 TEST(Selfcheck, ReportsRoundingDownward) { expect_reported(FE_DOWNWARD, rounding::downward, "ROUNDS DOWNWARD"); }
 #endif
 #if defined(FE_TOWARDZERO) && !defined(__wasm__)
-TEST(Selfcheck, ReportsRoundingTowardZero) { expect_reported(FE_TOWARDZERO, rounding::toward_zero, "ROUNDS TOWARD ZERO"); }
+TEST(Selfcheck, ReportsRoundingTowardZero) {
+  expect_reported(FE_TOWARDZERO, rounding::toward_zero, "ROUNDS TOWARD ZERO");
+}
 #endif
 
 // ---------------------------------------------------------------- subnormal numbers dropped

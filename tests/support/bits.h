@@ -41,8 +41,7 @@ inline std::uint64_t ulp_distance(double a, double b) {
   if (a != a || b != b) return ~std::uint64_t{0};
   auto key = [](double v) {
     const std::uint64_t u = bits_of(v);
-    return (u >> 63) ? -static_cast<std::int64_t>(u & ~(std::uint64_t{1} << 63))
-                     : static_cast<std::int64_t>(u);
+    return (u >> 63) ? -static_cast<std::int64_t>(u & ~(std::uint64_t{1} << 63)) : static_cast<std::int64_t>(u);
   };
   const std::int64_t ka = key(a);
   const std::int64_t kb = key(b);
@@ -52,8 +51,7 @@ inline std::uint64_t ulp_distance(double a, double b) {
 
 inline ::testing::AssertionResult bits_equal(const char* ea, const char* eb, double a, double b) {
   if (same_bits(a, b)) return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure()
-         << ea << " = " << hex(a) << "\n" << eb << " = " << hex(b) << "\nthe bits differ";
+  return ::testing::AssertionFailure() << ea << " = " << hex(a) << "\n" << eb << " = " << hex(b) << "\nthe bits differ";
 }
 
 }  // namespace test

@@ -24,11 +24,9 @@ inline plain::point_list list_of(const std::vector<plain::vec2>& points) {
   return l;
 }
 
-inline ::testing::AssertionResult same_points(const ::vectormat& a,
-                                              const std::vector<plain::vec2>& b) {
+inline ::testing::AssertionResult same_points(const ::vectormat& a, const std::vector<plain::vec2>& b) {
   if (a.count != b.size()) {
-    return ::testing::AssertionFailure()
-           << a.count << " points from the library, " << b.size() << " plainly";
+    return ::testing::AssertionFailure() << a.count << " points from the library, " << b.size() << " plainly";
   }
   for (std::size_t i = 0; i < b.size(); ++i) {
     if (auto r = same(a.points[i], b[i]); !r) return r << " (point " << i << ")";
@@ -39,8 +37,8 @@ inline ::testing::AssertionResult same_points(const ::vectormat& a,
 inline ::testing::AssertionResult same(const ::vectormat& a, const plain::point_list& b) {
   if (auto r = same_points(a, b.points); !r) return r;
   if (a.capacity != b.capacity) {
-    return ::testing::AssertionFailure()
-           << "capacity " << a.capacity << " from the library, " << b.capacity << " plainly";
+    return ::testing::AssertionFailure() << "capacity " << a.capacity << " from the library, " << b.capacity
+                                         << " plainly";
   }
   return ::testing::AssertionSuccess();
 }

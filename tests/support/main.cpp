@@ -1,5 +1,5 @@
-// The main function of the test programs. --isa=SET, a name of simd/sets.h, chooses the build of the kernels; the program ends
-// with code 77, and the run counts as skipped, where the processor does not have it.
+// The main function of the test programs. --isa=SET, a name of simd/sets.h, chooses the build of the kernels; the
+// program ends with code 77, and the run counts as skipped, where the processor does not have it.
 #include <gtest/gtest.h>
 
 #include <cstdio>

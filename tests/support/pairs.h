@@ -25,14 +25,10 @@ namespace test {
 inline double draw(random_source& r) {
   switch (r.below(8)) {
     case 0:
-    case 1:
-      return static_cast<double>(r.below(7)) - 3.0;
-    case 2:
-      return r.hostile();
-    case 3:
-      return r.hostile_finite();
-    default:
-      return r.uniform(-10.0, 10.0);
+    case 1: return static_cast<double>(r.below(7)) - 3.0;
+    case 2: return r.hostile();
+    case 3: return r.hostile_finite();
+    default: return r.uniform(-10.0, 10.0);
   }
 }
 
@@ -44,18 +40,14 @@ inline plain::cplx draw_cplx(random_source& r) { return {draw(r), draw(r)}; }
 inline plain::vec2 draw_vec2(random_source& r) { return {draw(r), draw(r)}; }
 inline plain::vec3 draw_vec3(random_source& r) { return {draw(r), draw(r), draw(r)}; }
 inline plain::polar draw_polar(random_source& r) { return {draw(r), draw(r), draw(r)}; }
-inline plain::vec3 draw_finite_vec3(random_source& r) {
-  return {draw_finite(r), draw_finite(r), draw_finite(r)};
-}
+inline plain::vec3 draw_finite_vec3(random_source& r) { return {draw_finite(r), draw_finite(r), draw_finite(r)}; }
 
 // ---------------------------------------------------------------------------- to the library
 
 inline ::cplx lib(const plain::cplx& a) { return ::cplx(a.re, a.im); }
 inline ::vector lib(const plain::vec2& a) { return ::vector(a.x, a.y); }
 inline ::vector3d lib(const plain::vec3& a) { return ::vector3d(a.x, a.y, a.z); }
-inline ::polarvector3d lib(const plain::polar& a) {
-  return ::polarvector3d(a.alpha, a.beta, a.len);
-}
+inline ::polarvector3d lib(const plain::polar& a) { return ::polarvector3d(a.alpha, a.beta, a.len); }
 inline ::line3d lib(const plain::line& a) {
   ::line3d l;
   l.start = lib(a.start);
@@ -86,8 +78,7 @@ inline void fill(::hyperbinom& b, const plain::surface& p) {
 // ---------------------------------------------------------------------------- comparison
 
 inline ::testing::AssertionResult differ(const char* what, double a, double b) {
-  return ::testing::AssertionFailure()
-         << what << ": " << hex(a) << " from the library, " << hex(b) << " plainly";
+  return ::testing::AssertionFailure() << what << ": " << hex(a) << " from the library, " << hex(b) << " plainly";
 }
 
 #define TEST_SAME_FIELD(field) \
@@ -129,8 +120,8 @@ inline ::testing::AssertionResult same(const ::plane& a, const plain::plane& b) 
 }
 inline ::testing::AssertionResult same(::binom& a, const plain::poly& b) {
   if (static_cast<long>(a.getcofcnt()) != b.count()) {
-    return ::testing::AssertionFailure()
-           << "count " << a.getcofcnt() << " from the library, " << b.count() << " plainly";
+    return ::testing::AssertionFailure() << "count " << a.getcofcnt() << " from the library, " << b.count()
+                                         << " plainly";
   }
   for (long i = 0; i < b.count(); ++i) {
     const double v = a.get(static_cast<tessarn::slong>(i));
@@ -140,8 +131,7 @@ inline ::testing::AssertionResult same(::binom& a, const plain::poly& b) {
 }
 inline ::testing::AssertionResult same(::hyperbinom& a, const plain::surface& b) {
   if (static_cast<tessarn::slong>(a.getgrade()) != b.grade) {
-    return ::testing::AssertionFailure()
-           << "grade " << a.getgrade() << " from the library, " << b.grade << " plainly";
+    return ::testing::AssertionFailure() << "grade " << a.getgrade() << " from the library, " << b.grade << " plainly";
   }
   for (long j = 0; j < b.grade; ++j) {
     for (long i = 0; i < b.grade; ++i) {

@@ -19,7 +19,8 @@ inline constexpr double patience = 1;
 
 template <class Call>
 auto within(double seconds, const char* file, int line, Call&& call) {
-#if defined(__EMSCRIPTEN__) && !defined(__EMSCRIPTEN_PTHREADS__)  // no second thread: the suite has a time limit of its own
+#if defined(__EMSCRIPTEN__) && \
+    !defined(__EMSCRIPTEN_PTHREADS__)  // no second thread: the suite has a time limit of its own
   (void)seconds, (void)file, (void)line;
   return call();
 #else
@@ -37,5 +38,4 @@ auto within(double seconds, const char* file, int line, Call&& call) {
 }  // namespace test
 
 // Evaluates the expression, which must end within the given number of seconds.
-#define WITHIN(seconds, ...) \
-  ::test::within(seconds, __FILE__, __LINE__, [&]() { return (__VA_ARGS__); })
+#define WITHIN(seconds, ...) ::test::within(seconds, __FILE__, __LINE__, [&]() { return (__VA_ARGS__); })

@@ -1,6 +1,7 @@
 // Compares sine, cosine, arc sine and arc cosine of the library with MPFR's correctly rounded ones.
-//   angles_check random COUNT [SEED]   COUNT arguments a function: over all exponents, where angles lie, beside multiples of pi/2
-//   angles_check read [FILE]           every function at the arguments of a text, one a line; # begins a comment
+//   angles_check random COUNT [SEED]   COUNT arguments a function: over all exponents, where angles lie, beside
+//   multiples of pi/2 angles_check read [FILE]           every function at the arguments of a text, one a line; #
+//   begins a comment
 // Prints the disagreements (at most 20) and ends with 1 when there is one.
 #include <mpfr.h>
 

@@ -41,16 +41,11 @@ class reference_power {
 
 unsigned draw_exponent(test::random_source& r) {
   switch (r.below(8)) {
-    case 0:
-      return r.below(4);
-    case 1:
-      return r.below(2000);
-    case 2:
-      return 1u << r.below(20);
-    case 3:
-      return static_cast<unsigned>(r.next()) >> r.below(32);
-    default:
-      return 2 + r.below(30);
+    case 0: return r.below(4);
+    case 1: return r.below(2000);
+    case 2: return 1u << r.below(20);
+    case 3: return static_cast<unsigned>(r.next()) >> r.below(32);
+    default: return 2 + r.below(30);
   }
 }
 
@@ -60,33 +55,25 @@ double draw_base(test::random_source& r, unsigned k) {
     return std::ldexp(2.0 * r.below(40) + 1, -1075 / static_cast<int>(k));
   }
   switch (r.below(10)) {
-    case 0:
-      return r.hostile();
-    case 1:
-      return test::from_bits(r.next());
+    case 0: return r.hostile();
+    case 1: return test::from_bits(r.next());
     case 2: {
       // A result near the overflow threshold, the smallest normal or the subnormal numbers.
-      const double target[] = {1023.5,  1024,    -1021.5, -1022, -1040,
-                               -1073.5, -1074.5, -1075,   -960,  960};
-      const double e =
-          target[r.below(10)] + r.uniform(-1, 1) * std::ldexp(1.0, -static_cast<int>(r.below(40)));
+      const double target[] = {1023.5, 1024, -1021.5, -1022, -1040, -1073.5, -1074.5, -1075, -960, 960};
+      const double e = target[r.below(10)] + r.uniform(-1, 1) * std::ldexp(1.0, -static_cast<int>(r.below(40)));
       const double x = std::exp2(e / (k == 0 ? 1 : k));
       return r.below(2) ? x : -x;
     }
     case 3: {
       // Few bits, so that exact and half-way powers are common.
-      const double x = std::ldexp(static_cast<double>(r.below(1u << (1 + r.below(27)))),
-                                  static_cast<int>(r.below(60)) - 45);
+      const double x =
+          std::ldexp(static_cast<double>(r.below(1u << (1 + r.below(27)))), static_cast<int>(r.below(60)) - 45);
       return r.below(2) ? x : -x;
     }
-    case 4:
-      return 1.0 + r.uniform() * std::ldexp(1.0, -static_cast<int>(r.below(52)));
-    case 5:
-      return std::ldexp(r.below(2) ? 1.0 : -1.0, static_cast<int>(r.below(2200)) - 1100);
-    case 6:
-      return std::ldexp(r.uniform(), static_cast<int>(r.below(80)) - 40);
-    default:
-      return r.uniform(-10, 10);
+    case 4: return 1.0 + r.uniform() * std::ldexp(1.0, -static_cast<int>(r.below(52)));
+    case 5: return std::ldexp(r.below(2) ? 1.0 : -1.0, static_cast<int>(r.below(2200)) - 1100);
+    case 6: return std::ldexp(r.uniform(), static_cast<int>(r.below(80)) - 40);
+    default: return r.uniform(-10, 10);
   }
 }
 

@@ -140,10 +140,9 @@ TEST(Polarvector3d, AgreesWithThePlainForm) {
     polarvector3d a = lib(pa);
     polarvector3d b = lib(pb);
     vector3d v = lib(pv);
-    SCOPED_TRACE("(" + test::hex(pa.alpha) + " " + test::hex(pa.beta) + " " + test::hex(pa.len) +
-                 ") with (" + test::hex(pb.alpha) + " " + test::hex(pb.beta) + " " +
-                 test::hex(pb.len) + "), (" + test::hex(pv.x) + " " + test::hex(pv.y) + " " +
-                 test::hex(pv.z) + "), " + test::hex(k));
+    SCOPED_TRACE("(" + test::hex(pa.alpha) + " " + test::hex(pa.beta) + " " + test::hex(pa.len) + ") with (" +
+                 test::hex(pb.alpha) + " " + test::hex(pb.beta) + " " + test::hex(pb.len) + "), (" + test::hex(pv.x) +
+                 " " + test::hex(pv.y) + " " + test::hex(pv.z) + "), " + test::hex(k));
     ASSERT_TRUE(same(polarvector3d(v), plain::polar_careful(pv)));
     ASSERT_TRUE(same(polarvector3d(&v), plain::polar_plain(pv)));
     ASSERT_TRUE(same(vector3d(a), plain::cartesian(pa)));

@@ -137,8 +137,7 @@ TEST(Vector3d, RotationAboutAnAxisIsClockwiseSeenFromItsTip) {
   vector3d zero;
   EXPECT_TRUE(same(a.rotate(zero, 1.0), {nan, nan, nan}));
   EXPECT_TRUE(same(a, {1, 0, 0}));
-  EXPECT_TRUE(
-      same(a.rotate(a, 1.0), plain::rotate(plain::vec3{1, 0, 0}, plain::vec3{1, 0, 0}, 1.0)));
+  EXPECT_TRUE(same(a.rotate(a, 1.0), plain::rotate(plain::vec3{1, 0, 0}, plain::vec3{1, 0, 0}, 1.0)));
 }
 
 TEST(Vector3d, RotationByTwoAngles) {
@@ -174,9 +173,8 @@ TEST(Vector3d, AgreesWithThePlainForm) {
     const double t = test::draw(r);
     vector3d a = lib(pa);
     vector3d b = lib(pb);
-    SCOPED_TRACE("(" + test::hex(pa.x) + " " + test::hex(pa.y) + " " + test::hex(pa.z) +
-                 ") with (" + test::hex(pb.x) + " " + test::hex(pb.y) + " " + test::hex(pb.z) +
-                 "), " + test::hex(k) + ", " + test::hex(t));
+    SCOPED_TRACE("(" + test::hex(pa.x) + " " + test::hex(pa.y) + " " + test::hex(pa.z) + ") with (" + test::hex(pb.x) +
+                 " " + test::hex(pb.y) + " " + test::hex(pb.z) + "), " + test::hex(k) + ", " + test::hex(t));
     ASSERT_TRUE(same(a + b, plain::add(pa, pb)));
     ASSERT_TRUE(same(a - b, plain::sub(pa, pb)));
     ASSERT_BITS(a * b, plain::dot(pa, pb));

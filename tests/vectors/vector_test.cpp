@@ -145,8 +145,8 @@ TEST(Vector, AgreesWithThePlainForm) {
     const double k = test::draw(r);
     vector a = lib(pa);
     vector b = lib(pb);
-    SCOPED_TRACE(test::hex(pa.x) + " " + test::hex(pa.y) + " with " + test::hex(pb.x) + " " +
-                 test::hex(pb.y) + " and " + test::hex(k));
+    SCOPED_TRACE(test::hex(pa.x) + " " + test::hex(pa.y) + " with " + test::hex(pb.x) + " " + test::hex(pb.y) +
+                 " and " + test::hex(k));
     ASSERT_TRUE(same(a + b, plain::add(pa, pb)));
     ASSERT_TRUE(same(a - b, plain::sub(pa, pb)));
     ASSERT_TRUE(same(a * k, plain::mul(pa, k)));

@@ -25,8 +25,7 @@ TEST(VectormatLimits, AtTheDeviationOfEachPoint) {
   for (int round = 0; round < 150; ++round) {
     const std::size_t n = 1 + random.below(round % 10 ? 60 : 700);
     std::vector<plain::vec2> points;
-    for (std::size_t i = 0; i < n; ++i)
-      points.push_back({static_cast<double>(i), random.uniform(-3, 3)});
+    for (std::size_t i = 0; i < n; ++i) points.push_back({static_cast<double>(i), random.uniform(-3, 3)});
     for (std::size_t i = 0; i < n; i += 1 + n / 60) {
       const double limit = squared_deviation(points, i);
       if (limit == 0) continue;  // no limit
@@ -36,11 +35,9 @@ TEST(VectormatLimits, AtTheDeviationOfEachPoint) {
         plain::point_list want = test::list_of(points);
         list.DeleteErrors(at);
         plain::delete_errors(want, at);
-        ASSERT_TRUE(test::same_points(list, want.points))
-            << "limit " << test::hex(at) << " of point " << i;
-        const bool kept = std::any_of(list.points, list.points + list.count, [&](const vector& v) {
-          return v.x == static_cast<double>(i);
-        });
+        ASSERT_TRUE(test::same_points(list, want.points)) << "limit " << test::hex(at) << " of point " << i;
+        const bool kept = std::any_of(list.points, list.points + list.count,
+                                      [&](const vector& v) { return v.x == static_cast<double>(i); });
         ASSERT_EQ(kept, at == limit);
       }
       const std::size_t first = i < 5 ? 0 : i - 5, last = std::min(n - 1, i + 5);

@@ -26,8 +26,7 @@ void step(test::random_source& r, std::vector<pair_of_lists>& lists) {
       // A burst, so that the storage grows.
       const std::uint32_t n = r.below(40) == 0 ? 1500 : 12;
       for (std::uint32_t i = 0; i < n; ++i) {
-        const plain::vec2 p =
-            r.below(4) == 0 ? test::draw_vec2(r) : plain::vec2{double(i), test::draw_finite(r)};
+        const plain::vec2 p = r.below(4) == 0 ? test::draw_vec2(r) : plain::vec2{double(i), test::draw_finite(r)};
         vector v = lib(p);
         a.lib.add(v);
         plain::add(a.plain, p);
@@ -80,9 +79,7 @@ void step(test::random_source& r, std::vector<pair_of_lists>& lists) {
         plain::bubble_sort(a.plain);
       }
       break;
-    case 12:
-      ASSERT_TRUE(same(a.lib.average(), plain::average(a.plain)));
-      break;
+    case 12: ASSERT_TRUE(same(a.lib.average(), plain::average(a.plain))); break;
     case 13: {
       vector v;
       v = a.lib;

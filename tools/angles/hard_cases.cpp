@@ -1,16 +1,17 @@
-// Searches arguments at which sin, cos, asin or acos lies very near to the middle of two doubles: within 2^-20 of the distance of the two.
+// Searches arguments at which sin, cos, asin or acos lies very near to the middle of two doubles: within 2^-20 of the
+// distance of the two.
 //
 //   hard_cases FUNCTION COUNT [SEED]     FUNCTION: sin, cos, asin, acos; prints one argument a line
 //
-// Over a run of doubles so short that the function is a straight line to 2^-23 of that distance, its place between two doubles is an
-// arithmetic progression modulo 1. Its terms near 1/2 are found as V. Lefevre and J.-M. Muller do (Worst cases for correct rounding of the
-// elementary functions in double precision, 2001), here with Euclid's algorithm for the first term in an interval. Every find is
-// verified with MPFR.
+// Over a run of doubles so short that the function is a straight line to 2^-23 of that distance, its place between two
+// doubles is an arithmetic progression modulo 1. Its terms near 1/2 are found as V. Lefevre and J.-M. Muller do (Worst
+// cases for correct rounding of the elementary functions in double precision, 2001), here with Euclid's algorithm for
+// the first term in an interval. Every find is verified with MPFR.
 #include <mpfr.h>
 
 #include <cmath>
-#include <cstdio>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -55,8 +56,8 @@ class search {
 
   // Looks through one run of doubles; returns how many it found and printed.
   long run() {
-    const int exponent =
-        f.least_exponent + static_cast<int>(random() % static_cast<unsigned>(f.greatest_exponent - f.least_exponent + 1));
+    const int exponent = f.least_exponent +
+                         static_cast<int>(random() % static_cast<unsigned>(f.greatest_exponent - f.least_exponent + 1));
     const double start = std::ldexp(0.5 + std::ldexp(static_cast<double>(random() >> 12), -53), exponent);
     const double unit = std::ldexp(1.0, exponent - 53);
     // The value in units of the distance of doubles there.

@@ -40,8 +40,10 @@ unsigned long take_limb(number& fraction, unsigned bits) {
 
 void write_sines() {
   std::puts(
-      "// Sine and cosine of i pi/512: the 26 leading bits of the sine and the rest rounded to a double, those of the cosine,\n"
-      "// and the first two with the other sign. Four numbers from the first on are a sine and its derivative, four from\n"
+      "// Sine and cosine of i pi/512: the 26 leading bits of the sine and the rest rounded to a double, those of the "
+      "cosine,\n"
+      "// and the first two with the other sign. Four numbers from the first on are a sine and its derivative, four "
+      "from\n"
       "// the third on a cosine and its derivative.\n"
       "constexpr double sine_table[256][6] = {");
   for (unsigned i = 0; i < 256; ++i) {
@@ -59,7 +61,8 @@ void write_sines() {
 // The coefficients follow from (1 - x^2) f'' = x f'.
 void write_arc_sines() {
   std::puts(
-      "// The arc sine about i/256: its value as a double and the rest, the first coefficient of Taylor's series as its 26\n"
+      "// The arc sine about i/256: its value as a double and the rest, the first coefficient of Taylor's series as "
+      "its 26\n"
       "// leading bits and the rest, then the coefficients 2 to 8.\n"
       "constexpr double arc_sine_table[129][11] = {");
   for (int i = 0; i <= 128; ++i) {
@@ -107,17 +110,25 @@ void write_constants() {
   std::printf("constexpr double half_pi_high = %a, half_pi_low = %a;\n\n", h1, h2);
 
   std::puts(
-      "// The bits of 2/pi behind the binary point, 64 a word, behind one word of zeros: enough to reduce the largest double.\n"
+      "// The bits of 2/pi behind the binary point, 64 a word, behind one word of zeros: enough to reduce the largest "
+      "double.\n"
       "constexpr int two_over_pi_words = 28;\n"
       "constexpr std::uint64_t two_over_pi_bits[two_over_pi_words + 1] = {0,");
   for (int k = 0; k < 28; ++k)
-    std::printf("%s0x%016lxu%s", k % 4 == 0 ? "    " : " ", take_limb(whole, 64), k == 27 ? "};\n\n" : k % 4 == 3 ? ",\n" : ",");
+    std::printf("%s0x%016lxu%s", k % 4 == 0 ? "    " : " ", take_limb(whole, 64),
+                k == 27      ? "};\n\n"
+                : k % 4 == 3 ? ",\n"
+                             : ",");
 
-  std::puts("// The bits of pi/4 behind the binary point, 32 a word.\nconstexpr int quarter_pi_words = 24;\n"
-            "constexpr std::uint32_t quarter_pi_bits[quarter_pi_words] = {");
+  std::puts(
+      "// The bits of pi/4 behind the binary point, 32 a word.\nconstexpr int quarter_pi_words = 24;\n"
+      "constexpr std::uint32_t quarter_pi_bits[quarter_pi_words] = {");
   mpfr_div_2ui(half_pi.value, half_pi.value, 1, MPFR_RNDN);
   for (int k = 0; k < 24; ++k)
-    std::printf("%s0x%08lxu%s", k % 8 == 0 ? "    " : " ", take_limb(half_pi, 32), k == 23 ? "};\n" : k % 8 == 7 ? ",\n" : ",");
+    std::printf("%s0x%08lxu%s", k % 8 == 0 ? "    " : " ", take_limb(half_pi, 32),
+                k == 23      ? "};\n"
+                : k % 8 == 7 ? ",\n"
+                             : ",");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The build of the kernels that is in use.
-#include "vectors/kernels/kernels.h"
 #include "simd/dispatch.h"
+#include "vectors/kernels/kernels.h"
 
 namespace tessarn::detail {
 

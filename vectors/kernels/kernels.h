@@ -21,8 +21,8 @@ struct list_kernels {
   size_t (*mark)(const double* points, size_t n, double limit, bool* marked);
 };
 
-#define TESSARN_TABLE(set) \
-  namespace set {          \
+#define TESSARN_TABLE(set)              \
+  namespace set {                       \
   extern const list_kernels list_table; \
   }
 TESSARN_FOR_EACH_SET(TESSARN_TABLE)

@@ -58,9 +58,8 @@ inline ulong count(N n) {
 /// Enabled for a pointer to T when it points to constants or when one of the counts has 64 bits; other
 /// calls, those with a null pointer constant among them, choose the documented overload.
 template <class Pointer, class T, class... Counts>
-using if_adapted_pointer =
-    std::enable_if_t<std::is_convertible_v<Pointer, const T*> &&
-                     (!std::is_convertible_v<Pointer, T*> || (is_wide<Counts> || ...))>;
+using if_adapted_pointer = std::enable_if_t<std::is_convertible_v<Pointer, const T*> &&
+                                            (!std::is_convertible_v<Pointer, T*> || (is_wide<Counts> || ...))>;
 
 /// The pointer as the documented members declare it; they only read from it.
 template <class T>
@@ -68,8 +67,8 @@ inline T* mutable_pointer(const T* p) noexcept {
   return const_cast<T*>(p);
 }
 
-/// Enabled for a contiguous container of T, such as std::vector<T>, std::array, std::span or vectormat: what has data(),
-/// which gives a pointer to T, and size().
+/// Enabled for a contiguous container of T, such as std::vector<T>, std::array, std::span or vectormat: what has
+/// data(), which gives a pointer to T, and size().
 template <class Container, class T>
 using if_container =
     std::enable_if_t<std::is_convertible_v<decltype(std::declval<const Container&>().data()), const T*> &&

@@ -29,8 +29,7 @@ inline real ceil_of(real x) noexcept {
 
 /// Truncation to 32 bits; what does not fit, and NaN, gives the bit pattern 0x80000000.
 inline int truncate_32(real x) noexcept {
-  if (x > static_cast<real>(-2147483649.0) && x < static_cast<real>(2147483648.0))
-    return static_cast<int>(x);
+  if (x > static_cast<real>(-2147483649.0) && x < static_cast<real>(2147483648.0)) return static_cast<int>(x);
   return (std::numeric_limits<int>::min)();
 }
 

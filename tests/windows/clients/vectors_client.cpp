@@ -24,7 +24,9 @@ bool is(const vector& v, real x, real y) { return v.x == x && v.y == y; }
 bool is(const vector3d& v, real x, real y, real z) { return v.x == x && v.y == y && v.z == z; }
 bool near(const vector3d& v, real x, real y, real z) { return near(v.x, x) && near(v.y, y) && near(v.z, z); }
 bool is(const polarvector3d& p, real a, real b, real l) { return p.alpha == a && p.beta == b && p.len == l; }
-bool near(const polarvector3d& p, real a, real b, real l) { return near(p.alpha, a) && near(p.beta, b) && near(p.len, l); }
+bool near(const polarvector3d& p, real a, real b, real l) {
+  return near(p.alpha, a) && near(p.beta, b) && near(p.len, l);
+}
 
 // Each template runs for variables and for constants.
 template <class Vector>
