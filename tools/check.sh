@@ -1,18 +1,22 @@
 #!/usr/bin/env bash
-# The short check for developers: links, arrows of the includes, lint of the files that differ from the last commit or its
-# base, and the unit tests with the best build of the kernels. `make test` is the whole.
+# The short check for developers: links, arrows of the includes, format, lint of the files that differ from the last commit or
+# its base, and the unit tests with the best build of the kernels. `make test` is the whole.
 # usage: check.sh [BASE]   BASE: the commit to compare with, HEAD unless given
 set -euo pipefail
 cd "$(dirname "$0")/.."
 base=${1:-HEAD}
 tools/check_links.py
 tools/check_arrows.py
+# Files that a program writes, and those in place of another compiler's headers, have a form of their own.
+git ls-files '*.h' '*.cpp' '*.inl' | grep -vE '^core/angles/tables.inl|^selfcheck/stored.h|^windows/toolchain/' |
+  xargs clang-format-14 --dry-run -Werror
 cmake --preset release >/dev/null
 mapfile -t changed < <(git diff --name-only --diff-filter=d "$base" -- '*.cpp' | grep -vE '/kernels/|^tests/consumers|^windows/' || true)
 if [ ${#changed[@]} -gt 0 ]; then
   clang-tidy-14 -p build/release --quiet "${changed[@]}" 2>/dev/null
 fi
-cmake --build --preset release --target tests_core tests_vectors tests_matrix tests_poly tests_geometry tests_allocation
-for family in core vectors matrix poly geometry allocation; do
+cmake --build --preset release --target tests_core tests_vectors tests_matrix tests_poly tests_geometry tests_allocation \
+  tests_analysis tests_selfcheck
+for family in core vectors matrix poly geometry allocation analysis selfcheck; do
   build/release/tests/tests_$family --gtest_brief=1
 done
