@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "core/nan_rule.h"
+#include "tessarn/detail/rounding.h"
 
 namespace tessarn::detail {
 
