@@ -30,6 +30,7 @@ class power_sums {
 
  private:
   std::size_t add_at_once(const double* points, std::size_t n, double marker);
+  std::size_t add_by_kernel(const double* points, std::size_t n, double marker);
   void add(const vector& point, real marker);
   bool add_block(const double* points, std::size_t n, double marker);
   void flush();
@@ -43,6 +44,7 @@ class power_sums {
   double* const sums_;
   real_array powers_;  // allocated by the first block that needs them
   std::size_t count_ = 0, waiting_ = 0;
+  unsigned blocks_without_kernel_ = 0;
   alignas(64) double block_[3 * point_block];  // points as they lie in memory
 };
 

@@ -26,18 +26,20 @@ TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
                               __builtin_shufflevector(c, d, 3, 7, 11, 15, 0, 0, 0, 0), 0, 1, 2, 3, 8, 9, 10, 11);
 }
 #elif TESSARN_LANES == 4
+// The first half of the vector at low and the second half of that at high: a blend, which any unit can do.
+TESSARN_INLINE vec load_halves(const double* low, const double* high) {
+  return __builtin_shufflevector(load(low), load(high), 0, 1, 6, 7);
+}
 TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
-  const vec a = load(p), b = load(p + 4), c = load(p + 8);
-  x = __builtin_shufflevector(__builtin_shufflevector(a, b, 1, 4, 7, 0), c, 0, 1, 2, 6);
-  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 5, 0, 0), c, 0, 1, 4, 7);
+  const vec even = load_halves(p + 1, p + 5), odd = load_halves(p + 4, p + 8);  // (x, y) of points 0, 2 and 1, 3
+  x = __builtin_shufflevector(even, odd, 0, 4, 2, 6);
+  y = __builtin_shufflevector(even, odd, 1, 5, 3, 7);
 }
 TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
-  const vec a = load(p), b = load(p + 4), c = load(p + 8), d = load(p + 12);
-  const vec ab = __builtin_shufflevector(a, b, 1, 5, 3, 7), cd = __builtin_shufflevector(c, d, 1, 5, 3, 7);
-  x = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
-  y = __builtin_shufflevector(__builtin_shufflevector(a, b, 2, 6, 0, 0), __builtin_shufflevector(c, d, 2, 6, 0, 0), 0,
-                              1, 4, 5);
-  z = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
+  x = __builtin_shufflevector(load_halves(p, p + 6), load_halves(p + 4, p + 10), 1, 5, 3, 7);
+  const vec even = load_halves(p + 2, p + 8), odd = load_halves(p + 6, p + 12);  // (y, z) of points 0, 2 and 1, 3
+  y = __builtin_shufflevector(even, odd, 0, 4, 2, 6);
+  z = __builtin_shufflevector(even, odd, 1, 5, 3, 7);
 }
 #else
 TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
