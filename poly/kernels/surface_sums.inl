@@ -206,16 +206,18 @@ void add_products(const surface_blocks& blocks, bool weighted, unsigned g, doubl
 }
 
 // For the grade 2, which needs no chains of powers, straight from the points: all sums of a vector of lanes stay in
-// registers from the first point to the last.
+// registers from the first point to the last. The next points are taken apart before these are added.
 template <bool WEIGHTED>
 TESSARN_INLINE void accumulate_points(const double* points, const double* w, size_t n, double* sums, double* moments) {
   for (size_t v = 0; v < partial_sums; v += width) {
     surface_row<2, WEIGHTED> row[3];
     TESSARN_UNROLL
     for (size_t b = 0; b < 3; ++b) row[b].load_from(sums + v, moments + v, b);
+    vec next_x, next_y, next_z;
+    load_space_points(points + 4 * v, next_x, next_y, next_z);
     for (size_t i = v; i < n; i += partial_sums) {
-      vec x[3], y[3], z, weight = {};
-      load_space_points(points + 4 * i, x[1], y[1], z);
+      vec x[3] = {vec{}, next_x}, y[3] = {vec{}, next_y}, z = next_z, weight = {};
+      load_space_points(points + 4 * (i + partial_sums < n ? i + partial_sums : i), next_x, next_y, next_z);
       x[2] = x[1] * x[1];
       y[2] = y[1] * y[1];
       if (WEIGHTED) {
