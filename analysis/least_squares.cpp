@@ -151,6 +151,7 @@ bounded_solution solve_normal(const scaled_problem& p, const independent_columns
   }
   const verified_inverse v = verify(a, factors, errors);
   s.reciprocal_condition = std::sqrt(v.reciprocal_condition);
+  for (std::size_t i = 0; i < n; ++i) s.spread[i] = square_root(v.inverse.get(i, i));
   numbers<double> r_error(p.rows), error(n);
   numbers<doubled> product(n);
   for (int round = 0;; ++round) {
@@ -170,6 +171,21 @@ bounded_solution solve_normal(const scaled_problem& p, const independent_columns
   for (std::size_t i = 0; i < n; ++i) largest = std::max(largest, z[i]);
   for (std::size_t i = 0; i < n; ++i) s.error[i] = (z[i] + v.amplification() * largest) * 1.001 + underflow;
   return s;
+}
+
+// The residual deviation, and the standard errors of x.
+void add_standard_errors(const scaled_problem& p, const independent_columns& chosen, const bounded_solution& found,
+                         doubled squares, linear_solution& s) {
+  const bool told = p.rows > p.columns;
+  const doubled deviation =
+      told ? square_root(squares / doubled(static_cast<double>(p.rows - p.columns))) : doubled(infinite);
+  s.residual_deviation = scaled(deviation.high, p.shift);
+  s.standard_errors = mat<long double>(std::size_t{1}, p.columns);
+  for (std::size_t k = 0; k < chosen.count; ++k) {
+    const std::size_t c = chosen.order[k];
+    s.standard_errors.getData()[c] =
+        told ? scaled((deviation * found.spread[k]).high, p.shift - p.exponents[c]) : infinite;
+  }
 }
 
 status check(matrix_view a, column_view b) {
@@ -217,6 +233,7 @@ linear_solution least_squares(matrix_view a, column_view b) {
   doubled squares = 0.0;
   for (std::size_t i = 0; i < p.rows; ++i) squares += r[i] * r[i];
   s.residual = scaled(square_root(squares).high, p.shift);
+  if (s.state == status::ok) add_standard_errors(p, chosen, found, squares, s);
   return s;
 }
 

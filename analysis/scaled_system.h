@@ -43,10 +43,11 @@ scaled_matrix scale(std::size_t n, Entry&& entry) {
 struct bounded_solution {
   numbers<doubled> x;
   numbers<double> error;
+  numbers<doubled> spread;  // of least squares: the square roots of the diagonal of the inverse of A'A
   double reciprocal_condition = 0;
   status state = status::ok;  // ok, singular, nearly_singular or out_of_range
 
-  explicit bounded_solution(std::size_t n) : x(n), error(n) {}
+  explicit bounded_solution(std::size_t n) : x(n), error(n), spread(n) {}
 };
 
 // Stores v * 2^e as a double, and widens the error by what the rounding loses; false when it is too large.

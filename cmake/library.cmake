@@ -51,6 +51,9 @@ set(TESSARN_SOURCES
   geometry/plane_fit.cpp
   geometry/residual_model.cpp
   analysis/determinant.cpp
+  analysis/fit.cpp
+  analysis/fit_data.cpp
+  analysis/kernels/in_use.cpp
   analysis/least_squares.cpp
   analysis/solve.cpp
   analysis/status.cpp
@@ -67,7 +70,8 @@ set(TESSARN_KERNELS
   matrix/kernels/table.cpp
   poly/kernels/table.cpp
   geometry/kernels/table.cpp
-  vectors/kernels/table.cpp)
+  vectors/kernels/table.cpp
+  analysis/kernels/table.cpp)
 
 # The chains of powers are written in an order that hides the latency of their steps, which GCC is to keep, and their
 # tests of single numbers should run in the integer units.

@@ -18,6 +18,7 @@ ALLOWED = {
     "poly/kernels": ["simd", "core/double_double.inl", "core/half_exponents.inl", "core/power_range.h"],
     "vectors/kernels": ["simd"],
     "geometry/kernels": ["simd"],
+    "analysis/kernels": ["simd"],
     "matrix": ["tessarn", "core", "simd", "matrix/kernels/kernels.h"],
     "poly": ["tessarn", "core", "simd", "matrix", "poly/kernels/kernels.h"],
     "vectors": ["tessarn", "core", "simd", "poly", "vectors/kernels/kernels.h"],

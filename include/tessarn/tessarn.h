@@ -4,6 +4,7 @@
 
 #include "tessarn/angles.h"
 #include "tessarn/cplx.h"
+#include "tessarn/fit.h"
 #include "tessarn/geometry.h"
 #include "tessarn/matrix.h"
 #include "tessarn/poly.h"

@@ -1,0 +1,14 @@
+// The build of the kernels that is in use.
+#include "analysis/kernels/kernels.h"
+#include "simd/dispatch.h"
+
+namespace tessarn::detail {
+
+const fit_kernels& fit_kernels_in_use() noexcept {
+#define TESSARN_TABLE_OF(set) &set::fit_table,
+  static constexpr const fit_kernels* builds[] = {TESSARN_FOR_EACH_SET(TESSARN_TABLE_OF)};
+#undef TESSARN_TABLE_OF
+  return table_in_use(builds);
+}
+
+}  // namespace tessarn::detail

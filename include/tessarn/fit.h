@@ -1,0 +1,89 @@
+/// \file
+/// Least-squares fits of polynomials and surfaces that tell what they are worth.
+///
+/// A fit works in doubled precision (about 106 bits) about a centre and with a scale of its own, so that polynomials of
+/// degree 10 keep their digits where the normal equations in double precision have none left. It takes the numbers of the
+/// caller as they are: no abscissa is a marker. Results have the same bits everywhere. Nothing is thrown but
+/// std::bad_alloc.
+///
+/// Weights act on residuals: a fit makes the sum of (w (y - p(x)))^2 smallest, as hyperbinom::create does. They are
+/// proportional to 1 / (standard deviation of the ordinate).
+#pragma once
+
+#include "tessarn/poly.h"
+#include "tessarn/status.h"
+#include "tessarn/views.h"
+
+namespace tessarn {
+
+/// Which powers of x a polynomial may have.
+enum class powers : int {
+  all,               ///< 1, x, x^2, ...
+  no_constant,       ///< x, x^2, x^3, ...: through the origin
+  odd,               ///< x, x^3, x^5, ...
+  constant_and_odd,  ///< 1, x, x^3, x^5, ..., as binom::createtan
+};
+
+/// What a fit of a polynomial may be asked for besides.
+struct fit_options {
+  powers which = powers::all;     ///< the coefficients of the other powers are 0
+  column_view weights;            ///< one weight for each point, 0 or positive; none: all weights are 1
+  column_view fixed;              ///< none, or a value for each coefficient, the constant first; NaN: is to be fitted
+  bool leave_out_not_finite = false;  ///< leave points with a NaN or an infinity out, instead of answering `not_finite`
+};
+
+/// A value of a fitted polynomial, and how far it may be off.
+struct prediction {
+  real value;       ///< p(x)
+  real mean;        ///< half of the interval for the curve itself
+  real observation; ///< half of the interval for one further observation of weight 1
+};
+
+/// A fitted polynomial. With q unknowns and n points that have a weight, the residual variance is
+/// sum (w (y - p))^2 / (n - q), and the covariance of the coefficients that times the inverse of the normal matrix. Where
+/// n = q no deviation can be told: deviations, errors and covariance are infinite.
+struct polynomial_fit {
+  status state = status::no_points;
+  real centre = 0;                   ///< p(x) = sum of coefficients[k] ((x - centre) / scale)^k
+  real scale = 1;                    ///< a power of two
+  mat<long double> coefficients;     ///< about the centre, a column; empty unless the state is `ok`
+  mat<long double> standard_errors;  ///< of these coefficients, a column; 0 for fixed ones
+  mat<long double> covariance;       ///< of these coefficients
+  status powers_state = status::no_points;  ///< `out_of_range` when a coefficient of a power of x is too large
+  mat<long double> of_powers;        ///< the coefficients of 1, x, x^2, ..., a column
+  mat<long double> of_powers_errors; ///< their standard errors, a column
+  ulong points_used = 0;             ///< points with a weight above 0
+  ulong points_left_out = 0;         ///< points that are not finite or have a weight of 0
+  ulong unknowns = 0;                ///< coefficients that were fitted
+  real residual_deviation = 0;       ///< the residual standard deviation
+  real r_squared = 0;                ///< 1 - sum (w r)^2 / sum (w (y - mean))^2; the mean counts as 0 without a constant
+  real largest_residual = 0;         ///< y - p(x) where it is largest in magnitude, with its sign
+  ulong largest_at = 0;              ///< the point it belongs to
+  real reciprocal_condition = 0;     ///< an estimate for the columns 1, t, t^2, ... of t = (x - centre) / scale
+
+  /// p(x), from the coefficients about the centre; 0 without coefficients.
+  [[nodiscard]] TESSARN_API real value(real x) const;
+  /// p(x) with intervals of `factor` standard deviations. For an interval of a given confidence, factor is that quantile of
+  /// Student's distribution for n - q degrees of freedom: for 95 %, 1.96 for very many and 2.23 for ten.
+  [[nodiscard]] TESSARN_API prediction predict(real x, real factor) const;
+  /// The polynomial in powers of x. Far from the centre of the data its evaluation loses digits that value() keeps.
+  [[nodiscard]] TESSARN_API binom expanded() const;
+};
+
+/// Fits a polynomial with so many coefficients, its degree plus one, through points of the plane.
+///
+/// \code
+/// const vector points[] = {{0, 1}, {1, 3}, {2, 7}, {3, 13}};   // 1 + x + x^2
+/// const tessarn::polynomial_fit f = tessarn::fit_polynomial({points, 4}, 3);
+/// assert(f.state == tessarn::status::ok && f.of_powers.get(0, 2) == 1);
+/// assert(f.value(10) == 111 && f.expanded().func(10) == 111);
+/// \endcode
+///
+/// Statuses: `no_unknowns`, `sizes_differ` (columns, weights or fixed values of other sizes), `bad_option`, `not_finite`,
+/// `bad_weight`, `no_points`, `too_few_points`, `too_few_distinct` abscissas, `nearly_singular` when the normal equations
+/// are not regular in doubled precision, `out_of_range` when the abscissas span more than the range of a real or less than
+/// 1e-290, or a result is too large. Coefficients are given with `ok` alone.
+[[nodiscard]] TESSARN_API polynomial_fit fit_polynomial(plane_points points, ulong coefficients,
+                                                        const fit_options& options = {});
+
+}  // namespace tessarn
