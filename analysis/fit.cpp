@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "analysis/fit_data.h"
-#include "analysis/verified_inverse.h"
+#include "analysis/normal_equations.h"
 
 namespace tessarn {
 
@@ -57,60 +57,41 @@ status choose_basis(const fit_options& options, basis& b) {
   return b.unknowns == 0 ? status::no_unknowns : status::ok;
 }
 
-// The solution of the normal equations, in t, with the inverse of their matrix.
+// The solution of the normal equations, in t.
 struct normal_solution {
-  status state = status::ok;
+  normal_equations equations;     // for the unknowns
   numbers<doubled> coefficients;  // all of the polynomial, the fixed ones among them
-  numbers<double> high, low;      // the same, as the kernels take them
-  doubled_matrix inverse;         // for the unknowns
-  double reciprocal_condition = 0;
-  doubled mean = 0.0;             // of the ordinates, weighted
-  doubled weights = 0.0;          // their sum
-
-  explicit normal_solution(std::size_t m) : coefficients(m), high(m), low(m), inverse(0, 0) {}
+  doubled mean;                   // of the ordinates, weighted
 };
 
-// Sums the moments, and solves with one refinement: x = R g, x += R (g - G x).
+// The sums of w t^e for e < exponents, followed by those of w t^e y for e < products.
+numbers<doubled> sum_moments(const fit_data& data, std::size_t exponents, std::size_t products) {
+  const std::size_t count = exponents + products;
+  numbers<double> sums(detail::checked_product(2 * detail::fit_partial_sums, count));
+  const detail::fit_kernels& kernels = detail::fit_kernels_in_use();
+  fit_block block;
+  for (std::size_t i = 0; data.next(i, block);) kernels.add_moments(block.columns(), exponents, products, sums.data());
+  numbers<doubled> moments(count);
+  for (std::size_t k = 0; k < count; ++k) moments[k] = total(sums.data() + 2 * detail::fit_partial_sums * k);
+  return moments;
+}
+
+// The equations of the unknowns; the terms of the fixed coefficients go to the right-hand side.
 normal_solution solve_normal(const fit_data& data, const basis& b) {
   const std::size_t m = b.fixed.size(), q = b.unknowns, exponents = 2 * m - 1;
-  normal_solution s(m);
-  numbers<double> sums(detail::checked_product(2 * detail::fit_partial_sums, exponents + m));
-  detail::fit_kernels_in_use().add_moments(data.columns(), exponents, m, sums.data());
-  numbers<doubled> moments(exponents + m);
-  for (std::size_t i = 0; i < exponents + m; ++i) moments[i] = total(sums.data() + 2 * detail::fit_partial_sums * i);
-  s.weights = moments[0];
-  s.mean = moments[exponents] / moments[0];
-  doubled_matrix g(q, q);
-  numbers<doubled> right(q);
-  numbers<double> errors(q);
+  const numbers<doubled> moments = sum_moments(data, exponents, m);
+  numbers<doubled> x(q);
   for (std::size_t r = 0; r < q; ++r) {
-    right[r] = moments[exponents + b.exponents[r]];
-    for (std::size_t k = 0; k < m; ++k) right[r] -= b.fixed[k] * moments[b.exponents[r] + k];
-    for (std::size_t c = 0; c < q; ++c) g.set(r, c, moments[b.exponents[r] + b.exponents[c]]);
-    errors[r] = row_sum(g, r) * 0x1p-98;  // what the sums have lost, roughly: they are no part of a proof here
+    x[r] = moments[exponents + b.exponents[r]];
+    if (!b.any_fixed) continue;
+    for (std::size_t k = 0; k < m; ++k) x[r] -= b.fixed[k] * moments[b.exponents[r] + k];
   }
-  const factorisation factors(g);
-  s.state = factors.regular() ? status::ok : status::nearly_singular;
-  if (s.state != status::ok) return s;
-  verified_inverse v = verify(g, factors, errors);
-  s.reciprocal_condition = std::sqrt(v.reciprocal_condition);
-  if (!v.proved()) s.state = status::nearly_singular;
-  numbers<doubled> x(q), rest(q);
-  for (int round = 0; round < 2; ++round) {
-    for (std::size_t r = 0; r < q; ++r) {
-      rest[r] = right[r];
-      for (std::size_t c = 0; c < q; ++c) rest[r] -= g.get(r, c) * x[c];
-    }
-    for (std::size_t r = 0; r < q; ++r)
-      for (std::size_t c = 0; c < q; ++c) x[r] += v.inverse.get(r, c) * rest[c];
-  }
+  const auto entry = [&](std::size_t r, std::size_t c) { return moments[b.exponents[r] + b.exponents[c]]; };
+  normal_solution s{normal_equations(q, entry), numbers<doubled>(m), moments[exponents] / moments[0]};
+  if (!s.equations.regular()) return s;
+  s.equations.solve(x);
   for (std::size_t k = 0; k < m; ++k) s.coefficients[k] = b.fixed[k];
   for (std::size_t r = 0; r < q; ++r) s.coefficients[b.exponents[r]] = x[r];
-  for (std::size_t k = 0; k < m; ++k) {
-    s.high[k] = s.coefficients[k].high;
-    s.low[k] = s.coefficients[k].low;
-  }
-  s.inverse = std::move(v.inverse);
   return s;
 }
 
@@ -129,18 +110,6 @@ doubled_matrix expansion(std::size_t m, double centre) {
   return e;
 }
 
-// sum over k and l of row[k] C[k][l] row[l] for the inverse of the normal matrix, which has rows for the unknowns alone.
-template <class Row>
-doubled quadratic_form(const normal_solution& s, const basis& b, Row&& row) {
-  doubled sum = 0.0;
-  for (std::size_t r = 0; r < b.unknowns; ++r) {
-    doubled inner = 0.0;
-    for (std::size_t c = 0; c < b.unknowns; ++c) inner += s.inverse.get(r, c) * row(b.exponents[c]);
-    sum += inner * row(b.exponents[r]);
-  }
-  return sum;
-}
-
 // The coefficients of the powers of x and their standard errors; deviation is that of the scaled residuals.
 void expand(const fit_data& data, const normal_solution& s, const basis& b, doubled deviation, polynomial_fit& f) {
   const std::size_t m = b.fixed.size();
@@ -151,7 +120,9 @@ void expand(const fit_data& data, const normal_solution& s, const basis& b, doub
   for (std::size_t j = 0; j < m; ++j) {
     doubled sum = 0.0;
     for (std::size_t k = j; k < m; ++k) sum += e.get(j, k) * s.coefficients[k];
-    const doubled form = quadratic_form(s, b, [&](std::size_t k) { return e.get(j, k); });
+    std::size_t first = 0;  // of the unknowns with an exponent of j or above
+    while (first < b.unknowns && b.exponents[first] < j) ++first;
+    const doubled form = s.equations.form(first, [&](std::size_t i) { return e.get(j, b.exponents[i]); });
     const int exponent = data.y_exponent() - static_cast<int>(j) * data.x_exponent();
     f.of_powers.getData()[j] = scaled(sum.high, exponent);
     f.of_powers_errors.getData()[j] =
@@ -161,25 +132,31 @@ void expand(const fit_data& data, const normal_solution& s, const basis& b, doub
 }
 
 // Residuals, the largest of them, and R^2; gives the deviation of the scaled residuals.
-doubled judge(fit_data& data, const normal_solution& s, const basis& b, polynomial_fit& f) {
+doubled judge(const fit_data& data, const normal_solution& s, const basis& b, polynomial_fit& f) {
+  const std::size_t m = s.coefficients.size();
+  numbers<double> high(m), low(m);
+  for (std::size_t k = 0; k < m; ++k) {
+    high[k] = s.coefficients[k].high;
+    low[k] = s.coefficients[k].low;
+  }
+  const double mean = b.exponents[0] == 0 ? s.mean.high : 0;
   double sums[4 * detail::fit_partial_sums] = {};
-  const bool about_mean = b.unknowns > 0 && b.exponents[0] == 0;
-  detail::fit_kernels_in_use().residuals(data.columns(), s.high.data(), s.low.data(), s.high.size(),
-                                         about_mean ? s.mean.high : 0, data.residuals(), sums);
+  double largest = -1;
+  const detail::fit_kernels& kernels = detail::fit_kernels_in_use();
+  fit_block block;
+  for (std::size_t i = 0; data.next(i, block);) {
+    kernels.residuals(block.columns(), high.data(), low.data(), m, mean, block.residuals, sums);
+    for (std::size_t k = 0; k < block.used; ++k) {
+      if (!(std::fabs(block.residuals[k]) > largest)) continue;
+      largest = std::fabs(block.residuals[k]);
+      f.largest_residual = scaled(block.residuals[k], data.y_exponent());
+      f.largest_at = static_cast<ulong>(block.numbers[k]);
+    }
+  }
   const doubled squares = total(sums), all = total(sums + 2 * detail::fit_partial_sums);
-  std::size_t largest = 0;
-  const double* r = data.residuals();
-  for (std::size_t i = 0; i < data.used(); ++i)
-    if (std::fabs(r[i]) > std::fabs(r[largest])) largest = i;
-  f.largest_residual = scaled(r[largest], data.y_exponent());
-  f.largest_at = static_cast<ulong>(data.number(largest));
   f.r_squared = all.high > 0 ? (doubled(1.0) - squares / all).high : 1;
   const std::size_t freedom = data.used() - b.unknowns;
-  if (freedom == 0) {
-    f.residual_deviation = infinite;
-    return infinite;
-  }
-  const doubled deviation = square_root(squares / doubled(static_cast<double>(freedom)));
+  const doubled deviation = freedom == 0 ? doubled(infinite) : square_root(squares / doubled(static_cast<double>(freedom)));
   f.residual_deviation = scaled(deviation.high, data.y_exponent() + data.weight_exponent());
   return deviation;
 }
@@ -196,15 +173,18 @@ void store(const fit_data& data, const normal_solution& s, const basis& b, doubl
     f.coefficients.getData()[k] = scaled(s.coefficients[k].high, data.y_exponent());
     if (!is_finite(f.coefficients.getData()[k])) f.state = status::out_of_range;
   }
-  for (std::size_t r = 0; r < b.unknowns; ++r) {
-    const doubled root = square_root(s.inverse.get(r, r));
-    f.standard_errors.getData()[b.exponents[r]] =
-        is_finite(deviation.high) ? scaled((deviation * root).high, data.y_exponent()) : infinite;
-    for (std::size_t c = 0; c < b.unknowns; ++c)
-      f.covariance.getData()[b.exponents[r] * m + b.exponents[c]] =
-          is_finite(deviation.high) ? scaled((deviation * deviation * s.inverse.get(r, c)).high, 2 * data.y_exponent())
-                                    : infinite;
-  }
+  const bool told = is_finite(deviation.high);
+  const doubled variance = deviation * deviation;
+  for (std::size_t r = 0; r < b.unknowns; ++r)
+    for (std::size_t c = 0; c <= r; ++c) {
+      const doubled entry = s.equations.inverse(r, c);
+      const double covariance = told ? scaled((variance * entry).high, 2 * data.y_exponent()) : infinite;
+      f.covariance.getData()[b.exponents[r] * m + b.exponents[c]] = covariance;
+      f.covariance.getData()[b.exponents[c] * m + b.exponents[r]] = covariance;
+      if (r == c)
+        f.standard_errors.getData()[b.exponents[r]] =
+            told ? scaled((deviation * square_root(entry)).high, data.y_exponent()) : infinite;
+    }
 }
 
 }  // namespace
@@ -230,12 +210,14 @@ polynomial_fit fit_polynomial(plane_points points, ulong coefficients, const fit
   data.prepare(!b.any_fixed);
   f.state = data.state();
   if (f.state != status::ok) return f;
-  for (std::size_t k = 0; k < coefficients; ++k)
+  for (std::size_t k = 0; b.any_fixed && k < coefficients; ++k)
     b.fixed[k] = scaled(b.fixed[k].high, static_cast<int>(k) * data.x_exponent() - data.y_exponent());
   const normal_solution s = solve_normal(data, b);
-  f.state = s.state;
-  f.reciprocal_condition = s.reciprocal_condition;
-  if (f.state != status::ok) return f;
+  if (!s.equations.regular()) {
+    f.state = status::nearly_singular;
+    return f;
+  }
+  f.reciprocal_condition = s.equations.reciprocal_condition();
   const doubled deviation = judge(data, s, b, f);
   store(data, s, b, deviation, f);
   if (f.state != status::ok) {

@@ -55,6 +55,7 @@ set(TESSARN_SOURCES
   analysis/fit_data.cpp
   analysis/kernels/in_use.cpp
   analysis/least_squares.cpp
+  analysis/normal_equations.cpp
   analysis/solve.cpp
   analysis/status.cpp
   analysis/verified_inverse.cpp
