@@ -174,16 +174,16 @@ void store(const fit_data& data, const normal_solution& s, const basis& b, doubl
     if (!is_finite(f.coefficients.getData()[k])) f.state = status::out_of_range;
   }
   const bool told = is_finite(deviation.high);
-  const doubled variance = deviation * deviation;
+  const double variance = deviation.high * deviation.high;
   for (std::size_t r = 0; r < b.unknowns; ++r)
     for (std::size_t c = 0; c <= r; ++c) {
-      const doubled entry = s.equations.inverse(r, c);
-      const double covariance = told ? scaled((variance * entry).high, 2 * data.y_exponent()) : infinite;
+      const double entry = s.equations.inverse(r, c);
+      const double covariance = told ? scaled(variance * entry, 2 * data.y_exponent()) : infinite;
       f.covariance.getData()[b.exponents[r] * m + b.exponents[c]] = covariance;
       f.covariance.getData()[b.exponents[c] * m + b.exponents[r]] = covariance;
       if (r == c)
         f.standard_errors.getData()[b.exponents[r]] =
-            told ? scaled((deviation * square_root(entry)).high, data.y_exponent()) : infinite;
+            told ? scaled(deviation.high * std::sqrt(entry), data.y_exponent()) : infinite;
     }
 }
 

@@ -88,9 +88,9 @@ bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
     for (; used < count; ++used) {
       block.high[used] = points_.x[i + used];
       block.y[used] = points_.y[i + used];
-      block.weight_high[used] = weight(i + used);
       block.numbers[used] = i + used;
     }
+    for (std::size_t k = 0; k < count; ++k) block.weight_high[k] = weight(i + k);
     i += count;
   } else {
     for (; i < points_.size() && used < fit_block::capacity; ++i) {
@@ -117,6 +117,10 @@ bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
     block.y[k] = block.y[k] * half_y * rest_y;
   }
   const double half_w = power_of_two(-weight_exponent_ / 2), rest_w = power_of_two(-weight_exponent_ - -weight_exponent_ / 2);
+  if (!weighted_) {
+    for (std::size_t k = 0; k < size; ++k) block.weight_low[k] = 0;
+    return block.used > 0;
+  }
   for (std::size_t k = 0; k < size; ++k) {
     const double w = block.weight_high[k] * half_w * rest_w;
     const doubled square = exact_product(w, w);

@@ -20,14 +20,14 @@ void normal_equations::factorise() {
       doubled sum = row[c];
       for (std::size_t k = 0; k < c; ++k) sum -= multiples[k] * lower_[c * n + k];
       multiples[c] = sum;
-      row[c] = sum / diagonal_[c];
+      row[c] = sum * reciprocals_[c];
       pivot -= sum * row[c];
     }
     if (!(pivot.high > entry * 0x1p-90)) {
       regular_ = false;
       return;
     }
-    diagonal_[r] = pivot;
+    reciprocals_[r] = doubled(1.0) / pivot;
   }
 }
 
@@ -45,15 +45,18 @@ void normal_equations::invert_lower() {
   }
 }
 
-doubled normal_equations::inverse(std::size_t r, std::size_t c) const noexcept {
-  const std::size_t n = size_, first = std::max(r, c);
-  doubled sum = 0.0;
-  for (std::size_t k = first; k < n; ++k) {
-    const doubled a = k == r ? doubled(1.0) : lower_[k * n + r];
-    const doubled b = k == c ? doubled(1.0) : lower_[k * n + c];
-    sum += a * b / diagonal_[k];
+// The factors are known to more than twice the digits; their products are summed as doubles.
+void normal_equations::invert() {
+  const std::size_t n = size_;
+  for (std::size_t k = 0; k < n; ++k) {
+    const double reciprocal = reciprocals_[k].high;
+    for (std::size_t r = 0; r <= k; ++r) {
+      const double factor = (r == k ? 1 : lower_[k * n + r].high) * reciprocal;
+      for (std::size_t c = 0; c <= r; ++c) inverse_[r * n + c] += factor * (c == k ? 1 : lower_[k * n + c].high);
+    }
   }
-  return sum;
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t c = 0; c < r; ++c) inverse_[c * n + r] = inverse_[r * n + c];
 }
 
 // z = D^-1 L^-1 right, and then (L^-1)' z.
@@ -64,23 +67,16 @@ void normal_equations::solve(numbers<doubled>& right) const {
     for (std::size_t k = 0; k < r; ++k) sum += lower_[r * n + k] * right[k];
     right[r] = sum;
   }
-  for (std::size_t r = 0; r < n; ++r) right[r] = right[r] / diagonal_[r];
+  for (std::size_t r = 0; r < n; ++r) right[r] *= reciprocals_[r];
   for (std::size_t r = 0; r < n; ++r)
     for (std::size_t k = r + 1; k < n; ++k) right[r] += lower_[k * n + r] * right[k];
 }
 
-// The inverse in double precision: its magnitudes are enough for an estimate.
 double normal_equations::reciprocal_condition() const noexcept {
-  const std::size_t n = size_;
   double inverse_norm = 0;
-  for (std::size_t r = 0; r < n; ++r) {
+  for (std::size_t r = 0; r < size_; ++r) {
     double sum = 0;
-    for (std::size_t c = 0; c < n; ++c) {
-      double entry = 0;
-      for (std::size_t k = std::max(r, c); k < n; ++k)
-        entry += (k == r ? 1 : lower_[k * n + r].high) * (k == c ? 1 : lower_[k * n + c].high) / diagonal_[k].high;
-      sum += std::fabs(entry);
-    }
+    for (std::size_t c = 0; c < size_; ++c) sum += std::fabs(inverse(r, c));
     inverse_norm = std::max(inverse_norm, sum);
   }
   const double condition = norm_ * inverse_norm;

@@ -13,11 +13,13 @@ class normal_equations {
  public:
   // `entry(r, c)` gives the matrix for c <= r. The entries are near 1 or below.
   template <class Entry>
-  normal_equations(std::size_t n, Entry&& entry) : size_(n), lower_(detail::checked_product(n, n)), diagonal_(n) {
+  normal_equations(std::size_t n, Entry&& entry) : size_(n), lower_(detail::checked_product(n, n)), reciprocals_(n), inverse_(lower_.size()) {
     for (std::size_t r = 0; r < n; ++r)
       for (std::size_t c = 0; c <= r; ++c) lower_[r * n + c] = entry(r, c);
     factorise();
-    if (regular_) invert_lower();
+    if (!regular_) return;
+    invert_lower();
+    invert();
   }
 
   // False when a pivot vanished besides the entry it came from: the columns depend on each other in doubled precision.
@@ -26,8 +28,8 @@ class normal_equations {
   double reciprocal_condition() const noexcept;
   // The solution for a right-hand side, in its place.
   void solve(numbers<doubled>& right) const;
-  // Entry (r, c) of the inverse.
-  doubled inverse(std::size_t r, std::size_t c) const noexcept;
+  // Entry (r, c) of the inverse, as a double.
+  double inverse(std::size_t r, std::size_t c) const noexcept { return inverse_[r * size_ + c]; }
   // v' M^-1 v for the vector with the entries v(first), v(first + 1), ...; those before are 0.
   template <class Vector>
   doubled form(std::size_t first, Vector&& v) const noexcept {
@@ -35,7 +37,7 @@ class normal_equations {
     for (std::size_t i = first; i < size_; ++i) {
       doubled sum = v(i);  // L^-1 has ones on its diagonal
       for (std::size_t k = first; k < i; ++k) sum += lower_[i * size_ + k] * v(k);
-      total += sum * sum / diagonal_[i];
+      total += sum * sum * reciprocals_[i];
     }
     return total;
   }
@@ -43,10 +45,12 @@ class normal_equations {
  private:
   void factorise();
   void invert_lower();
+  void invert();
 
   std::size_t size_;
   numbers<doubled> lower_;  // the inverse of L below the diagonal
-  numbers<doubled> diagonal_;
+  numbers<doubled> reciprocals_;  // of D
+  numbers<double> inverse_;
   double norm_ = 0;
   bool regular_ = true;
 };

@@ -47,30 +47,57 @@ TESSARN_INLINE doubled product(doubled a, doubled b, doubled b_parts) {
   return ordered_sum(p.high, p.low + (a.high * b.low + a.low * b.high));
 }
 
-// Adds a doubled number to the partial sums from p on.
-TESSARN_INLINE void add(double* p, doubled v) {
-  const doubled s = exact_sum(load(p), v.high);
-  store(p, s.high);
-  store(p + fit_partial_sums, load(p + fit_partial_sums) + (s.low + v.low));
+// Adds the doubled numbers, one after the other, to the partial sums from p on.
+template <size_t G>
+TESSARN_INLINE void add(double* p, const doubled (&v)[G]) {
+  vec high = load(p), low = load(p + fit_partial_sums);
+  TESSARN_UNROLL
+  for (size_t g = 0; g < G; ++g) {
+    const doubled s = exact_sum(high, v[g].high);
+    high = s.high;
+    low += s.low + v[g].low;
+  }
+  store(p, high);
+  store(p + fit_partial_sums, low);
 }
 
-// A running power w x^e for each point of a vector, added to its sums.
-void add_moments(const fit_columns& points, size_t exponents, size_t products, double* sums) {
-  for (size_t i = 0; i < points.size; i += width) {
-    double* lane = sums + i % fit_partial_sums;
-    const doubled x = {load(points.high + i), load(points.low + i)};
-    const vec y = load(points.y + i);
-    const doubled x_parts = split(x.high), y_parts = split(y);
-    doubled power = {load(points.weight_high + i), load(points.weight_low + i)};
-    for (size_t e = 0; e < exponents; ++e) {
-      if (e > 0) power = product(power, x, x_parts);
-      add(lane + 2 * fit_partial_sums * e, power);
-      if (e < products) {
-        const doubled p = exact_product(power.high, split(power.high), y, y_parts);
-        add(lane + 2 * fit_partial_sums * (exponents + e), {p.high, p.low + power.low * y});
+// G vectors of points whose chains run side by side; vector g belongs to the points from i + 8 g on, and to the same partial sums.
+// A chain alone would wait for each of its steps.
+template <size_t G>
+TESSARN_INLINE void moments_of(const fit_columns& points, size_t i, size_t exponents, size_t products, double* lane) {
+  doubled x[G], power[G];
+  vec y[G];
+  TESSARN_UNROLL
+  for (size_t g = 0; g < G; ++g) {
+    const size_t at = i + fit_partial_sums * g;
+    x[g] = {load(points.high + at), load(points.low + at)};
+    y[g] = load(points.y + at);
+    power[g] = {load(points.weight_high + at), load(points.weight_low + at)};
+  }
+  for (size_t e = 0; e < exponents; ++e) {
+    if (e > 0) {
+      TESSARN_UNROLL
+      for (size_t g = 0; g < G; ++g) power[g] = product(power[g], x[g], split(x[g].high));
+    }
+    add(lane + 2 * fit_partial_sums * e, power);
+    if (e < products) {
+      doubled term[G];
+      TESSARN_UNROLL
+      for (size_t g = 0; g < G; ++g) {
+        term[g] = exact_product(power[g].high, split(power[g].high), y[g], split(y[g]));
+        term[g].low += power[g].low * y[g];
       }
+      add(lane + 2 * fit_partial_sums * (exponents + e), term);
     }
   }
+}
+
+void add_moments(const fit_columns& points, size_t exponents, size_t products, double* sums) {
+  constexpr size_t together = 2 * fit_partial_sums;
+  size_t i = 0;
+  for (; i + together <= points.size; i += together)
+    for (size_t l = 0; l < fit_partial_sums; l += width) moments_of<2>(points, i + l, exponents, products, sums + l);
+  for (; i < points.size; i += width) moments_of<1>(points, i, exponents, products, sums + i % fit_partial_sums);
 }
 
 // w v^2 for a difference v, whose square is doubled; the low part of the weight is too small to matter.
@@ -81,21 +108,48 @@ TESSARN_INLINE doubled weighted_square(vec v, vec weight) {
   return {p.high, p.low + square.low * weight};
 }
 
+struct fitted {
+  const double *high, *low;
+  size_t coefficients;
+  double mean;
+};
+
+// As moments_of: G vectors of points, Horner's rule for each of them side by side.
+template <size_t G>
+TESSARN_INLINE void residuals_of(const fit_columns& points, size_t i, const fitted& f, double* residuals, double* lane) {
+  doubled x[G], value[G], squares[G], all[G];
+  const size_t last = f.coefficients - 1;
+  TESSARN_UNROLL
+  for (size_t g = 0; g < G; ++g) {
+    x[g] = {load(points.high + i + fit_partial_sums * g), load(points.low + i + fit_partial_sums * g)};
+    value[g] = {broadcast(f.high[last]), broadcast(f.low[last])};
+  }
+  for (size_t k = last; k-- > 0;) {
+    const doubled c = {broadcast(f.high[k]), broadcast(f.low[k])};
+    TESSARN_UNROLL
+    for (size_t g = 0; g < G; ++g) value[g] = sum(product(value[g], x[g], split(x[g].high)), c);
+  }
+  TESSARN_UNROLL
+  for (size_t g = 0; g < G; ++g) {
+    const size_t at = i + fit_partial_sums * g;
+    const vec y = load(points.y + at), weight = load(points.weight_high + at);
+    const vec r = sum({y, broadcast(0)}, {-value[g].high, -value[g].low}).high;
+    store(residuals + at, r);
+    squares[g] = weighted_square(r, weight);
+    all[g] = weighted_square(y - broadcast(f.mean), weight);
+  }
+  add(lane, squares);
+  add(lane + 2 * fit_partial_sums, all);
+}
+
 void residuals(const fit_columns& points, const double* high, const double* low, size_t coefficients, double mean,
                double* residuals, double* sums) {
-  for (size_t i = 0; i < points.size; i += width) {
-    double* lane = sums + i % fit_partial_sums;
-    const doubled x = {load(points.high + i), load(points.low + i)};
-    const doubled x_parts = split(x.high);
-    const vec y = load(points.y + i), weight = load(points.weight_high + i);
-    doubled value = {broadcast(high[coefficients - 1]), broadcast(low[coefficients - 1])};
-    for (size_t k = coefficients - 1; k-- > 0;)
-      value = sum(product(value, x, x_parts), {broadcast(high[k]), broadcast(low[k])});
-    const doubled r = sum({y, broadcast(0)}, {-value.high, -value.low});
-    store(residuals + i, r.high);
-    add(lane, weighted_square(r.high, weight));
-    add(lane + 2 * fit_partial_sums, weighted_square(y - broadcast(mean), weight));
-  }
+  constexpr size_t together = 4 * fit_partial_sums;
+  const fitted f = {high, low, coefficients, mean};
+  size_t i = 0;
+  for (; i + together <= points.size; i += together)
+    for (size_t l = 0; l < fit_partial_sums; l += width) residuals_of<4>(points, i + l, f, residuals, sums + l);
+  for (; i < points.size; i += width) residuals_of<1>(points, i, f, residuals, sums + i % fit_partial_sums);
 }
 
 }  // namespace
