@@ -64,22 +64,12 @@ struct normal_solution {
   doubled mean;                   // of the ordinates, weighted
 };
 
-// The sums of w t^e for e < exponents, followed by those of w t^e y for e < products.
-numbers<doubled> sum_moments(const fit_data& data, std::size_t exponents, std::size_t products) {
-  const std::size_t count = exponents + products;
-  numbers<double> sums(detail::checked_product(2 * detail::fit_partial_sums, count));
-  const detail::fit_kernels& kernels = detail::fit_kernels_in_use();
-  fit_block block;
-  for (std::size_t i = 0; data.next(i, block);) kernels.add_moments(block.columns(), exponents, products, sums.data());
-  numbers<doubled> moments(count);
-  for (std::size_t k = 0; k < count; ++k) moments[k] = total(sums.data() + 2 * detail::fit_partial_sums * k);
-  return moments;
-}
-
 // The equations of the unknowns; the terms of the fixed coefficients go to the right-hand side.
 normal_solution solve_normal(const fit_data& data, const basis& b) {
   const std::size_t m = b.fixed.size(), q = b.unknowns, exponents = 2 * m - 1;
-  const numbers<doubled> moments = sum_moments(data, exponents, m);
+  const numbers<doubled> moments = sum_blocks(data, exponents + m, [&](const fit_block& block, double* sums) {
+    detail::fit_kernels_in_use().add_moments(block.columns(), exponents, m, sums);
+  });
   numbers<doubled> x(q);
   for (std::size_t r = 0; r < q; ++r) {
     x[r] = moments[exponents + b.exponents[r]];
@@ -97,23 +87,10 @@ normal_solution solve_normal(const fit_data& data, const basis& b) {
 
 mat<long double> column(std::size_t n) { return mat<long double>(std::size_t{1}, n); }
 
-// The powers of t in powers of x 2^-e: entry (j, k) is the coefficient of (x 2^-e)^j in t^k, binomial(k, j) (-c)^(k-j) with the
-// scaled centre c.
-doubled_matrix expansion(std::size_t m, double centre) {
-  doubled_matrix e(m, m);
-  for (std::size_t k = 0; k < m; ++k)
-    for (std::size_t j = 0; j <= k; ++j) {
-      doubled v = j > 0 ? e.get(j - 1, k - 1) : doubled(k == 0 ? 1.0 : 0.0);
-      if (j < k) v -= doubled(centre) * e.get(j, k - 1);
-      e.set(j, k, v);
-    }
-  return e;
-}
-
 // The coefficients of the powers of x and their standard errors; deviation is that of the scaled residuals.
 void expand(const fit_data& data, const normal_solution& s, const basis& b, doubled deviation, polynomial_fit& f) {
   const std::size_t m = b.fixed.size();
-  const doubled_matrix e = expansion(m, scaled(data.centre(), -data.x_exponent()));
+  const doubled_matrix e = expansion(m, data.x());
   f.of_powers = column(m);
   f.of_powers_errors = column(m);
   f.powers_state = status::ok;
@@ -123,7 +100,7 @@ void expand(const fit_data& data, const normal_solution& s, const basis& b, doub
     std::size_t first = 0;  // of the unknowns with an exponent of j or above
     while (first < b.unknowns && b.exponents[first] < j) ++first;
     const doubled form = s.equations.form(first, [&](std::size_t i) { return e.get(j, b.exponents[i]); });
-    const int exponent = data.y_exponent() - static_cast<int>(j) * data.x_exponent();
+    const int exponent = data.y_exponent() - static_cast<int>(j) * data.x().exponent;
     f.of_powers.getData()[j] = scaled(sum.high, exponent);
     f.of_powers_errors.getData()[j] =
         form.high == 0 ? 0 : is_finite(deviation.high) ? scaled((deviation * square_root(form)).high, exponent) : infinite;
@@ -132,7 +109,7 @@ void expand(const fit_data& data, const normal_solution& s, const basis& b, doub
 }
 
 // Residuals, the largest of them, and R^2; gives the deviation of the scaled residuals.
-doubled judge(const fit_data& data, const normal_solution& s, const basis& b, polynomial_fit& f) {
+doubled judge_fit(const fit_data& data, const normal_solution& s, const basis& b, polynomial_fit& f) {
   const std::size_t m = s.coefficients.size();
   numbers<double> high(m), low(m);
   for (std::size_t k = 0; k < m; ++k) {
@@ -140,32 +117,21 @@ doubled judge(const fit_data& data, const normal_solution& s, const basis& b, po
     low[k] = s.coefficients[k].low;
   }
   const double mean = b.exponents[0] == 0 ? s.mean.high : 0;
-  double sums[4 * detail::fit_partial_sums] = {};
-  double largest = -1;
-  const detail::fit_kernels& kernels = detail::fit_kernels_in_use();
-  fit_block block;
-  for (std::size_t i = 0; data.next(i, block);) {
-    kernels.residuals(block.columns(), high.data(), low.data(), m, mean, block.residuals, sums);
-    for (std::size_t k = 0; k < block.used; ++k) {
-      if (!(std::fabs(block.residuals[k]) > largest)) continue;
-      largest = std::fabs(block.residuals[k]);
-      f.largest_residual = scaled(block.residuals[k], data.y_exponent());
-      f.largest_at = static_cast<ulong>(block.numbers[k]);
-    }
-  }
-  const doubled squares = total(sums), all = total(sums + 2 * detail::fit_partial_sums);
-  f.r_squared = all.high > 0 ? (doubled(1.0) - squares / all).high : 1;
-  const std::size_t freedom = data.used() - b.unknowns;
-  const doubled deviation = freedom == 0 ? doubled(infinite) : square_root(squares / doubled(static_cast<double>(freedom)));
-  f.residual_deviation = scaled(deviation.high, data.y_exponent() + data.weight_exponent());
-  return deviation;
+  const fit_quality q = judge(data, b.unknowns, [&](fit_block& block, double* sums) {
+    detail::fit_kernels_in_use().residuals(block.columns(), high.data(), low.data(), m, mean, block.residuals, sums);
+  });
+  f.largest_residual = q.largest_residual;
+  f.largest_at = static_cast<ulong>(q.largest_at);
+  f.r_squared = q.r_squared;
+  f.residual_deviation = q.residual_deviation;
+  return q.scaled_deviation;
 }
 
 // Coefficients, errors and covariance about the centre.
 void store(const fit_data& data, const normal_solution& s, const basis& b, doubled deviation, polynomial_fit& f) {
   const std::size_t m = b.fixed.size();
-  f.centre = data.centre();
-  f.scale = power_of_two(data.x_exponent());
+  f.centre = data.x().centre;
+  f.scale = power_of_two(data.x().exponent);
   f.coefficients = column(m);
   f.standard_errors = column(m);
   f.covariance = mat<long double>(m, m);
@@ -201,7 +167,8 @@ polynomial_fit fit_polynomial(plane_points points, ulong coefficients, const fit
   if (f.state != status::ok) return f;
   bool all_odd = true;
   for (std::size_t r = 0; r < b.unknowns; ++r) all_odd = all_odd && b.exponents[r] % 2 == 1;
-  fit_data data(points, options, b.unknowns, b.exponents[0] == 0, all_odd);
+  const fit_input input{points.x, {}, points.y, options.weights, false, options.leave_out_not_finite};
+  fit_data data(input, b.unknowns, b.exponents[0] == 0, all_odd);
   f.state = data.state();
   f.points_used = static_cast<ulong>(data.used());
   f.points_left_out = static_cast<ulong>(data.left_out());
@@ -211,14 +178,14 @@ polynomial_fit fit_polynomial(plane_points points, ulong coefficients, const fit
   f.state = data.state();
   if (f.state != status::ok) return f;
   for (std::size_t k = 0; b.any_fixed && k < coefficients; ++k)
-    b.fixed[k] = scaled(b.fixed[k].high, static_cast<int>(k) * data.x_exponent() - data.y_exponent());
+    b.fixed[k] = scaled(b.fixed[k].high, static_cast<int>(k) * data.x().exponent - data.y_exponent());
   const normal_solution s = solve_normal(data, b);
   if (!s.equations.regular()) {
     f.state = status::nearly_singular;
     return f;
   }
   f.reciprocal_condition = s.equations.reciprocal_condition();
-  const doubled deviation = judge(data, s, b, f);
+  const doubled deviation = judge_fit(data, s, b, f);
   store(data, s, b, deviation, f);
   if (f.state != status::ok) {
     polynomial_fit none;

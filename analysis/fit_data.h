@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 
 #include "analysis/doubled_matrix.h"
 #include "analysis/kernels/kernels.h"
@@ -9,9 +10,27 @@
 
 namespace tessarn::analysis {
 
-// The largest and the smallest numbers of one coordinate.
-struct coordinate_range {
-  double lowest = 0, highest = 0;
+// The columns of the caller. A fit of a curve has no second abscissas.
+struct fit_input {
+  column_view x, second, y, weights;
+  bool two, leave_out;
+};
+
+// One abscissa: its range, and what t = (x - centre) 2^-exponent is made of.
+struct fit_abscissa {
+  double lowest = 0, highest = 0, centre = 0;
+  int exponent = 0;
+
+  void include(double x, bool first) noexcept {
+    if (first) lowest = highest = x;
+    lowest = x < lowest ? x : lowest;
+    highest = x > highest ? x : highest;
+  }
+  // The centre is in the middle or 0, and the scale a power of two above the largest distance from it, so that |t| < 1; false
+  // when there is no such power of two.
+  bool choose(bool centred) noexcept;
+  // Makes the numbers high[0 .. size - 1] doubled ones.
+  void transform(double* high, double* low, std::size_t size) const noexcept;
 };
 
 // A block of points. Abscissas are t = (x - centre) 2^-scale, exactly, as doubled numbers; ordinates and weights are
@@ -20,7 +39,7 @@ struct fit_block {
   static constexpr std::size_t capacity = 128;  // a multiple of fit_partial_sums
 
   double high[capacity], low[capacity], y[capacity], weight_high[capacity], weight_low[capacity];
-  double residuals[capacity];
+  double second_high[capacity], second_low[capacity], residuals[capacity];
   std::size_t numbers[capacity];  // what the caller calls the points
   std::size_t used = 0;           // without those that fill up the last partial sums
 
@@ -34,39 +53,86 @@ class fit_data {
  public:
   // Looks at the points; state() tells what is wrong with them. `unknowns` points with different abscissas are needed; x = 0
   // does not count where `zero_counts` is false, nor -x besides x where `mirrored` is true.
-  fit_data(const plane_points& points, const fit_options& options, std::size_t unknowns, bool zero_counts, bool mirrored);
+  fit_data(const fit_input& input, std::size_t unknowns, bool zero_counts, bool mirrored);
 
   status state() const noexcept { return state_; }
-  // Chooses the centre, in the middle of the abscissas or 0, and the scales.
+  // Chooses centres and scales.
   void prepare(bool centred);
   // Fills the block with the points from number i on, and sets i behind the last of them; false when there are none left.
   bool next(std::size_t& i, fit_block& block) const noexcept;
 
   std::size_t used() const noexcept { return used_; }
-  std::size_t left_out() const noexcept { return points_.size() - used_; }
-  double centre() const noexcept { return centre_; }
-  int x_exponent() const noexcept { return x_exponent_; }
+  std::size_t left_out() const noexcept { return in_.x.size() - used_; }
+  const fit_abscissa& x() const noexcept { return x_; }
+  const fit_abscissa& second() const noexcept { return second_; }
   int y_exponent() const noexcept { return y_exponent_; }
   int weight_exponent() const noexcept { return weight_exponent_; }
 
  private:
-  double weight(std::size_t i) const noexcept { return weighted_ ? static_cast<double>(weights_[i]) : 1.0; }
-  bool counts(double x, double y, double w) const noexcept { return w != 0 && is_finite(x) && is_finite(y) && is_finite(w); }
-  void look(bool leave_out);
+  double weight(std::size_t i) const noexcept { return weighted_ ? static_cast<double>(in_.weights[i]) : 1.0; }
+  double second_at(std::size_t i) const noexcept { return in_.two ? static_cast<double>(in_.second[i]) : 0.0; }
+  bool finite(std::size_t i) const noexcept {
+    return is_finite(in_.x[i]) && is_finite(in_.y[i]) && is_finite(second_at(i)) && is_finite(weight(i));
+  }
+  void look();
   bool has_distinct(std::size_t wanted, bool zero_counts, bool mirrored) const;
+  std::size_t gather(std::size_t& i, fit_block& block) const noexcept;
 
-  plane_points points_;
-  column_view weights_;
+  fit_input in_;
   bool weighted_;
   status state_ = status::ok;
   std::size_t used_ = 0;
-  coordinate_range x_;
+  fit_abscissa x_, second_;
   double largest_y_ = 0, largest_weight_ = 0, smallest_weight_ = 0;
-  double centre_ = 0;
-  int x_exponent_ = 0, y_exponent_ = 0, weight_exponent_ = 0;
+  int y_exponent_ = 0, weight_exponent_ = 0;
 };
 
 // The partial sums of a kernel, added as a balanced tree.
 doubled total(const double* partial_sums) noexcept;
+
+// The sums that a kernel makes over all blocks. `kernel(block, sums)` adds a block to the partial sums.
+template <class Kernel>
+numbers<doubled> sum_blocks(const fit_data& data, std::size_t count, Kernel&& kernel) {
+  numbers<double> sums(detail::checked_product(2 * detail::fit_partial_sums, count));
+  fit_block block;
+  for (std::size_t i = 0; data.next(i, block);) kernel(block, sums.data());
+  numbers<doubled> totals(count);
+  for (std::size_t k = 0; k < count; ++k) totals[k] = total(sums.data() + 2 * detail::fit_partial_sums * k);
+  return totals;
+}
+
+// How far a fit is from its points.
+struct fit_quality {
+  double largest_residual = 0;
+  std::size_t largest_at = 0;
+  double r_squared = 1;
+  double residual_deviation = 0;
+  doubled scaled_deviation = 0.0;  // in the units of the blocks; infinite where there are no more points than unknowns
+};
+
+// `kernel(block, sums)` forms the residuals of a block, and adds their squares, and those of y - mean, to two sums.
+template <class Kernel>
+fit_quality judge(const fit_data& data, std::size_t unknowns, Kernel&& kernel) {
+  fit_quality q;
+  double largest = -1;
+  const numbers<doubled> squares = sum_blocks(data, 2, [&](fit_block& block, double* sums) {
+    kernel(block, sums);
+    for (std::size_t k = 0; k < block.used; ++k) {
+      if (!(std::fabs(block.residuals[k]) > largest)) continue;
+      largest = std::fabs(block.residuals[k]);
+      q.largest_residual = scaled(block.residuals[k], data.y_exponent());
+      q.largest_at = block.numbers[k];
+    }
+  });
+  if (squares[1].high > 0) q.r_squared = (doubled(1.0) - squares[0] / squares[1]).high;
+  const double freedom = static_cast<double>(data.used() - unknowns);
+  q.scaled_deviation =
+      freedom == 0 ? doubled(std::numeric_limits<double>::infinity()) : square_root(squares[0] / doubled(freedom));
+  q.residual_deviation = scaled(q.scaled_deviation.high, data.y_exponent() + data.weight_exponent());
+  return q;
+}
+
+// The powers of t = x 2^-e - c in powers of x 2^-e, for exponents below m: entry (j, k) is the coefficient of (x 2^-e)^j in t^k.
+doubled_matrix expansion(std::size_t m, const fit_abscissa& x);
 
 }  // namespace tessarn::analysis

@@ -3,7 +3,7 @@
 namespace tessarn::analysis {
 
 // Row by row; the products with D are kept while a row is formed (G. Golub, C. Van Loan, Matrix Computations, 2013,
-// section 4.1.2). A pivot of 2^-90 of its entry is one of which less than four digits may be right.
+// section 4.1.2).
 void normal_equations::factorise() {
   const std::size_t n = size_;
   for (std::size_t r = 0; r < n; ++r) {
@@ -23,7 +23,7 @@ void normal_equations::factorise() {
       row[c] = sum * reciprocals_[c];
       pivot -= sum * row[c];
     }
-    if (!(pivot.high > entry * 0x1p-90)) {
+    if (!(pivot.high > entry * 0x1p-95)) {
       regular_ = false;
       return;
     }

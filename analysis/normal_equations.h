@@ -20,9 +20,11 @@ class normal_equations {
     if (!regular_) return;
     invert_lower();
     invert();
+    if (reciprocal_condition() < 0x1p-40) regular_ = false;
   }
 
-  // False when a pivot vanished besides the entry it came from: the columns depend on each other in doubled precision.
+  // False when the columns depend on each other, or nearly: the condition of the matrix is above 2^80, and of the 104 bits
+  // fewer than a third of those of a double would be right.
   bool regular() const noexcept { return regular_; }
   // 1 / sqrt(norm of the matrix times norm of the inverse), for the largest sum of a row.
   double reciprocal_condition() const noexcept;
