@@ -47,6 +47,7 @@ struct fit_block {
     const std::size_t size = (used + detail::fit_partial_sums - 1) / detail::fit_partial_sums * detail::fit_partial_sums;
     return {high, low, y, weight_high, weight_low, size};
   }
+  detail::surface_columns surface() const noexcept { return {columns(), second_high, second_low}; }
 };
 
 class fit_data {

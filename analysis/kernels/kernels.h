@@ -20,6 +20,12 @@ struct fit_columns {
   size_t size;
 };
 
+// The points of a surface: the second abscissas besides, and the heights of the points in y.
+struct surface_columns {
+  fit_columns plane;
+  const double *second_high, *second_low;
+};
+
 struct fit_kernels {
   // Sum e, for e < exponents, takes w x^e; sum exponents + e, for e < products, takes w x^e y, all in doubled precision.
   // sums has 2 fit_partial_sums numbers for each sum: the rounded ones, then what they lost.
@@ -29,6 +35,14 @@ struct fit_kernels {
   // coefficients on. Sum 0 takes w residual^2, sum 1 takes w (y - mean)^2.
   void (*residuals)(const fit_columns& points, const double* high, const double* low, size_t coefficients, double mean,
                     double* residuals, double* sums);
+
+  // Sum e b + a, for a, b < e = 2 grade - 1, takes w x^a v^b with the second abscissas v; sum e e + grade b + a, for a, b <
+  // grade, takes w x^a v^b y. Where total_degree is set, the sums with a + b >= e, or grade, are left out and stay 0.
+  void (*add_surface_moments)(const surface_columns& points, size_t grade, bool total_degree, double* sums);
+
+  // As residuals, for p(x, v) with the coefficient of x^a v^b at grade b + a.
+  void (*surface_residuals)(const surface_columns& points, const double* high, const double* low, size_t grade, double mean,
+                            double* residuals, double* sums);
 };
 
 #define TESSARN_TABLE(set) \

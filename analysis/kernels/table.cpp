@@ -152,8 +152,62 @@ void residuals(const fit_columns& points, const double* high, const double* low,
   for (; i < points.size; i += width) residuals_of<1>(points, i, f, residuals, sums + i % fit_partial_sums);
 }
 
+// Row by row: w v^b is the power of the row, and times powers of x each of its terms.
+void add_surface_moments(const surface_columns& points, size_t grade, bool total_degree, double* sums) {
+  const size_t side = 2 * grade - 1;
+  const fit_columns& p = points.plane;
+  for (size_t i = 0; i < p.size; i += width) {
+    double* lane = sums + i % fit_partial_sums;
+    const doubled x = {load(p.high + i), load(p.low + i)}, v = {load(points.second_high + i), load(points.second_low + i)};
+    const doubled x_parts = split(x.high), v_parts = split(v.high);
+    const vec y = load(p.y + i);
+    doubled row = {load(p.weight_high + i), load(p.weight_low + i)};
+    for (size_t b = 0; b < side; ++b) {
+      if (b > 0) row = product(row, v, v_parts);
+      doubled term[1] = {row};
+      for (size_t a = 0; a < (total_degree ? side - b : side); ++a) {
+        if (a > 0) term[0] = product(term[0], x, x_parts);
+        add(lane + 2 * fit_partial_sums * (side * b + a), term);
+        if (a >= grade || b >= grade || (total_degree && a + b >= grade)) continue;
+        doubled with_y[1] = {exact_product(term[0].high, split(term[0].high), y, split(y))};
+        with_y[0].low += term[0].low * y;
+        add(lane + 2 * fit_partial_sums * (side * side + grade * b + a), with_y);
+      }
+    }
+  }
+}
+
+// Horner's rule over the rows, and in each row over the powers of x.
+void surface_residuals(const surface_columns& points, const double* high, const double* low, size_t grade, double mean,
+                       double* residuals, double* sums) {
+  const fit_columns& p = points.plane;
+  for (size_t i = 0; i < p.size; i += width) {
+    double* lane = sums + i % fit_partial_sums;
+    const doubled x = {load(p.high + i), load(p.low + i)}, v = {load(points.second_high + i), load(points.second_low + i)};
+    const doubled x_parts = split(x.high), v_parts = split(v.high);
+    doubled value = {broadcast(0), broadcast(0)};
+    for (size_t b = grade; b-- > 0;) {
+      doubled row = {broadcast(0), broadcast(0)};
+      for (size_t a = grade; a-- > 0;) {
+        const size_t k = grade * b + a;
+        row = sum(product(row, x, x_parts), {broadcast(high[k]), broadcast(low[k])});
+      }
+      value = sum(product(value, v, v_parts), row);
+    }
+    const vec y = load(p.y + i), weight = load(p.weight_high + i);
+    const vec r = sum({y, broadcast(0)}, {-value.high, -value.low}).high;
+    store(residuals + i, r);
+    const doubled squares[1] = {weighted_square(r, weight)}, all[1] = {weighted_square(y - broadcast(mean), weight)};
+    add(lane, squares);
+    add(lane + 2 * fit_partial_sums, all);
+  }
+}
+
 }  // namespace
 
-const fit_kernels fit_table = {.add_moments = add_moments, .residuals = residuals};
+const fit_kernels fit_table = {.add_moments = add_moments,
+                               .residuals = residuals,
+                               .add_surface_moments = add_surface_moments,
+                               .surface_residuals = surface_residuals};
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -86,4 +86,47 @@ struct polynomial_fit {
 [[nodiscard]] TESSARN_API polynomial_fit fit_polynomial(plane_points points, ulong coefficients,
                                                         const fit_options& options = {});
 
+/// What a fit of a surface may be asked for besides.
+struct surface_options {
+  bool total_degree = false;          ///< only the terms x^i y^j with i + j < grade, instead of all with i, j < grade
+  column_view weights;                ///< one weight for each point, 0 or positive; none: all weights are 1
+  bool leave_out_not_finite = false;  ///< leave points with a NaN or an infinity out, instead of answering `not_finite`
+};
+
+/// A fitted surface z = p(x, y). Tables hold the coefficient of the powers i and j at grade j + i, as hyperbinom does, in a column;
+/// deviations and errors are formed as for polynomial_fit.
+struct surface_fit {
+  status state = status::no_points;
+  ulong grade = 0;
+  real centre_x = 0, centre_y = 0;   ///< p = sum of coefficients ((x - centre_x) / scale_x)^i ((y - centre_y) / scale_y)^j
+  real scale_x = 1, scale_y = 1;     ///< powers of two
+  mat<long double> coefficients;     ///< about the centre; empty unless the state is `ok`
+  mat<long double> standard_errors;  ///< of these coefficients; 0 for terms that were not asked for
+  mat<long double> covariance;       ///< of these coefficients
+  status powers_state = status::no_points;  ///< `out_of_range` when a coefficient of powers of x and y is too large
+  mat<long double> of_powers;        ///< the coefficients of x^i y^j
+  mat<long double> of_powers_errors; ///< their standard errors
+  ulong points_used = 0;             ///< points with a weight above 0
+  ulong points_left_out = 0;         ///< points that are not finite or have a weight of 0
+  ulong unknowns = 0;                ///< coefficients that were fitted
+  real residual_deviation = 0;       ///< the residual standard deviation
+  real r_squared = 0;                ///< 1 - sum (w r)^2 / sum (w (z - mean))^2
+  real largest_residual = 0;         ///< z - p(x, y) where it is largest in magnitude, with its sign
+  ulong largest_at = 0;              ///< the point it belongs to
+  real reciprocal_condition = 0;     ///< an estimate for the columns of the terms about the centre
+
+  /// p(x, y), from the coefficients about the centre; 0 without coefficients.
+  [[nodiscard]] TESSARN_API real value(real x, real y) const;
+  /// p(x, y) with intervals of `factor` standard deviations, as polynomial_fit::predict.
+  [[nodiscard]] TESSARN_API prediction predict(real x, real y, real factor) const;
+  /// The polynomial in powers of x and y.
+  [[nodiscard]] TESSARN_API hyperbinom expanded() const;
+};
+
+/// Fits a surface of a grade, the number of powers of each variable, through points of space.
+///
+/// Statuses as for fit_polynomial(), with `too_few_distinct` for places (x, y), and with `rank_deficient` when the places do
+/// not determine the terms, as points on one line do not determine a plane. A grade above 30 is a `bad_option`.
+[[nodiscard]] TESSARN_API surface_fit fit_surface(space_points points, ulong grade, const surface_options& options = {});
+
 }  // namespace tessarn
