@@ -66,8 +66,9 @@ struct poly_kernels {
   // z, w are 0.
   void (*add_products)(const surface_blocks& blocks, bool weighted, unsigned g, double* sums, double* moments);
 
-  // Adds n space points to the sums of a surface of grade 2, straight from the points; n is a multiple of partial_sums, not 0.
-  // With weights a point's terms are (y^b x^a) (w w) and (y^j x^i) ((w z) w). The sums are those of add_products.
+  // Adds n space points to the sums of a surface of grade 2, straight from the points; n is a multiple of partial_sums,
+  // not 0. With weights a point's terms are (y^b x^a) (w w) and (y^j x^i) ((w z) w). The sums are those of
+  // add_products.
   void (*add_points)(const double* points, const double* w, size_t n, double* sums, double* moments);
 
   // y[i] = p(x[i]) by a running power for a block of abscissas; y may be x.
