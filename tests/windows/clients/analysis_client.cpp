@@ -1,4 +1,5 @@
 // Results with a status through the module.
+#include <tessarn/fit.h>
 #include <tessarn/solve.h>
 
 #include "check.h"
@@ -26,6 +27,16 @@ int main() {
   CHECK(z.state == status::ok && z.x.get(0, 0).re == 0 && z.x.get(0, 0).im == -2);
   const tessarn::complex_inverse_matrix ci = tessarn::inverse(c);
   CHECK(ci.state == status::ok && ci.inverse.get(0, 0).im == static_cast<real>(-0.5));
+
+  const vector points[] = {{0, 1}, {1, 3}, {2, 7}, {3, 13}};  // 1 + x + x^2
+  const tessarn::polynomial_fit f = tessarn::fit_polynomial({points, 4}, 3);
+  CHECK(f.state == status::ok && f.of_powers.get(0, 2) == 1);
+  CHECK(f.value(10) == 111 && f.expanded().func(10) == 111);
+  CHECK(f.predict(10, 2).value == 111);
+  const vector3d places[] = {{0, 0, 1}, {1, 0, 2}, {0, 1, 4}, {1, 1, 9}};  // 1 + x + 3 y + 4 x y
+  const tessarn::surface_fit g = tessarn::fit_surface({places, 4}, 2);
+  CHECK(g.state == status::ok && g.value(2, 2) == 25 && g.expanded().func(2, 2) == 25);
+  CHECK(g.predict(2, 2, 2).value == 25);
 
   CHECK(tessarn::to_string(status::ok) != tessarn::to_string(status::singular));
   return check::finish();
