@@ -16,8 +16,12 @@
 /// Complex matrices have no such rule.
 ///
 /// Errors are not reported. Mismatched sizes give an empty matrix or no action, as each member says; only
-/// std::bad_alloc is thrown, and the matrices involved are then as they were or empty. Sums run in
-/// ascending order from +0.0 and products are rounded, so results have the same bits everywhere.
+/// std::bad_alloc is thrown, and std::bad_array_new_length, a kind of it, for sizes that no matrix can have. The
+/// matrices involved are then as they were or empty. tessarn/solve.h has systems, least squares, inverses and
+/// determinants that return a status instead.
+///
+/// Sums run in ascending order from +0.0 and products are rounded before they are added, so results have the same bits
+/// everywhere. Where a member chooses another order for speed, as decompose() does, that order is fixed, too.
 ///
 /// Threads: distinct objects may be used at the same time. Several threads may read one matrix at the same time.
 ///

@@ -1,5 +1,21 @@
 /// \file
-/// The whole library.
+/// The whole library, but for reading and writing (tessarn/io.h). A program can as well include the headers of its
+/// classes alone, in any order:
+///
+/// \verbatim
+///     angles.h     sines, cosines and their inverses with the same bits everywhere
+///     cplx.h       complex numbers
+///     vectors.h    vectors in the plane and in space, polar vectors, the point list
+///     matrix.h     rectangular and square matrices, real and complex
+///     poly.h       polynomials in one and two variables: fits, curve analysis
+///     geometry.h   line segments and planes in space, the plane fit
+///     fit.h        fits of polynomials and surfaces that tell what they are worth
+///     solve.h      systems, least squares, inverses, determinants with a status and bounds of their errors
+///     views.h      points and matrices in arrays of the program's own, without a copy
+///     status.h     what became of such a computation
+///     scalar.h     the number types
+///     selfcheck.h  asks whether this machine computes the promised bits
+/// \endverbatim
 #pragma once
 
 #include "tessarn/angles.h"
