@@ -20,7 +20,7 @@ namespace tessarn {
 /// `size()` numbers at equal distances, which are counted in bytes.
 ///
 /// \code
-/// const double numbers[] = {1, 2, 3};
+/// const tessarn::real numbers[] = {1, 2, 3};
 /// const tessarn::column_view all(numbers, 3);
 /// assert(all.size() == 3 && all[2] == 3);
 /// mat<long double> m{{1, 2}, {3, 4}};

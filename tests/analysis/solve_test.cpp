@@ -46,9 +46,9 @@ TEST(Status, EachHasItsOwnSentence) {
 }
 
 TEST(Views, ReadWhatTheCallerHas) {
-  const double plain[] = {1, 2, 3, 4, 5, 6};
+  const tessarn::real plain[] = {1, 2, 3, 4, 5, 6};
   EXPECT_EQ(tessarn::column_view(plain, 6)[5], 6);
-  EXPECT_EQ(tessarn::column_view(plain, 3, 2 * sizeof(double))[2], 5);
+  EXPECT_EQ(tessarn::column_view(plain, 3, 2 * sizeof(tessarn::real))[2], 5);
   const std::vector<tessarn::real> grown(plain, plain + 6);
   EXPECT_EQ(tessarn::column_view(grown).size(), 6u);
   const real_matrix m{{1, 2}, {3, 4}, {5, 6}};

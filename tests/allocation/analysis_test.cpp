@@ -1,0 +1,72 @@
+// Allocation failure at every allocation of the calls that carry a status: they throw std::bad_alloc, leak nothing, and leave
+// their arguments as they were.
+#include <tessarn/fit.h>
+#include <tessarn/solve.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+#include "../support/failing_new.h"
+#include "../support/random.h"
+
+namespace {
+
+using namespace test;
+
+// Runs the call with its first, second, ... allocation failing until none is left to fail; how many failed.
+long failures_of(const std::function<void()>& call) {
+  const long blocks = live_blocks();
+  return fail_every_allocation([&](long k) {
+    const outcome o = run_failing(k, call);
+    EXPECT_EQ(o.threw, o.failed) << "allocation " << k;  // nothing is managed without its memory
+    EXPECT_EQ(live_blocks(), blocks) << "failing at allocation " << k;
+    return o;
+  });
+}
+
+TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
+  random_source random(1620);
+  mat<long double> a(4, 4), tall(3, 9), b(1, 4), long_b(1, 9);
+  for (int i = 0; i < 16; ++i) a.getData()[i] = random.uniform();
+  for (int i = 0; i < 27; ++i) tall.getData()[i] = random.uniform();
+  for (int i = 0; i < 4; ++i) b.getData()[i] = random.uniform();
+  for (int i = 0; i < 9; ++i) long_b.getData()[i] = random.uniform();
+  mat<cplx> c, d;
+  c.create(3, 3);
+  d.create(1, 3);
+  for (int i = 0; i < 9; ++i) c.getData()[i] = cplx(random.uniform(), random.uniform());
+  for (int i = 0; i < 3; ++i) d.getData()[i] = cplx(random.uniform(), random.uniform());
+  std::vector<vector> points;
+  std::vector<vector3d> cloud;
+  for (int i = 0; i < 200; ++i) {
+    points.emplace_back(random.uniform(), random.uniform());
+    cloud.emplace_back(random.uniform(), random.uniform(), random.uniform());
+  }
+  const tessarn::polynomial_fit f = tessarn::fit_polynomial(points, 4);
+  const tessarn::surface_fit s = tessarn::fit_surface(cloud, 2);
+  const struct {
+    const char* name;
+    std::function<void()> call;
+    long least;
+  } calls[] = {
+      {"solve", [&] { (void)tessarn::solve(a, b); }, 8},
+      {"solve, complex", [&] { (void)tessarn::solve(c, d); }, 8},
+      {"inverse", [&] { (void)tessarn::inverse(a); }, 8},
+      {"inverse, complex", [&] { (void)tessarn::inverse(c); }, 8},
+      {"determinant", [&] { (void)tessarn::determinant(a); }, 8},
+      {"least_squares", [&] { (void)tessarn::least_squares(tall, long_b); }, 12},
+      {"fit_polynomial", [&] { (void)tessarn::fit_polynomial(points, 4); }, 12},
+      {"fit_surface", [&] { (void)tessarn::fit_surface(cloud, 3); }, 12},
+      {"polynomial_fit::expanded", [&] { (void)f.expanded(); }, 1},
+      {"surface_fit::expanded", [&] { (void)s.expanded(); }, 1},
+      {"surface_fit::predict", [&] { (void)s.predict(0, 0, 1); }, 1},
+  };
+  for (const auto& call : calls) {
+    SCOPED_TRACE(call.name);
+    EXPECT_GE(failures_of(call.call), call.least);
+  }
+}
+
+}  // namespace
