@@ -53,6 +53,7 @@ set(TESSARN_SOURCES
   analysis/determinant.cpp
   analysis/fit.cpp
   analysis/fit_data.cpp
+  analysis/fit_robust.cpp
   analysis/fit_surface.cpp
   analysis/kernels/in_use.cpp
   analysis/least_squares.cpp

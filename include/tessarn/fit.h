@@ -129,4 +129,35 @@ struct surface_fit {
 /// not determine the terms, as points on one line do not determine a plane. A grade above 30 is a `bad_option`.
 [[nodiscard]] TESSARN_API surface_fit fit_surface(space_points points, ulong grade, const surface_options& options = {});
 
+/// How a robust fit weighs a residual of u robust standard deviations.
+enum class robust_weights : int {
+  huber,  ///< 1 up to |u| = 1.345, and 1.345 / |u| beyond: far points count less, and never nothing
+  tukey,  ///< (1 - (u / 4.685)^2)^2 up to |u| = 4.685, and 0 beyond: far points do not count
+};
+
+/// What a robust fit may be asked for besides.
+struct robust_options {
+  robust_weights weigh_by = robust_weights::tukey;
+  fit_options fit;           ///< as for fit_polynomial()
+  ulong most_rounds = 200;   ///< reweightings at most
+};
+
+/// A polynomial that was fitted with outliers present.
+struct robust_fit {
+  status state = status::no_points;  ///< that of the fit, or `not_converged`: the fit of the last round is there then
+  polynomial_fit fit;         ///< with the last weights; its deviations and errors take these weights as given
+  mat<long double> weights;   ///< of each point of the caller, 0 to 1, a column: what its squared residual was multiplied by
+  real scale = 0;             ///< the robust standard deviation: the median of |w residual| over 0.6745
+  ulong rounds = 0;           ///< reweightings that were done
+};
+
+/// Fits a polynomial with iteratively reweighted least squares (P. Holland, R. Welsch, Robust regression using iteratively
+/// reweighted least-squares, 1977, whose constants give 95 % efficiency for normal errors): first with Huber's weights and
+/// the scale of each round, then for Tukey's weights on from there with the scale of Huber's fit. It resists outliers in the
+/// ordinates as long as they are a minority everywhere; an outlier far away in x pulls the curve as in any fit of this kind.
+///
+/// Statuses as for fit_polynomial(), of the first and of every later round: `too_few_points` also when Tukey's weights leave
+/// too few points; `not_converged`.
+[[nodiscard]] TESSARN_API robust_fit fit_robust(plane_points points, ulong coefficients, const robust_options& options = {});
+
 }  // namespace tessarn
