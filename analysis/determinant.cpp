@@ -34,8 +34,8 @@ struct wide_product {
 double excess(double q) noexcept { return q < 0.5 ? q / (1 - q) * 1.001 : infinite; }
 
 // The product of the pivots is the determinant of a matrix whose row r differs by at most off[r], in the sum of its
-// magnitudes, from the scaled one. The determinant is linear in each row and at most the product of the lengths of the rows
-// (J. Hadamard, 1893), so with lengths s_r it is off by at most prod (s_r + off_r) - prod s_r.
+// magnitudes, from the scaled one. The determinant is linear in each row and at most the product of the lengths of the
+// rows (J. Hadamard, 1893), so with lengths s_r it is off by at most prod (s_r + off_r) - prod s_r.
 double absolute_bound(const scaled_matrix& a, const numbers<double>& off, long long shift) {
   wide_product lengths;
   double ratio = 0;
@@ -51,9 +51,10 @@ double absolute_bound(const scaled_matrix& a, const numbers<double>& off, long l
   return lengths.with_exponent(lengths.fraction.high * excess(ratio * 1.001));
 }
 
-// With the factors L U = A - D of the scaled matrix, det(L U) = det(A) det(I - D / A), and the second determinant is within
-// (1 - e)^n and (1 + e)^n for a bound e of the largest sum of a row of |D / A|.
-double relative_bound(const scaled_matrix& a, const factorisation& factors, const numbers<double>& off, double& condition) {
+// With the factors L U = A - D of the scaled matrix, det(L U) = det(A) det(I - D / A), and the second determinant is
+// within (1 - e)^n and (1 + e)^n for a bound e of the largest sum of a row of |D / A|.
+double relative_bound(const scaled_matrix& a, const factorisation& factors, const numbers<double>& off,
+                      double& condition) {
   const verified_inverse v = verify(a.entries, factors, a.errors);
   condition = v.reciprocal_condition;
   if (!v.proved()) return infinite;
@@ -65,8 +66,9 @@ double relative_bound(const scaled_matrix& a, const factorisation& factors, cons
 
 }  // namespace
 
-// The product of the pivots with its sign and scaling, then the smaller of the two bounds. The backward error of elimination
-// is at most 2 (n + 2) units of |L| |U| (N. Higham, Accuracy and Stability of Numerical Algorithms, 2002, theorem 9.3).
+// The product of the pivots with its sign and scaling, then the smaller of the two bounds. The backward error of
+// elimination is at most 2 (n + 2) units of |L| |U| (N. Higham, Accuracy and Stability of Numerical Algorithms, 2002,
+// theorem 9.3).
 determinant_value determinant(matrix_view view) {
   determinant_value d;
   const std::size_t n = view.rows();

@@ -1,9 +1,9 @@
 // Doubled precision: numbers of about 106 bits as unevaluated sums of two doubles, with all four operations.
 //
-// The algorithms and the bounds of their errors are those of M. Joldes, J.-M. Muller, V. Popescu, Tight and rigorous error
-// bounds for basic building blocks of double-word arithmetic, 2017, without fused multiply-add. They hold while no product
-// of the parts overflows or becomes subnormal; the callers scale by powers of two so that what is large is near 1, and
-// carry `underflow` for what a small product can lose.
+// The algorithms and the bounds of their errors are those of M. Joldes, J.-M. Muller, V. Popescu, Tight and rigorous
+// error bounds for basic building blocks of double-word arithmetic, 2017, without fused multiply-add. They hold while
+// no product of the parts overflows or becomes subnormal; the callers scale by powers of two so that what is large is
+// near 1, and carry `underflow` for what a small product can lose.
 #pragma once
 
 #include <cmath>

@@ -26,8 +26,8 @@ class numbers {
   std::size_t size_;
 };
 
-// A matrix of zeros at first. The high and the low parts have arrays of their own, so that the operations on rows, whose
-// entries do not depend on each other, are vectorised.
+// A matrix of zeros at first. The high and the low parts have arrays of their own, so that the operations on rows,
+// whose entries do not depend on each other, are vectorised.
 class doubled_matrix {
  public:
   doubled_matrix(std::size_t rows, std::size_t columns)
@@ -59,7 +59,8 @@ class doubled_matrix {
   }
 
   // Row `to` += factor * row `from` of another matrix, from a column on. Where the factor is 0 nothing is done.
-  void add_row(std::size_t to, doubled factor, const doubled_matrix& other, std::size_t from, std::size_t first = 0) noexcept {
+  void add_row(std::size_t to, doubled factor, const doubled_matrix& other, std::size_t from,
+               std::size_t first = 0) noexcept {
     if (factor.high == 0) return;
     double* h = high(to);
     double* l = low(to);

@@ -1,7 +1,8 @@
 // Fits of polynomials by normal equations in doubled precision about a centre.
 //
-// The normal matrix about the centre of the data, with a scale that brings the abscissas into -1 .. 1, has a condition of
-// about 1e8 for degree 10, and 1e16 for degree 20: of the 31 digits of doubled precision more than a double holds are left.
+// The normal matrix about the centre of the data, with a scale that brings the abscissas into -1 .. 1, has a condition
+// of about 1e8 for degree 10, and 1e16 for degree 20: of the 31 digits of doubled precision more than a double holds
+// are left.
 #include "tessarn/fit.h"
 
 #include <limits>
@@ -102,8 +103,10 @@ void expand(const fit_data& data, const normal_solution& s, const basis& b, doub
     const doubled form = s.equations.form(first, [&](std::size_t i) { return e.get(j, b.exponents[i]); });
     const int exponent = data.y_exponent() - static_cast<int>(j) * data.x().exponent;
     f.of_powers.getData()[j] = scaled(sum.high, exponent);
-    f.of_powers_errors.getData()[j] =
-        form.high == 0 ? 0 : is_finite(deviation.high) ? scaled((deviation * square_root(form)).high, exponent) : infinite;
+    f.of_powers_errors.getData()[j] = form.high == 0 ? 0
+                                      : is_finite(deviation.high)
+                                          ? scaled((deviation * square_root(form)).high, exponent)
+                                          : infinite;
     if (!is_finite(f.of_powers.getData()[j])) f.powers_state = status::out_of_range;
   }
 }
@@ -155,7 +158,8 @@ void store(const fit_data& data, const normal_solution& s, const basis& b, doubl
 
 }  // namespace
 
-// In steps: the powers to fit, the points, their moments, the solution, its residuals, and the results in the caller's units.
+// In steps: the powers to fit, the points, their moments, the solution, its residuals, and the results in the caller's
+// units.
 polynomial_fit fit_polynomial(plane_points points, ulong coefficients, const fit_options& options) {
   polynomial_fit f;
   if (coefficients > 1000) {  // the powers of t leave the range of doubles, and no such fit is determined
@@ -208,7 +212,8 @@ prediction polynomial_fit::predict(real x, real factor) const {
   real form = 0, row_power = 1;
   for (ulong r = 0; r < covariance.getHeight(); ++r, row_power *= t) {
     real inner = 0;
-    for (ulong c = covariance.getWidth(); c-- > 0;) inner = inner * t + covariance.getData()[r * covariance.getWidth() + c];
+    for (ulong c = covariance.getWidth(); c-- > 0;)
+      inner = inner * t + covariance.getData()[r * covariance.getWidth() + c];
     form += row_power * inner;
   }
   if (form < 0) form = 0;

@@ -93,7 +93,8 @@ void fit_data::prepare(bool centred) {
   if (!x_.choose(centred) || !second_.choose(centred)) state_ = status::out_of_range;
 }
 
-// Copies points to the block, and fills the last partial sums up with points of weight 0; gives the number of the points.
+// Copies points to the block, and fills the last partial sums up with points of weight 0; gives the number of the
+// points.
 std::size_t fit_data::gather(std::size_t& i, fit_block& block) const noexcept {
   const std::size_t n = in_.x.size();
   std::size_t used = 0;
@@ -126,7 +127,8 @@ bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
     for (std::size_t k = 0; k < size; ++k) block.weight_low[k] = 0;
     return true;
   }
-  const double half_w = power_of_two(-weight_exponent_ / 2), rest_w = power_of_two(-weight_exponent_ - -weight_exponent_ / 2);
+  const double half_w = power_of_two(-weight_exponent_ / 2),
+               rest_w = power_of_two(-weight_exponent_ - -weight_exponent_ / 2);
   for (std::size_t k = 0; k < size; ++k) {
     const double w = block.weight_high[k] * half_w * rest_w;
     const doubled square = exact_product(w, w);
@@ -138,7 +140,8 @@ bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
 
 doubled total(const double* partial_sums) noexcept {
   doubled s[fit_partial_sums];
-  for (std::size_t i = 0; i < fit_partial_sums; ++i) s[i] = exact_sum(partial_sums[i], partial_sums[fit_partial_sums + i]);
+  for (std::size_t i = 0; i < fit_partial_sums; ++i)
+    s[i] = exact_sum(partial_sums[i], partial_sums[fit_partial_sums + i]);
   for (std::size_t step = 1; step < fit_partial_sums; step *= 2)
     for (std::size_t i = 0; i < fit_partial_sums; i += 2 * step) s[i] += s[i + step];
   return s[0];

@@ -26,8 +26,8 @@ struct fit_abscissa {
     lowest = x < lowest ? x : lowest;
     highest = x > highest ? x : highest;
   }
-  // The centre is in the middle or 0, and the scale a power of two above the largest distance from it, so that |t| < 1; false
-  // when there is no such power of two.
+  // The centre is in the middle or 0, and the scale a power of two above the largest distance from it, so that |t| < 1;
+  // false when there is no such power of two.
   bool choose(bool centred) noexcept;
   // Makes the numbers high[0 .. size - 1] doubled ones.
   void transform(double* high, double* low, std::size_t size) const noexcept;
@@ -44,7 +44,8 @@ struct fit_block {
   std::size_t used = 0;           // without those that fill up the last partial sums
 
   detail::fit_columns columns() const noexcept {
-    const std::size_t size = (used + detail::fit_partial_sums - 1) / detail::fit_partial_sums * detail::fit_partial_sums;
+    const std::size_t size =
+        (used + detail::fit_partial_sums - 1) / detail::fit_partial_sums * detail::fit_partial_sums;
     return {high, low, y, weight_high, weight_low, size};
   }
   detail::surface_columns surface() const noexcept { return {columns(), second_high, second_low}; }
@@ -52,14 +53,15 @@ struct fit_block {
 
 class fit_data {
  public:
-  // Looks at the points; state() tells what is wrong with them. `unknowns` points with different abscissas are needed; x = 0
-  // does not count where `zero_counts` is false, nor -x besides x where `mirrored` is true.
+  // Looks at the points; state() tells what is wrong with them. `unknowns` points with different abscissas are needed;
+  // x = 0 does not count where `zero_counts` is false, nor -x besides x where `mirrored` is true.
   fit_data(const fit_input& input, std::size_t unknowns, bool zero_counts, bool mirrored);
 
   status state() const noexcept { return state_; }
   // Chooses centres and scales.
   void prepare(bool centred);
-  // Fills the block with the points from number i on, and sets i behind the last of them; false when there are none left.
+  // Fills the block with the points from number i on, and sets i behind the last of them; false when there are none
+  // left.
   bool next(std::size_t& i, fit_block& block) const noexcept;
 
   std::size_t used() const noexcept { return used_; }
@@ -133,7 +135,8 @@ fit_quality judge(const fit_data& data, std::size_t unknowns, Kernel&& kernel) {
   return q;
 }
 
-// The powers of t = x 2^-e - c in powers of x 2^-e, for exponents below m: entry (j, k) is the coefficient of (x 2^-e)^j in t^k.
+// The powers of t = x 2^-e - c in powers of x 2^-e, for exponents below m: entry (j, k) is the coefficient of (x
+// 2^-e)^j in t^k.
 doubled_matrix expansion(std::size_t m, const fit_abscissa& x);
 
 }  // namespace tessarn::analysis

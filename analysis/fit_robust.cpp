@@ -10,11 +10,17 @@ using namespace analysis;
 
 namespace {
 
-// What the rounds work on: for each point the weight of the caller, 0 for a point that is left out, and that of the round.
+// What the rounds work on: for each point the weight of the caller, 0 for a point that is left out, and that of the
+// round.
 class reweighting {
  public:
   reweighting(const plane_points& points, const robust_options& options)
-      : points_(points), options_(options.fit), given_(points.size()), factors_(points.size()), products_(points.size()), sorted_(points.size()) {
+      : points_(points),
+        options_(options.fit),
+        given_(points.size()),
+        factors_(points.size()),
+        products_(points.size()),
+        sorted_(points.size()) {
     for (std::size_t i = 0; i < points.size(); ++i) {
       given_[i] = options_.weights.empty() ? 1.0 : static_cast<double>(options_.weights[i]);
       if (!(is_finite(given_[i]) && is_finite(points.x[i]) && is_finite(points.y[i]))) given_[i] = 0;
@@ -28,8 +34,8 @@ class reweighting {
     return std::fabs(static_cast<double>(points_.y[i] - f.value(points_.x[i])) * given_[i]);
   }
 
-  // The upper median of the magnitudes over 0.6745, the median of a standard normal deviate's magnitude. Where most points lie
-  // on the curve, what rounding leaves is the scale.
+  // The upper median of the magnitudes over 0.6745, the median of a standard normal deviate's magnitude. Where most
+  // points lie on the curve, what rounding leaves is the scale.
   double scale(const polynomial_fit& f) {
     std::size_t count = 0;
     for (std::size_t i = 0; i < points_.size(); ++i)
@@ -57,7 +63,8 @@ class reweighting {
 
   // The fit with the products of both weights; those of the round act on squares.
   polynomial_fit fit(ulong coefficients) {
-    for (std::size_t i = 0; i < points_.size(); ++i) products_[i] = static_cast<real>(given_[i] * std::sqrt(factors_[i]));
+    for (std::size_t i = 0; i < points_.size(); ++i)
+      products_[i] = static_cast<real>(given_[i] * std::sqrt(factors_[i]));
     fit_options o = options_;
     o.weights = column_view(products_.data(), products_.size());
     return fit_polynomial(points_, coefficients, o);

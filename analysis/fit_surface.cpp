@@ -100,14 +100,17 @@ void store(const fit_data& data, const surface_solution& s, const surface_basis&
 }
 
 // The coefficients of the powers of x and y, and their standard errors.
-void expand(const fit_data& data, const surface_solution& s, const surface_basis& b, doubled deviation, surface_fit& f) {
+void expand(const fit_data& data, const surface_solution& s, const surface_basis& b, doubled deviation,
+            surface_fit& f) {
   const doubled_matrix of_x = expansion(b.grade, data.x()), of_y = expansion(b.grade, data.second());
   f.of_powers = column(s.coefficients.size());
   f.of_powers_errors = column(s.coefficients.size());
   f.powers_state = status::ok;
   for (std::size_t r = 0; r < b.unknowns; ++r) {
     const term& power = b.terms[r];
-    const auto factor = [&](std::size_t k) { return of_x.get(power.i, b.terms[k].i) * of_y.get(power.j, b.terms[k].j); };
+    const auto factor = [&](std::size_t k) {
+      return of_x.get(power.i, b.terms[k].i) * of_y.get(power.j, b.terms[k].j);
+    };
     doubled sum = 0.0;
     for (std::size_t k = r; k < b.unknowns; ++k) sum += factor(k) * s.coefficients[b.terms[k].place];
     const doubled form = s.equations.form(r, factor);

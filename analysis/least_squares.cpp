@@ -60,9 +60,9 @@ doubled_matrix gram(const scaled_problem& p) {
   return g;
 }
 
-// The columns in the order in which the pivoted Cholesky factorisation of A'A chooses them, as many as are independent: the
-// next one has the largest part that is orthogonal to those before. (P. Businger, G. Golub, Linear least squares solutions
-// by Householder transformations, 1965, choose the same columns.)
+// The columns in the order in which the pivoted Cholesky factorisation of A'A chooses them, as many as are independent:
+// the next one has the largest part that is orthogonal to those before. (P. Businger, G. Golub, Linear least squares
+// solutions by Householder transformations, 1965, choose the same columns.)
 struct independent_columns {
   numbers<std::size_t> order;
   std::size_t count = 0;
@@ -95,8 +95,8 @@ independent_columns choose_columns(doubled_matrix g, std::size_t rows) {
 }
 
 // b - A x in doubled precision, over the chosen columns, with a bound of the error of each entry.
-void residual(const scaled_problem& p, const independent_columns& chosen, const numbers<doubled>& x, numbers<doubled>& r,
-              numbers<double>& error) {
+void residual(const scaled_problem& p, const independent_columns& chosen, const numbers<doubled>& x,
+              numbers<doubled>& r, numbers<double>& error) {
   const double unit = 2 * (static_cast<double>(chosen.count) + 2) * doubled_unit;
   double largest = 0;
   for (std::size_t k = 0; k < chosen.count; ++k) largest += magnitude(x[k]);
@@ -141,7 +141,8 @@ bounded_solution solve_normal(const scaled_problem& p, const independent_columns
   for (std::size_t i = 0; i < n; ++i) lengths += std::sqrt(g.get(chosen.order[i], chosen.order[i]).high);
   for (std::size_t i = 0; i < n; ++i) {
     const double length = std::sqrt(g.get(chosen.order[i], chosen.order[i]).high);
-    errors[i] = 2 * (static_cast<double>(p.rows) + 2) * (doubled_unit * length * lengths * 1.001 + static_cast<double>(n) * 0x1p-1000);
+    errors[i] = 2 * (static_cast<double>(p.rows) + 2) *
+                (doubled_unit * length * lengths * 1.001 + static_cast<double>(n) * 0x1p-1000);
     for (std::size_t j = 0; j < n; ++j) a.set(i, j, g.get(chosen.order[i], chosen.order[j]));
   }
   const factorisation factors(a);

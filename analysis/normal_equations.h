@@ -7,13 +7,14 @@
 
 namespace tessarn::analysis {
 
-// The inverse of L and the diagonal D stand for the inverse of the matrix, (L^-1)' D^-1 L^-1, of which every form is a sum
-// of squares without cancellation.
+// The inverse of L and the diagonal D stand for the inverse of the matrix, (L^-1)' D^-1 L^-1, of which every form is a
+// sum of squares without cancellation.
 class normal_equations {
  public:
   // `entry(r, c)` gives the matrix for c <= r. The entries are near 1 or below.
   template <class Entry>
-  normal_equations(std::size_t n, Entry&& entry) : size_(n), lower_(detail::checked_product(n, n)), reciprocals_(n), inverse_(lower_.size()) {
+  normal_equations(std::size_t n, Entry&& entry)
+      : size_(n), lower_(detail::checked_product(n, n)), reciprocals_(n), inverse_(lower_.size()) {
     for (std::size_t r = 0; r < n; ++r)
       for (std::size_t c = 0; c <= r; ++c) lower_[r * n + c] = entry(r, c);
     factorise();
@@ -23,8 +24,8 @@ class normal_equations {
     if (reciprocal_condition() < 0x1p-40) regular_ = false;
   }
 
-  // False when the columns depend on each other, or nearly: the condition of the matrix is above 2^80, and of the 104 bits
-  // fewer than a third of those of a double would be right.
+  // False when the columns depend on each other, or nearly: the condition of the matrix is above 2^80, and of the 104
+  // bits fewer than a third of those of a double would be right.
   bool regular() const noexcept { return regular_; }
   // 1 / sqrt(norm of the matrix times norm of the inverse), for the largest sum of a row.
   double reciprocal_condition() const noexcept;

@@ -15,8 +15,8 @@ namespace {
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
-// The residual b - A x in doubled precision, and for each entry a bound of its error: 2 (n + 2) units of |b| + |A| |x|, and
-// what the entries of A are off.
+// The residual b - A x in doubled precision, and for each entry a bound of its error: 2 (n + 2) units of |b| + |A| |x|,
+// and what the entries of A are off.
 void residual(const scaled_matrix& a, const numbers<doubled>& b, const numbers<doubled>& x, numbers<doubled>& r,
               numbers<double>& error) {
   const std::size_t n = b.size();
@@ -45,7 +45,8 @@ void add_product(const doubled_matrix& m, const numbers<doubled>& v, numbers<dou
 bool store_scaled(doubled v, double error, int e, double& value, double& bound) noexcept {
   value = scaled(v.high, e);
   if (!is_finite(value)) return false;
-  // The low part and the error are rounded upwards; a value that became subnormal has lost less than the smallest number.
+  // The low part and the error are rounded upwards; a value that became subnormal has lost less than the smallest
+  // number.
   bound = scaled((std::fabs(v.low) + error) * 1.0001, e) + (v.high == 0 && error == 0 ? 0 : 0x1p-1073);
   return true;
 }
@@ -82,7 +83,8 @@ bounded_solution solve_scaled(const scaled_matrix& a, const numbers<doubled>& b)
 
 namespace {
 
-// All rows get the power of two that makes the largest entry of the right-hand side at most 1, besides those of the matrix.
+// All rows get the power of two that makes the largest entry of the right-hand side at most 1, besides those of the
+// matrix.
 template <class Entry, class Right>
 bounded_solution solve_entries(std::size_t n, Entry&& entry, Right&& right) {
   const scaled_matrix a = scale(n, entry);
@@ -138,8 +140,8 @@ status check_square(const View& a) {
 
 bool has_solution(status s) { return s == status::ok || s == status::nearly_singular; }
 
-// The inverse of the scaled matrix, each entry with the bound max |R e_c| (d_r + d^2 / (1 - d)), where d_r bounds the sum of
-// row r of |I - R A| and d is the largest: the inverse is R + (I - R A) R + (I - R A)^2 R + ...
+// The inverse of the scaled matrix, each entry with the bound max |R e_c| (d_r + d^2 / (1 - d)), where d_r bounds the
+// sum of row r of |I - R A| and d is the largest: the inverse is R + (I - R A) R + (I - R A)^2 R + ...
 struct bounded_inverse {
   doubled_matrix entries;
   doubled_matrix error;  // in the high parts

@@ -16,7 +16,8 @@ const char* to_string(status s) noexcept {
     case status::too_few_distinct: return "There are fewer distinct places than unknowns.";
     case status::rank_deficient: return "The columns depend on each other, so the solution is not determined.";
     case status::singular: return "The matrix is singular.";
-    case status::nearly_singular: return "The problem is so nearly singular that no bound of the error could be proved.";
+    case status::nearly_singular:
+      return "The problem is so nearly singular that no bound of the error could be proved.";
     case status::out_of_range: return "A result is too large for a real number.";
     case status::not_converged: return "The iteration did not converge in the steps that were allowed.";
   }

@@ -11,8 +11,10 @@ constexpr double upwards = 1.001;
 
 }  // namespace
 
-// Column by column: the pivot is searched, its row is exchanged, and multiples of it are subtracted from the rows below.
-factorisation::factorisation(const doubled_matrix& a) : size_(a.rows()), lu_(a.rows(), a.rows()), permutation_(a.rows()) {
+// Column by column: the pivot is searched, its row is exchanged, and multiples of it are subtracted from the rows
+// below.
+factorisation::factorisation(const doubled_matrix& a)
+    : size_(a.rows()), lu_(a.rows(), a.rows()), permutation_(a.rows()) {
   const std::size_t n = size_;
   for (std::size_t r = 0; r < n; ++r) {
     permutation_[r] = r;
@@ -54,8 +56,8 @@ doubled_matrix factorisation::inverse() const {
   return x;
 }
 
-// The sums of the rows of |U| from the diagonal on, and then with them those of |L| |U|. Where elimination stopped early, entries
-// that stand where multipliers would be count themselves.
+// The sums of the rows of |U| from the diagonal on, and then with them those of |L| |U|. Where elimination stopped
+// early, entries that stand where multipliers would be count themselves.
 numbers<double> factorisation::growth() const {
   const std::size_t n = size_;
   numbers<double> upper(n), sums(n);
@@ -63,7 +65,8 @@ numbers<double> factorisation::growth() const {
     for (std::size_t c = k; c < n; ++c) upper[k] += magnitude(lu_.get(k, c));
   for (std::size_t r = 0; r < n; ++r) {
     double sum = upper[r];
-    for (std::size_t k = 0; k < r; ++k) sum += magnitude(lu_.get(r, k)) * (regular_ ? upper[k] : std::max(upper[k], 1.0));
+    for (std::size_t k = 0; k < r; ++k)
+      sum += magnitude(lu_.get(r, k)) * (regular_ ? upper[k] : std::max(upper[k], 1.0));
     sums[permutation_[r]] = sum * upwards;
   }
   return sums;
@@ -85,14 +88,15 @@ numbers<double> magnified(const doubled_matrix& r, const numbers<double>& errors
   return z;
 }
 
-// R A is formed in doubled precision. An entry of it, a sum of n products, has an error of at most 2 (n + 1) units of the
-// sum of the magnitudes, and loses `underflow` at each step; the sums of a row of these are bounded by |R| (|A| e), with the
-// column e of ones, in O(n^2).
+// R A is formed in doubled precision. An entry of it, a sum of n products, has an error of at most 2 (n + 1) units of
+// the sum of the magnitudes, and loses `underflow` at each step; the sums of a row of these are bounded by |R| (|A| e),
+// with the column e of ones, in O(n^2).
 verified_inverse verify(const doubled_matrix& a, const factorisation& f, const numbers<double>& errors) {
   const std::size_t n = a.rows();
   verified_inverse v{f.inverse(), numbers<double>(n), 0, 0};
   const double unit = 2 * (static_cast<double>(n) + 1) * doubled_unit;
-  const double lost = unit + static_cast<double>(n) * (static_cast<double>(n) + 1) * 4 * underflow;  // of the 1 in I, and small
+  const double lost =
+      unit + static_cast<double>(n) * (static_cast<double>(n) + 1) * 4 * underflow;  // of the 1 in I, and small
   numbers<double> row_errors(n);
   double norm = 0, inverse_norm = 0;
   for (std::size_t r = 0; r < n; ++r) {
@@ -112,7 +116,9 @@ verified_inverse verify(const doubled_matrix& a, const factorisation& f, const n
     if (!(v.departure < 0.5)) v.departure = std::numeric_limits<double>::infinity();
   }
   const double condition = norm * inverse_norm;
-  v.reciprocal_condition = is_finite(condition) && condition >= 1 ? 1 / condition : n == 0 || is_finite(condition) ? 1.0 : 0.0;
+  v.reciprocal_condition = is_finite(condition) && condition >= 1 ? 1 / condition
+                           : n == 0 || is_finite(condition)       ? 1.0
+                                                                  : 0.0;
   return v;
 }
 

@@ -30,9 +30,10 @@ class factorisation {
   bool odd_ = false;
 };
 
-// An approximate inverse R of A, and a proved bound of the largest sum of a row of |I - R A|. Where the bound is below 1, A is
-// regular, and |x - y| <= |z| + bound / (1 - bound) max |z| with z = R (b - A y) holds for the solution x of A x = b and every
-// y (S. Rump, Verification methods: rigorous results using floating-point arithmetic, 2010, section 10).
+// An approximate inverse R of A, and a proved bound of the largest sum of a row of |I - R A|. Where the bound is below
+// 1, A is regular, and |x - y| <= |z| + bound / (1 - bound) max |z| with z = R (b - A y) holds for the solution x of A
+// x = b and every y (S. Rump, Verification methods: rigorous results using floating-point arithmetic, 2010, section
+// 10).
 struct verified_inverse {
   doubled_matrix inverse;
   numbers<double> departures;  // a bound of the sum of each row of |I - R A|

@@ -1,4 +1,5 @@
-// The kernels of the fits; compiled once for each instruction set. The operations are those of analysis/doubled.h, in lanes.
+// The kernels of the fits; compiled once for each instruction set. The operations are those of analysis/doubled.h, in
+// lanes.
 #include "analysis/kernels/kernels.h"
 #include "simd/lanes.h"
 
@@ -61,8 +62,8 @@ TESSARN_INLINE void add(double* p, const doubled (&v)[G]) {
   store(p + fit_partial_sums, low);
 }
 
-// G vectors of points whose chains run side by side; vector g belongs to the points from i + 8 g on, and to the same partial sums.
-// A chain alone would wait for each of its steps.
+// G vectors of points whose chains run side by side; vector g belongs to the points from i + 8 g on, and to the same
+// partial sums. A chain alone would wait for each of its steps.
 template <size_t G>
 TESSARN_INLINE void moments_of(const fit_columns& points, size_t i, size_t exponents, size_t products, double* lane) {
   doubled x[G], power[G];
@@ -116,7 +117,8 @@ struct fitted {
 
 // As moments_of: G vectors of points, Horner's rule for each of them side by side.
 template <size_t G>
-TESSARN_INLINE void residuals_of(const fit_columns& points, size_t i, const fitted& f, double* residuals, double* lane) {
+TESSARN_INLINE void residuals_of(const fit_columns& points, size_t i, const fitted& f, double* residuals,
+                                 double* lane) {
   doubled x[G], value[G], squares[G], all[G];
   const size_t last = f.coefficients - 1;
   TESSARN_UNROLL
@@ -158,7 +160,8 @@ void add_surface_moments(const surface_columns& points, size_t grade, bool total
   const fit_columns& p = points.plane;
   for (size_t i = 0; i < p.size; i += width) {
     double* lane = sums + i % fit_partial_sums;
-    const doubled x = {load(p.high + i), load(p.low + i)}, v = {load(points.second_high + i), load(points.second_low + i)};
+    const doubled x = {load(p.high + i), load(p.low + i)},
+                  v = {load(points.second_high + i), load(points.second_low + i)};
     const doubled x_parts = split(x.high), v_parts = split(v.high);
     const vec y = load(p.y + i);
     doubled row = {load(p.weight_high + i), load(p.weight_low + i)};
@@ -183,7 +186,8 @@ void surface_residuals(const surface_columns& points, const double* high, const 
   const fit_columns& p = points.plane;
   for (size_t i = 0; i < p.size; i += width) {
     double* lane = sums + i % fit_partial_sums;
-    const doubled x = {load(p.high + i), load(p.low + i)}, v = {load(points.second_high + i), load(points.second_low + i)};
+    const doubled x = {load(p.high + i), load(p.low + i)},
+                  v = {load(points.second_high + i), load(points.second_low + i)};
     const doubled x_parts = split(x.high), v_parts = split(v.high);
     doubled value = {broadcast(0), broadcast(0)};
     for (size_t b = grade; b-- > 0;) {

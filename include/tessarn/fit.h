@@ -2,8 +2,8 @@
 /// Least-squares fits of polynomials and surfaces that tell what they are worth.
 ///
 /// A fit works in doubled precision (about 106 bits) about a centre and with a scale of its own, so that polynomials of
-/// degree 10 keep their digits where the normal equations in double precision have none left. It takes the numbers of the
-/// caller as they are: no abscissa is a marker. Results have the same bits everywhere. Nothing is thrown but
+/// degree 10 keep their digits where the normal equations in double precision have none left. It takes the numbers of
+/// the caller as they are: no abscissa is a marker. Results have the same bits everywhere. Nothing is thrown but
 /// std::bad_alloc.
 ///
 /// Weights act on residuals: a fit makes the sum of (w (y - p(x)))^2 smallest, as hyperbinom::create does. They are
@@ -40,8 +40,8 @@ struct prediction {
 };
 
 /// A fitted polynomial. With q unknowns and n points that have a weight, the residual variance is
-/// sum (w (y - p))^2 / (n - q), and the covariance of the coefficients that times the inverse of the normal matrix. Where
-/// n = q no deviation can be told: deviations, errors and covariance are infinite.
+/// sum (w (y - p))^2 / (n - q), and the covariance of the coefficients that times the inverse of the normal matrix.
+/// Where n = q no deviation can be told: deviations, errors and covariance are infinite.
 struct polynomial_fit {
   status state = status::no_points;
   real centre = 0;                   ///< p(x) = sum of coefficients[k] ((x - centre) / scale)^k
@@ -56,15 +56,15 @@ struct polynomial_fit {
   ulong points_left_out = 0;         ///< points that are not finite or have a weight of 0
   ulong unknowns = 0;                ///< coefficients that were fitted
   real residual_deviation = 0;       ///< the residual standard deviation
-  real r_squared = 0;                ///< 1 - sum (w r)^2 / sum (w (y - mean))^2; the mean counts as 0 without a constant
+  real r_squared = 0;  ///< 1 - sum (w r)^2 / sum (w (y - mean))^2; the mean counts as 0 without a constant
   real largest_residual = 0;         ///< y - p(x) where it is largest in magnitude, with its sign
   ulong largest_at = 0;              ///< the point it belongs to
   real reciprocal_condition = 0;     ///< an estimate for the columns 1, t, t^2, ... of t = (x - centre) / scale
 
   /// p(x), from the coefficients about the centre; 0 without coefficients.
   [[nodiscard]] TESSARN_API real value(real x) const;
-  /// p(x) with intervals of `factor` standard deviations. For an interval of a given confidence, factor is that quantile of
-  /// Student's distribution for n - q degrees of freedom: for 95 %, 1.96 for very many and 2.23 for ten.
+  /// p(x) with intervals of `factor` standard deviations. For an interval of a given confidence, factor is that
+  /// quantile of Student's distribution for n - q degrees of freedom: for 95 %, 1.96 for very many and 2.23 for ten.
   [[nodiscard]] TESSARN_API prediction predict(real x, real factor) const;
   /// The polynomial in powers of x. Far from the centre of the data its evaluation loses digits that value() keeps.
   [[nodiscard]] TESSARN_API binom expanded() const;
@@ -79,10 +79,10 @@ struct polynomial_fit {
 /// assert(f.value(10) == 111 && f.expanded().func(10) == 111);
 /// \endcode
 ///
-/// Statuses: `no_unknowns`, `sizes_differ` (columns, weights or fixed values of other sizes), `bad_option`, `not_finite`,
-/// `bad_weight`, `no_points`, `too_few_points`, `too_few_distinct` abscissas, `nearly_singular` when the normal equations
-/// are not regular in doubled precision, `out_of_range` when the abscissas span more than the range of a real or less than
-/// 1e-290, or a result is too large. Coefficients are given with `ok` alone.
+/// Statuses: `no_unknowns`, `sizes_differ` (columns, weights or fixed values of other sizes), `bad_option`,
+/// `not_finite`, `bad_weight`, `no_points`, `too_few_points`, `too_few_distinct` abscissas, `nearly_singular` when the
+/// columns have a condition above about 1e12 even about the centre, `out_of_range` when the abscissas span more than
+/// the range of a real or less than 1e-290, or a result is too large. Coefficients are given with `ok` alone.
 [[nodiscard]] TESSARN_API polynomial_fit fit_polynomial(plane_points points, ulong coefficients,
                                                         const fit_options& options = {});
 
@@ -93,12 +93,13 @@ struct surface_options {
   bool leave_out_not_finite = false;  ///< leave points with a NaN or an infinity out, instead of answering `not_finite`
 };
 
-/// A fitted surface z = p(x, y). Tables hold the coefficient of the powers i and j at grade j + i, as hyperbinom does, in a column;
-/// deviations and errors are formed as for polynomial_fit.
+/// A fitted surface z = p(x, y). Tables hold the coefficient of the powers i and j at grade j + i, as hyperbinom does,
+/// in a column; deviations and errors are formed as for polynomial_fit.
 struct surface_fit {
   status state = status::no_points;
   ulong grade = 0;
-  real centre_x = 0, centre_y = 0;   ///< p = sum of coefficients ((x - centre_x) / scale_x)^i ((y - centre_y) / scale_y)^j
+  /// p = sum of coefficients ((x - centre_x) / scale_x)^i ((y - centre_y) / scale_y)^j
+  real centre_x = 0, centre_y = 0;
   real scale_x = 1, scale_y = 1;     ///< powers of two
   mat<long double> coefficients;     ///< about the centre; empty unless the state is `ok`
   mat<long double> standard_errors;  ///< of these coefficients; 0 for terms that were not asked for
@@ -125,9 +126,11 @@ struct surface_fit {
 
 /// Fits a surface of a grade, the number of powers of each variable, through points of space.
 ///
-/// Statuses as for fit_polynomial(), with `too_few_distinct` for places (x, y), and with `rank_deficient` when the places do
-/// not determine the terms, as points on one line do not determine a plane. A grade above 30 is a `bad_option`.
-[[nodiscard]] TESSARN_API surface_fit fit_surface(space_points points, ulong grade, const surface_options& options = {});
+/// Statuses as for fit_polynomial(), with `too_few_distinct` for places (x, y), and with `rank_deficient` when the
+/// places do not determine the terms, as points on one line do not determine a plane. A grade above 30 is a
+/// `bad_option`.
+[[nodiscard]] TESSARN_API surface_fit fit_surface(space_points points, ulong grade,
+                                                  const surface_options& options = {});
 
 /// How a robust fit weighs a residual of u robust standard deviations.
 enum class robust_weights : int {
@@ -146,18 +149,21 @@ struct robust_options {
 struct robust_fit {
   status state = status::no_points;  ///< that of the fit, or `not_converged`: the fit of the last round is there then
   polynomial_fit fit;         ///< with the last weights; its deviations and errors take these weights as given
-  mat<long double> weights;   ///< of each point of the caller, 0 to 1, a column: what its squared residual was multiplied by
+  mat<long double>
+      weights;  ///< of each point of the caller, 0 to 1, a column: what its squared residual was multiplied by
   real scale = 0;             ///< the robust standard deviation: the median of |w residual| over 0.6745
   ulong rounds = 0;           ///< reweightings that were done
 };
 
-/// Fits a polynomial with iteratively reweighted least squares (P. Holland, R. Welsch, Robust regression using iteratively
-/// reweighted least-squares, 1977, whose constants give 95 % efficiency for normal errors): first with Huber's weights and
-/// the scale of each round, then for Tukey's weights on from there with the scale of Huber's fit. It resists outliers in the
-/// ordinates as long as they are a minority everywhere; an outlier far away in x pulls the curve as in any fit of this kind.
+/// Fits a polynomial with iteratively reweighted least squares (P. Holland, R. Welsch, Robust regression using
+/// iteratively reweighted least-squares, 1977, whose constants give 95 % efficiency for normal errors): first with
+/// Huber's weights and the scale of each round, then for Tukey's weights on from there with the scale of Huber's fit.
+/// It resists outliers in the ordinates as long as they are a minority everywhere; an outlier far away in x pulls the
+/// curve as in any fit of this kind.
 ///
-/// Statuses as for fit_polynomial(), of the first and of every later round: `too_few_points` also when Tukey's weights leave
-/// too few points; `not_converged`.
-[[nodiscard]] TESSARN_API robust_fit fit_robust(plane_points points, ulong coefficients, const robust_options& options = {});
+/// Statuses as for fit_polynomial(), of the first and of every later round: `too_few_points` also when Tukey's weights
+/// leave too few points; `not_converged`.
+[[nodiscard]] TESSARN_API robust_fit fit_robust(plane_points points, ulong coefficients,
+                                                const robust_options& options = {});
 
 }  // namespace tessarn

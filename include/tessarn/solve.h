@@ -5,7 +5,8 @@
 /// estimated: for the matrix exactly as given, the true result lies within the bound of the computed one; where nothing
 /// can be proved, the bound is infinite and the status is not `ok`. The work is done in doubled precision (about 106
 /// bits): up to condition numbers of about 1e11 a result is a real next to the true one, and a bound can be proved up
-/// to about 1e27, of least squares up to about 1e13. It takes O(n^3) operations, each some ten times as long as in double precision.
+/// to about 1e27, of least squares up to about 1e13. It takes O(n^3) operations, each some ten times as long as in
+/// double precision.
 ///
 /// Results have the same bits everywhere. Nothing is thrown but std::bad_alloc.
 #pragma once
@@ -20,11 +21,13 @@ struct linear_solution {
   status state = status::no_unknowns;
   mat<long double> x;            ///< the solution, a column; empty unless the status says that there is one
   mat<long double> error;        ///< |true x - x| is at most this, entry by entry; infinite where nothing is proved
-  real reciprocal_condition = 0; ///< an estimate: near 1 well conditioned, near 1e-16 hardly determined in double precision
+  real reciprocal_condition =
+      0;  ///< an estimate: near 1 well conditioned, near 1e-16 hardly determined in double precision
   ulong rank = 0;                ///< the number of independent columns, as far as doubled precision tells
   real residual = 0;             ///< the length of b - A x, of least_squares() alone, as are those that follow
   real residual_deviation = 0;   ///< residual / sqrt(rows - columns); infinite for as many columns as rows
-  mat<long double> standard_errors;  ///< of the entries of x, a column: sqrt of the diagonal of residual_deviation^2 / (A'A)
+  mat<long double>
+      standard_errors;  ///< of the entries of x, a column: sqrt of the diagonal of residual_deviation^2 / (A'A)
 };
 
 /// The solution of a linear system of complex numbers.
@@ -56,7 +59,7 @@ struct determinant_value {
   status state = status::no_unknowns;
   real value = 0;                ///< the determinant
   real error = 0;                ///< |true determinant - value| is at most this
-  real fraction = 0;             ///< also for determinants beyond the range of a real: fraction * 2^exponent, the fraction
+  real fraction = 0;  ///< also for determinants beyond the range of a real: fraction * 2^exponent, the fraction
   slong exponent = 0;            ///< between 1 and 2 in magnitude, or 0
   real reciprocal_condition = 0; ///< as for systems; 0 where the matrix is singular or nearly so
 };
@@ -70,9 +73,9 @@ struct determinant_value {
 /// assert(s.error.get(0, 0) < 1e-15);
 /// \endcode
 ///
-/// Statuses: `no_unknowns` for a matrix without entries; `sizes_differ`; `not_finite`; `singular` when a column of pivots
-/// vanishes, without x; `nearly_singular` with an x whose error is not known; `out_of_range` when an entry of x is too
-/// large, without x.
+/// Statuses: `no_unknowns` for a matrix without entries; `sizes_differ`; `not_finite`; `singular` when a column of
+/// pivots vanishes, without x; `nearly_singular` with an x whose error is not known; `out_of_range` when an entry of x
+/// is too large, without x.
 [[nodiscard]] TESSARN_API linear_solution solve(matrix_view a, column_view b);
 
 /// Solves A x = b for complex numbers, with pivoting: as the real system of twice the size for the parts of x.
@@ -80,16 +83,16 @@ struct determinant_value {
 
 /// The x that makes the sum of the squares of b - A x smallest, for any numbers of rows and columns.
 ///
-/// The normal equations are formed and solved in doubled precision after the columns were scaled by powers of two, and the
-/// solution is refined by residuals in doubled precision. That gives all digits of a double up to condition numbers of
-/// about 1e14, without the loss of half of the digits that normal equations in double precision have.
+/// The normal equations are formed and solved in doubled precision after the columns were scaled by powers of two, and
+/// the solution is refined by residuals in doubled precision. That gives all digits of a double up to condition numbers
+/// of about 1e14, without the loss of half of the digits that normal equations in double precision have.
 ///
 /// A column counts as dependent on those chosen before it when the part of it that is orthogonal to them is smaller by
 /// about 1e-14; the largest part is chosen each time. With dependent columns the status is `rank_deficient`, and x is
 /// the solution with zeros for the dependent columns: one of many that reach the smallest sum. Its error is infinite.
 ///
-/// Statuses besides: `no_unknowns` without columns; `sizes_differ`; `not_finite`; `nearly_singular` with an x whose error is
-/// not known; `out_of_range` without x.
+/// Statuses besides: `no_unknowns` without columns; `sizes_differ`; `not_finite`; `nearly_singular` with an x whose
+/// error is not known; `out_of_range` without x.
 [[nodiscard]] TESSARN_API linear_solution least_squares(matrix_view a, column_view b);
 
 /// The inverse from the pivoted factorisation, O(n^3). Statuses as for solve().
@@ -98,8 +101,8 @@ struct determinant_value {
 
 /// The determinant from the pivoted factorisation, O(n^3); of the empty matrix 1.
 ///
-/// The bound of the error holds for singular matrices, too: the status is then `ok`, the value 0 or tiny, and the error at
-/// least as large. When error < |value|, the matrix is proved to be regular.
+/// The bound of the error holds for singular matrices, too: the status is then `ok`, the value 0 or tiny, and the error
+/// at least as large. When error < |value|, the matrix is proved to be regular.
 ///
 /// Statuses: `sizes_differ`; `not_finite`; `out_of_range` when the determinant is too large for a real: value and error
 /// are infinite then, fraction and exponent hold.

@@ -2,8 +2,8 @@
 /// The arguments of the second layer: views of numbers, points and matrices that the caller owns.
 ///
 /// A view is a pointer, a count and a distance. It is made from what the caller has: a pointer and a count, a container
-/// with data() and size(), a column of a matrix, one coordinate of an array of points. Nothing is copied, and nothing is
-/// changed; a view holds as long as the storage it was made from.
+/// with data() and size(), a column of a matrix, one coordinate of an array of points. Nothing is copied, and nothing
+/// is changed; a view holds as long as the storage it was made from.
 #pragma once
 
 #include <cstddef>

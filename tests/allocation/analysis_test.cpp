@@ -1,5 +1,5 @@
-// Allocation failure at every allocation of the calls that carry a status: they throw std::bad_alloc, leak nothing, and leave
-// their arguments as they were.
+// Allocation failure at every allocation of the calls that carry a status: they throw std::bad_alloc, leak nothing, and
+// leave their arguments as they were.
 #include <tessarn/fit.h>
 #include <tessarn/solve.h>
 

@@ -1,4 +1,5 @@
-// Fits of polynomials that tell what they are worth: statuses, options, what the fields mean, exact arithmetic as judge.
+// Fits of polynomials that tell what they are worth: statuses, options, what the fields mean, exact arithmetic as
+// judge.
 #include <tessarn/fit.h>
 
 #include <gtest/gtest.h>
@@ -45,7 +46,8 @@ TEST(Fit, StatusesOneByOne) {
   fit_options o;
   o.weights = two;
   EXPECT_EQ(fit_polynomial(parabola, 2, o).state, status::sizes_differ);
-  const column negative{1, 1, -1, 1, 1}, zeros{0, 0, 0, 0, 0}, few{1, 1, 0, 0, 0}, far{1, 1, 1e-100, 1, 1}, endless{1, 1, infinite, 1, 1};
+  const column negative{1, 1, -1, 1, 1}, zeros{0, 0, 0, 0, 0}, few{1, 1, 0, 0, 0}, far{1, 1, 1e-100, 1, 1},
+      endless{1, 1, infinite, 1, 1};
   o.weights = negative;
   EXPECT_EQ(fit_polynomial(parabola, 2, o).state, status::bad_weight);
   o.weights = zeros;

@@ -1,5 +1,5 @@
-// The eleven sets of linear regression of NIST's Statistical Reference Datasets. The judge is the solution of the decimal data
-// in exact rational arithmetic, of which the certified values are the first 15 digits.
+// The eleven sets of linear regression of NIST's Statistical Reference Datasets. The judge is the solution of the
+// decimal data in exact rational arithmetic, of which the certified values are the first 15 digits.
 #include <tessarn/fit.h>
 #include <tessarn/solve.h>
 
@@ -129,8 +129,8 @@ double digits(double exact, double value) {
 struct correct_digits {
   double coefficients = 17, errors = 17, deviation = 17;
 };
-correct_digits compare(const std::string& name, const exact_regression& exact, const double* values, const double* errors,
-                       double deviation) {
+correct_digits compare(const std::string& name, const exact_regression& exact, const double* values,
+                       const double* errors, double deviation) {
   correct_digits d;
   for (std::size_t i = 0; i < exact.coefficients.size(); ++i) {
     d.coefficients = std::fmin(d.coefficients, test::digits(exact.coefficients[i], values[i]));
@@ -185,7 +185,8 @@ tessarn::polynomial_fit fit(const set_name& s, const data_set& set) {
   for (const std::vector<double>& row : set.rows) points.emplace_back(row[0], row[1]);
   tessarn::fit_options options;
   if (s.first > 0) options.which = tessarn::powers::no_constant;
-  const tessarn::polynomial_fit f = tessarn::fit_polynomial(points, static_cast<tessarn::ulong>(s.coefficients), options);
+  const tessarn::polynomial_fit f =
+      tessarn::fit_polynomial(points, static_cast<tessarn::ulong>(s.coefficients), options);
   EXPECT_EQ(f.state, tessarn::status::ok) << s.name;
   EXPECT_EQ(f.powers_state, tessarn::status::ok) << s.name;
   EXPECT_EQ(f.expanded().getcofcnt(), s.coefficients);

@@ -99,7 +99,8 @@ TEST(Solve, StatusesOneByOne) {
   EXPECT_EQ(tessarn::least_squares(wide, real_matrix{{0}, {0}}).state, status::rank_deficient);
 }
 
-// A regular triangular matrix whose inverse has entries of 2^298, beyond what doubled precision tells from a singular one.
+// A regular triangular matrix whose inverse has entries of 2^298, beyond what doubled precision tells from a singular
+// one.
 TEST(Solve, NearlySingularIsSaid) {
   real_matrix w(300, 300);
   for (tessarn::ulong r = 0; r < 300; ++r)
@@ -144,7 +145,8 @@ bool check_square(const real_matrix& a, const real_matrix& b) {
   const bool regular = test::eliminate(exact(a), x, det);
   test::eliminate(exact(a), inverse, det);
   const tessarn::determinant_value d = tessarn::determinant(a);
-  EXPECT_TRUE(d.state == status::out_of_range || within(det, d.value, d.error)) << det.get_d() << ' ' << d.value << ' ' << d.error;
+  EXPECT_TRUE(d.state == status::out_of_range || within(det, d.value, d.error))
+      << det.get_d() << ' ' << d.value << ' ' << d.error;
   EXPECT_TRUE(regular || std::fabs(d.value) <= d.error);
   const tessarn::linear_solution s = tessarn::solve(a, b);
   const tessarn::inverse_matrix inv = tessarn::inverse(a);
@@ -190,7 +192,8 @@ TEST(Solve, VandermondeMatrices) {
   }
 }
 
-// Entries of one kind: ordinary, of very different sizes, small integers, or with rows that nearly depend on each other.
+// Entries of one kind: ordinary, of very different sizes, small integers, or with rows that nearly depend on each
+// other.
 double draw(random_source& random, int kind) {
   switch (kind) {
     case 0: return random.uniform();

@@ -63,7 +63,8 @@ TEST(Surface, StatusesOneByOne) {
 }
 
 TEST(Surface, OfExactPoints) {
-  const vector3d points[] = {{0, 0, 1}, {1, 0, 3}, {0, 1, 4}, {1, 1, 10}, {2, 1, 16}, {-1, 2, -3}};  // 1 + 2x + 3y + 4xy
+  const vector3d points[] = {{0, 0, 1},  {1, 0, 3},  {0, 1, 4},
+                             {1, 1, 10}, {2, 1, 16}, {-1, 2, -3}};  // 1 + 2x + 3y + 4xy
   const surface_fit f = fit_surface({points, 6}, 2);
   ASSERT_EQ(f.state, status::ok);
   for (int k = 0; k < 4; ++k) EXPECT_EQ(f.of_powers.getData()[k], k + 1);
