@@ -77,6 +77,8 @@ TEST(Fit, StatusesOneByOne) {
   EXPECT_EQ(fit_polynomial(points{{0, 1}, {1e-300, 2}}, 2).state, status::out_of_range);
   // Abscissas so far apart that the powers of the smaller ones vanish beside those of the largest.
   EXPECT_EQ(fit_polynomial(points{{0, 1}, {1e-30, 2}, {2e-30, 2}, {1, 3}}, 4).state, status::nearly_singular);
+  EXPECT_EQ(fit_polynomial(points{{0, 1}, {1e-7, 2}, {2e-7, 2}, {1, 3}}, 4).state, status::nearly_singular);
+  EXPECT_EQ(fit_polynomial(points{{0, 1}, {1e-4, 2}, {2e-4, 2}, {1, 3}}, 4).state, status::ok);
 }
 
 TEST(Fit, NoAbscissaIsAMarker) {

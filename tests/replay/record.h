@@ -104,6 +104,6 @@ struct family {
 };
 
 extern const family angle_functions, complex_numbers, plane_vectors, space_vectors, polar_vectors, point_lists,
-    real_matrices, complex_matrices, real_squares, matches, complex_squares, polynomials, surfaces, geometry;
+    real_matrices, complex_matrices, real_squares, matches, complex_squares, polynomials, surfaces, geometry, analysis;
 
 }  // namespace replay

@@ -18,7 +18,7 @@ namespace {
 
 const family* const families[] = {&angle_functions, &complex_numbers, &plane_vectors,    &space_vectors, &polar_vectors,
                                   &point_lists,     &real_matrices,   &complex_matrices, &real_squares,  &matches,
-                                  &complex_squares, &polynomials,     &surfaces,         &geometry};
+                                  &complex_squares, &polynomials,     &surfaces,         &geometry,      &analysis};
 
 constexpr std::uint64_t magic = 0x31594C5052535354u;
 

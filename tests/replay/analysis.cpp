@@ -1,0 +1,137 @@
+// Operations of the calls that carry a status: solve.h and fit.h.
+#include <tessarn/fit.h>
+#include <tessarn/solve.h>
+
+#include "replay/draw.h"
+
+namespace replay {
+namespace {
+
+using tessarn::ulong;
+
+constexpr unsigned n = 240;
+constexpr ulong most_points = 30;
+
+void put_status(output& out, tessarn::status s) { out.put(static_cast<int>(s)); }
+
+real_mat matrix_of(input& in, ulong columns, ulong rows) {
+  real_mat m(columns, rows);
+  for (ulong i = 0; i < columns * rows; ++i) m.getData()[i] = in.within(-3, 3);
+  return m;
+}
+
+complex_mat complex_matrix_of(input& in, ulong columns, ulong rows) {
+  complex_mat m;
+  m.create(columns, rows);
+  for (ulong i = 0; i < columns * rows; ++i) {
+    const real re = in.within(-3, 3);
+    m.getData()[i] = cplx(re, in.within(-3, 3));
+  }
+  return m;
+}
+
+ulong size_of(input& in) { return static_cast<ulong>(in.integer(1, 7)); }
+
+template <class Solution>
+void put_solution(output& out, const Solution& s) {
+  put_status(out, s.state);
+  out.put(s.x);
+  out.put(s.error);
+  out.put(s.reciprocal_condition);
+}
+
+void run_solve(input& in, output& out) {
+  const ulong size = size_of(in);
+  const real_mat a = matrix_of(in, size, size), b = matrix_of(in, 1, size);
+  put_solution(out, tessarn::solve(a, b));
+  const tessarn::inverse_matrix i = tessarn::inverse(a);
+  out.put(i.inverse);
+  out.put(i.error);
+  const tessarn::determinant_value d = tessarn::determinant(a);
+  out.put(d.value);
+  out.put(d.error);
+}
+
+void run_complex(input& in, output& out) {
+  const ulong size = size_of(in);
+  const complex_mat a = complex_matrix_of(in, size, size), b = complex_matrix_of(in, 1, size);
+  put_solution(out, tessarn::solve(a, b));
+  const tessarn::complex_inverse_matrix i = tessarn::inverse(a);
+  out.put(i.inverse);
+  out.put(i.error);
+}
+
+// Now and then with fewer rows than columns.
+void run_least_squares(input& in, output& out) {
+  const ulong columns = size_of(in), rows = columns + static_cast<ulong>(in.integer(0, 5)) - (columns > 1 ? 1 : 0);
+  const real_mat a = matrix_of(in, columns, rows), b = matrix_of(in, 1, rows);
+  const tessarn::linear_solution s = tessarn::least_squares(a, b);
+  put_solution(out, s);
+  out.put(s.residual);
+  out.put(s.standard_errors);
+}
+
+template <class Fit>
+void put_fit(output& out, const Fit& f) {
+  put_status(out, f.state);
+  out.put(f.coefficients);
+  out.put(f.covariance);
+  out.put(f.of_powers);
+  out.put(f.of_powers_errors);
+  out.put(f.residual_deviation);
+  out.put(f.r_squared);
+  out.put(f.largest_residual);
+  out.put(f.largest_at);
+  out.put(f.reciprocal_condition);
+}
+
+struct drawn_points {
+  real x[most_points], y[most_points], z[most_points], weights[most_points];
+  ulong count;
+
+  explicit drawn_points(input& in) : count(static_cast<ulong>(in.integer(1, most_points))) {
+    for (ulong i = 0; i < count; ++i) {
+      x[i] = in.within(-3, 5);
+      y[i] = in.within(-3, 3);
+      z[i] = in.within(-9, 9);
+      weights[i] = in.within(0, 2);
+    }
+  }
+  tessarn::column_view view(const real* p) const { return {p, count}; }
+};
+
+void run_polynomial(input& in, output& out) {
+  const drawn_points p(in);
+  const tessarn::plane_points points(p.view(p.x), p.view(p.y));
+  tessarn::fit_options o;
+  o.which = static_cast<tessarn::powers>(in.integer(0, 3));
+  if (in.integer(0, 1) == 1) o.weights = p.view(p.weights);
+  const ulong m = size_of(in);
+  put_fit(out, tessarn::fit_polynomial(points, m, o));
+  const tessarn::robust_fit r = tessarn::fit_robust(points, m, {tessarn::robust_weights::tukey, o, 20});
+  put_status(out, r.state);
+  out.put(r.weights);
+  out.put(r.scale);
+}
+
+void run_surface(input& in, output& out) {
+  const drawn_points p(in);
+  const tessarn::space_points points(p.view(p.x), p.view(p.y), p.view(p.z));
+  tessarn::surface_options o;
+  o.total_degree = in.integer(0, 1) == 1;
+  put_fit(out, tessarn::fit_surface(points, static_cast<ulong>(in.integer(1, 4)), o));
+}
+
+const operation analysis_table[] = {
+    {"solve, inverse, determinant", n, run_solve},
+    {"solve, inverse of complex numbers", n, run_complex},
+    {"least_squares", n, run_least_squares},
+    {"fit_polynomial, fit_robust", 2 * n, run_polynomial},
+    {"fit_surface", n, run_surface},
+};
+
+}  // namespace
+
+const family analysis = family_of(analysis_table);
+
+}  // namespace replay
