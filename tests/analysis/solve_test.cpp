@@ -350,6 +350,11 @@ TEST(LeastSquares, RankIsTold) {
   EXPECT_EQ(t.state, status::ok);
   EXPECT_NEAR(s.residual, t.residual, 1e-15);
   EXPECT_EQ(tessarn::least_squares(real_matrix(2, 3), real_matrix(1, 3)).rank, 0u);
+  // A column that depends on the others but for the rounding of its entries.
+  for (tessarn::ulong r = 0; r < 6; ++r) a.set(2, r, 0.1 * a.get(0, r) + 0.7 * a.get(1, r));
+  EXPECT_EQ(tessarn::least_squares(a, b).rank, 2u);
+  for (tessarn::ulong r = 0; r < 6; ++r) a.set(2, r, a.get(0, r) + 1e-9 * r * r);
+  EXPECT_EQ(tessarn::least_squares(a, b).rank, 3u);
 }
 
 }  // namespace
