@@ -1,5 +1,9 @@
 // TESSARN_API marks what the library exports: exported while the library itself is compiled, imported
 // by callers of the Windows module, nothing for the static library (define TESSARN_STATIC).
+//
+// Callers of the Windows module define nothing, those of the static library on Windows define
+// TESSARN_STATIC (the CMake target tessarn::static does it for them), and elsewhere no program
+// defines anything. TESSARN_BUILD is for the build of the library alone.
 #pragma once
 
 #if defined(TESSARN_STATIC) && defined(_WIN32)
@@ -14,9 +18,9 @@
 #define TESSARN_API __attribute__((visibility("default")))
 #endif
 
-// Who allocates with one run-time of Visual Studio and releases with another destroys a heap. The linker tells where
-// objects of the static library and of its callers differ. The module cannot be seen by the linker, so callers with
-// the debug run-time must say that they have its Debug build.
+// Who allocates with one run-time of Visual Studio and releases with another destroys a heap. The
+// linker tells where objects of the static library and of its callers differ. The module cannot be
+// seen by the linker, so callers with the debug run-time must say that they have its Debug build.
 #if defined(_MSC_VER)
 #if defined(TESSARN_STATIC)
 #if defined(_DLL) && defined(_DEBUG)
