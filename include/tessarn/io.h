@@ -1,7 +1,7 @@
 /// \file
-/// Printing, for those who want it: `operator<<` for every class and, where the standard library
-/// has the header `format`, `std::formatter`. Nothing of it is in the compiled library, and tessarn.h leaves
-/// it out.
+/// Printing, for those who want it: `operator<<` for every class and, where the standard library has
+/// the header `format`, `std::formatter`. Nothing of it is in the compiled library, and tessarn.h
+/// leaves it out.
 ///
 ///     cplx            1-2i
 ///     vector          (1, 2)
@@ -15,9 +15,19 @@
 ///     line3d          (0, 0, 0) to (1, 1, 1)
 ///     plane           origin (0, 0, 0), normal (0, 0, 1), axes (1, 0, 0) and (0, 1, 0)
 ///
-/// Precision, width and the other settings of the stream, or the options of the format string,
-/// apply to every single number: `std::setw(12) << m` and `std::format("{:12.4f}", m)` line up the
-/// columns of a matrix. A NaN prints without its sign.
+/// Precision, width and the other settings of the stream, or the options of the format string, apply
+/// to every single number: `std::setw(12) << m` and `std::format("{:12.4f}", m)` line up the columns
+/// of a matrix. Fill and width do not apply to the text around the numbers, nor to an empty object.
+///
+/// Special results: a NaN prints without its sign, since the sign of a NaN means nothing and differs
+/// between machines. Infinities and negative zeros print as the stream prints them. Points of a list
+/// that are marked as deleted print as all others.
+///
+/// With its default of 6 digits a stream does not show all of a number: 17 digits
+/// (`std::setprecision(17)`) distinguish any two. There is no `operator>>`.
+///
+/// Failure: the state of the stream tells, or its exceptions; a format string with options that a
+/// number does not have is an error when the program is compiled.
 #pragma once
 
 #include <ostream>
@@ -37,11 +47,14 @@
 namespace tessarn {
 namespace detail {
 
-/// Writes to a stream; the width that was set applies to each number, not to the first one.
+/// Writes to a stream; the width that was set applies to each number, not to the first one. Takes the
+/// width out of the stream, as any output does.
 class stream_sink {
  public:
   explicit stream_sink(std::ostream& os) : os_(os), width_(os.width(0)) {}
+  /// Text between numbers, without padding.
   void text(const char* s) { os_ << s; }
+  /// A number with the settings of the stream.
   void number(real v) {
     os_.width(width_);
     os_ << (v != v ? std::fabs(v) : v);
@@ -52,11 +65,15 @@ class stream_sink {
   std::streamsize width_;
 };
 
-/// True for values that print with a minus sign.
+/// True for values that print with a minus sign: negative ones and -0.0, but no NaN.
 inline bool prints_minus(real v) noexcept { return v == v && std::signbit(v); }
 
 // One function a class says how it is written; Out is a stream_sink or a format_sink.
 
+// One function a class says how it is written; Out is a stream_sink or a format_sink. Streams and
+// formatters thus print one text.
+//
+// Three numbers with the text before each and a closing parenthesis.
 template <class Out>
 void write_triple(Out& out, const char* a, real x, const char* b, real y, const char* c, real z) {
   out.text(a);
@@ -68,11 +85,13 @@ void write_triple(Out& out, const char* a, real x, const char* b, real y, const 
   out.text(")");
 }
 
+/// A single number, such as an entry of a real matrix.
 template <class Out>
 void write(Out& out, real v) {
   out.number(v);
 }
 
+/// The sign of the imaginary part stands between the parts: 1-2i, nan+nani.
 template <class Out>
 void write(Out& out, const cplx& v) {
   out.number(v.re);
@@ -81,6 +100,7 @@ void write(Out& out, const cplx& v) {
   out.text("i");
 }
 
+/// The two coordinates.
 template <class Out>
 void write(Out& out, const vector& v) {
   out.text("(");
@@ -90,16 +110,19 @@ void write(Out& out, const vector& v) {
   out.text(")");
 }
 
+/// The three coordinates.
 template <class Out>
 void write(Out& out, const vector3d& v) {
   write_triple(out, "(", v.x, ", ", v.y, ", ", v.z);
 }
 
+/// The fields with their names, since angles and a length read like coordinates. Angles in radians.
 template <class Out>
 void write(Out& out, const polarvector3d& v) {
   write_triple(out, "(alpha ", v.alpha, ", beta ", v.beta, ", len ", v.len);
 }
 
+/// The points in use, in their order.
 template <class Out>
 void write(Out& out, const vectormat& list) {
   out.text("[");
@@ -110,6 +133,7 @@ void write(Out& out, const vectormat& list) {
   out.text("]");
 }
 
+/// One line a row. A matrix with a zero extent is not read: access to it never ends.
 template <class Out, class Matrix>
 void write_rows(Out& out, const Matrix& m, ulong width, ulong height) {
   if (width == 0 || height == 0) {
@@ -126,16 +150,21 @@ void write_rows(Out& out, const Matrix& m, ulong width, ulong height) {
   }
 }
 
+/// Any matrix of real or complex entries.
 template <class Out, class T>
 void write(Out& out, const mat<T>& m) {
   write_rows(out, m, m.getWidth(), m.getHeight());
 }
 
+/// A square matrix, as a matrix of as many columns as rows.
 template <class Out, class T>
 void write(Out& out, const sqmat<T>& m) {
   write_rows(out, m, m.getSize(), m.getSize());
 }
 
+/// The power of a variable after its coefficient: nothing for exponent 0, " x" for 1, " x^3" for 3.
+/// The digits are written by hand, so that no setting of the stream (such as hexadecimal) changes
+/// them.
 template <class Out>
 void write_power(Out& out, const char* variable, slong exponent) {
   if (exponent == 0) return;
@@ -161,6 +190,7 @@ void write_coefficient(Out& out, real c, bool first) {
   out.number(std::fabs(c));
 }
 
+/// Ascending powers; coefficients of 0 are written, too.
 template <class Out>
 void write(Out& out, const binom& p) {
   const slong n = static_cast<slong>(p.getcofcnt());
@@ -171,6 +201,7 @@ void write(Out& out, const binom& p) {
   }
 }
 
+/// In the order of the table: powers of x within each power of y.
 template <class Out>
 void write(Out& out, const hyperbinom& p) {
   const slong g = static_cast<slong>(p.getgrade());
@@ -184,6 +215,7 @@ void write(Out& out, const hyperbinom& p) {
   }
 }
 
+/// Both end points.
 template <class Out>
 void write(Out& out, const line3d& l) {
   write(out, l.start);
@@ -191,6 +223,7 @@ void write(Out& out, const line3d& l) {
   write(out, l.end);
 }
 
+/// The four fields as they stand, whether or not they agree.
 template <class Out>
 void write(Out& out, const plane& p) {
   out.text("origin ");
@@ -203,6 +236,7 @@ void write(Out& out, const plane& p) {
   write(out, p.axis2);
 }
 
+/// What every operator<< below does.
 template <class T>
 std::ostream& print(std::ostream& os, const T& v) {
   stream_sink out(os);
@@ -213,11 +247,14 @@ std::ostream& print(std::ostream& os, const T& v) {
 }  // namespace detail
 }  // namespace tessarn
 
+/// Each writes one object in the form shown at the top of this file and returns the stream. The width
+/// of the stream is 0 afterwards, its other settings are as they were.
 inline std::ostream& operator<<(std::ostream& os, const cplx& v) { return tessarn::detail::print(os, v); }
 inline std::ostream& operator<<(std::ostream& os, const ::vector& v) { return tessarn::detail::print(os, v); }
 inline std::ostream& operator<<(std::ostream& os, const vector3d& v) { return tessarn::detail::print(os, v); }
 inline std::ostream& operator<<(std::ostream& os, const polarvector3d& v) { return tessarn::detail::print(os, v); }
 inline std::ostream& operator<<(std::ostream& os, const vectormat& v) { return tessarn::detail::print(os, v); }
+/// Matrices of real or complex entries, one line a row.
 template <class T>
 std::ostream& operator<<(std::ostream& os, const mat<T>& m) {
   return tessarn::detail::print(os, m);
@@ -236,8 +273,7 @@ inline std::ostream& operator<<(std::ostream& os, const plane& p) { return tessa
 namespace tessarn {
 namespace detail {
 
-/// Writes to the output of a std::format call, each number by the formatter that read the
-/// options.
+/// Writes to the output of a std::format call, each number by the formatter that read the options.
 template <class Context>
 class format_sink {
  public:
@@ -250,7 +286,8 @@ class format_sink {
   Context& context_;
 };
 
-/// Takes the format options of a real number.
+/// Takes the format options of a real number: `{:12.4f}`, `{:+e}`. Without options a number has the
+/// shortest text that reads back as the number itself, unlike in a stream.
 template <class T>
 struct value_formatter : std::formatter<real> {
   template <class Context>
