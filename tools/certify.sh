@@ -91,6 +91,8 @@ processors() {
 }
 
 started=$SECONDS
+# The release build, whose library and program the rows of sets and callers take.
+quietly cmake --preset release && quietly cmake --build --preset release --target replay || exit 1
 write_replay_file || { echo "there is no file of operations to repeat"; exit 1; }
 [ $# -gt 0 ] || set -- levels sets scalar callers modules processors
 for each; do "$each"; done
