@@ -41,9 +41,7 @@ void set(binom& p, const double* c, long n) {
 
 // At one abscissa: the running power and the terms; powers, factors and coefficients.
 products_and_sums func_needs(int n) { return {2.0 * n - 3, n - 1.0}; }
-products_and_sums derivative_needs(int n) {
-  return powers_below(n - 1) + products_and_sums{2.0 * n - 4, n - 2.0};
-}
+products_and_sums derivative_needs(int n) { return powers_below(n - 1) + products_and_sums{2.0 * n - 4, n - 2.0}; }
 
 // ---------------------------------------------------------------------------- over arrays
 
@@ -53,15 +51,13 @@ work over_array(products_and_sums needs, long n) {
 }
 
 struct array_inputs {
-  explicit array_inputs(long size)
-      : n(size), rotation(rotation_for(16.0 * double(n))), y(std::size_t(n)) {
+  explicit array_inputs(long size) : n(size), rotation(rotation_for(16.0 * double(n))), y(std::size_t(n)) {
     const values drawn = random_values(count, 10);
     std::copy(drawn.begin(), drawn.end(), c.begin());
     set(p, c.data(), count);
     any = drawn;
     for (std::size_t k = 1; k < drawn.size(); ++k) any_derivative.push_back(double(k) * drawn[k]);
-    for (int i = 0; i < rotation; ++i)
-      x.push_back(random_values(std::size_t(n), 11 + std::uint64_t(i)));
+    for (int i = 0; i < rotation; ++i) x.push_back(random_values(std::size_t(n), 11 + std::uint64_t(i)));
   }
   long n;
   int rotation;
@@ -93,15 +89,13 @@ void add_func(long n) {
         double c[count];
         std::copy(in.c.begin(), in.c.end(), c);
         const values& x = in.x[std::size_t(i)];
-        for (std::size_t k = 0; k < x.size(); ++k)
-          in.y[k] = boost::math::tools::evaluate_polynomial(c, x[k]);
+        for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = boost::math::tools::evaluate_polynomial(c, x[k]);
         return in.y;
       });
   r.peer(
       "GSL", "gsl_poly_eval", [](array_inputs & in, int i) -> auto& {
         const values& x = in.x[std::size_t(i)];
-        for (std::size_t k = 0; k < x.size(); ++k)
-          in.y[k] = gsl_poly_eval(in.c.data(), count, x[k]);
+        for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = gsl_poly_eval(in.c.data(), count, x[k]);
         return in.y;
       });
   r.plain([](array_inputs & in, int i) -> auto& {
@@ -131,15 +125,13 @@ void add_derivative(long n) {
         double d[count - 1];
         std::copy(known.begin(), known.end(), d);
         const values& x = in.x[std::size_t(i)];
-        for (std::size_t k = 0; k < x.size(); ++k)
-          in.y[k] = boost::math::tools::evaluate_polynomial(d, x[k]);
+        for (std::size_t k = 0; k < x.size(); ++k) in.y[k] = boost::math::tools::evaluate_polynomial(d, x[k]);
         return in.y;
       });
   if (n <= 10000) {
     r.plain([](array_inputs & in, int i) -> auto& {
       const plain::poly p = plain_form(in.c);
-      for (std::size_t k = 0; k < in.y.size(); ++k)
-        in.y[k] = plain::func_1(p, in.x[std::size_t(i)][k]);
+      for (std::size_t k = 0; k < in.y.size(); ++k) in.y[k] = plain::func_1(p, in.x[std::size_t(i)][k]);
       return in.y;
     });
   }
@@ -147,8 +139,8 @@ void add_derivative(long n) {
 
 // Rows of their own for the loop that a user writes for any number of coefficients.
 template <class Ours>
-void add_array_of_any(const std::string& operation, products_and_sums needs, long n,
-                      Ours ours, values array_inputs::*c) {
+void add_array_of_any(const std::string& operation, products_and_sums needs, long n, Ours ours,
+                      values array_inputs::*c) {
   row<array_inputs> r(operation + " over an array, 6 coefficients, against any number", n, over_array(needs, n));
   r.agree({1e-13}).note("the peer has the number as an argument, too");
   r.ours([ours](array_inputs & in, int i) -> auto& {
@@ -168,8 +160,7 @@ void add_array_of_any(const std::string& operation, products_and_sums needs, lon
 void add_func_of_any(long n) {
   add_array_of_any(
       "func", func_needs(count), n,
-      [](array_inputs& in, const values& x) { in.p.func(x.data(), in.y.data(), index(in.n)); },
-      &array_inputs::any);
+      [](array_inputs& in, const values& x) { in.p.func(x.data(), in.y.data(), index(in.n)); }, &array_inputs::any);
 }
 
 void add_derivative_of_any(long n) {
@@ -247,8 +238,7 @@ struct search_inputs {
       add(bend, bend_curves, plain_bend, curve_with_bend(v));
     }
   }
-  static void add(std::vector<coefficients>& c, std::vector<binom>& p, std::vector<plain::poly>& q,
-                  const values& v) {
+  static void add(std::vector<coefficients>& c, std::vector<binom>& p, std::vector<plain::poly>& q, const values& v) {
     c.emplace_back();
     std::copy(v.begin(), v.end(), c.back().begin());
     p.emplace_back();
@@ -264,26 +254,21 @@ struct search_inputs {
 };
 
 void add_find_zero(long n) {
-  row<search_inputs> r(
-      "find_zero by samples", n,
-      {(func_needs(count) + products_and_sums{0, 1}).side_by_side() * double(n), 0});
+  row<search_inputs> r("find_zero by samples", n,
+                       {(func_needs(count) + products_and_sums{0, 1}).side_by_side() * double(n), 0});
   r.agree({1e-6});
-  r.ours([](search_inputs& in, int i) {
-    return in.zero_curves[std::size_t(i)].find_zero(0, 1, in.step, in.eps);
-  });
+  r.ours([](search_inputs& in, int i) { return in.zero_curves[std::size_t(i)].find_zero(0, 1, in.step, in.eps); });
   r.peer("other", "Horner scan", [](search_inputs& in, int i) {
     const coefficients c = in.zero[std::size_t(i)];
     return scan([&](double x) { return horner(c, x); }, 0, 1, in.step, in.eps);
   });
-  r.plain([](search_inputs& in, int i) {
-    return plain::find_zero(in.plain_zero[std::size_t(i)], 0, 1, in.step, in.eps);
-  });
+  r.plain(
+      [](search_inputs& in, int i) { return plain::find_zero(in.plain_zero[std::size_t(i)], 0, 1, in.step, in.eps); });
 }
 
 void add_find_extreme(long n) {
   // Three derivatives from shared powers, and the formula of the curvature's derivative.
-  row<search_inputs> r("find_extrpoint_arc by samples", n,
-                       {(4 + 3 * (5 + 4 + 3) + 18.0) * double(n), 0});
+  row<search_inputs> r("find_extrpoint_arc by samples", n, {(4 + 3 * (5 + 4 + 3) + 18.0) * double(n), 0});
   r.agree({1e-6});
   r.ours([](search_inputs& in, int i) {
     return in.bend_curves[std::size_t(i)].find_extrpoint_arc(0, 1, in.step, in.eps);
@@ -327,8 +312,7 @@ struct polynomial_inputs {
 };
 
 void add_polynomial_product(long n) {
-  row<polynomial_inputs> r("polynomial product", n,
-                           {2.0 * double(n) * double(n), 32.0 * double(n)});
+  row<polynomial_inputs> r("polynomial product", n, {2.0 * double(n) * double(n), 32.0 * double(n)});
   r.agree({1e-13});
   r.ours([](polynomial_inputs& in, int i) {
     binom p;

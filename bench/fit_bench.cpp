@@ -96,8 +96,7 @@ Eigen::VectorXd fit_by_running_powers(const std::vector<plain::vec3>& points, in
   }
   Eigen::MatrixXd a(g * g, g * g);
   for (int r = 0; r < g * g; ++r) {
-    for (int c = 0; c < g * g; ++c)
-      a(r, c) = sums[std::size_t(side * (r / g + c / g) + r % g + c % g)];
+    for (int c = 0; c < g * g; ++c) a(r, c) = sums[std::size_t(side * (r / g + c / g) + r % g + c % g)];
   }
   return a.ldlt().solve(Eigen::Map<Eigen::VectorXd>(moments.data(), g * g));
 }
@@ -112,8 +111,7 @@ struct gsl_fit {
         work(gsl_multifit_linear_alloc(n, unknowns), gsl_multifit_linear_free) {}
   gsl_vector& solve() {
     double residual = 0;
-    gsl_multifit_linear(design.get(), right.get(), x.get(), covariance.get(), &residual,
-                        work.get());
+    gsl_multifit_linear(design.get(), right.get(), x.get(), covariance.get(), &residual, work.get());
     return *x;
   }
   gsl_vector_ptr x;
@@ -124,8 +122,7 @@ struct gsl_fit {
 
 template <int M>
 struct fit_inputs {
-  explicit fit_inputs(long size)
-      : n(size), rotation(rotation_for(24.0 * double(n))), gsl(std::size_t(n), M) {
+  explicit fit_inputs(long size) : n(size), rotation(rotation_for(24.0 * double(n))), gsl(std::size_t(n), M) {
     for (int i = 0; i < rotation; ++i) {
       plain_points.push_back(curve_points(n, 8000 + std::uint64_t(i)));
       points.emplace_back();
@@ -158,9 +155,8 @@ template <int M>
 void add_fit_of_any(long n) {
   fit_row<M>(", against any number", n)
       .note("the peer has the number as an argument, too")
-      .peer("other", "running powers, any number", [](fit_inputs<M>& in, int i) {
-        return fit_by_running_powers(in.plain_points[std::size_t(i)], in.count);
-      });
+      .peer("other", "running powers, any number",
+            [](fit_inputs<M>& in, int i) { return fit_by_running_powers(in.plain_points[std::size_t(i)], in.count); });
 }
 
 template <int M>
@@ -168,9 +164,8 @@ void add_fit(long n) {
   using inputs = fit_inputs<M>;
   row<inputs> r = fit_row<M>("", n);
   r.note("correctly rounded powers; running powers know their number");
-  r.peer("other", "running powers", [](inputs& in, int i) {
-    return fit_by_running_powers<M>(in.plain_points[std::size_t(i)]);
-  });
+  r.peer("other", "running powers",
+         [](inputs& in, int i) { return fit_by_running_powers<M>(in.plain_points[std::size_t(i)]); });
   r.peer("Eigen", "Eigen QR", [](inputs& in, int i) -> Eigen::VectorXd {
     Eigen::MatrixXd design(in.n, M);
     Eigen::VectorXd right(in.n);
@@ -223,8 +218,7 @@ row<surface_inputs<G>> surface_row(const std::string& peers) {
   constexpr double n = double(inputs::n), mixed = (2 * G - 2) * (2 * G - 2);
   constexpr double distinct = (2 * G - 1) * (2 * G - 1);
   const products_and_sums powers = powers_below(2 * G - 1);
-  const products_and_sums point =
-      powers + powers + products_and_sums{mixed + G * G - 1, distinct - 1 + G * G};
+  const products_and_sums point = powers + powers + products_and_sums{mixed + G * G - 1, distinct - 1 + G * G};
   row<inputs> r("surface fit by grade, 10000 points" + peers, G,
                 {n * point.side_by_side(), sizeof(vector3d) * n, traffic::read});
   r.agree({1e-7});
@@ -249,9 +243,8 @@ void add_surface() {
   using inputs = surface_inputs<G>;
   row<inputs> r = surface_row<G>("");
   r.note("correctly rounded powers; running powers know the grade");
-  r.peer("other", "running powers", [](inputs& in, int i) {
-    return fit_by_running_powers<G>(in.plain_points[std::size_t(i)]);
-  });
+  r.peer("other", "running powers",
+         [](inputs& in, int i) { return fit_by_running_powers<G>(in.plain_points[std::size_t(i)]); });
   r.peer("Eigen", "Eigen normal equations", [](inputs& in, int i) -> Eigen::VectorXd {
     const auto& points = in.plain_points[std::size_t(i)];
     Eigen::Matrix<double, G * G, Eigen::Dynamic> design(G * G, inputs::n);
@@ -282,9 +275,7 @@ void add_surface() {
         return in.gsl.solve();
       });
   if (G == 2) {
-    r.plain([](inputs& in, int i) {
-      return plain::fit_surface(in.plain_points[std::size_t(i)], {}, G);
-    });
+    r.plain([](inputs& in, int i) { return plain::fit_surface(in.plain_points[std::size_t(i)], {}, G); });
   }
 }
 

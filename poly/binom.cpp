@@ -149,7 +149,8 @@ void binom::operator*=(binom& q) {
   if (!product) {
     product = allocate_counted(m);
     for (slong j = 0; j < q.cofcnt; ++j)
-      for (slong i = 0; i < cofcnt; ++i) product[static_cast<std::size_t>(i) + static_cast<std::size_t>(j)] += cof[i] * q.cof[j];
+      for (slong i = 0; i < cofcnt; ++i)
+        product[static_cast<std::size_t>(i) + static_cast<std::size_t>(j)] += cof[i] * q.cof[j];
   }
   tessarn::detail::give_up(cof);
   cof = coefficients_of(std::move(product), m);

@@ -34,7 +34,8 @@ real derivative(coefficients p, real x) noexcept {
   const slong highest = p.n - 1 - static_cast<slong>(K);
   const add_to_derivative<K> use{p.cof};
   // [[likely]] keeps this short path first, before the prologue that saves registers.
-  if (highest < 3) [[likely]] return each_power_to_2(x, highest, use).sum;
+  if (highest < 3) [[likely]]
+    return each_power_to_2(x, highest, use).sum;
   if (highest < 5 && chain_is_safe<4>(x)) return each_power_to_4(x, highest, use).sum;
   return each_power(x, highest, use).sum;
 }

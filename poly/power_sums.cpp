@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <limits>
 
+#include "core/binary_form.h"
 #include "core/nan_rule.h"
 #include "core/power_chain.h"
-#include "core/binary_form.h"
 
 namespace tessarn::detail {
 
@@ -24,8 +24,7 @@ void block_powers(unsigned exponents, double* powers) {
   if (exponents < 3) return;
   if (chains_are_safe(x, exponents)) return poly_kernels_in_use().powers(exponents, powers);
   for (unsigned e = 2; e < exponents; ++e)
-    for (std::size_t i = 0; i < point_block; ++i)
-      powers[e * point_block + i] = static_cast<double>(power(x[i], e));
+    for (std::size_t i = 0; i < point_block; ++i) powers[e * point_block + i] = static_cast<double>(power(x[i], e));
 }
 
 power_sums::power_sums(unsigned exponents)

@@ -7,8 +7,8 @@
 
 #include "core/binary_form.h"
 #include "core/power_chain.h"
-#include "tessarn/detail/rounding.h"
 #include "poly/curve.h"
+#include "tessarn/detail/rounding.h"
 #include "tessarn/poly.h"
 
 using tessarn::real;

@@ -151,7 +151,8 @@ void hyperbinom::operator*=(real s) {
 // Derived classes can ask with a negative k or grade, which no table has: negative exponents go to the C library.
 real hyperbinom::getvec(slong k, real x, real y) {
   const auto power = [](real v, slong e) {
-    return e < 0 ? tessarn::detail::inverse_power(v, 0u - static_cast<unsigned>(e)) : tessarn::detail::power(v, static_cast<unsigned>(e));
+    return e < 0 ? tessarn::detail::inverse_power(v, 0u - static_cast<unsigned>(e))
+                 : tessarn::detail::power(v, static_cast<unsigned>(e));
   };
   return power(x, k % grade) * power(y, k / grade);
 }

@@ -10,8 +10,8 @@
 
 using tessarn::real;
 using tessarn::slong;
-using tessarn::detail::nan_to_zero;
 using tessarn::detail::linear_system;
+using tessarn::detail::nan_to_zero;
 using tessarn::detail::partial_sums;
 using tessarn::detail::point_block;
 using tessarn::detail::real_array;

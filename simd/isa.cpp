@@ -58,8 +58,8 @@ isa detect() noexcept {
   // /arch:AVX2 means a whole processor: FMA, MOVBE, F16C, BMI1 and LZCNT too.
   avx2 = avx2 && has(one.c, 12) && has(one.c, 22) && has(one.c, 29) && has(seven.b, 3) && has(cpuid(0x80000001u).c, 5);
 #endif
-  const bool avx512 = avx2 && (saved & 0xE6) == 0xE6 && has(seven.b, 16) && has(seven.b, 17) &&
-                      has(seven.b, 28) && has(seven.b, 30) && has(seven.b, 31);  // F, DQ, CD, BW, VL
+  const bool avx512 = avx2 && (saved & 0xE6) == 0xE6 && has(seven.b, 16) && has(seven.b, 17) && has(seven.b, 28) &&
+                      has(seven.b, 30) && has(seven.b, 31);  // F, DQ, CD, BW, VL
   return avx512 ? isa::avx512 : avx2 ? isa::avx2 : isa::baseline;
 }
 

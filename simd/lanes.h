@@ -11,9 +11,10 @@
 #include "simd/unroll.h"
 
 // Whether the compiler has vector types and the processor vectors of doubles to go with them: SSE2, AArch64, VSX, the
-// vector facility of IBM Z, WebAssembly's SIMD, LSX. Without these the compiler takes the types apart into single numbers,
-// which costs time, and on ARMv7 more than four minutes a file. TESSARN_SCALAR_LANES builds the way of those that have none.
-#if (defined(__GNUC__) || defined(__clang__)) && !defined(TESSARN_SCALAR_LANES) &&                         \
+// vector facility of IBM Z, WebAssembly's SIMD, LSX. Without these the compiler takes the types apart into single
+// numbers, which costs time, and on ARMv7 more than four minutes a file. TESSARN_SCALAR_LANES builds the way of those
+// that have none.
+#if (defined(__GNUC__) || defined(__clang__)) && !defined(TESSARN_SCALAR_LANES) &&                               \
     (defined(__SSE2__) || defined(__aarch64__) || defined(__VSX__) || (defined(__s390x__) && defined(__VX__)) || \
      defined(__wasm_simd128__) || defined(__loongarch_sx))
 #define TESSARN_VECTOR_LANES 1

@@ -49,9 +49,7 @@ TESSARN_INLINE vec lane_numbers() {
 }
 TESSARN_INLINE vec absolute(vec v) { return (vec)((mask)v & (mask{} + INT64_MAX)); }
 // a where m is set, else b.
-TESSARN_INLINE vec select(mask m, vec a, vec b) {
-  return (vec)(((mask)a & m) | ((mask)b & ~m));
-}
+TESSARN_INLINE vec select(mask m, vec a, vec b) { return (vec)(((mask)a & m) | ((mask)b & ~m)); }
 // v with every NaN replaced by +0.0.
 TESSARN_INLINE vec without_nan(vec v) { return (vec)((mask)v & (v == v)); }
 // The mask of the lanes that m does not have.

@@ -87,15 +87,9 @@ struct quad {
   double lane[4];
   double operator[](size_t i) const { return lane[i]; }
 };
-TESSARN_INLINE quad operator+(quad a, quad b) {
-  return {{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]}};
-}
-TESSARN_INLINE quad operator-(quad a, quad b) {
-  return {{a[0] - b[0], a[1] - b[1], a[2] - b[2], a[3] - b[3]}};
-}
-TESSARN_INLINE quad operator*(quad a, quad b) {
-  return {{a[0] * b[0], a[1] * b[1], a[2] * b[2], a[3] * b[3]}};
-}
+TESSARN_INLINE quad operator+(quad a, quad b) { return {{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]}}; }
+TESSARN_INLINE quad operator-(quad a, quad b) { return {{a[0] - b[0], a[1] - b[1], a[2] - b[2], a[3] - b[3]}}; }
+TESSARN_INLINE quad operator*(quad a, quad b) { return {{a[0] * b[0], a[1] * b[1], a[2] * b[2], a[3] * b[3]}}; }
 TESSARN_INLINE quad all_lanes(double v) { return {{v, v, v, v}}; }
 TESSARN_INLINE quad load_point(const double* p) { return {{0, p[0], p[1], p[2]}}; }
 TESSARN_INLINE void store_point(double* p, quad v) {

@@ -26,17 +26,17 @@ enum class powers : int {
 
 /// What a fit of a polynomial may be asked for besides.
 struct fit_options {
-  powers which = powers::all;     ///< the coefficients of the other powers are 0
-  column_view weights;            ///< one weight for each point, 0 or positive; none: all weights are 1
-  column_view fixed;              ///< none, or a value for each coefficient, the constant first; NaN: is to be fitted
+  powers which = powers::all;  ///< the coefficients of the other powers are 0
+  column_view weights;         ///< one weight for each point, 0 or positive; none: all weights are 1
+  column_view fixed;           ///< none, or a value for each coefficient, the constant first; NaN: is to be fitted
   bool leave_out_not_finite = false;  ///< leave points with a NaN or an infinity out, instead of answering `not_finite`
 };
 
 /// A value of a fitted polynomial, and how far it may be off.
 struct prediction {
-  real value;       ///< p(x)
-  real mean;        ///< half of the interval for the curve itself
-  real observation; ///< half of the interval for one further observation of weight 1
+  real value;        ///< p(x)
+  real mean;         ///< half of the interval for the curve itself
+  real observation;  ///< half of the interval for one further observation of weight 1
 };
 
 /// A fitted polynomial. With q unknowns and n points that have a weight, the residual variance is
@@ -44,22 +44,22 @@ struct prediction {
 /// Where n = q no deviation can be told: deviations, errors and covariance are infinite.
 struct polynomial_fit {
   status state = status::no_points;
-  real centre = 0;                   ///< p(x) = sum of coefficients[k] ((x - centre) / scale)^k
-  real scale = 1;                    ///< a power of two
-  mat<long double> coefficients;     ///< about the centre, a column; empty unless the state is `ok`
-  mat<long double> standard_errors;  ///< of these coefficients, a column; 0 for fixed ones
-  mat<long double> covariance;       ///< of these coefficients
+  real centre = 0;                          ///< p(x) = sum of coefficients[k] ((x - centre) / scale)^k
+  real scale = 1;                           ///< a power of two
+  mat<long double> coefficients;            ///< about the centre, a column; empty unless the state is `ok`
+  mat<long double> standard_errors;         ///< of these coefficients, a column; 0 for fixed ones
+  mat<long double> covariance;              ///< of these coefficients
   status powers_state = status::no_points;  ///< `out_of_range` when a coefficient of a power of x is too large
-  mat<long double> of_powers;        ///< the coefficients of 1, x, x^2, ..., a column
-  mat<long double> of_powers_errors; ///< their standard errors, a column
-  ulong points_used = 0;             ///< points with a weight above 0
-  ulong points_left_out = 0;         ///< points that are not finite or have a weight of 0
-  ulong unknowns = 0;                ///< coefficients that were fitted
-  real residual_deviation = 0;       ///< the residual standard deviation
-  real r_squared = 0;  ///< 1 - sum (w r)^2 / sum (w (y - mean))^2; the mean counts as 0 without a constant
-  real largest_residual = 0;         ///< y - p(x) where it is largest in magnitude, with its sign
-  ulong largest_at = 0;              ///< the point it belongs to
-  real reciprocal_condition = 0;     ///< an estimate for the columns 1, t, t^2, ... of t = (x - centre) / scale
+  mat<long double> of_powers;               ///< the coefficients of 1, x, x^2, ..., a column
+  mat<long double> of_powers_errors;        ///< their standard errors, a column
+  ulong points_used = 0;                    ///< points with a weight above 0
+  ulong points_left_out = 0;                ///< points that are not finite or have a weight of 0
+  ulong unknowns = 0;                       ///< coefficients that were fitted
+  real residual_deviation = 0;              ///< the residual standard deviation
+  real r_squared = 0;             ///< 1 - sum (w r)^2 / sum (w (y - mean))^2; the mean counts as 0 without a constant
+  real largest_residual = 0;      ///< y - p(x) where it is largest in magnitude, with its sign
+  ulong largest_at = 0;           ///< the point it belongs to
+  real reciprocal_condition = 0;  ///< an estimate for the columns 1, t, t^2, ... of t = (x - centre) / scale
 
   /// p(x), from the coefficients about the centre; 0 without coefficients.
   [[nodiscard]] TESSARN_API real value(real x) const;
@@ -100,21 +100,21 @@ struct surface_fit {
   ulong grade = 0;
   /// p = sum of coefficients ((x - centre_x) / scale_x)^i ((y - centre_y) / scale_y)^j
   real centre_x = 0, centre_y = 0;
-  real scale_x = 1, scale_y = 1;     ///< powers of two
-  mat<long double> coefficients;     ///< about the centre; empty unless the state is `ok`
-  mat<long double> standard_errors;  ///< of these coefficients; 0 for terms that were not asked for
-  mat<long double> covariance;       ///< of these coefficients
+  real scale_x = 1, scale_y = 1;            ///< powers of two
+  mat<long double> coefficients;            ///< about the centre; empty unless the state is `ok`
+  mat<long double> standard_errors;         ///< of these coefficients; 0 for terms that were not asked for
+  mat<long double> covariance;              ///< of these coefficients
   status powers_state = status::no_points;  ///< `out_of_range` when a coefficient of powers of x and y is too large
-  mat<long double> of_powers;        ///< the coefficients of x^i y^j
-  mat<long double> of_powers_errors; ///< their standard errors
-  ulong points_used = 0;             ///< points with a weight above 0
-  ulong points_left_out = 0;         ///< points that are not finite or have a weight of 0
-  ulong unknowns = 0;                ///< coefficients that were fitted
-  real residual_deviation = 0;       ///< the residual standard deviation
-  real r_squared = 0;                ///< 1 - sum (w r)^2 / sum (w (z - mean))^2
-  real largest_residual = 0;         ///< z - p(x, y) where it is largest in magnitude, with its sign
-  ulong largest_at = 0;              ///< the point it belongs to
-  real reciprocal_condition = 0;     ///< an estimate for the columns of the terms about the centre
+  mat<long double> of_powers;               ///< the coefficients of x^i y^j
+  mat<long double> of_powers_errors;        ///< their standard errors
+  ulong points_used = 0;                    ///< points with a weight above 0
+  ulong points_left_out = 0;                ///< points that are not finite or have a weight of 0
+  ulong unknowns = 0;                       ///< coefficients that were fitted
+  real residual_deviation = 0;              ///< the residual standard deviation
+  real r_squared = 0;                       ///< 1 - sum (w r)^2 / sum (w (z - mean))^2
+  real largest_residual = 0;                ///< z - p(x, y) where it is largest in magnitude, with its sign
+  ulong largest_at = 0;                     ///< the point it belongs to
+  real reciprocal_condition = 0;            ///< an estimate for the columns of the terms about the centre
 
   /// p(x, y), from the coefficients about the centre; 0 without coefficients.
   [[nodiscard]] TESSARN_API real value(real x, real y) const;
@@ -141,18 +141,18 @@ enum class robust_weights : int {
 /// What a robust fit may be asked for besides.
 struct robust_options {
   robust_weights weigh_by = robust_weights::tukey;
-  fit_options fit;           ///< as for fit_polynomial()
-  ulong most_rounds = 200;   ///< reweightings at most
+  fit_options fit;          ///< as for fit_polynomial()
+  ulong most_rounds = 200;  ///< reweightings at most
 };
 
 /// A polynomial that was fitted with outliers present.
 struct robust_fit {
   status state = status::no_points;  ///< that of the fit, or `not_converged`: the fit of the last round is there then
-  polynomial_fit fit;         ///< with the last weights; its deviations and errors take these weights as given
+  polynomial_fit fit;                ///< with the last weights; its deviations and errors take these weights as given
   mat<long double>
-      weights;  ///< of each point of the caller, 0 to 1, a column: what its squared residual was multiplied by
-  real scale = 0;             ///< the robust standard deviation: the median of |w residual| over 0.6745
-  ulong rounds = 0;           ///< reweightings that were done
+      weights;       ///< of each point of the caller, 0 to 1, a column: what its squared residual was multiplied by
+  real scale = 0;    ///< the robust standard deviation: the median of |w residual| over 0.6745
+  ulong rounds = 0;  ///< reweightings that were done
 };
 
 /// Fits a polynomial with iteratively reweighted least squares (P. Holland, R. Welsch, Robust regression using

@@ -19,13 +19,13 @@ namespace tessarn {
 /// The solution of a linear system.
 struct linear_solution {
   status state = status::no_unknowns;
-  mat<long double> x;            ///< the solution, a column; empty unless the status says that there is one
-  mat<long double> error;        ///< |true x - x| is at most this, entry by entry; infinite where nothing is proved
+  mat<long double> x;      ///< the solution, a column; empty unless the status says that there is one
+  mat<long double> error;  ///< |true x - x| is at most this, entry by entry; infinite where nothing is proved
   real reciprocal_condition =
-      0;  ///< an estimate: near 1 well conditioned, near 1e-16 hardly determined in double precision
-  ulong rank = 0;                ///< the number of independent columns, as far as doubled precision tells
-  real residual = 0;             ///< the length of b - A x, of least_squares() alone, as are those that follow
-  real residual_deviation = 0;   ///< residual / sqrt(rows - columns); infinite for as many columns as rows
+      0;              ///< an estimate: near 1 well conditioned, near 1e-16 hardly determined in double precision
+  ulong rank = 0;     ///< the number of independent columns, as far as doubled precision tells
+  real residual = 0;  ///< the length of b - A x, of least_squares() alone, as are those that follow
+  real residual_deviation = 0;  ///< residual / sqrt(rows - columns); infinite for as many columns as rows
   mat<long double>
       standard_errors;  ///< of the entries of x, a column: sqrt of the diagonal of residual_deviation^2 / (A'A)
 };
@@ -33,35 +33,35 @@ struct linear_solution {
 /// The solution of a linear system of complex numbers.
 struct complex_solution {
   status state = status::no_unknowns;
-  mat<cplx> x;                   ///< the solution, a column; empty unless the status says that there is one
-  mat<long double> error;        ///< the real and the imaginary part of x are off by at most this, entry by entry
-  real reciprocal_condition = 0; ///< as for real systems
+  mat<cplx> x;                    ///< the solution, a column; empty unless the status says that there is one
+  mat<long double> error;         ///< the real and the imaginary part of x are off by at most this, entry by entry
+  real reciprocal_condition = 0;  ///< as for real systems
 };
 
 /// The inverse of a square matrix.
 struct inverse_matrix {
   status state = status::no_unknowns;
-  mat<long double> inverse;      ///< empty unless the status says that there is one
-  mat<long double> error;        ///< |true inverse - inverse| is at most this, entry by entry
-  real reciprocal_condition = 0; ///< as for systems
+  mat<long double> inverse;       ///< empty unless the status says that there is one
+  mat<long double> error;         ///< |true inverse - inverse| is at most this, entry by entry
+  real reciprocal_condition = 0;  ///< as for systems
 };
 
 /// The inverse of a square complex matrix.
 struct complex_inverse_matrix {
   status state = status::no_unknowns;
-  mat<cplx> inverse;             ///< empty unless the status says that there is one
-  mat<long double> error;        ///< the real and the imaginary part are off by at most this, entry by entry
-  real reciprocal_condition = 0; ///< as for systems
+  mat<cplx> inverse;              ///< empty unless the status says that there is one
+  mat<long double> error;         ///< the real and the imaginary part are off by at most this, entry by entry
+  real reciprocal_condition = 0;  ///< as for systems
 };
 
 /// The determinant of a square matrix.
 struct determinant_value {
   status state = status::no_unknowns;
-  real value = 0;                ///< the determinant
-  real error = 0;                ///< |true determinant - value| is at most this
-  real fraction = 0;  ///< also for determinants beyond the range of a real: fraction * 2^exponent, the fraction
-  slong exponent = 0;            ///< between 1 and 2 in magnitude, or 0
-  real reciprocal_condition = 0; ///< as for systems; 0 where the matrix is singular or nearly so
+  real value = 0;      ///< the determinant
+  real error = 0;      ///< |true determinant - value| is at most this
+  real fraction = 0;   ///< also for determinants beyond the range of a real: fraction * 2^exponent, the fraction
+  slong exponent = 0;  ///< between 1 and 2 in magnitude, or 0
+  real reciprocal_condition = 0;  ///< as for systems; 0 where the matrix is singular or nearly so
 };
 
 /// Solves A x = b for a square A by LU factorisation with partial pivoting of the scaled matrix, and one refinement.

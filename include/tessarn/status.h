@@ -13,20 +13,20 @@ namespace tessarn {
 /// Whether a result holds. `ok` alone says that every field of the result has its documented meaning; what the fields
 /// hold with another status, each function says.
 enum class status : int {
-  ok,                    ///< the result holds
-  no_points,             ///< there are no points, or none is left
-  no_unknowns,           ///< nothing is asked for: no coefficients, no columns
-  sizes_differ,          ///< arguments have sizes that do not belong together
-  not_finite,            ///< an argument holds a NaN or an infinity
-  bad_option,            ///< an option has a value outside its range
-  bad_weight,            ///< a weight is negative, or all are zero
-  too_few_points,        ///< fewer points with a weight than unknowns
-  too_few_distinct,      ///< fewer distinct places than unknowns
-  rank_deficient,        ///< columns depend on each other, as far as doubled precision tells
-  singular,              ///< the matrix is singular, as far as doubled precision tells
-  nearly_singular,       ///< a solution was computed, but no bound of its error could be proved
-  out_of_range,          ///< a result is too large for a real
-  not_converged,         ///< the steps that were allowed did not reach the end
+  ok,                ///< the result holds
+  no_points,         ///< there are no points, or none is left
+  no_unknowns,       ///< nothing is asked for: no coefficients, no columns
+  sizes_differ,      ///< arguments have sizes that do not belong together
+  not_finite,        ///< an argument holds a NaN or an infinity
+  bad_option,        ///< an option has a value outside its range
+  bad_weight,        ///< a weight is negative, or all are zero
+  too_few_points,    ///< fewer points with a weight than unknowns
+  too_few_distinct,  ///< fewer distinct places than unknowns
+  rank_deficient,    ///< columns depend on each other, as far as doubled precision tells
+  singular,          ///< the matrix is singular, as far as doubled precision tells
+  nearly_singular,   ///< a solution was computed, but no bound of its error could be proved
+  out_of_range,      ///< a result is too large for a real
+  not_converged,     ///< the steps that were allowed did not reach the end
 };
 
 /// A sentence in plain words, without a line end. The text lives as long as the library is loaded.

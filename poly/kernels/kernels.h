@@ -105,8 +105,8 @@ struct poly_kernels {
   bool (*convolve)(const double* c, size_t n, const double* q, size_t nq, double* r);
 };
 
-#define TESSARN_TABLE(set) \
-  namespace set {          \
+#define TESSARN_TABLE(set)              \
+  namespace set {                       \
   extern const poly_kernels poly_table; \
   }
 TESSARN_FOR_EACH_SET(TESSARN_TABLE)

@@ -79,7 +79,8 @@ template <size_t EXPONENTS>
 TESSARN_INLINE bool chain_takes(const double* v) {
   // The second comparison is one of doubles: GCC computes both at once where two integers are compared. [[likely]]
   // keeps it out of the way, where it costs no jump.
-  if (2 * bits_at(v) - safe_range<EXPONENTS>::least <= safe_range<EXPONENTS>::extent) [[likely]] return true;
+  if (2 * bits_at(v) - safe_range<EXPONENTS>::least <= safe_range<EXPONENTS>::extent) [[likely]]
+    return true;
   return *v == 0;
 }
 

@@ -100,7 +100,9 @@ void apply_weights(const double* w, double* z) {
 
 // So many powers of y side by side have registers for their sums.
 template <size_t G>
-constexpr size_t max_rows = width < 8 ? 1 : G < 4 ? 3 : 2;
+constexpr size_t max_rows = width < 8 ? 1
+                            : G < 4   ? 3
+                                      : 2;
 
 // All sums of a grade that is a compile-time constant: the powers of y from FIRST on, a few at a time, whose sums stay
 // in registers while the points of all blocks pass. Gains 13 ... 36 % for the grades 3 and 4 over accumulate_products.

@@ -210,10 +210,8 @@ TEST(Curvature, ArraysOfAbscissasGiveTheSameBits) {
             [&](double v) { return p.func_3(v); });
     compare([&](const tessarn::real* a, tessarn::real* b) { p.func_4(a, b, n); },
             [&](double v) { return p.func_4(v); });
-    compare([&](const tessarn::real* a, tessarn::real* b) { p.arc(a, b, n); },
-            [&](double v) { return p.arc(v); });
-    compare([&](const tessarn::real* a, tessarn::real* b) { p.arc_1(a, b, n); },
-            [&](double v) { return p.arc_1(v); });
+    compare([&](const tessarn::real* a, tessarn::real* b) { p.arc(a, b, n); }, [&](double v) { return p.arc(v); });
+    compare([&](const tessarn::real* a, tessarn::real* b) { p.arc_1(a, b, n); }, [&](double v) { return p.arc_1(v); });
   }
 }
 
@@ -270,7 +268,7 @@ TEST(FindZero, LongScansAgreeWithThePlainForm) {
     const double step = r.below(2) ? std::ldexp(1.0, -12) : r.uniform(1e-4, 1e-3);
     const double a = r.uniform(-4, 4), zero = a + r.uniform(0, 4);
     std::vector<double> c = {-zero, 1};
-    if (r.below(3) == 0) c = {zero * zero, -2 * zero, 1};            // touches, within rounding
+    if (r.below(3) == 0) c = {zero * zero, -2 * zero, 1};             // touches, within rounding
     if (r.below(3) == 0) c = {-zero * 0.5, 0.5 - zero * 0.25, 0.25};  // another zero at -2
     if (r.below(20) == 0) c[0] = r.hostile();
     const double b = a + (r.below(3) == 0 ? r.uniform(0, 4) : 5);
@@ -407,8 +405,7 @@ TEST(Searches, EndWhenTheStepDoesNotAdvance) {
 TEST(Searches, FindWithoutAnUpperBound) {
   for (const double b : {inf, nan}) {
     EXPECT_BITS(WITHIN(20, of({-1, 1}).find_zero(0, b, 0.5, 1e-6)), 1.0);
-    EXPECT_BITS(WITHIN(20, of({-1.3, 1}).find_zero(0, b, 0.5, 1e-6)),
-                plain::find_zero({{-1.3, 1}}, 0, b, 0.5, 1e-6));
+    EXPECT_BITS(WITHIN(20, of({-1.3, 1}).find_zero(0, b, 0.5, 1e-6)), plain::find_zero({{-1.3, 1}}, 0, b, 0.5, 1e-6));
     EXPECT_BITS(WITHIN(20, of({1, 0, 1}).find_zero(0, b, 0.5, 1e-6)), -1.0);
     EXPECT_BITS(WITHIN(20, of({0, 0, 1}).find_extrpoint_arc(-1, b, 0.3, 1e-6)),
                 plain::find_extrpoint_arc({{0, 0, 1}}, -1, b, 0.3, 1e-6));

@@ -14,8 +14,7 @@ constexpr tessarn::ulong large[] = {1, 2, 3, 5, 8, 16, 17, 40, 300};
 
 void expect_zeros(binom& p, tessarn::ulong count) {
   ASSERT_EQ(static_cast<tessarn::ulong>(p.getcofcnt()), count);
-  for (tessarn::ulong i = 0; i < count; ++i)
-    ASSERT_BITS(p.get(static_cast<tessarn::slong>(i)), 0.0);
+  for (tessarn::ulong i = 0; i < count; ++i) ASSERT_BITS(p.get(static_cast<tessarn::slong>(i)), 0.0);
 }
 
 TEST(EmptyInputs, FitsWithoutPoints) {
@@ -60,8 +59,7 @@ TEST(EmptyInputs, Surfaces) {
     s.create(points.data(), 0, static_cast<tessarn::ulong>(g));
     for (tessarn::slong i = 0; i < g; ++i)
       for (tessarn::slong j = 0; j < g; ++j) ASSERT_BITS(s.get(i, j), 0.0);
-    s.create(static_cast<vector3d*>(nullptr), static_cast<tessarn::real*>(nullptr), 0,
-             static_cast<tessarn::ulong>(g));
+    s.create(static_cast<vector3d*>(nullptr), static_cast<tessarn::real*>(nullptr), 0, static_cast<tessarn::ulong>(g));
     for (tessarn::slong i = 0; i < g; ++i)
       for (tessarn::slong j = 0; j < g; ++j) ASSERT_BITS(s.get(i, j), 0.0);
   }

@@ -109,8 +109,9 @@ TEST(Hyperbinom, NegativeGradesAreKeptAndReachNothing) {
 
 // Also where the 32-bit product would wrap to a small number.
 TEST(Hyperbinom, TablesBeyond32BitsCannotBeAllocated) {
-  for (const tessarn::slong g : std::initializer_list<tessarn::slong>{46341, 65536, 65537, 92682, 131072, 2147483647, -46341, -65536,
-                                 std::numeric_limits<tessarn::slong>::min()}) {
+  for (const tessarn::slong g :
+       std::initializer_list<tessarn::slong>{46341, 65536, 65537, 92682, 131072, 2147483647, -46341, -65536,
+                                             std::numeric_limits<tessarn::slong>::min()}) {
     hyperbinom p;
     EXPECT_THROW(p.create(g), std::bad_alloc) << g;
     EXPECT_THROW(p.resize(g), std::bad_alloc) << g;
@@ -321,8 +322,7 @@ hyperbinom fitted(const std::vector<vec3>& points, std::vector<double> w, tessar
 
 std::vector<vec3> saddle_points() {
   std::vector<vec3> points;
-  for (const auto& [x, y] :
-       {std::pair{0.0, 0.0}, {1.0, 0.5}, {-1.0, 2.0}, {0.5, -1.5}, {2.0, 1.0}, {-0.5, -2.0}}) {
+  for (const auto& [x, y] : {std::pair{0.0, 0.0}, {1.0, 0.5}, {-1.0, 2.0}, {0.5, -1.5}, {2.0, 1.0}, {-0.5, -2.0}}) {
     points.push_back({x, y, 1 + 2 * x + 3 * y + 4 * x * y});
   }
   return points;
@@ -381,7 +381,8 @@ TEST(SurfaceFit, AgreesWithThePlainForm) {
   }
 }
 
-// Several blocks of points and the rest of one, with coordinates that are 0, of few bits, or too large for quick chains.
+// Several blocks of points and the rest of one, with coordinates that are 0, of few bits, or too large for quick
+// chains.
 TEST(SurfaceFit, ManyPointsAgreeWithThePlainForm) {
   test::random_source r(105);
   const auto coordinate = [&r](bool wide) {

@@ -24,7 +24,8 @@ using block = std::array<double, point_block>;
 // Odd numbers of 11 bits have fifth powers of 54 and 55 bits, which lie exactly between two numbers or near the middle.
 block ties(test::random_source& r) {
   block x;
-  for (double& v : x) v = std::ldexp(1553.0 + 2 * r.below(500), static_cast<int>(r.below(60)) - 30) * (r.below(2) ? 1 : -1);
+  for (double& v : x)
+    v = std::ldexp(1553.0 + 2 * r.below(500), static_cast<int>(r.below(60)) - 30) * (r.below(2) ? 1 : -1);
   return x;
 }
 
@@ -80,7 +81,8 @@ TEST(PowerChains, SumsOfPointsAreThoseOfTheirPowers) {
       const bool few_bits = r.below(3) > 0;
       for (const double v : x) {
         if (points.size() == n) break;
-        points.emplace_back((few_bits ? std::round(v * 64) / 64 : v) * scale, r.below(20) == 0 ? r.hostile() : r.uniform());
+        points.emplace_back((few_bits ? std::round(v * 64) / 64 : v) * scale,
+                            r.below(20) == 0 ? r.hostile() : r.uniform());
       }
     }
     const double marker = r.below(4) == 0 ? std::nan("") : -1;
@@ -155,7 +157,8 @@ TEST(Unpack, PlanePoints) {
   for (std::size_t i = 0; i < point_block; ++i) points.emplace_back(2.0 + double(i), -double(i));
   block x, y;
   const auto unpacked = [&](double marker) {
-    return poly_kernels_in_use().unpack_plane(reinterpret_cast<const double*>(points.data()), marker, x.data(), y.data());
+    return poly_kernels_in_use().unpack_plane(reinterpret_cast<const double*>(points.data()), marker, x.data(),
+                                              y.data());
   };
   EXPECT_TRUE(unpacked(-1));
   for (std::size_t i = 0; i < point_block; ++i) {
@@ -196,8 +199,8 @@ TEST(Unpack, SpacePoints) {
     const bool few_bits = r.below(2) == 0;
     std::vector<vector3d> points;
     for (std::size_t i = 0; i < point_block; ++i)
-      points.emplace_back(few_bits ? std::round(bx[i] * 64) / 64 : bx[i], few_bits ? std::round(by[i] * 64) / 64 : by[i],
-                          r.uniform());
+      points.emplace_back(few_bits ? std::round(bx[i] * 64) / 64 : bx[i],
+                          few_bits ? std::round(by[i] * 64) / 64 : by[i], r.uniform());
     if (r.below(4) == 0) {
       constexpr double out_of_range[] = {5e-324, 1e-100, 1e300, std::numeric_limits<double>::infinity()};
       const double v = r.below(5) == 0 ? std::nan("") : out_of_range[r.below(4)];

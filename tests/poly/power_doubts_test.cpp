@@ -32,8 +32,7 @@ struct power_table {
 
 void draw_abscissas(test::random_source& random, power_table& t) {
   std::fill_n(t.row[0], point_block, 1.0);
-  for (double& x : t.row[1])
-    x = test::from_bits(0x3FF0000000000000u | random.next() >> 12);  // in [1, 2)
+  for (double& x : t.row[1]) x = test::from_bits(0x3FF0000000000000u | random.next() >> 12);  // in [1, 2)
 }
 
 // Each number of powers has a loop of its own, and there are two margins.
@@ -74,12 +73,12 @@ TEST(PowerDoubts, SumsOfPoints) {
       power_table certain;
       draw_abscissas(random, certain);
       poly_kernels_in_use().powers(most, certain.row[0]);
-      std::vector<double> points(3 * point_block, 0.0),
-          sums((exponents + (exponents + 1) / 2) * 8, 0.0), expected(sums);
+      std::vector<double> points(3 * point_block, 0.0), sums((exponents + (exponents + 1) / 2) * 8, 0.0),
+          expected(sums);
       for (std::size_t k = 0; k < point_block; ++k) points[3 * k + 1] = certain.row[1][k];
       for (std::size_t first = 0; first < point_block; first += 8) {
-        const std::size_t end = first + poly_kernels_in_use().add_plane_points(
-                                            &points[3 * first], point_block - first, -1, exponents, sums.data());
+        const std::size_t end = first + poly_kernels_in_use().add_plane_points(&points[3 * first], point_block - first,
+                                                                               -1, exponents, sums.data());
         for (unsigned e = 1; e < exponents; ++e)
           for (std::size_t k = first; k < end; ++k) expected[8 * e + k % 8] += certain.row[e][k];
         added += end - first;
@@ -87,8 +86,7 @@ TEST(PowerDoubts, SumsOfPoints) {
         first = end;
       }
       for (unsigned e = 1; e < exponents; ++e)
-        for (std::size_t k = 0; k < 8; ++k)
-          ASSERT_EQ(sums[8 * e + k], expected[8 * e + k]) << exponents << ' ' << e;
+        for (std::size_t k = 0; k < 8; ++k) ASSERT_EQ(sums[8 * e + k], expected[8 * e + k]) << exponents << ' ' << e;
     }
   }
   EXPECT_LT(1000 * in_doubt, added);
@@ -131,8 +129,7 @@ TEST(PowerDoubts, DerivativesAtOneAbscissa) {
       draw_abscissas(random, certain);
       poly_kernels_in_use().powers(most, certain.row[0]);
       for (std::size_t k = 0; k < point_block; ++k)
-        ASSERT_EQ(p.func_1(certain.row[1][k]), certain.row[e][k] * (e + 1))
-            << test::hex(certain.row[1][k]) << ' ' << e;
+        ASSERT_EQ(p.func_1(certain.row[1][k]), certain.row[e][k] * (e + 1)) << test::hex(certain.row[1][k]) << ' ' << e;
     }
   }
 }

@@ -23,8 +23,7 @@ binom of(const std::vector<double>& c) {
 // stop at: in the first blocks, at their ends, and in strides of a thousand samples.
 TEST(SearchEdges, ATouchingZeroOnTheGrid) {
   constexpr double step = 0x1p-12;
-  for (int k = 0; k < 3300;
-       k += k < 140 || (k > 1000 && k < 1100) || (k > 2030 && k < 2060) ? 1 : 17) {
+  for (int k = 0; k < 3300; k += k < 140 || (k > 1000 && k < 1100) || (k > 2030 && k < 2060) ? 1 : 17) {
     for (const double sign : {1.0, -1.0}) {
       const double z = 1 + k * step;  // all of this is exact
       binom p = of({sign * z * z, -2 * sign * z, sign});
@@ -60,8 +59,7 @@ TEST(SearchEdges, StepsThatEndInHalfAUnit) {
   for (int round = 0; round < 400; ++round) {
     const double unit = 0x1p-52;
     const double a = 1 + unit * (2.0 * r.below(1000) + 1);  // odd
-    const double step =
-        unit * (std::floor(std::ldexp(r.uniform(0.5, 1), round % 2 ? 43 : 39)) + 0.5);
+    const double step = unit * (std::floor(std::ldexp(r.uniform(0.5, 1), round % 2 ? 43 : 39)) + 0.5);
     const double zero = a + step * (1 + r.below(round % 2 ? 60 : 3000));
     const std::vector<double> c = {-zero, 1};
     // The bracket has the samples for its ends, and its middle is the result.
@@ -86,9 +84,7 @@ TEST(SearchEdges, StepsOfFewUnits) {
     const double step = units * 0x1p-52, zero = a + step * r.below(5000);
     const double b = a + 6000 * step;
     const std::vector<double> c = {-zero, 1};
-    ASSERT_BITS(of(c).find_zero(a, b, step, 0.5 * step),
-                plain::find_zero({c}, a, b, step, 0.5 * step))
-        << round;
+    ASSERT_BITS(of(c).find_zero(a, b, step, 0.5 * step), plain::find_zero({c}, a, b, step, 0.5 * step)) << round;
   }
 }
 
@@ -96,15 +92,12 @@ TEST(SearchEdges, StepsOfFewUnits) {
 TEST(SearchEdges, ScansAcrossPowersOfTwo) {
   test::random_source r(143);
   for (int round = 0; round < 300; ++round) {
-    const double border =
-        round % 3 ? std::ldexp(r.below(2) ? 1 : -1, static_cast<int>(r.below(6)) - 3) : 0;
+    const double border = round % 3 ? std::ldexp(r.below(2) ? 1 : -1, static_cast<int>(r.below(6)) - 3) : 0;
     const double step = std::ldexp(r.uniform(0.5, 1), -9 - static_cast<int>(r.below(4)));
     const double a = border - step * (1 + r.below(1100)), b = border + step * (1 + r.below(1100));
     const double zero = r.below(3) ? r.uniform(a, b) : border;
     const std::vector<double> c = {-zero, 1};
-    ASSERT_BITS(of(c).find_zero(a, b, step, 0.5 * step),
-                plain::find_zero({c}, a, b, step, 0.5 * step))
-        << round;
+    ASSERT_BITS(of(c).find_zero(a, b, step, 0.5 * step), plain::find_zero({c}, a, b, step, 0.5 * step)) << round;
   }
 }
 
@@ -112,11 +105,9 @@ TEST(SearchEdges, ScansAcrossPowersOfTwo) {
 TEST(SearchEdges, FarZerosWithoutAnEnd) {
   test::random_source r(144);
   for (int round = 0; round < 150; ++round) {
-    const double zero =
-        round < 20 ? 5 + round : std::exp(r.uniform(std::log(5.0), std::log(3000.0)));
-    std::vector<std::vector<double>> curves = {{-zero, 1},
-                                               {zero * 2, zero - 2, -1}};  // the other zero is -2
-    curves.push_back({-zero * zero * zero, 0, 0, 1});                      // x^3 = z^3
+    const double zero = round < 20 ? 5 + round : std::exp(r.uniform(std::log(5.0), std::log(3000.0)));
+    std::vector<std::vector<double>> curves = {{-zero, 1}, {zero * 2, zero - 2, -1}};  // the other zero is -2
+    curves.push_back({-zero * zero * zero, 0, 0, 1});                                  // x^3 = z^3
     curves.push_back({-zero * 1e-5, 1e-5});
     curves.push_back({-zero * zero * zero * zero * 1e5, 0, 0, 0, 1e5});
     for (const std::vector<double>& c : curves) {
