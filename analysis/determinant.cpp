@@ -48,7 +48,7 @@ double absolute_bound(const scaled_matrix& a, const numbers<double>& off, long l
     ratio += off[r] / length;
   }
   lengths.exponent += shift;
-  return lengths.with_exponent(lengths.fraction.high * excess(ratio * 1.001));
+  return std::max(lengths.with_exponent(lengths.fraction.high * excess(ratio * 1.001)), 0x1p-1073);
 }
 
 // With the factors L U = A - D of the scaled matrix, det(L U) = det(A) det(I - D / A), and the second determinant is

@@ -10,7 +10,7 @@ using namespace analysis;
 
 namespace {
 
-// What the rounds work on: for each point the weight of the caller, 0 for a point that is left out, and that of the
+// The data of the rounds: for each point the weight of the caller, 0 for a point that is left out, and that of the
 // round.
 class reweighting {
  public:

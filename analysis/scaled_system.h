@@ -39,7 +39,8 @@ scaled_matrix scale(std::size_t n, Entry&& entry) {
   return s;
 }
 
-// What is known of the solution of a system: for each unknown its value, a doubled number, and a bound of the error.
+// The solution of a system as far as it is known: for each unknown its value, a doubled number, and a bound of the
+// error.
 struct bounded_solution {
   numbers<doubled> x;
   numbers<double> error;

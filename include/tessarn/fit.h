@@ -24,7 +24,7 @@ enum class powers : int {
   constant_and_odd,  ///< 1, x, x^3, x^5, ..., as binom::createtan
 };
 
-/// What a fit of a polynomial may be asked for besides.
+/// The options of a fit of a polynomial.
 struct fit_options {
   powers which = powers::all;  ///< the coefficients of the other powers are 0
   column_view weights;         ///< one weight for each point, 0 or positive; none: all weights are 1
@@ -86,7 +86,7 @@ struct polynomial_fit {
 [[nodiscard]] TESSARN_API polynomial_fit fit_polynomial(plane_points points, ulong coefficients,
                                                         const fit_options& options = {});
 
-/// What a fit of a surface may be asked for besides.
+/// The options of a fit of a surface.
 struct surface_options {
   bool total_degree = false;          ///< only the terms x^i y^j with i + j < grade, instead of all with i, j < grade
   column_view weights;                ///< one weight for each point, 0 or positive; none: all weights are 1
@@ -138,7 +138,7 @@ enum class robust_weights : int {
   tukey,  ///< (1 - (u / 4.685)^2)^2 up to |u| = 4.685, and 0 beyond: far points do not count
 };
 
-/// What a robust fit may be asked for besides.
+/// The options of a robust fit.
 struct robust_options {
   robust_weights weigh_by = robust_weights::tukey;
   fit_options fit;          ///< as for fit_polynomial()

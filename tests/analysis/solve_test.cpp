@@ -165,6 +165,15 @@ bool check_square(const real_matrix& a, const real_matrix& b) {
   return s.state == status::ok && inv.state == status::ok;
 }
 
+// Where a pivot vanishes the determinant may be another number below the range of a real: the bound is not 0.
+TEST(Solve, BoundsDoNotVanish) {
+  const real_matrix a{{1, 1}, {1, 1 + 0x1p-52}}, tiny{{0x1p-600, 0x1p-600}, {0x1p-600, 0x1p-600}};
+  EXPECT_EQ(tessarn::determinant(a).value, 0x1p-52);
+  EXPECT_EQ(tessarn::determinant(tiny).value, 0);
+  EXPECT_GT(tessarn::determinant(tiny).error, 0);
+  EXPECT_EQ(tessarn::determinant(real_matrix{{1, 2}, {0, 0}}).error, 0);  // a row of zeros is exact
+}
+
 // The condition grows from 1 to 1e16; up to 5e11 the bound is half a unit in the last place.
 TEST(Solve, HilbertMatrices) {
   for (tessarn::ulong n = 1; n <= 12; ++n) {
