@@ -100,8 +100,7 @@ determinant_value determinant(matrix_view view) {
   d.exponent = product.fraction.high == 0 ? 0 : static_cast<slong>(product.exponent);
   const double rounding = std::fabs(product.fraction.low) + std::fabs(product.fraction.high) * unit;
   double bound = n == 0 ? 0 : absolute_bound(a, off, shift);
-  if (relative < infinite)
-    bound = std::min(bound, product.with_exponent(std::fabs(product.fraction.high) * relative));
+  if (relative < infinite) bound = std::min(bound, product.with_exponent(std::fabs(product.fraction.high) * relative));
   d.error = bound + product.with_exponent(rounding * 1.0001);
   if (d.error > 0 || d.fraction != 0) d.error = d.error * 1.0001 + (is_finite(d.value) && n > 0 ? 0x1p-1073 : 0);
   if (!is_finite(d.value)) {

@@ -51,7 +51,7 @@ class normal_equations {
   void invert();
 
   std::size_t size_;
-  numbers<doubled> lower_;  // the inverse of L below the diagonal
+  numbers<doubled> lower_;        // the inverse of L below the diagonal
   numbers<doubled> reciprocals_;  // of D
   numbers<double> inverse_;
   double norm_ = 0;

@@ -36,9 +36,9 @@ class factorisation {
 // 10).
 struct verified_inverse {
   doubled_matrix inverse;
-  numbers<double> departures;  // a bound of the sum of each row of |I - R A|
-  double departure;            // the largest of them; infinite when nothing is proved
-  double reciprocal_condition; // 1 / (|A| |R|) in the norm of the largest sum of a row
+  numbers<double> departures;   // a bound of the sum of each row of |I - R A|
+  double departure;             // the largest of them; infinite when nothing is proved
+  double reciprocal_condition;  // 1 / (|A| |R|) in the norm of the largest sum of a row
 
   bool proved() const noexcept { return departure < 0.5; }
   // departure / (1 - departure), rounded upwards.

@@ -46,8 +46,8 @@ struct fit_kernels {
                             double mean, double* residuals, double* sums);
 };
 
-#define TESSARN_TABLE(set) \
-  namespace set {          \
+#define TESSARN_TABLE(set)            \
+  namespace set {                     \
   extern const fit_kernels fit_table; \
   }
 TESSARN_FOR_EACH_SET(TESSARN_TABLE)

@@ -39,8 +39,10 @@ rational decimal(std::string text) {
   mpz_class digits(text, 10), ten;
   mpz_ui_pow_ui(ten.get_mpz_t(), 10, static_cast<unsigned long>(std::abs(exponent)));
   rational value(digits);
-  if (exponent < 0) value /= rational(ten);
-  else value *= rational(ten);
+  if (exponent < 0)
+    value /= rational(ten);
+  else
+    value *= rational(ten);
   return negative ? rational(-value) : value;
 }
 
@@ -244,8 +246,7 @@ TEST(ReferenceSets, LongleyByLeastSquares) {
   expect_certified(set, exact);
   const tessarn::linear_solution s = tessarn::least_squares(a, b);
   ASSERT_EQ(s.state, tessarn::status::ok);
-  const correct_digits d =
-      compare("longley", exact, s.x.getData(), s.standard_errors.getData(), s.residual_deviation);
+  const correct_digits d = compare("longley", exact, s.x.getData(), s.standard_errors.getData(), s.residual_deviation);
   EXPECT_GE(d.coefficients, 14);
   EXPECT_GE(d.errors, 14);
   EXPECT_GE(d.deviation, 14);

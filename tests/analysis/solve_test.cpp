@@ -15,8 +15,8 @@
 
 namespace {
 
-using test::random_source;
 using tessarn::status;
+using test::random_source;
 using real_matrix = mat<long double>;
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
