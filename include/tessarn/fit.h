@@ -149,10 +149,9 @@ struct robust_options {
 struct robust_fit {
   status state = status::no_points;  ///< that of the fit, or `not_converged`: the fit of the last round is there then
   polynomial_fit fit;                ///< with the last weights; its deviations and errors take these weights as given
-  mat<long double>
-      weights;       ///< of each point of the caller, 0 to 1, a column: what its squared residual was multiplied by
-  real scale = 0;    ///< the robust standard deviation: the median of |w residual| over 0.6745
-  ulong rounds = 0;  ///< reweightings that were done
+  mat<long double> weights;          ///< of each point, 0 to 1, a column: the factor of its squared residual
+  real scale = 0;                    ///< the robust standard deviation: the median of |w residual| over 0.6745
+  ulong rounds = 0;                  ///< reweightings that were done
 };
 
 /// Fits a polynomial with iteratively reweighted least squares (P. Holland, R. Welsch, Robust regression using

@@ -19,13 +19,12 @@ namespace tessarn {
 /// The solution of a linear system.
 struct linear_solution {
   status state = status::no_unknowns;
-  mat<long double> x;      ///< the solution, a column; empty unless the status says that there is one
-  mat<long double> error;  ///< |true x - x| is at most this, entry by entry; infinite where nothing is proved
-  real reciprocal_condition =
-      0;              ///< an estimate: near 1 well conditioned, near 1e-16 hardly determined in double precision
-  ulong rank = 0;     ///< the number of independent columns, as far as doubled precision tells
-  real residual = 0;  ///< the length of b - A x, of least_squares() alone, as are those that follow
-  real residual_deviation = 0;  ///< residual / sqrt(rows - columns); infinite for as many columns as rows
+  mat<long double> x;             ///< the solution, a column; empty unless the status says that there is one
+  mat<long double> error;         ///< |true x - x| is at most this, entry by entry; infinite where nothing is proved
+  real reciprocal_condition = 0;  ///< an estimate: near 1 well conditioned, near 1e-16 hardly determined
+  ulong rank = 0;                 ///< the number of independent columns, as far as doubled precision tells
+  real residual = 0;              ///< the length of b - A x, of least_squares() alone, as are those that follow
+  real residual_deviation = 0;    ///< residual / sqrt(rows - columns); infinite for as many columns as rows
   mat<long double>
       standard_errors;  ///< of the entries of x, a column: sqrt of the diagonal of residual_deviation^2 / (A'A)
 };

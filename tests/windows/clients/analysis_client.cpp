@@ -33,6 +33,8 @@ int main() {
   CHECK(f.state == status::ok && f.of_powers.get(0, 2) == 1);
   CHECK(f.value(10) == 111 && f.expanded().func(10) == 111);
   CHECK(f.predict(10, 2).value == 111);
+  const tessarn::robust_fit h = tessarn::fit_robust({points, 4}, 2);
+  CHECK(h.fit.points_used == 4 || h.fit.state != status::ok);
   const vector3d places[] = {{0, 0, 1}, {1, 0, 2}, {0, 1, 4}, {1, 1, 9}};  // 1 + x + 3 y + 4 x y
   const tessarn::surface_fit g = tessarn::fit_surface({places, 4}, 2);
   CHECK(g.state == status::ok && g.value(2, 2) == 25 && g.expanded().func(2, 2) == 25);
