@@ -16,8 +16,8 @@ namespace tessarn::detail {
 /// Without fused instructions it is an ordinary product. With them the value passes through an empty
 /// assembly statement, which costs no instruction but keeps it in a register: clang fuses under
 /// -ffp-contract=fast whatever a pragma says, and GCC loses __builtin_assoc_barrier when it
-/// vectorises. On processors whose register constraint is not known here the value passes through
-/// memory. The library itself is compiled without contraction.
+/// vectorises. The statement names the kind of register ("x" on x86-64, "w" on AArch64). For other processors
+/// the product is stored in memory and loaded again. The library itself is compiled without contraction.
 /// Special results: those of IEEE-754 multiplication.
 inline real product(real a, real b) noexcept {
 #if defined(TESSARN_BUILD) || (defined(__x86_64__) && !defined(__FMA__))
