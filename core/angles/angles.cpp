@@ -66,7 +66,10 @@ inline double sine(double x, unsigned turn) noexcept {
   return sine_of_any(x, turn);
 }
 
-// 1 - 2 sin^2(a/2) = cos a: for |x| > 1/2 the arc cosine of |x| is 2 asin(sqrt((1 - |x|) / 2)), and the square root has
+// The table and its series go to here. Nearer to 1 the series needs more terms than the root of half_arc_cosine() costs.
+constexpr double series_end = 0.75;
+
+// 1 - 2 sin^2(a/2) = cos a: for |x| > 3/4 the arc cosine of |x| is 2 asin(sqrt((1 - |x|) / 2)), and the square root has
 // the low part (t - h^2) / (2 h).
 inline two_part half_arc_cosine(double magnitude) noexcept {
   const double t = 0.5 * (1 - magnitude);
@@ -85,7 +88,7 @@ inline two_part difference(double high, double low, two_part v) noexcept {
 inline double arc_sine(double x) noexcept {
   const double magnitude = std::fabs(x);
   two_part v;
-  if (magnitude <= 0.5) {
+  if (magnitude <= series_end) {
     if (magnitude < tiny) return x;
     v = quick_arc_sine({magnitude, 0});
   } else {
@@ -99,7 +102,7 @@ inline double arc_sine(double x) noexcept {
 inline double arc_cosine(double x) noexcept {
   const double magnitude = std::fabs(x);
   two_part v;
-  if (magnitude <= 0.5) {
+  if (magnitude <= series_end) {
     v = difference(half_pi_high, half_pi_low, times(sign_of(x), quick_arc_sine({magnitude, 0})));
   } else {
     if (!(magnitude < 1)) return magnitude != 1 ? (x - x) / (x - x) : x > 0 ? 0 : 2 * half_pi_high;

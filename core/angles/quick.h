@@ -49,7 +49,7 @@ inline quick_sine short_sine(const reduced& r) noexcept {
   return {{d, r.rest.low + d * sine_series(d * d)}, r.place & 512 ? -1.0 : 1.0};
 }
 
-// Arc sine of s in [0, 1/2 + 2^-50], |s.low| at most an ulp of s.high.
+// Arc sine of s in [0, 3/4], |s.low| at most an ulp of s.high, and 0 for s.high above 3/8.
 inline two_part quick_arc_sine(two_part s) noexcept {
   const table_place place = nearest_place(s.high);
   if (place.index == 0) {

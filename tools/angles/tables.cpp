@@ -64,8 +64,8 @@ void write_arc_sines() {
       "// The arc sine about i/256: its value as a double and the rest, the first coefficient of Taylor's series as "
       "its 26\n"
       "// leading bits and the rest, then the coefficients 2 to 8.\n"
-      "constexpr double arc_sine_table[129][11] = {");
-  for (int i = 0; i <= 128; ++i) {
+      "constexpr double arc_sine_table[193][11] = {");
+  for (int i = 0; i <= 192; ++i) {
     const double at = i / 256.0;
     number x(at), a[9], s, t;
     mpfr_asin(a[0].value, x.value, MPFR_RNDN);
