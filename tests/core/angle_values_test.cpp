@@ -1,5 +1,5 @@
 // The accurate phase of sine and cosine word by word against MPFR.
-#ifndef _WIN32  // which has no MPFR here
+#ifdef TESTS_HAVE_GMP  // and MPFR with it
 #include <gtest/gtest.h>
 #include <mpfr.h>
 
