@@ -10,12 +10,12 @@ constexpr auto relaxed = std::memory_order_relaxed;
 std::atomic<long> live{0};
 std::atomic<long long> requested{0};
 std::atomic<long> countdown{-1};
-std::atomic<bool> failed{false};
+std::atomic<int> failed{0};  // not a bool: RISC-V has no instruction that exchanges one byte
 
 void* allocate(std::size_t size) {
   if (size > test::largest_request) return nullptr;
   if (countdown.load(relaxed) >= 0 && countdown.fetch_sub(1, relaxed) == 0) {
-    failed = true;
+    failed = 1;
     return nullptr;
   }
   requested.fetch_add(static_cast<long long>(size), relaxed);
@@ -33,7 +33,7 @@ void* allocate_or_throw(std::size_t size) {
 void* allocate_aligned(std::size_t size, std::align_val_t alignment) {
   if (size > test::largest_request) throw std::bad_alloc();
   if (countdown.load(relaxed) >= 0 && countdown.fetch_sub(1, relaxed) == 0) {
-    failed = true;
+    failed = 1;
     throw std::bad_alloc();
   }
   requested.fetch_add(static_cast<long long>(size), relaxed);
@@ -73,13 +73,13 @@ long live_blocks() { return live; }
 long long requested_bytes() { return requested; }
 
 void fail_after(long k) {
-  failed = false;
+  failed = 0;
   countdown = k;
 }
 
 bool stop_failing() {
   countdown = -1;
-  return failed.exchange(false);
+  return failed.exchange(0) != 0;
 }
 
 }  // namespace test
