@@ -68,9 +68,10 @@ struct normal_solution {
 // The equations of the unknowns; the terms of the fixed coefficients go to the right-hand side.
 normal_solution solve_normal(const fit_data& data, const basis& b) {
   const std::size_t m = b.fixed.size(), q = b.unknowns, exponents = 2 * m - 1;
-  const numbers<doubled> moments = sum_blocks(data, exponents + m, [&](const fit_block& block, double* sums) {
-    detail::fit_kernels_in_use().add_moments(block.columns(), exponents, m, sums);
-  });
+  const auto add = [&](const fit_block&, const detail::fit_columns& points, double* sums) {
+    detail::fit_kernels_in_use().add_moments(points, exponents, m, sums);
+  };
+  const numbers<doubled> moments = sum_blocks(data, exponents + m, add);
   numbers<doubled> x(q);
   for (std::size_t r = 0; r < q; ++r) {
     x[r] = moments[exponents + b.exponents[r]];
@@ -120,9 +121,10 @@ doubled judge_fit(const fit_data& data, const normal_solution& s, const basis& b
     low[k] = s.coefficients[k].low;
   }
   const double mean = b.exponents[0] == 0 ? s.mean.high : 0;
-  const fit_quality q = judge(data, b.unknowns, [&](fit_block& block, double* sums) {
-    detail::fit_kernels_in_use().residuals(block.columns(), high.data(), low.data(), m, mean, block.residuals, sums);
-  });
+  const fit_quality q =
+      judge(data, b.unknowns, [&](const detail::fit_columns& points, double* residuals, double* sums) {
+        return detail::fit_kernels_in_use().residuals(points, high.data(), low.data(), m, mean, residuals, sums);
+      });
   f.largest_residual = q.largest_residual;
   f.largest_at = static_cast<ulong>(q.largest_at);
   f.r_squared = q.r_squared;

@@ -1,5 +1,8 @@
 #include "analysis/fit_data.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace tessarn::analysis {
 
 using detail::fit_partial_sums;
@@ -11,15 +14,6 @@ bool fit_abscissa::choose(bool centred) noexcept {
   return exponent >= -960 && exponent <= 1022;
 }
 
-void fit_abscissa::transform(double* high, double* low, std::size_t size) const noexcept {
-  const double to_t = power_of_two(-exponent), scaled_centre = centre * to_t;
-  for (std::size_t k = 0; k < size; ++k) {
-    const doubled t = exact_sum(high[k] * to_t, -scaled_centre);
-    high[k] = t.high;
-    low[k] = t.low;
-  }
-}
-
 fit_data::fit_data(const fit_input& input, std::size_t unknowns, bool zero_counts, bool mirrored)
     : in_(input), weighted_(!input.weights.empty()) {
   const std::size_t n = in_.x.size();
@@ -27,7 +21,7 @@ fit_data::fit_data(const fit_input& input, std::size_t unknowns, bool zero_count
     state_ = status::sizes_differ;
   else if (n == 0)
     state_ = status::no_points;
-  if (state_ == status::ok) look();
+  if (state_ == status::ok && !look_at_all()) look_at_each();
   if (state_ != status::ok) return;
   if (used_ == 0)
     state_ = weighted_ && !in_.leave_out ? status::bad_weight : status::no_points;
@@ -39,10 +33,73 @@ fit_data::fit_data(const fit_input& input, std::size_t unknowns, bool zero_count
     state_ = status::out_of_range;
 }
 
+namespace {
+
+// The least and the greatest of numbers that are all finite.
+class range {
+ public:
+  range() noexcept {
+    for (std::size_t k = 0; k < fit_partial_sums; ++k) {
+      partial_[k] = std::numeric_limits<double>::infinity();
+      partial_[fit_partial_sums + k] = -std::numeric_limits<double>::infinity();
+      partial_[2 * fit_partial_sums + k] = 0;
+    }
+  }
+  void include(const double* v, std::size_t n) noexcept { detail::fit_kernels_in_use().include(v, n, partial_); }
+  bool finite() const noexcept {
+    double sum = 0;
+    for (std::size_t k = 0; k < fit_partial_sums; ++k) sum += partial_[2 * fit_partial_sums + k];
+    return sum == 0;
+  }
+  double least() const noexcept { return *std::min_element(partial_, partial_ + fit_partial_sums); }
+  double greatest() const noexcept {
+    return *std::max_element(partial_ + fit_partial_sums, partial_ + 2 * fit_partial_sums);
+  }
+
+ private:
+  double partial_[3 * fit_partial_sums];
+};
+
+// Fills the last partial sums of a block up.
+void pad(double* v, const fit_block& block, double with) noexcept {
+  std::fill(v + block.used, v + block.padded(), with);
+}
+
+}  // namespace
+
+// Finds the ranges of the numbers, block by block and without branches; false when a number is not finite or a weight
+// not positive, so that each point must be looked at.
+bool fit_data::look_at_all() noexcept {
+  range x, second, y, weight;
+  fit_block block;
+  for (std::size_t i = 0; i < in_.x.size(); i += block.used) {
+    copy(i, std::min(in_.x.size() - i, fit_block::capacity), block);
+    const auto include = [&](range& r, double* v) {
+      pad(v, block, v[0]);
+      r.include(v, block.padded());
+    };
+    include(x, block.x);
+    include(y, block.y);
+    if (in_.two) include(second, block.second);
+    if (weighted_) include(weight, block.weights);
+  }
+  if (!x.finite() || !y.finite() || (in_.two && !second.finite())) return false;
+  if (weighted_ && !(weight.finite() && weight.least() > 0)) return false;
+  used_ = in_.x.size();
+  x_.lowest = x.least();
+  x_.highest = x.greatest();
+  if (in_.two) {
+    second_.lowest = second.least();
+    second_.highest = second.greatest();
+  }
+  largest_y_ = std::max(-y.least(), y.greatest());
+  largest_weight_ = weighted_ ? weight.greatest() : 1;
+  smallest_weight_ = weighted_ ? weight.least() : 1;
+  return true;
+}
+
 // Counts the points that are finite and have a weight, and finds the ranges of their numbers.
-void fit_data::look() {
-  fit_abscissa x, second;
-  double largest_y = 0;
+void fit_data::look_at_each() {
   for (std::size_t i = 0; i < in_.x.size(); ++i) {
     if (!finite(i)) {
       if (in_.leave_out) continue;
@@ -56,18 +113,12 @@ void fit_data::look() {
     }
     if (w == 0) continue;
     const bool first = used_++ == 0;
-    x.include(in_.x[i], first);
-    if (in_.two) second.include(in_.second[i], first);
-    largest_y = y > largest_y ? y : largest_y;
-    if (weighted_) {
-      largest_weight_ = w > largest_weight_ ? w : largest_weight_;
-      smallest_weight_ = first || w < smallest_weight_ ? w : smallest_weight_;
-    }
+    x_.include(in_.x[i], first);
+    if (in_.two) second_.include(in_.second[i], first);
+    largest_y_ = y > largest_y_ ? y : largest_y_;
+    largest_weight_ = w > largest_weight_ ? w : largest_weight_;
+    smallest_weight_ = first || w < smallest_weight_ ? w : smallest_weight_;
   }
-  x_ = x;
-  second_ = second;
-  largest_y_ = largest_y;
-  if (!weighted_) largest_weight_ = smallest_weight_ = 1;
 }
 
 // Most data show enough different places among their first points; only those seen so far are compared.
@@ -90,61 +141,83 @@ bool fit_data::has_distinct(std::size_t wanted, bool zero_counts, bool mirrored)
 void fit_data::prepare(bool centred) {
   y_exponent_ = largest_y_ > 0 ? exponent_of(largest_y_) : 0;
   weight_exponent_ = exponent_of(largest_weight_);
-  if (!x_.choose(centred) || !second_.choose(centred)) state_ = status::out_of_range;
+  if (!x_.choose(centred) || !second_.choose(centred)) {
+    state_ = status::out_of_range;
+    return;
+  }
+  const auto halves = [](int exponent, double(&factors)[2]) {
+    factors[0] = power_of_two(exponent / 2);
+    factors[1] = power_of_two(exponent - exponent / 2);
+  };
+  halves(-y_exponent_, scales_.y_factors);
+  halves(-weight_exponent_, scales_.weight_factors);
+  scales_.x_factor = power_of_two(-x_.exponent);
+  scales_.x_shift = x_.centre * scales_.x_factor;
+  scales_.second_factor = power_of_two(-second_.exponent);
+  scales_.second_shift = second_.centre * scales_.second_factor;
 }
 
-// Copies points to the block, and fills the last partial sums up with points of weight 0; gives the number of the
-// points.
-std::size_t fit_data::gather(std::size_t& i, fit_block& block) const noexcept {
-  const std::size_t n = in_.x.size();
+// The points from number i on, none left out.
+void fit_data::copy(std::size_t i, std::size_t count, fit_block& block) const noexcept {
+  for (std::size_t k = 0; k < count; ++k) {
+    block.x[k] = in_.x[i + k];
+    block.y[k] = in_.y[i + k];
+  }
+  for (std::size_t k = 0; in_.two && k < count; ++k) block.second[k] = in_.second[i + k];
+  for (std::size_t k = 0; weighted_ && k < count; ++k) block.weights[k] = in_.weights[i + k];
+  block.first = i;
+  block.used = count;
+  block.weighted = weighted_;
+}
+
+// The points from number i on that count.
+void fit_data::select(std::size_t& i, fit_block& block) const noexcept {
   std::size_t used = 0;
-  for (; i < n && used < fit_block::capacity; ++i) {
-    if (used_ != n && (!finite(i) || weight(i) == 0)) continue;
-    block.high[used] = in_.x[i];
+  for (; i < in_.x.size() && used < fit_block::capacity; ++i) {
+    if (!finite(i) || weight(i) == 0) continue;
+    block.x[used] = in_.x[i];
     block.y[used] = in_.y[i];
-    if (in_.two) block.second_high[used] = in_.second[i];
-    block.weight_high[used] = weight(i);
+    if (in_.two) block.second[used] = in_.second[i];
+    block.weights[used] = weight(i);
     block.numbers[used++] = i;
   }
   block.used = used;
-  for (std::size_t k = used; k < block.columns().size; ++k) {
-    block.high[k] = x_.centre;
-    block.second_high[k] = second_.centre;
-    block.y[k] = block.weight_high[k] = 0;
-  }
-  return used;
+  block.weighted = weighted_;
+  block.some_left_out = true;
 }
 
-// The points are gathered first; then loops without branches, which the compiler vectorises, scale them.
 bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
-  if (gather(i, block) == 0) return false;
-  const std::size_t size = block.columns().size;
-  x_.transform(block.high, block.low, size);
-  if (in_.two) second_.transform(block.second_high, block.second_low, size);
-  const double half_y = power_of_two(-y_exponent_ / 2), rest_y = power_of_two(-y_exponent_ - -y_exponent_ / 2);
-  for (std::size_t k = 0; k < size; ++k) block.y[k] = block.y[k] * half_y * rest_y;
-  if (!weighted_) {
-    for (std::size_t k = 0; k < size; ++k) block.weight_low[k] = 0;
-    return true;
+  if (used_ == in_.x.size()) {
+    std::size_t count = std::min(in_.x.size() - i, fit_block::capacity);
+    if (count > fit_partial_sums) count -= count % fit_partial_sums;  // the last few need weights: a block of their own
+    copy(i, count, block);
+    i += count;
+  } else {
+    select(i, block);
   }
-  const double half_w = power_of_two(-weight_exponent_ / 2),
-               rest_w = power_of_two(-weight_exponent_ - -weight_exponent_ / 2);
-  for (std::size_t k = 0; k < size; ++k) {
-    const double w = block.weight_high[k] * half_w * rest_w;
-    const doubled square = exact_product(w, w);
-    block.weight_high[k] = square.high;
-    block.weight_low[k] = square.low;
-  }
+  if (block.used == 0) return false;
+  if (block.used == block.padded()) return true;
+  if (!block.weighted) std::fill(block.weights, block.weights + block.used, 1.0);
+  block.weighted = true;
+  pad(block.weights, block, 0);
+  pad(block.x, block, x_.centre);
+  pad(block.second, block, second_.centre);
+  pad(block.y, block, 0);
   return true;
 }
 
+// As the kernels add: the errors of the high parts go to the low ones, and the pair is normalised in the end.
 doubled total(const double* partial_sums) noexcept {
-  doubled s[fit_partial_sums];
-  for (std::size_t i = 0; i < fit_partial_sums; ++i)
-    s[i] = exact_sum(partial_sums[i], partial_sums[fit_partial_sums + i]);
-  for (std::size_t step = 1; step < fit_partial_sums; step *= 2)
-    for (std::size_t i = 0; i < fit_partial_sums; i += 2 * step) s[i] += s[i + step];
-  return s[0];
+  double high[fit_partial_sums], low[fit_partial_sums];
+  std::copy(partial_sums, partial_sums + fit_partial_sums, high);
+  std::copy(partial_sums + fit_partial_sums, partial_sums + 2 * fit_partial_sums, low);
+  for (std::size_t half = fit_partial_sums / 2; half > 0; half /= 2)
+    for (std::size_t i = 0; i < half; ++i) {
+      const doubled s = exact_sum(high[i], high[i + half]);
+      high[i] = s.high;
+      low[i] = (low[i] + low[i + half]) + s.low;
+    }
+  return exact_sum(high[0], low[0]);
 }
 
 // Row by row of Pascal's triangle: t^k = (x 2^-e - c) t^(k-1).

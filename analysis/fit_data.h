@@ -29,26 +29,25 @@ struct fit_abscissa {
   // The centre is in the middle or 0, and the scale a power of two above the largest distance from it, so that |t| < 1;
   // false when there is no such power of two.
   bool choose(bool centred) noexcept;
-  // Makes the numbers high[0 .. size - 1] doubled ones.
-  void transform(double* high, double* low, std::size_t size) const noexcept;
 };
 
-// A block of points. Abscissas are t = (x - centre) 2^-scale, exactly, as doubled numbers; ordinates and weights are
-// multiplied by powers of two so that the largest is between 1 and 2; the weights are squared.
+// A block of points, as the caller gave their numbers.
 struct fit_block {
-  static constexpr std::size_t capacity = 128;  // a multiple of fit_partial_sums
+  static constexpr std::size_t capacity = 256;  // a multiple of fit_partial_sums
 
-  double high[capacity], low[capacity], y[capacity], weight_high[capacity], weight_low[capacity];
-  double second_high[capacity], second_low[capacity], residuals[capacity];
-  std::size_t numbers[capacity];  // what the caller calls the points
+  double x[capacity], y[capacity], weights[capacity], second[capacity], residuals[capacity];
   std::size_t used = 0;           // without those that fill up the last partial sums
+  std::size_t first = 0;          // the number of the first point
+  std::size_t numbers[capacity];  // what the caller calls the points, where some are left out
+  bool weighted = false, some_left_out = false;
 
-  detail::fit_columns columns() const noexcept {
-    const std::size_t size =
-        (used + detail::fit_partial_sums - 1) / detail::fit_partial_sums * detail::fit_partial_sums;
-    return {high, low, y, weight_high, weight_low, size};
+  std::size_t number(std::size_t k) const noexcept { return some_left_out ? numbers[k] : first + k; }
+  std::size_t padded() const noexcept {
+    return (used + detail::fit_partial_sums - 1) / detail::fit_partial_sums * detail::fit_partial_sums;
   }
-  detail::surface_columns surface() const noexcept { return {columns(), second_high, second_low}; }
+  detail::fit_columns columns(const detail::fit_scales& scales) const noexcept {
+    return {x, y, weighted ? weights : nullptr, second, padded(), &scales};
+  }
 };
 
 class fit_data {
@@ -61,8 +60,10 @@ class fit_data {
   // Chooses centres and scales.
   void prepare(bool centred);
   // Fills the block with the points from number i on, and sets i behind the last of them; false when there are none
-  // left.
+  // left. The kernels scale them: abscissas become t = (x - centre) 2^-exponent, exactly, ordinates and weights are
+  // multiplied by powers of two so that the largest is between 1 and 2.
   bool next(std::size_t& i, fit_block& block) const noexcept;
+  const detail::fit_scales& scales() const noexcept { return scales_; }
 
   std::size_t used() const noexcept { return used_; }
   std::size_t left_out() const noexcept { return in_.x.size() - used_; }
@@ -77,9 +78,11 @@ class fit_data {
   bool finite(std::size_t i) const noexcept {
     return is_finite(in_.x[i]) && is_finite(in_.y[i]) && is_finite(second_at(i)) && is_finite(weight(i));
   }
-  void look();
+  bool look_at_all() noexcept;
+  void look_at_each();
   bool has_distinct(std::size_t wanted, bool zero_counts, bool mirrored) const;
-  std::size_t gather(std::size_t& i, fit_block& block) const noexcept;
+  void copy(std::size_t i, std::size_t count, fit_block& block) const noexcept;
+  void select(std::size_t& i, fit_block& block) const noexcept;
 
   fit_input in_;
   bool weighted_;
@@ -88,17 +91,18 @@ class fit_data {
   fit_abscissa x_, second_;
   double largest_y_ = 0, largest_weight_ = 0, smallest_weight_ = 0;
   int y_exponent_ = 0, weight_exponent_ = 0;
+  detail::fit_scales scales_ = {};
 };
 
-// The partial sums of a kernel, added as a balanced tree.
+// The partial sums of a kernel, added as a balanced tree of halves.
 doubled total(const double* partial_sums) noexcept;
 
-// The sums that a kernel makes over all blocks. `kernel(block, sums)` adds a block to the partial sums.
+// The sums that a kernel makes over all blocks. `kernel(block, columns, sums)` adds a block to the partial sums.
 template <class Kernel>
 numbers<doubled> sum_blocks(const fit_data& data, std::size_t count, Kernel&& kernel) {
   numbers<double> sums(detail::checked_product(2 * detail::fit_partial_sums, count));
   fit_block block;
-  for (std::size_t i = 0; data.next(i, block);) kernel(block, sums.data());
+  for (std::size_t i = 0; data.next(i, block);) kernel(block, block.columns(data.scales()), sums.data());
   numbers<doubled> totals(count);
   for (std::size_t k = 0; k < count; ++k) totals[k] = total(sums.data() + 2 * detail::fit_partial_sums * k);
   return totals;
@@ -113,20 +117,22 @@ struct fit_quality {
   doubled scaled_deviation = 0.0;  // in the units of the blocks; infinite where there are no more points than unknowns
 };
 
-// `kernel(block, sums)` forms the residuals of a block, and adds their squares, and those of y - mean, to two sums.
+// `kernel(columns, residuals, sums)` forms the residuals of a block, adds their squares, and those of y - mean, to two
+// sums, and gives the largest magnitude.
 template <class Kernel>
 fit_quality judge(const fit_data& data, std::size_t unknowns, Kernel&& kernel) {
   fit_quality q;
   double largest = -1;
-  const numbers<doubled> squares = sum_blocks(data, 2, [&](fit_block& block, double* sums) {
-    kernel(block, sums);
+  const auto residuals = [&](fit_block& block, const detail::fit_columns& columns, double* sums) {
+    if (!(kernel(columns, block.residuals, sums) > largest)) return;
     for (std::size_t k = 0; k < block.used; ++k) {
       if (!(std::fabs(block.residuals[k]) > largest)) continue;
       largest = std::fabs(block.residuals[k]);
       q.largest_residual = scaled(block.residuals[k], data.y_exponent());
-      q.largest_at = block.numbers[k];
+      q.largest_at = block.number(k);
     }
-  });
+  };
+  const numbers<doubled> squares = sum_blocks(data, 2, residuals);
   if (squares[1].high > 0) q.r_squared = (doubled(1.0) - squares[0] / squares[1]).high;
   const double freedom = static_cast<double>(data.used() - unknowns);
   q.scaled_deviation =

@@ -39,9 +39,10 @@ struct surface_solution {
 // The moments of all terms, the normal equations and their solution.
 surface_solution solve_normal(const fit_data& data, const surface_basis& b) {
   const std::size_t g = b.grade, side = 2 * g - 1;
-  const numbers<doubled> moments = sum_blocks(data, side * side + g * g, [&](const fit_block& block, double* sums) {
-    detail::fit_kernels_in_use().add_surface_moments(block.surface(), g, b.total_degree, sums);
-  });
+  const auto add = [&](const fit_block&, const detail::fit_columns& points, double* sums) {
+    detail::fit_kernels_in_use().add_surface_moments(points, g, b.total_degree, sums);
+  };
+  const numbers<doubled> moments = sum_blocks(data, side * side + g * g, add);
   const auto entry = [&](std::size_t r, std::size_t c) {
     return moments[side * (b.terms[r].j + b.terms[c].j) + b.terms[r].i + b.terms[c].i];
   };
@@ -63,10 +64,11 @@ doubled judge_fit(const fit_data& data, const surface_solution& s, const surface
     high[k] = s.coefficients[k].high;
     low[k] = s.coefficients[k].low;
   }
-  const fit_quality q = judge(data, b.unknowns, [&](fit_block& block, double* sums) {
-    detail::fit_kernels_in_use().surface_residuals(block.surface(), high.data(), low.data(), b.grade, s.mean.high,
-                                                   block.residuals, sums);
-  });
+  const fit_quality q =
+      judge(data, b.unknowns, [&](const detail::fit_columns& points, double* residuals, double* sums) {
+        return detail::fit_kernels_in_use().surface_residuals(points, high.data(), low.data(), b.grade, s.mean.high,
+                                                              residuals, sums);
+      });
   f.largest_residual = q.largest_residual;
   f.largest_at = static_cast<ulong>(q.largest_at);
   f.r_squared = q.r_squared;
@@ -128,7 +130,7 @@ void expand(const fit_data& data, const surface_solution& s, const surface_basis
 // The steps of fit_polynomial(), for the terms of a surface.
 surface_fit fit_surface(space_points points, ulong grade, const surface_options& options) {
   surface_fit f;
-  if (grade == 0 || grade > 30) {
+  if (grade == 0 || grade > detail::largest_grade) {
     f.state = grade == 0 ? status::no_unknowns : status::bad_option;
     return f;
   }

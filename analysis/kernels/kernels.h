@@ -11,40 +11,47 @@ namespace tessarn::detail {
 // rounded sum, and the sum of what its roundings lost and of the low parts of the terms.
 inline constexpr size_t fit_partial_sums = 8;
 
-// The points of a fit, in arrays whose length is a multiple of fit_partial_sums; behind the last point stand points
-// with a weight of 0.
-struct fit_columns {
-  const double *high, *low;                // the abscissas, doubled numbers
-  const double* y;                         // the ordinates
-  const double *weight_high, *weight_low;  // the squares of the weights, doubled numbers
-  size_t size;
+// How the numbers of the caller become those of the fit. Abscissas become t = x x_factor - x_shift, a doubled number;
+// ordinates and weights are multiplied by a power of two, in two steps where one power would be out of range.
+struct fit_scales {
+  double x_factor, x_shift, second_factor, second_shift;
+  double y_factors[2], weight_factors[2];
 };
 
-// The points of a surface: the second abscissas besides, and the heights of the points in y.
-struct surface_columns {
-  fit_columns plane;
-  const double *second_high, *second_low;
+// The points of a fit, in arrays whose length is a multiple of fit_partial_sums; behind the last point stand points at
+// t = 0 with y = 0 and a weight of 0. Without weights, a null pointer, each weight is 1.
+struct fit_columns {
+  const double *x, *y, *weight;
+  const double* second;  // the second abscissas of a surface
+  size_t size;
+  const fit_scales* scales;
 };
 
 struct fit_kernels {
-  // Sum e, for e < exponents, takes w x^e; sum exponents + e, for e < products, takes w x^e y, all in doubled
+  // ranges[k], ranges[8 + k] and ranges[16 + k] take the least and the greatest of the numbers whose index is k modulo
+  // 8, and a NaN if one of them is not finite. -0 and 0 count as alike. n is a multiple of 8.
+  void (*include)(const double* v, size_t n, double* ranges);
+
+  // Sum e, for e < exponents, takes w t^e; sum exponents + e, for e < products, takes w t^e y, all in doubled
   // precision. sums has 2 fit_partial_sums numbers for each sum: the rounded ones, then what they lost.
   void (*add_moments)(const fit_columns& points, size_t exponents, size_t products, double* sums);
 
-  // residuals[i] = y - p(x), p(x) and the difference in doubled precision, by Horner's rule from the highest of the
-  // coefficients on. Sum 0 takes w residual^2, sum 1 takes w (y - mean)^2.
-  void (*residuals)(const fit_columns& points, const double* high, const double* low, size_t coefficients, double mean,
-                    double* residuals, double* sums);
+  // residuals[i] = y - p(t), as if p(t) and the difference were formed in doubled precision; gives the largest
+  // magnitude among those with a weight, NaN apart. Sum 0 takes w residual^2, sum 1 takes w (y - mean)^2.
+  double (*residuals)(const fit_columns& points, const double* high, const double* low, size_t coefficients,
+                      double mean, double* residuals, double* sums);
 
-  // Sum e b + a, for a, b < e = 2 grade - 1, takes w x^a v^b with the second abscissas v; sum e e + grade b + a, for a,
-  // b < grade, takes w x^a v^b y. Where total_degree is set, the sums with a + b >= e, or grade, are left out and stay
-  // 0.
-  void (*add_surface_moments)(const surface_columns& points, size_t grade, bool total_degree, double* sums);
+  // Sum e b + a, for a, b < e = 2 grade - 1, takes w t^a v^b with the second abscissas v; sum e e + grade b + a, for a,
+  // b < grade, takes w t^a v^b y. Where total_degree is set, the sums with a + b >= e, or grade, are left out and stay
+  // 0. The grade is at most largest_grade.
+  void (*add_surface_moments)(const fit_columns& points, size_t grade, bool total_degree, double* sums);
 
-  // As residuals, for p(x, v) with the coefficient of x^a v^b at grade b + a.
-  void (*surface_residuals)(const surface_columns& points, const double* high, const double* low, size_t grade,
-                            double mean, double* residuals, double* sums);
+  // As residuals, for p(t, v) with the coefficient of t^a v^b at grade b + a.
+  double (*surface_residuals)(const fit_columns& points, const double* high, const double* low, size_t grade,
+                              double mean, double* residuals, double* sums);
 };
+
+inline constexpr size_t largest_grade = 30;
 
 #define TESSARN_TABLE(set)            \
   namespace set {                     \

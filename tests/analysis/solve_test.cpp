@@ -5,13 +5,13 @@
 
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
 
 #include "../support/random.h"
 #include "rational.h"
+#include "rounds.h"
 
 namespace {
 
@@ -21,11 +21,7 @@ using real_matrix = mat<long double>;
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
-// How often the tests over random input run: 10000 times, or as the environment says.
-int rounds() {
-  const char* told = std::getenv("TESSARN_ANALYSIS_ROUNDS");
-  return told ? std::atoi(told) : 10000;
-}
+int rounds() { return test::rounds(10000); }
 
 real_matrix hilbert(tessarn::ulong n) {
   real_matrix m(n, n);
