@@ -10,7 +10,10 @@ using detail::fit_partial_sums;
 bool fit_abscissa::choose(bool centred) noexcept {
   centre = centred ? lowest / 2 + highest / 2 : 0;
   const double half = std::max(std::fabs(lowest / 2 - centre / 2), std::fabs(highest / 2 - centre / 2));
-  exponent = half > 0 ? exponent_of(half) + 2 : 0;
+  if (half > 0) {
+    const int e = exponent_of(half);
+    exponent = scaled(half, -e) > 1 ? e + 2 : e + 1;
+  }
   return exponent >= -960 && exponent <= 1022;
 }
 

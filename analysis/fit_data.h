@@ -26,8 +26,8 @@ struct fit_abscissa {
     lowest = x < lowest ? x : lowest;
     highest = x > highest ? x : highest;
   }
-  // The centre is in the middle or 0, and the scale a power of two above the largest distance from it, so that |t| < 1;
-  // false when there is no such power of two.
+  // The centre is in the middle or 0, and the scale the least power of two that no distance from it exceeds, so that
+  // |t| <= 1; false when there is no such power of two.
   bool choose(bool centred) noexcept;
 };
 

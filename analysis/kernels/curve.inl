@@ -85,7 +85,7 @@ TESSARN_INLINE compensated horner_step(compensated v, doubled x, doubled x_parts
 }
 
 // Stores the residual of each point from its fitted value, adds the two squares, and gives the larger of `largest` and
-// the residuals that have a weight. The sums of squares are wanted as doubles: each term may be rounded.
+// the residuals. The sums of squares are wanted as doubles: each term may be rounded.
 template <size_t G, bool Weighted>
 TESSARN_INLINE vec judge(const fit_columns& points, size_t i, const compensated (&v)[G], double mean, double* residuals,
                          double* lane, vec largest) {
@@ -99,13 +99,12 @@ TESSARN_INLINE vec judge(const fit_columns& points, size_t i, const compensated 
     store(residuals + at, r);
     squares[g] = r * r;
     all[g] = from_mean * from_mean;
-    vec magnitude = absolute(r);
     if (Weighted) {
       const vec weight = squared_weight<true>(points, at).high;
       squares[g] = squares[g] * weight;
       all[g] = all[g] * weight;
-      magnitude = select(weight > broadcast(0), magnitude, broadcast(0));
     }
+    const vec magnitude = absolute(r);
     largest = select(magnitude > largest, magnitude, largest);
   }
   add(lane, squares);

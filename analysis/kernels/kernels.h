@@ -37,7 +37,8 @@ struct fit_kernels {
   void (*add_moments)(const fit_columns& points, size_t exponents, size_t products, double* sums);
 
   // residuals[i] = y - p(t), as if p(t) and the difference were formed in doubled precision; gives the largest
-  // magnitude among those with a weight, NaN apart. Sum 0 takes w residual^2, sum 1 takes w (y - mean)^2.
+  // magnitude, NaN apart, to which points that fill up the last partial sums count, too. Sum 0 takes w residual^2, sum
+  // 1 takes w (y - mean)^2.
   double (*residuals)(const fit_columns& points, const double* high, const double* low, size_t coefficients,
                       double mean, double* residuals, double* sums);
 

@@ -260,6 +260,31 @@ TEST(Fit, ManyFitsHaveEveryDigit) {
   }
 }
 
+// Normal equations at the end of what is accepted: powers that are normalised too rarely lose a digit here.
+TEST(Fit, DigitsNearTheLimitOfTheCondition) {
+  random_source random(1608);
+  points p;
+  for (int i = 0; i <= 64; ++i) p.emplace_back(i / 64.0, random.uniform());
+  for (const std::size_t m : {24, 26}) {
+    const polynomial_fit f = fit_polynomial(p, static_cast<tessarn::ulong>(m));
+    ASSERT_EQ(f.state, status::ok) << m;
+    rational_matrix normal(m, std::vector<rational>(m)), x(m, std::vector<rational>(1));
+    for (const vector& v : p) {
+      std::vector<rational> power(2 * m, 1);
+      for (std::size_t k = 1; k < 2 * m; ++k)
+        power[k] = power[k - 1] * (rational(v.x) - rational(f.centre)) / rational(f.scale);
+      for (std::size_t r = 0; r < m; ++r) {
+        x[r][0] += power[r] * rational(v.y);
+        for (std::size_t c = 0; c < m; ++c) normal[r][c] += power[r + c];
+      }
+    }
+    rational det;
+    ASSERT_TRUE(test::eliminate(normal, x, det));
+    for (std::size_t k = 0; k < m; ++k)
+      EXPECT_GT(test::digits(x[k][0], f.coefficients.getData()[k]), m == 24 ? 15.8 : 13.4);
+  }
+}
+
 #endif
 
 }  // namespace
