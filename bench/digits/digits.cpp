@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include <lapack.h>
 
 #include "analysis/reference_sets.h"
+#include "support/random.h"
 #include "tessarn/fit.h"
 #include "tessarn/solve.h"
 #include "tessarn/tessarn.h"
@@ -150,14 +152,15 @@ coefficients dgelsd(const problem& p) {
   return {b.data(), b.data() + n};
 }
 
-// The least time of a call, in nanoseconds.
-double time_of(const method& f, const problem& p) {
+// The least time of a call over nine rounds, in nanoseconds.
+template <class Call>
+double time_of(int calls, Call call) {
   using clock = std::chrono::steady_clock;
   double best = 1e300;
   for (int round = 0; round < 9; ++round) {
     const auto start = clock::now();
-    for (int k = 0; k < 200; ++k) f(p);
-    best = std::min(best, std::chrono::duration<double, std::nano>(clock::now() - start).count() / 200);
+    for (int k = 0; k < calls; ++k) call();
+    best = std::min(best, std::chrono::duration<double, std::nano>(clock::now() - start).count() / calls);
   }
   return best;
 }
@@ -168,7 +171,7 @@ void print(const problem& p, const std::string& library, const method& f) {
   for (std::size_t k = 0; k < p.exact.coefficients.size(); ++k)
     digits = std::min(digits, k < c.size() ? test::digits(p.exact.coefficients[k], c[k]) : 0);
   std::printf("{\"set\": \"%s\", \"library\": \"%s\", \"digits\": %.2f, \"ns\": %.0f}\n", p.name.c_str(),
-              library.c_str(), digits, time_of(f, p));
+              library.c_str(), digits, time_of(200, [&] { f(p); }));
 }
 
 // For libraries of other languages: the data and the exact coefficients, to 30 digits.
@@ -188,6 +191,24 @@ void print_problem(const problem& p) {
   std::puts("]}");
 }
 
+// The classic fit and the one in doubled precision, over random points in a list.
+void print_times(std::size_t coefficients, std::size_t n) {
+  test::random_source random(1609);
+  vectormat points;
+  for (std::size_t i = 0; i < n; ++i) points.add(vector(random.uniform(2, 8), random.uniform()));
+  const auto m = static_cast<tessarn::ulong>(coefficients);
+  const int calls = static_cast<int>(1 + 200000 / n);
+  const double classic = time_of(calls, [&] {
+    binom b;
+    b.create(points.data(), static_cast<tessarn::ulong>(n), m);
+  });
+  const double ours = time_of(calls, [&] {
+    if (tessarn::fit_polynomial(points, m).state != tessarn::status::ok) std::abort();
+  });
+  std::printf("{\"coefficients\": %zu, \"n\": %zu, \"classic\": %.0f, \"ours\": %.0f}\n", coefficients, n, classic,
+              ours);
+}
+
 }  // namespace
 
 int main() {
@@ -205,4 +226,6 @@ int main() {
     });
     print(p, "dgelsd", dgelsd);
   }
+  for (const std::size_t m : {2, 4, 8, 11})
+    for (const std::size_t n : {20, 100, 1000, 10000, 1000000}) print_times(m, n);
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The table of correct digits and times of docs/accuracy.md: what the program prints, and NumPy's polyfit beside it.
+"""The tables of correct digits and times of docs/accuracy.md: what the program prints, and NumPy's polyfit beside it.
 
 usage: digits.py PROGRAM [--update-docs]; NumPy is Debian's, of the python3 that has it.
 """
@@ -16,7 +16,6 @@ from fractions import Fraction
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 LIBRARIES = ["Tessarn", "classic", "GSL", "Eigen QR", "Eigen SVD", "dgelsd", "NumPy"]
-BEGIN, END = "<!-- digits: begin -->", "<!-- digits: end -->"
 
 
 def correct_digits(exact, value):
@@ -48,6 +47,20 @@ def table(rows):
     return "\n".join(lines) + "\n"
 
 
+def table_of_times(rows):
+    sizes = list(dict.fromkeys(r["n"] for r in rows))
+    lines = ["| coefficients | " + " | ".join(f"{n:,} points" for n in sizes) + " |", "|---" * (len(sizes) + 1) + "|"]
+    for count in dict.fromkeys(r["coefficients"] for r in rows):
+        cells = [f"{r['ours'] / 1000:,.1f} · {r['ours'] / r['classic']:.1f}" for r in rows if r["coefficients"] == count]
+        lines.append(f"| {count} | " + " | ".join(cells) + " |")
+    return "\n".join(lines) + "\n"
+
+
+def put(page, name, text):
+    begin, end = f"<!-- {name}: begin -->", f"<!-- {name}: end -->"
+    return re.sub(re.escape(begin) + ".*?" + re.escape(end), lambda _: f"{begin}\n{text}{end}", page, flags=re.DOTALL)
+
+
 def main():
     output = subprocess.run([sys.argv[1]], check=True, capture_output=True, text=True).stdout
     rows = [json.loads(line) for line in output.splitlines()]
@@ -56,12 +69,12 @@ def main():
         rows += [numpy_row(numpy, r) for r in rows if "problem" in r]
     except ImportError:
         print("no NumPy here: its column stays empty")
-    text = table([r for r in rows if "problem" not in r])
-    print(text)
+    digits = table([r for r in rows if "library" in r])
+    times = table_of_times([r for r in rows if "classic" in r])
+    print(digits, times, sep="\n")
     if "--update-docs" in sys.argv:
         page = ROOT / "docs/accuracy.md"
-        page.write_text(re.sub(re.escape(BEGIN) + ".*?" + re.escape(END), lambda _: f"{BEGIN}\n{text}{END}",
-                               page.read_text(), flags=re.DOTALL))
+        page.write_text(put(put(page.read_text(), "digits", digits), "times", times))
 
 
 if __name__ == "__main__":
