@@ -125,6 +125,17 @@ void expand(const fit_data& data, const surface_solution& s, const surface_basis
   }
 }
 
+// The sum of table[grade j + i] t^i v^j.
+real horner(const real* table, ulong grade, real t, real v) {
+  real sum = 0;
+  for (ulong j = grade; j-- > 0;) {
+    real row = 0;
+    for (ulong i = grade; i-- > 0;) row = row * t + table[grade * j + i];
+    sum = sum * v + row;
+  }
+  return sum;
+}
+
 }  // namespace
 
 // The steps of fit_polynomial(), for the terms of a surface.
@@ -163,29 +174,17 @@ surface_fit fit_surface(space_points points, ulong grade, const surface_options&
 
 real surface_fit::value(real x, real y) const {
   const real t = (x - centre_x) / scale_x, v = (y - centre_y) / scale_y;
-  real sum = 0;
-  for (ulong j = grade; j-- > 0;) {
-    real row = 0;
-    for (ulong i = grade; i-- > 0;) row = row * t + coefficients.getData()[grade * j + i];
-    sum = sum * v + row;
-  }
-  return sum;
+  return coefficients.getHeight() == 0 ? 0 : horner(coefficients.getData(), grade, t, v);
 }
 
 prediction surface_fit::predict(real x, real y, real factor) const {
   const real t = (x - centre_x) / scale_x, v = (y - centre_y) / scale_y;
-  const ulong m = grade * grade;
-  mat<long double> terms = column(m);
-  real of_y = 1;
+  const auto at_place = [&](const real* table) { return horner(table, grade, t, v); };
+  real form = 0, of_y = 1;
   for (ulong j = 0; j < grade; ++j, of_y *= v) {
-    real power = of_y;
-    for (ulong i = 0; i < grade; ++i, power *= t) terms.getData()[grade * j + i] = power;
-  }
-  real form = 0;
-  for (ulong r = 0; r < m; ++r) {
-    real inner = 0;
-    for (ulong c = 0; c < m; ++c) inner += covariance.getData()[r * m + c] * terms.getData()[c];
-    form += inner * terms.getData()[r];
+    real term = of_y;
+    for (ulong i = 0; i < grade; ++i, term *= t)
+      form += term * at_place(covariance.getData() + (grade * j + i) * grade * grade);
   }
   if (form < 0) form = 0;
   return {value(x, y), factor * static_cast<real>(std::sqrt(form)),

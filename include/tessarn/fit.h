@@ -165,4 +165,24 @@ struct robust_fit {
 [[nodiscard]] TESSARN_API robust_fit fit_robust(plane_points points, ulong coefficients,
                                                 const robust_options& options = {});
 
+/// The options of a robust fit of a surface.
+struct robust_surface_options {
+  robust_weights weigh_by = robust_weights::tukey;
+  surface_options fit;      ///< as for fit_surface()
+  ulong most_rounds = 200;  ///< reweightings at most
+};
+
+/// A surface that was fitted with outliers present; the fields are those of robust_fit.
+struct robust_surface_fit {
+  status state = status::no_points;
+  surface_fit fit;
+  mat<long double> weights;
+  real scale = 0;
+  ulong rounds = 0;
+};
+
+/// Fits a surface as the other fit_robust() fits a polynomial. It resists outliers in the heights.
+[[nodiscard]] TESSARN_API robust_surface_fit fit_robust(space_points points, ulong grade,
+                                                        const robust_surface_options& options = {});
+
 }  // namespace tessarn

@@ -61,7 +61,8 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
       {"fit_surface", [&] { (void)tessarn::fit_surface(cloud, 3); }, 12},
       {"polynomial_fit::expanded", [&] { (void)f.expanded(); }, 1},
       {"surface_fit::expanded", [&] { (void)s.expanded(); }, 1},
-      {"surface_fit::predict", [&] { (void)s.predict(0, 0, 1); }, 1},
+      {"fit_robust", [&] { (void)tessarn::fit_robust(points, 3); }, 12},
+      {"fit_robust, surface", [&] { (void)tessarn::fit_robust(cloud, 2); }, 12},
   };
   for (const auto& call : calls) {
     SCOPED_TRACE(call.name);

@@ -76,6 +76,34 @@ TEST(Robust, ExactPoints) {
   for (std::size_t i = 0; i < p.size(); i += 5) EXPECT_LT(f.weights.getData()[i], 1e-9);
 }
 
+TEST(Robust, SurfacesWithOutliers) {
+  random_source random(1634);
+  std::vector<vector3d> p, good;
+  for (int i = 0; i < 200; ++i) {
+    const double x = random.uniform(), y = random.uniform();
+    p.emplace_back(x, y, 1 + 2 * x - 3 * y + 4 * x * y + 0.01 * random.normal() + (i % 5 == 0 ? 10 : 0));
+    if (i % 5 != 0) good.push_back(p.back());
+  }
+  const tessarn::robust_surface_fit f = fit_robust(p, 2);
+  ASSERT_EQ(f.state, status::ok);
+  for (std::size_t i = 0; i < p.size(); ++i) EXPECT_EQ(f.weights.getData()[i] == 0, i % 5 == 0) << i;
+  const tessarn::surface_fit best = tessarn::fit_surface(good, 2);
+  for (int k = 0; k < 4; ++k)
+    EXPECT_NEAR(f.fit.of_powers.getData()[k], best.of_powers.getData()[k], 3 * best.of_powers_errors.getData()[k]);
+  tessarn::robust_surface_options o;
+  o.weigh_by = robust_weights::huber;
+  const tessarn::robust_surface_fit h = fit_robust(p, 2, o);
+  ASSERT_EQ(h.state, status::ok);
+  for (std::size_t i = 0; i < p.size(); ++i) EXPECT_GT(h.weights.getData()[i], 0);
+  p.push_back({0, 0, std::nan("")});
+  EXPECT_EQ(fit_robust(p, 2).state, status::not_finite);
+  o.fit.leave_out_not_finite = true;
+  EXPECT_EQ(fit_robust(p, 2, o).state, status::ok);
+  EXPECT_EQ(fit_robust(p, 0).state, status::no_unknowns);
+  o.most_rounds = 0;
+  EXPECT_EQ(fit_robust(p, 2, o).state, status::not_converged);
+}
+
 TEST(Robust, StatusesOneByOne) {
   random_source random(1633);
   const std::vector<vector> p = with_outliers(random, 0.1);

@@ -119,15 +119,18 @@ void run_surface(input& in, output& out) {
   const tessarn::space_points points(p.view(p.x), p.view(p.y), p.view(p.z));
   tessarn::surface_options o;
   o.total_degree = in.integer(0, 1) == 1;
-  put_fit(out, tessarn::fit_surface(points, static_cast<ulong>(in.integer(1, 4)), o));
+  const ulong grade = static_cast<ulong>(in.integer(1, 4));
+  put_fit(out, tessarn::fit_surface(points, grade, o));
+  if (in.integer(0, 3) > 0) return;
+  const tessarn::robust_surface_fit r = tessarn::fit_robust(points, grade, {tessarn::robust_weights::huber, o, 5});
+  put_status(out, r.state);
+  out.put(r.weights);
 }
 
 const operation analysis_table[] = {
-    {"solve, inverse, determinant", n, run_solve},
-    {"solve, inverse of complex numbers", n, run_complex},
-    {"least_squares", n, run_least_squares},
-    {"fit_polynomial, fit_robust", 2 * n, run_polynomial},
-    {"fit_surface", n, run_surface},
+    {"solve, inverse, determinant", n, run_solve}, {"solve, inverse of complex numbers", n, run_complex},
+    {"least_squares", n, run_least_squares},       {"fit_polynomial, fit_robust", 2 * n, run_polynomial},
+    {"fit_surface, fit_robust", n, run_surface},
 };
 
 }  // namespace

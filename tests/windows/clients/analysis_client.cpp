@@ -39,6 +39,8 @@ int main() {
   const tessarn::surface_fit g = tessarn::fit_surface({places, 4}, 2);
   CHECK(g.state == status::ok && g.value(2, 2) == 25 && g.expanded().func(2, 2) == 25);
   CHECK(g.predict(2, 2, 2).value == 25);
+  const tessarn::robust_surface_fit k = tessarn::fit_robust({places, 4}, 1);
+  CHECK(k.fit.points_used == 4 || k.fit.state != status::ok);
 
   CHECK(tessarn::to_string(status::ok) != tessarn::to_string(status::singular));
   return check::finish();
