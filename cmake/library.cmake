@@ -85,6 +85,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   endif()
 endif()
 
+# The self-check calls every member once: nothing there is worth the size of fast code.
+if(NOT MSVC)
+  file(GLOB selfcheck CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/selfcheck/*.cpp)
+  set_source_files_properties(${selfcheck} PROPERTIES COMPILE_OPTIONS -Os)
+endif()
+
 file(GLOB TESSARN_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/tessarn/*.h)
 
 # Compiles the objects of the library with the given definition; <name>_ALL lists them.
