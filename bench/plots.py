@@ -4,6 +4,8 @@ import math
 import re
 import subprocess
 
+from results import SET_NAMES
+
 # A dark blue for ours; peers in colours that stay apart also for the colour-blind (M. Okabe, K. Ito, 2008).
 OURS = "#12355b"
 PEERS = ["#d55e00", "#009e73", "#cc79a7", "#56b4e9", "#e69f00", "#8c6d31"]
@@ -57,6 +59,10 @@ def series(results, rows):
         style = f'lc rgb "{PEERS[k % len(PEERS)]}" lw 2 pt {MARKS[k % len(MARKS)]} ps 0.7'
         lines.append((name, style, points(
             lambda r: median(next((c for c in r.peers() if c.name == name), None)))))
+    lesser = [name for name in results.sets()[1:] if any(r.ours_with(name) for r in rows)]
+    for name, dashes in zip(reversed(lesser), reversed(["6,3", "2,2", "1,3"][:len(lesser)])):
+        lines.append((f"Tessarn, {SET_NAMES.get(name, name)}", f'lc rgb "{OURS}" lw 2 dt ({dashes}) pt 6 ps 0.5',
+                      points(lambda r, name=name: median(r.ours_with(name)))))
     lines.append(("Tessarn", f'lc rgb "{OURS}" lw 3.5 pt 7 ps 0.8', points(lambda r: median(r.ours))))
     return [line for line in lines if line[2]]
 

@@ -1,10 +1,9 @@
 """The tables of results as Markdown and as a page with the pictures."""
 
 import html
+import math
 
-from results import TRAFFIC
-
-SET_NAMES = {"avx2": "AVX2", "avx512": "AVX-512"}
+from results import SET_NAMES, TRAFFIC
 
 # The rows of the first page: one an area of use, at a size that programs have.
 FIRST_PAGE = [("product", 128), ("solve", 16), ("det", 64), ("invert", 4), ("decompose", 16),
@@ -112,6 +111,15 @@ def markdown_table(results, columns, rows):
     return "\n".join(lines)
 
 
+def geometric_means(results):
+    """For each set its name, the geometric mean of the ratios and the number of rows; the rows against a peer whose size
+    is an argument repeat others and are left out."""
+    for name in results.sets():
+        ratios = [ratio for row in measured_rows(results) if " any " not in row.operation
+                  for ratio in [row.ratio(row.ours_with(name)) if row.ours_with(name) else row.ratio()] if ratio]
+        yield name, math.exp(sum(map(math.log, ratios)) / len(ratios)), len(ratios)
+
+
 def machine_lines(results):
     """What was measured on what, one line a fact."""
     context = next(iter(results.context.values()))
@@ -132,6 +140,10 @@ def machine_lines(results):
         lines.append("Limits of the machine, measured in the same run: " + ", ".join(rates) +
                      f"; copies (bytes read and written) of {copies}; reads of {reads}; "
                      f"moves in place (bytes read and written) of {moves}.")
+    means = list(geometric_means(results))
+    lines.append("Geometric mean of the ratios, the rows against any number and any grade apart: "
+                 + ", ".join(f"{set_name(name)} {mean:.2f}" for name, mean, _ in means)
+                 + f", over {means[0][2]} rows each. Rows that are compiled into the caller count alike for every set.")
     return lines
 
 

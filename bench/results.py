@@ -6,6 +6,8 @@ import statistics
 TRAFFIC = ["copy", "read", "move"]  # by the number that the programs give
 PEER_FAMILIES = ["Eigen", "LAPACK", "GSL", "other"]
 
+SET_NAMES = {"avx2": "AVX2", "avx512": "AVX-512"}
+
 
 class Call:
     """One call of a row: its times in nanoseconds, for each program that timed it."""
