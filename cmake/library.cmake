@@ -51,6 +51,7 @@ set(TESSARN_SOURCES
   geometry/plane_fit.cpp
   geometry/residual_model.cpp
   analysis/determinant.cpp
+  analysis/eigen3.cpp
   analysis/fit.cpp
   analysis/fit_data.cpp
   analysis/fit_robust.cpp

@@ -1,0 +1,102 @@
+// The method of Jacobi for small symmetric matrices.
+#include "analysis/eigen3.h"
+
+namespace tessarn::analysis {
+
+namespace {
+
+// Six sweeps are usual. The limit ends the loop for a matrix with a NaN.
+constexpr int most_sweeps = 40;
+// An entry beside the diagonal of less than this, where the largest entry is between 1 and 2, changes no value any
+// more.
+constexpr double negligible = 0x1p-220;
+
+// A plane rotation by the angle whose tangent is t: c = 1 / sqrt(1 + t^2), s = t c, tau = s / (1 + c).
+struct rotation {
+  doubled t, s, tau;
+
+  // (u, v) becomes (c u - s v, s u + c v). With tau the small change of each number is added to it.
+  void turn(doubled& u, doubled& v) const noexcept {
+    const doubled old_u = u, old_v = v;
+    u = old_u - s * (old_v + tau * old_u);
+    v = old_v + s * (old_u - tau * old_v);
+  }
+};
+
+// The rotation, by at most 45 degrees, after which the entry beside the diagonal is 0.
+rotation annihilating(doubled first, doubled second, doubled beside) noexcept {
+  const doubled theta = (second - first) / (doubled(2.0) * beside);
+  const doubled positive = theta.high < 0 ? -theta : theta;
+  const doubled t = doubled(1.0) / (positive + square_root(positive * positive + doubled(1.0)));
+  rotation r;
+  r.t = theta.high < 0 ? -t : t;
+  const doubled c = doubled(1.0) / square_root(t * t + doubled(1.0));
+  r.s = r.t * c;
+  r.tau = r.s / (doubled(1.0) + c);
+  return r;
+}
+
+// One rotation: makes the entry (p, q) 0, p < q, in the upper triangle.
+template <int N>
+void annihilate(doubled (&a)[N][N], doubled (&vectors)[N][N], int p, int q) noexcept {
+  const rotation r = annihilating(a[p][p], a[q][q], a[p][q]);
+  const doubled change = r.t * a[p][q];
+  a[p][p] -= change;
+  a[q][q] += change;
+  a[p][q] = 0.0;
+  for (int k = 0; k < N; ++k) {
+    if (k != p && k != q) r.turn(k < p ? a[k][p] : a[p][k], k < q ? a[k][q] : a[q][k]);
+    r.turn(vectors[p][k], vectors[q][k]);
+  }
+}
+
+// Each pair (p, q) once, row by row; false when all entries beside the diagonal were negligible.
+template <int N>
+bool sweep(doubled (&a)[N][N], doubled (&vectors)[N][N]) noexcept {
+  bool any = false;
+  for (int p = 0; p < N - 1; ++p)
+    for (int q = p + 1; q < N; ++q) {
+      if (magnitude(a[p][q]) <= negligible) continue;
+      any = true;
+      annihilate(a, vectors, p, q);
+    }
+  return any;
+}
+
+bool smaller(doubled a, doubled b) noexcept { return a.high < b.high || (a.high == b.high && a.low < b.low); }
+
+}  // namespace
+
+// The matrix is scaled by a power of two, so that its largest entry is between 1 and 2.
+template <int N>
+eigen_system<N> eigen_of_symmetric(const doubled (&matrix)[N][N]) noexcept {
+  double largest = 0;
+  for (int r = 0; r < N; ++r)
+    for (int c = r; c < N; ++c) largest = magnitude(matrix[r][c]) > largest ? magnitude(matrix[r][c]) : largest;
+  const int exponent = largest > 0 && is_finite(largest) ? exponent_of(largest) : 0;
+  doubled a[N][N], vectors[N][N];
+  for (int r = 0; r < N; ++r)
+    for (int c = 0; c < N; ++c) {
+      a[r][c] = scaled(matrix[r][c], -exponent);
+      vectors[r][c] = r == c ? 1.0 : 0.0;
+    }
+  for (int i = 0; i < most_sweeps && sweep(a, vectors); ++i) continue;
+  int order[N];
+  for (int k = 0; k < N; ++k) {
+    int place = k;
+    for (; place > 0 && smaller(a[k][k], a[order[place - 1]][order[place - 1]]); --place)
+      order[place] = order[place - 1];
+    order[place] = k;
+  }
+  eigen_system<N> result;
+  for (int k = 0; k < N; ++k) {
+    result.values[k] = scaled(a[order[k]][order[k]], exponent);
+    for (int c = 0; c < N; ++c) result.vectors[k][c] = vectors[order[k]][c];
+  }
+  return result;
+}
+
+template eigen_system<3> eigen_of_symmetric(const doubled (&)[3][3]) noexcept;
+template eigen_system<4> eigen_of_symmetric(const doubled (&)[4][4]) noexcept;
+
+}  // namespace tessarn::analysis
