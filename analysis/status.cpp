@@ -20,6 +20,8 @@ const char* to_string(status s) noexcept {
       return "The problem is so nearly singular that no bound of the error could be proved.";
     case status::out_of_range: return "A result is too large for a real number.";
     case status::not_converged: return "The iteration did not converge in the steps that were allowed.";
+    case status::collinear: return "The points lie on one line, as far as their digits tell.";
+    case status::not_determined: return "The data do not determine the result: others fit as well.";
   }
   return "This is no status.";
 }

@@ -50,6 +50,7 @@ set(TESSARN_SOURCES
   geometry/plane.cpp
   geometry/plane_fit.cpp
   geometry/residual_model.cpp
+  analysis/align.cpp
   analysis/determinant.cpp
   analysis/eigen3.cpp
   analysis/fit.cpp
@@ -59,6 +60,7 @@ set(TESSARN_SOURCES
   analysis/kernels/in_use.cpp
   analysis/least_squares.cpp
   analysis/normal_equations.cpp
+  analysis/rotation.cpp
   analysis/solve.cpp
   analysis/status.cpp
   analysis/verified_inverse.cpp

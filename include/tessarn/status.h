@@ -2,7 +2,7 @@
 /// The one answer that every call of the second layer gives: whether the result holds, and if not, why.
 ///
 /// The members of the classes answer by their documented special results, an empty matrix or an unchanged right-hand
-/// side. The functions of tessarn/solve.h and tessarn/fit.h return a structure that begins with a status instead. They
+/// side. The functions of tessarn/solve.h, fit.h and align.h return a structure that begins with a status instead. They
 /// throw nothing but std::bad_alloc.
 #pragma once
 
@@ -27,6 +27,8 @@ enum class status : int {
   nearly_singular,   ///< a solution was computed, but no bound of its error could be proved
   out_of_range,      ///< a result is too large for a real
   not_converged,     ///< the steps that were allowed did not reach the end
+  collinear,         ///< the points lie on one line, as far as their digits tell
+  not_determined,    ///< other values of what was asked for fit as well
 };
 
 /// A sentence in plain words, without a line end. The text lives as long as the library is loaded.

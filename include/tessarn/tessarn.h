@@ -9,6 +9,7 @@
 ///     matrix.h     rectangular and square matrices, real and complex
 ///     poly.h       polynomials in one and two variables: fits, curve analysis
 ///     geometry.h   line segments and planes in space, the plane fit
+///     align.h      the motion that carries points onto their partners
 ///     fit.h        fits of polynomials and surfaces that tell what they are worth
 ///     solve.h      systems, least squares, inverses, determinants with a status and bounds of their errors
 ///     views.h      points and matrices in arrays of the program's own, without a copy
@@ -18,6 +19,7 @@
 /// \endverbatim
 #pragma once
 
+#include "tessarn/align.h"
 #include "tessarn/angles.h"
 #include "tessarn/cplx.h"
 #include "tessarn/fit.h"

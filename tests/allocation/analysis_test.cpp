@@ -1,5 +1,6 @@
 // Allocation failure at every allocation of the calls that carry a status: they throw std::bad_alloc, leak nothing, and
 // leave their arguments as they were.
+#include <tessarn/align.h>
 #include <tessarn/fit.h>
 #include <tessarn/solve.h>
 
@@ -57,6 +58,8 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
       {"inverse, complex", [&] { (void)tessarn::inverse(c); }, 8},
       {"determinant", [&] { (void)tessarn::determinant(a); }, 8},
       {"least_squares", [&] { (void)tessarn::least_squares(tall, long_b); }, 12},
+      {"align", [&] { (void)tessarn::align(cloud, cloud); }, 4},
+      {"align, in the plane", [&] { (void)tessarn::align(points, points); }, 4},
       {"fit_polynomial", [&] { (void)tessarn::fit_polynomial(points, 4); }, 12},
       {"fit_surface", [&] { (void)tessarn::fit_surface(cloud, 3); }, 12},
       {"polynomial_fit::expanded", [&] { (void)f.expanded(); }, 1},

@@ -74,7 +74,7 @@ void check(const doubled (&a)[N][N]) {
     for (int c = r; c < N; ++c) largest = std::fmax(largest, magnitude(a[r][c]));
   for (int k = 0; k < N; ++k) {
     if (k > 0) {
-      EXPECT_LE(exact(e.values[k - 1]), exact(e.values[k]));
+      EXPECT_TRUE(exact(e.values[k - 1]) <= exact(e.values[k]));
     }
     for (int r = 0; r < N; ++r) {
       number off = -exact(e.values[k]) * exact(e.vectors[k][r]);

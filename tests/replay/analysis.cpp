@@ -1,4 +1,5 @@
-// Operations of the calls that carry a status: solve.h and fit.h.
+// Operations of the calls that carry a status: solve.h, fit.h and align.h.
+#include <tessarn/align.h>
 #include <tessarn/fit.h>
 #include <tessarn/solve.h>
 
@@ -127,10 +128,61 @@ void run_surface(input& in, output& out) {
   out.put(r.weights);
 }
 
+// Points of a kind: small integers, with ties and points on a line; far from the origin; any finite numbers.
+struct drawn_cloud {
+  real c[3][most_points];
+  ulong count;
+
+  drawn_cloud(input& in, ulong points) : count(points) {
+    const int kind = in.integer(0, 3);
+    for (ulong i = 0; i < count; ++i)
+      for (auto& column : c) {
+        if (kind == 0)
+          column[i] = static_cast<real>(in.integer(0, 3));
+        else if (kind == 1)
+          column[i] = 1000000 + in.within(-1, 1) / 1024;
+        else
+          column[i] = kind == 2 ? in.within(-4, 4) : in.finite();
+      }
+  }
+  tessarn::space_points space() const { return {{c[0], count}, {c[1], count}, {c[2], count}}; }
+  tessarn::plane_points plane() const { return {{c[0], count}, {c[1], count}}; }
+};
+
+template <class Alignment>
+void put_alignment(output& out, const Alignment& m) {
+  put_status(out, m.state);
+  out.put(m.rotation);
+  out.put(m.scale);
+  out.put(m.translation);
+  out.put(m.centre);
+  out.put(m.image);
+  out.put(m.differences);
+  out.put(m.root_mean_square);
+  out.put(m.largest_at);
+  out.put(m.determination);
+}
+
+void run_align(input& in, output& out) {
+  const ulong count = static_cast<ulong>(in.integer(2, 9));
+  const drawn_cloud a(in, count), b(in, count);
+  real weights[most_points];
+  for (ulong i = 0; i < count; ++i) weights[i] = in.within(0, 2);
+  tessarn::align_options o;
+  o.scale = in.integer(0, 1) == 1;
+  o.reflections = in.integer(0, 1) == 1;
+  if (in.integer(0, 1) == 1) o.weights = {weights, count};
+  put_alignment(out, tessarn::align(a.space(), b.space(), o));
+  put_alignment(out, tessarn::align(a.plane(), b.plane(), o));
+}
+
 const operation analysis_table[] = {
-    {"solve, inverse, determinant", n, run_solve}, {"solve, inverse of complex numbers", n, run_complex},
-    {"least_squares", n, run_least_squares},       {"fit_polynomial, fit_robust", 2 * n, run_polynomial},
+    {"solve, inverse, determinant", n, run_solve},
+    {"solve, inverse of complex numbers", n, run_complex},
+    {"least_squares", n, run_least_squares},
+    {"fit_polynomial, fit_robust", 2 * n, run_polynomial},
     {"fit_surface, fit_robust", n, run_surface},
+    {"align", 2 * n, run_align},
 };
 
 }  // namespace

@@ -1,4 +1,5 @@
 // Results with a status through the module.
+#include <tessarn/align.h>
 #include <tessarn/fit.h>
 #include <tessarn/solve.h>
 
@@ -41,6 +42,13 @@ int main() {
   CHECK(g.predict(2, 2, 2).value == 25);
   const tessarn::robust_surface_fit k = tessarn::fit_robust({places, 4}, 1);
   CHECK(k.fit.points_used == 4 || k.fit.state != status::ok);
+
+  const vector3d from[] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, to[] = {{5, 0, 0}, {5, 1, 0}, {4, 0, 0}};
+  const tessarn::space_alignment m = tessarn::align({from, 3}, {to, 3});
+  CHECK(m.state == status::ok && m.translation == vector3d(5, 0, 0) && m.map(from[2]) == to[2]);
+  const vector a2[] = {{0, 0}, {2, 0}}, b2[] = {{1, 1}, {1, 3}};
+  const tessarn::plane_alignment n = tessarn::align({a2, 2}, {b2, 2});
+  CHECK(n.state == status::ok && n.map(vector(0, 2)) == vector(-1, 1));
 
   CHECK(tessarn::to_string(status::ok) != tessarn::to_string(status::singular));
   return check::finish();

@@ -1,0 +1,440 @@
+// The best motion between two sets of points.
+#include "tessarn/align.h"
+
+#include <limits>
+
+#include "analysis/doubled_matrix.h"
+#include "analysis/eigen3.h"
+#include "analysis/point_set.h"
+#include "analysis/rotation.h"
+
+namespace tessarn {
+
+using namespace analysis;
+
+namespace {
+
+constexpr double no_number = std::numeric_limits<double>::quiet_NaN();
+
+// The pairs of the caller, and which of them count.
+template <int D>
+class pairs {
+ public:
+  pairs(const point_columns<D>& a, const point_columns<D>& b, const align_options& options) noexcept
+      : a_(a), b_(b), weights_(options.weights), leave_out_(options.leave_out_not_finite) {
+    const bool weighted = !weights_.empty();
+    if (!a.sizes_agree() || !b.sizes_agree() || a.size() != b.size() || (weighted && weights_.size() != a.size()))
+      state_ = status::sizes_differ;
+    else if (a.size() == 0)
+      state_ = status::no_points;
+    else
+      look();
+    if (state_ != status::ok) return;
+    if (used_ == 0)
+      state_ = weighted && !leave_out_ ? status::bad_weight : status::no_points;
+    else if (used_ < D)
+      state_ = status::too_few_points;
+  }
+
+  status state() const noexcept { return state_; }
+  std::size_t size() const noexcept { return a_.size(); }
+  std::size_t used() const noexcept { return used_; }
+  std::size_t first() const noexcept { return first_; }
+  bool finite(std::size_t i) const noexcept { return a_.finite(i) && b_.finite(i) && is_finite(weight_of(i)); }
+  bool counts(std::size_t i) const noexcept { return weight_of(i) > 0 && finite(i); }
+  const point_columns<D>& a() const noexcept { return a_; }
+  const point_columns<D>& b() const noexcept { return b_; }
+  // The weight in units of the power of two of the largest one.
+  double weight(std::size_t i) const noexcept { return weights_.empty() ? 1 : scaled(weight_of(i), -weight_exponent_); }
+  doubled squared_weight(std::size_t i) const noexcept {
+    const double w = weight(i);
+    return exact_product(w, w);
+  }
+
+ private:
+  double weight_of(std::size_t i) const noexcept { return weights_.empty() ? 1 : static_cast<double>(weights_[i]); }
+
+  // Counts the pairs that are finite and have a weight.
+  void look() noexcept {
+    double largest = 0;
+    for (std::size_t i = 0; i < size(); ++i) {
+      if (!finite(i)) {
+        if (leave_out_) continue;
+        state_ = status::not_finite;
+        return;
+      }
+      const double w = weight_of(i);
+      if (w < 0) {
+        state_ = status::bad_weight;
+        return;
+      }
+      if (w == 0) continue;
+      if (used_++ == 0) first_ = i;
+      largest = w > largest ? w : largest;
+    }
+    weight_exponent_ = largest > 0 ? exponent_of(largest) : 0;
+  }
+
+  point_columns<D> a_, b_;
+  column_view weights_;
+  bool leave_out_;
+  status state_ = status::ok;
+  std::size_t used_ = 0, first_ = 0;
+  int weight_exponent_ = 0;
+};
+
+// One of the two sets: its local coordinates, their weighted mean and their scatter about it.
+template <int D>
+struct centred_set {
+  local_points<D> points;
+  doubled mean[D], scatter[D][D];
+
+  centred_set(const point_columns<D>& columns, std::size_t first) noexcept : points(columns, first) {
+    for (int r = 0; r < D; ++r) {
+      mean[r] = 0.0;
+      for (int c = 0; c < D; ++c) scatter[r][c] = 0.0;
+    }
+  }
+  doubled centred(int k, std::size_t i) const noexcept { return points.local_of(k, i) - mean[k]; }
+  doubled trace() const noexcept {
+    doubled sum = scatter[0][0];
+    for (int k = 1; k < D; ++k) sum += scatter[k][k];
+    return sum;
+  }
+};
+
+// The sums over all pairs, in ascending order, and what follows from them. Local coordinates are below 4 in magnitude.
+template <int D>
+class motion {
+ public:
+  motion(const pairs<D>& p, const align_options& options) noexcept
+      : pairs_(p), a_(p.a(), p.first()), b_(p.b(), p.first()), options_(options) {
+    if (!choose_units()) {
+      state_ = status::too_few_distinct;
+      return;
+    }
+    centre();
+    multiply();
+    rotate();
+    choose_scale();
+  }
+
+  status state() const noexcept { return state_; }
+  const best_rotation<D>& rotation() const noexcept { return rotation_; }
+  double determination() const noexcept {
+    return state_ == status::too_few_distinct
+               ? 0
+               : (rotation_.gap / (square_root(a_.trace()) * square_root(b_.trace()))).high;
+  }
+  double entry(int row, int column) const noexcept {
+    const doubled v = rotation_.entries[row][column];
+    return magnitude(v) < 0x1p-60 ? cleaned(v) : v.high;  // R stays orthogonal
+  }
+  // The scale in the units of the caller, with its rounding to them.
+  double scale() const noexcept {
+    return options_.scale ? scaled(scale_.high, b_.points.exponent() - a_.points.exponent()) : 1;
+  }
+  // b - motion(a) of a pair in units of 2^exponent(), coordinate by coordinate.
+  void difference(std::size_t i, doubled (&d)[D]) const noexcept {
+    doubled a[D];
+    for (int k = 0; k < D; ++k) a[k] = scale_ * a_.centred(k, i);
+    for (int r = 0; r < D; ++r) {
+      d[r] = b_.centred(r, i) * doubled(b_unit_) - turned(r, a);
+      if (magnitude(d[r]) < noise_) d[r] = 0.0;
+    }
+  }
+  int exponent() const noexcept { return exponent_; }
+  bool place(double (&centre)[D], double (&image)[D], double (&translation)[D]) const noexcept;
+
+ private:
+  double cleaned(doubled v) const noexcept { return magnitude(v) < noise_ ? 0 : v.high; }
+  doubled turned(int row, const doubled (&a)[D]) const noexcept {
+    doubled sum = rotation_.entries[row][0] * a[0];
+    for (int k = 1; k < D; ++k) sum += rotation_.entries[row][k] * a[k];
+    return sum;
+  }
+
+  // Widths follow the shifts, and units the widths: each is a pass of its own over the points.
+  bool choose_units() noexcept {
+    for (std::size_t i = 0; i < pairs_.size(); ++i) {
+      if (!pairs_.counts(i)) continue;
+      a_.points.include(i);
+      b_.points.include(i);
+    }
+    a_.points.choose_shifts();
+    b_.points.choose_shifts();
+    for (std::size_t i = 0; i < pairs_.size(); ++i) {
+      if (!pairs_.counts(i)) continue;
+      a_.points.widen(i);
+      b_.points.widen(i);
+    }
+    const bool wide_a = a_.points.choose_unit(), wide_b = b_.points.choose_unit();
+    return wide_a && wide_b;
+  }
+
+  void centre() noexcept {
+    weights_ = 0.0;
+    for (std::size_t i = 0; i < pairs_.size(); ++i) {
+      if (!pairs_.counts(i)) continue;
+      const doubled w = pairs_.squared_weight(i);
+      weights_ += w;
+      for (int k = 0; k < D; ++k) {
+        a_.mean[k] += w * a_.points.local_of(k, i);
+        b_.mean[k] += w * b_.points.local_of(k, i);
+      }
+    }
+    for (int k = 0; k < D; ++k) {
+      a_.mean[k] = a_.mean[k] / weights_;
+      b_.mean[k] = b_.mean[k] / weights_;
+    }
+  }
+
+  void multiply() noexcept {
+    for (auto& row : h_)
+      for (doubled& v : row) v = 0.0;
+    for (std::size_t i = 0; i < pairs_.size(); ++i) {
+      if (!pairs_.counts(i)) continue;
+      const doubled w = pairs_.squared_weight(i);
+      doubled a[D], b[D];
+      for (int k = 0; k < D; ++k) {
+        a[k] = a_.centred(k, i);
+        b[k] = b_.centred(k, i);
+      }
+      for (int r = 0; r < D; ++r) {
+        const doubled wa = w * a[r], wb = w * b[r];
+        for (int c = 0; c < D; ++c) h_[r][c] += wb * a[c];
+        for (int c = r; c < D; ++c) {
+          a_.scatter[r][c] += wa * a[c];
+          b_.scatter[r][c] += wb * b[c];
+        }
+      }
+    }
+  }
+
+  void rotate() noexcept;
+  void choose_scale() noexcept;
+
+  const pairs<D>& pairs_;
+  centred_set<D> a_, b_;
+  const align_options& options_;
+  status state_ = status::ok;
+  doubled weights_, h_[D][D], scale_ = 1.0;  // the scale is that of local coordinates
+  double b_unit_ = 1;
+  int exponent_ = 0;
+  // A bound of the error of an entry of the rotation. Smaller entries, and differences that are smaller in the units of
+  // the set, become 0: the computed number is 0 where the exact one is.
+  double noise_ = 0;
+  best_rotation<D> rotation_;
+};
+
+// The mean square of the distances from the best line, and whether these are no larger than what the rounding of the
+// coordinates explains, or the rounding of the sums.
+struct thickness {
+  double mean_square = 0;
+  bool on_a_line = false;
+};
+
+thickness thickness_of(const centred_set<3>& s, doubled weights, double sums) noexcept {
+  const eigen_system<3> e = eigen_of_symmetric(s.scatter);
+  const double across = ((e.values[0] + e.values[1]) / weights).high;
+  thickness t;
+  t.mean_square = across > 0 ? across : 0;
+  t.on_a_line = across <= 0x1p-104 * s.points.squared_magnitude() + sums * (s.trace() / weights).high;
+  return t;
+}
+
+// In the plane it is the whole set that is turned.
+thickness thickness_of(const centred_set<2>& s, doubled weights, double) noexcept {
+  return {(s.trace() / weights).high, false};
+}
+
+// Rounding of the coordinates, by at most u = 2^-53 of |A| and |B|, changes a singular value by at most the sum of
+// w^2 u (|B| ta + |A| tb), where ta and tb are the distances of the points from the line that stays; twice that for the
+// gap, and twice again to be safe. The sums are off by less than 2^-84 + n 2^-100 of |a| |b|.
+template <int D>
+void motion<D>::rotate() noexcept {
+  const double n = static_cast<double>(pairs_.used()), sums = 0x1p-90 + n * 0x1p-100;
+  const thickness ta = thickness_of(a_, weights_, sums), tb = thickness_of(b_, weights_, sums);
+  const double rounding = std::sqrt(b_.points.squared_magnitude()) * std::sqrt(ta.mean_square) +
+                          std::sqrt(a_.points.squared_magnitude()) * std::sqrt(tb.mean_square);
+  const double product = std::sqrt(a_.trace().high) * std::sqrt(b_.trace().high);
+  const double tolerance = 0x1p-51 * weights_.high * rounding + (0x1p-84 + n * 0x1p-100) * product;
+  rotation_ = rotation_of(h_, tolerance, options_.reflections);
+  if (ta.on_a_line || tb.on_a_line)
+    state_ = status::collinear;
+  else if (!(rotation_.gap.high > tolerance))
+    state_ = status::not_determined;
+  noise_ = (n + 64) * 0x1p-100;
+  if (state_ == status::ok) noise_ /= determination();
+}
+
+// The scale of S. Umeyama, 1991, equation 42. Without it both sets get the larger of their units.
+template <int D>
+void motion<D>::choose_scale() noexcept {
+  const int ea = a_.points.exponent(), eb = b_.points.exponent();
+  exponent_ = options_.scale || eb > ea ? eb : ea;
+  if (options_.scale) {
+    scale_ = rotation_.product / a_.trace();
+    if (!(scale_.high > 0)) scale_ = 0.0;
+    const double s = scale();
+    if (!is_finite(s) || (scale_.high > 0 && s < 0x1p-1022)) state_ = status::out_of_range;
+    return;
+  }
+  scale_ = scaled(1.0, ea - exponent_);
+  b_unit_ = scaled(1.0, eb - exponent_);
+}
+
+// The centroid of a as doubles, its image, and the translation that goes with them: each sum is formed in a unit in
+// which it cannot overflow. False when a number leaves the range of a double.
+template <int D>
+bool motion<D>::place(double (&centre)[D], double (&image)[D], double (&translation)[D]) const noexcept {
+  doubled off[D], far[D];  // of the rounded centroid: from the centroid, and from the origin
+  int largest = -1074;     // the exponent of the largest coordinate of the centre
+  for (int k = 0; k < D; ++k) {
+    centre[k] = scaled(a_.points.global(k, a_.mean[k]).high, a_.points.shift(k));
+    off[k] = scale_ * (a_.points.local(k, centre[k]) - a_.mean[k]);
+    if (centre[k] != 0 && exponent_of(centre[k]) > largest) largest = exponent_of(centre[k]);
+  }
+  // The scale in the units of the caller is `scale` times 2^unit.
+  const doubled scale = options_.scale ? scale_ : doubled(1.0);
+  const int unit = options_.scale ? b_.points.exponent() - a_.points.exponent() : 0;
+  for (int k = 0; k < D; ++k) far[k] = scale * doubled(scaled(centre[k], -largest));
+  const int far_exponent = largest + unit;
+  bool finite = true;
+  for (int r = 0; r < D; ++r) {
+    const int shift = b_.points.shift(r);
+    const doubled at = b_.points.global(r, b_.mean[r]) + scaled(turned(r, off), exponent_ - shift);
+    image[r] = scaled(at.high, shift);
+    const int at_exponent = at.high == 0 ? far_exponent : exponent_of(at.high) + shift;
+    const int common = (far_exponent > at_exponent ? far_exponent : at_exponent) + 4;
+    const doubled t = scaled(at, shift - common) - scaled(turned(r, far), far_exponent - common);
+    translation[r] = scaled(cleaned(t * doubled(16.0)), common - 4);
+    finite = finite && is_finite(image[r]) && is_finite(translation[r]);
+  }
+  return finite;
+}
+
+void set_point(vector3d& p, const double (&v)[3]) noexcept {
+  p.x = v[0];
+  p.y = v[1];
+  p.z = v[2];
+}
+void set_point(vector& p, const double (&v)[2]) noexcept {
+  p.x = v[0];
+  p.y = v[1];
+}
+
+// The length of a difference, without overflow or underflow of the squares.
+template <int D>
+double length(const doubled (&d)[D]) noexcept {
+  double largest = 0;
+  for (int k = 0; k < D; ++k) largest = magnitude(d[k]) > largest ? magnitude(d[k]) : largest;
+  if (largest == 0) return 0;
+  const int e = exponent_of(largest);
+  doubled sum = 0.0;
+  for (int k = 0; k < D; ++k) {
+    const doubled v = scaled(d[k], -e);
+    sum += v * v;
+  }
+  return scaled(square_root(sum).high, e);
+}
+
+// Differences and distances of all pairs, and their summary; false when one is too large for a real.
+template <int D, class Alignment>
+bool judge(const pairs<D>& p, const motion<D>& m, Alignment& r) {
+  numbers<double> lengths(p.size());  // in units of 2^exponent()
+  r.differences = mat<long double>(std::size_t{D}, p.size());
+  r.distances = mat<long double>(std::size_t{1}, p.size());
+  double largest = -1;
+  bool fits = true;
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    doubled d[D];
+    const bool finite = p.finite(i);
+    if (finite) m.difference(i, d);
+    for (int k = 0; k < D; ++k)
+      r.differences.getData()[D * i + static_cast<std::size_t>(k)] =
+          finite ? scaled(d[k].high, m.exponent()) : no_number;
+    lengths[i] = finite ? length(d) : no_number;
+    r.distances.getData()[i] = scaled(lengths[i], m.exponent());
+    if (!p.counts(i)) continue;
+    fits = fits && is_finite(r.distances.getData()[i]);
+    if (!(lengths[i] > largest)) continue;
+    largest = lengths[i];
+    r.largest_at = static_cast<ulong>(i);
+  }
+  r.largest_residual = scaled(largest, m.exponent());
+  const int e = largest > 0 ? exponent_of(largest) : 0;
+  doubled squares = 0.0, weights = 0.0;
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    if (!p.counts(i)) continue;
+    const double v = scaled(lengths[i], -e);
+    squares += p.squared_weight(i) * exact_product(v, v);
+    weights += p.squared_weight(i);
+  }
+  r.root_mean_square = scaled(square_root(squares / weights).high, e + m.exponent());
+  return fits && is_finite(r.root_mean_square);
+}
+
+template <int D, class Alignment>
+Alignment find(const point_columns<D>& a, const point_columns<D>& b, const align_options& options) {
+  Alignment r;
+  const pairs<D> p(a, b, options);
+  r.state = p.state();
+  r.points_used = static_cast<ulong>(p.used());
+  r.points_left_out = static_cast<ulong>(p.state() == status::sizes_differ ? 0 : p.size() - p.used());
+  if (r.state != status::ok) return r;
+  const motion<D> m(p, options);
+  r.state = m.state();
+  if (r.state == status::too_few_distinct || r.state == status::out_of_range) return r;
+  double centre[D], image[D], translation[D];
+  const bool placed = m.place(centre, image, translation);
+  if (!placed || !judge(p, m, r)) {
+    Alignment none;
+    none.state = status::out_of_range;
+    none.points_used = r.points_used;
+    none.points_left_out = r.points_left_out;
+    return none;
+  }
+  r.rotation = mat<long double>(D, D);
+  for (int row = 0; row < D; ++row)
+    for (int c = 0; c < D; ++c) r.rotation.getData()[row * D + c] = m.entry(row, c);
+  r.scale = m.scale();
+  r.reflected = m.rotation().reflected;
+  r.determination = m.determination() > 0 ? m.determination() : 0;
+  set_point(r.centre, centre);
+  set_point(r.image, image);
+  set_point(r.translation, translation);
+  return r;
+}
+
+}  // namespace
+
+space_alignment align(space_points a, space_points b, const align_options& options) {
+  return find<3, space_alignment>(columns_of(a), columns_of(b), options);
+}
+
+plane_alignment align(plane_points a, plane_points b, const align_options& options) {
+  return find<2, plane_alignment>(columns_of(a), columns_of(b), options);
+}
+
+vector3d space_alignment::map(const vector3d& p) const {
+  const real d[] = {p.x - centre.x, p.y - centre.y, p.z - centre.z};
+  real v[] = {0, 0, 0};
+  if (rotation.getHeight() == 3)
+    for (int r = 0; r < 3; ++r) {
+      const real* row = rotation.getData() + 3 * r;
+      v[r] = scale * ((row[0] * d[0] + row[1] * d[1]) + row[2] * d[2]);
+    }
+  return {image.x + v[0], image.y + v[1], image.z + v[2]};
+}
+
+vector plane_alignment::map(const vector& p) const {
+  const real d[] = {p.x - centre.x, p.y - centre.y};
+  real v[] = {0, 0};
+  if (rotation.getHeight() == 2)
+    for (int r = 0; r < 2; ++r)
+      v[r] = scale * (rotation.getData()[2 * r] * d[0] + rotation.getData()[2 * r + 1] * d[1]);
+  return {image.x + v[0], image.y + v[1]};
+}
+
+}  // namespace tessarn
