@@ -221,8 +221,8 @@ class motion {
   doubled weights_, h_[D][D], scale_ = 1.0;  // the scale is that of local coordinates
   double b_unit_ = 1;
   int exponent_ = 0;
-  // A bound of the error of an entry of the rotation. Smaller entries, and differences that are smaller in the units of
-  // the set, become 0: the computed number is 0 where the exact one is.
+  // About the error of a difference in the units of the set. Smaller differences become 0, so that they are 0 where the
+  // exact ones are, and so do entries of the rotation that are smaller still.
   double noise_ = 0;
   best_rotation<D> rotation_;
 };
@@ -264,8 +264,11 @@ void motion<D>::rotate() noexcept {
     state_ = status::collinear;
   else if (!(rotation_.gap.high > tolerance))
     state_ = status::not_determined;
+  // The sums are off by 2^-100 of |a| |b| for each term. What that turns about the line of the points moves them by the
+  // part of their extent that is across the line.
+  const double part = std::sqrt(ta.mean_square / (a_.trace() / weights_).high);
   noise_ = (n + 64) * 0x1p-100;
-  if (state_ == status::ok) noise_ /= determination();
+  if (state_ == status::ok) noise_ *= product * (part / rotation_.gap.high + 1 / rotation_.wide_gap.high);
 }
 
 // The scale of S. Umeyama, 1991, equation 42. Without it both sets get the larger of their units.

@@ -35,6 +35,8 @@ inline point_columns<3> columns_of(const space_points& p) noexcept { return {{p.
 template <int D>
 class local_points {
  public:
+  // No points.
+  local_points() noexcept = default;
   // The reference is point number `first`. Points are added by include(), which choose_unit() ends.
   local_points(const point_columns<D>& columns, std::size_t first) noexcept : columns_(columns) {
     for (int k = 0; k < D; ++k) reference_[k] = columns.c[k][first];
@@ -75,6 +77,8 @@ class local_points {
   doubled global(int k, doubled v) const noexcept {
     return doubled(scaled(reference_[k], -shift_[k])) + scaled(v, exponent_ - shift_[k]);
   }
+  // Whether all points agree in this coordinate.
+  bool constant(int k) const noexcept { return widths_[k] == 0; }
   int shift(int k) const noexcept { return shift_[k]; }
   int exponent() const noexcept { return exponent_; }
 
@@ -97,7 +101,7 @@ class local_points {
   }
 
   point_columns<D> columns_;
-  double reference_[D], largest_[D] = {}, widths_[D] = {};
+  double reference_[D] = {}, largest_[D] = {}, widths_[D] = {};
   int shift_[D] = {}, exponent_ = 0;
 };
 

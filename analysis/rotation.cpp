@@ -66,10 +66,12 @@ best_rotation<3> rotation_of(const doubled (&h)[3][3], double tolerance, bool re
     store_rotation(q, -1, r.entries);
     r.product = -e.values[0];
     r.gap = (e.values[1] - e.values[0]) * doubled(0.5);
+    r.wide_gap = (e.values[2] - e.values[0]) * doubled(0.5);
   } else {
     store_rotation(smallest_angle(e, 2 * tolerance), 1, r.entries);
     r.product = e.values[3];
     r.gap = (e.values[3] - e.values[2]) * doubled(0.5);
+    r.wide_gap = (e.values[3] - e.values[1]) * doubled(0.5);
   }
   return r;
 }
@@ -81,7 +83,7 @@ best_rotation<2> rotation_of(const doubled (&h)[2][2], double tolerance, bool re
   const doubled turned = square_root(p * p + q * q), mirrored = square_root(m * m + n * n);
   best_rotation<2> r;
   r.reflected = reflections && (mirrored - turned).high > 2 * tolerance;
-  r.product = r.gap = r.reflected ? mirrored : turned;
+  r.product = r.gap = r.wide_gap = r.reflected ? mirrored : turned;
   const bool vanishes = !(r.product.high > 0);
   const doubled c = vanishes ? doubled(1.0) : (r.reflected ? m : p) / r.product;
   const doubled s = vanishes ? doubled(0.0) : (r.reflected ? n : q) / r.product;

@@ -11,6 +11,7 @@ struct best_rotation {
   doubled entries[D][D];  // [row][column]
   doubled product;        // the sum of (R a) . b, the largest that can be reached
   doubled gap;            // of space s2 + s3, the singular values with the sign of det H; of the plane the product
+  doubled wide_gap;       // of space s1 + s3: what holds turns that move the points most; of the plane the product
   bool reflected = false;
 };
 

@@ -57,13 +57,18 @@ set(TESSARN_SOURCES
   analysis/fit_data.cpp
   analysis/fit_robust.cpp
   analysis/fit_surface.cpp
+  analysis/flatness.cpp
+  analysis/hull.cpp
   analysis/kernels/in_use.cpp
   analysis/least_squares.cpp
   analysis/normal_equations.cpp
+  analysis/orientation.cpp
+  analysis/polytope.cpp
   analysis/rotation.cpp
   analysis/solve.cpp
   analysis/status.cpp
   analysis/verified_inverse.cpp
+  analysis/width.cpp
   selfcheck/geometry.cpp
   selfcheck/matrices.cpp
   selfcheck/polynomials.cpp

@@ -10,6 +10,7 @@
 ///     poly.h       polynomials in one and two variables: fits, curve analysis
 ///     geometry.h   line segments and planes in space, the plane fit
 ///     align.h      the motion that carries points onto their partners
+///     flat.h       the plane among points, and how flat they are
 ///     fit.h        fits of polynomials and surfaces that tell what they are worth
 ///     solve.h      systems, least squares, inverses, determinants with a status and bounds of their errors
 ///     views.h      points and matrices in arrays of the program's own, without a copy
@@ -23,6 +24,7 @@
 #include "tessarn/angles.h"
 #include "tessarn/cplx.h"
 #include "tessarn/fit.h"
+#include "tessarn/flat.h"
 #include "tessarn/geometry.h"
 #include "tessarn/matrix.h"
 #include "tessarn/poly.h"

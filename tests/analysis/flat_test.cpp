@@ -1,0 +1,198 @@
+// Least-squares planes and minimum zones: examples, each status, and invariance.
+#include <gtest/gtest.h>
+#include <tessarn/flat.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "../support/random.h"
+
+namespace {
+
+using tessarn::flatness_options;
+using tessarn::flatness_result;
+using tessarn::status;
+using test::random_source;
+using cloud = std::vector<vector3d>;
+
+constexpr double infinite = std::numeric_limits<double>::infinity();
+
+const cloud tetrahedron = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+
+TEST(Flat, APlate) {
+  const cloud plate = {{0, 0, 5}, {9, 0, 5}, {0, 9, 5}, {9, 9, 5}, {3, 4, 5.5}, {6, 2, 4.75}};
+  const flatness_result f = tessarn::flatness(plate);
+  ASSERT_EQ(f.state, status::ok);
+  EXPECT_EQ(f.middle.state, status::ok);
+  EXPECT_EQ(f.least_squares.state, status::ok);
+  EXPECT_EQ(f.points_used, 6u);
+  EXPECT_LE(f.zone, 0.75);
+  EXPECT_LE(f.zone, f.least_squares.peak_to_valley);
+  EXPECT_EQ(f.zone, f.middle.peak_to_valley);
+  EXPECT_EQ(f.least_squares.highest, 4u);
+  EXPECT_EQ(f.least_squares.lowest, 5u);
+  EXPECT_EQ(f.middle.highest, 4u);
+  EXPECT_EQ(f.middle.lowest, 0u);  // the zone leans: it touches two corners and the lowest point
+  EXPECT_GT(f.middle.normal.z, 0.99);
+  EXPECT_EQ(f.touching_above, 1u);
+  EXPECT_EQ(f.touching_below, 3u);
+}
+
+// A regular tetrahedron is thinnest between two opposite edges, one with a right corner between a face and its corner.
+TEST(Flat, FacesAndEdges) {
+  const cloud regular = {{1, 1, 1}, {1, -1, -1}, {-1, 1, -1}, {-1, -1, 1}};
+  const flatness_result edges = tessarn::flatness(regular);
+  EXPECT_EQ(edges.zone, 2);
+  EXPECT_EQ(edges.touching_above, 2u);
+  EXPECT_EQ(edges.touching_below, 2u);
+  EXPECT_EQ(edges.least_squares.state, status::not_determined);
+  const flatness_result face = tessarn::flatness(tetrahedron);
+  EXPECT_EQ(face.zone, std::sqrt(1.0 / 3));
+  EXPECT_EQ(face.touching_above, 3u);
+  EXPECT_EQ(face.touching_below, 1u);
+  EXPECT_EQ(face.touching[3], 0u);
+  EXPECT_EQ(face.middle.lowest, 0u);
+}
+
+TEST(Flat, PointsInOnePlane) {
+  const cloud flat = {{0, 0, 0}, {1, 2, 3}, {2, 4, 6}, {1, 0, 1}, {0, 2, 2}, {5, 4, 9}};  // z = x + y
+  const flatness_result f = tessarn::flatness(flat);
+  ASSERT_EQ(f.state, status::ok);
+  EXPECT_EQ(f.zone, 0);
+  EXPECT_EQ(f.touching_above, 3u);
+  EXPECT_EQ(f.touching_below, 0u);
+  EXPECT_EQ(f.middle.peak_to_valley, 0);
+  EXPECT_EQ(f.least_squares.root_mean_square, 0);
+  EXPECT_DOUBLE_EQ(f.middle.normal.x, std::sqrt(1.0 / 3));
+  EXPECT_DOUBLE_EQ(f.middle.normal.z, -std::sqrt(1.0 / 3));
+  EXPECT_EQ(f.middle.offset, 0);
+  for (int i = 0; i < 6; ++i) EXPECT_EQ(f.middle.residuals.getData()[i], 0);
+  const flatness_result wall = tessarn::flatness(cloud{{7, 0, 0}, {7, 1, 0}, {7, 0, 1}});
+  EXPECT_EQ(wall.middle.normal, vector3d(1, 0, 0));
+  EXPECT_EQ(wall.middle.offset, 7);
+  EXPECT_EQ(wall.least_squares.offset, 7);
+}
+
+TEST(Flat, StatusesOneByOne) {
+  const cloud none, two(2, vector3d(1, 2, 3)), same(5, vector3d(1, 2, 3));
+  const cloud line = {{0, 0, 0}, {1, 2, 3}, {2, 4, 6}, {-3, -6, -9}};
+  EXPECT_EQ(tessarn::flatness(none).state, status::no_points);
+  EXPECT_EQ(tessarn::flatness(two).state, status::too_few_points);
+  EXPECT_EQ(tessarn::flatness(same).state, status::too_few_distinct);
+  const flatness_result on_a_line = tessarn::flatness(line);
+  EXPECT_EQ(on_a_line.state, status::collinear);
+  EXPECT_EQ(on_a_line.middle.state, status::collinear);
+  EXPECT_EQ(on_a_line.least_squares.state, status::collinear);
+  EXPECT_EQ(on_a_line.points_used, 4u);
+  EXPECT_EQ(on_a_line.middle.residuals.getHeight(), 0u);
+  const tessarn::real numbers[] = {1, 2, 3, 4};
+  const tessarn::space_points uneven({numbers, 4}, {numbers, 3}, {numbers, 4});
+  EXPECT_EQ(tessarn::flatness(uneven).state, status::sizes_differ);
+  for (const double bad : {infinite, -infinite, std::nan("")}) {
+    cloud c = tetrahedron;
+    c.push_back({1, bad, 1});
+    EXPECT_EQ(tessarn::flatness(c).state, status::not_finite);
+    flatness_options o;
+    o.leave_out_not_finite = true;
+    const flatness_result f = tessarn::flatness(c, o);
+    EXPECT_EQ(f.state, status::ok);
+    EXPECT_EQ(f.points_used, 4u);
+    EXPECT_EQ(f.points_left_out, 1u);
+    EXPECT_TRUE(std::isnan(f.middle.residuals.getData()[4]));
+    EXPECT_TRUE(std::isnan(f.least_squares.residuals.getData()[4]));
+    EXPECT_EQ(tessarn::flatness(cloud(3, vector3d(0, 0, bad)), o).state, status::no_points);
+  }
+  const double m = 1.7e308;
+  EXPECT_EQ(tessarn::flatness(cloud{{m, m, m}, {m, -m, -m}, {-m, m, -m}, {-m, -m, m}}).state, status::out_of_range);
+  const flatness_result large = tessarn::flatness(cloud{{m, 0, 0}, {-m, 0, 0}, {0, m, 0}, {0, 0, 1e300}});
+  EXPECT_EQ(large.state, status::ok);
+  EXPECT_NEAR(static_cast<double>(large.zone), 1e300, 1e292);
+}
+
+// Nearly on a line as far as the digits tell: the zone is exact, the least-squares plane is not determined.
+TEST(Flat, PointsOnALineButForRounding) {
+  random_source random(1730);
+  for (int i = 0; i < 200; ++i) {
+    const vector3d d(random.uniform(), random.uniform(), random.uniform());
+    cloud c;
+    for (int k = 0; k < 8; ++k) {
+      const double t = random.uniform(-5, 5);
+      c.push_back({t * d.x + 1000, t * d.y, t * d.z});
+    }
+    const flatness_result f = tessarn::flatness(c);
+    EXPECT_EQ(f.least_squares.state, status::collinear) << i;
+    EXPECT_EQ(f.state, status::ok) << i;
+    EXPECT_LT(f.zone, 1e-12);
+    c[3].z += 1e-6;
+    EXPECT_EQ(tessarn::flatness(c).least_squares.state, status::ok) << i;
+  }
+}
+
+// The zone does not depend on the order of the points, nor on how they are stored.
+TEST(Flat, OrderAndStorageDoNotMatter) {
+  random_source random(1731);
+  for (int i = 0; i < 200; ++i) {
+    cloud c;
+    const bool grid = i % 2 == 0;
+    for (int k = 0; k < 30; ++k) {
+      const auto draw = [&] { return grid ? static_cast<double>(random.below(5)) : random.uniform(); };
+      const double x = draw(), y = draw();
+      c.push_back({x, y, draw()});
+    }
+    const flatness_result f = tessarn::flatness(c);
+    cloud turned(c.rbegin(), c.rend());
+    std::swap(turned[3], turned[20]);
+    const flatness_result g = tessarn::flatness(turned);
+    EXPECT_EQ(f.state, g.state);
+    EXPECT_EQ(f.zone, g.zone);
+    EXPECT_EQ(f.middle.normal, g.middle.normal);
+    for (int k = 0; k < 4; ++k) EXPECT_EQ(c[f.touching[k]], turned[g.touching[k]]);
+    std::vector<tessarn::real> flat;
+    for (const vector3d& p : c) flat.insert(flat.end(), {p.x, p.y, p.z});
+    const std::size_t step = 3 * sizeof(tessarn::real);
+    const flatness_result h = tessarn::flatness(
+        {{flat.data(), c.size(), step}, {flat.data() + 1, c.size(), step}, {flat.data() + 2, c.size(), step}});
+    EXPECT_EQ(f.zone, h.zone);
+    EXPECT_EQ(0, std::memcmp(f.middle.residuals.getData(), h.middle.residuals.getData(), 30 * sizeof(tessarn::real)));
+  }
+}
+
+// Larger sets: all points lie in the zone, no direction near the normal is better, and no random one.
+TEST(Flat, LargeSetsLieInTheirZone) {
+  random_source random(1732);
+  for (const int kind : {0, 1, 2, 3}) {
+    cloud c;
+    for (int k = 0; k < 3000; ++k) {
+      double x = random.normal(), y = random.normal(), z = random.normal();
+      if (kind == 1) {  // on a sphere
+        const double l = std::sqrt(x * x + y * y + z * z);
+        x /= l, y /= l, z /= l;
+      }
+      if (kind == 2) z *= 1e-6;  // a thin plate
+      if (kind == 3) x = std::round(3 * x), y = std::round(3 * y), z = std::round(z);
+      c.push_back({x, y, z});
+    }
+    const flatness_result f = tessarn::flatness(c);
+    ASSERT_EQ(f.state, status::ok);
+    const double half = static_cast<double>(f.zone) / 2;
+    for (int k = 0; k < 3000; ++k)
+      EXPECT_LE(std::fabs(static_cast<double>(f.middle.residuals.getData()[k])), half * (1 + 1e-14));
+    for (int t = 0; t < 400; ++t) {
+      const double off = t < 200 ? std::ldexp(1.0, -static_cast<int>(random.below(40))) : 10;
+      vector3d n(f.middle.normal.x + off * random.uniform(), f.middle.normal.y + off * random.uniform(),
+                 f.middle.normal.z + off * random.uniform());
+      n = n.resize(1);
+      double high = -infinite, low = infinite;
+      for (const vector3d& p : c) {
+        high = std::fmax(high, static_cast<double>(n * p));
+        low = std::fmin(low, static_cast<double>(n * p));
+      }
+      EXPECT_GE(high - low, f.zone * (1 - 1e-9)) << kind;
+    }
+  }
+}
+
+}  // namespace
