@@ -2,6 +2,7 @@
 // leave their arguments as they were.
 #include <tessarn/align.h>
 #include <tessarn/fit.h>
+#include <tessarn/flat.h>
 #include <tessarn/solve.h>
 
 #include <gtest/gtest.h>
@@ -45,6 +46,8 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
     points.emplace_back(random.uniform(), random.uniform());
     cloud.emplace_back(random.uniform(), random.uniform(), random.uniform());
   }
+  std::vector<vector3d> flat = cloud;
+  for (vector3d& p : flat) p.z = 3;
   const tessarn::polynomial_fit f = tessarn::fit_polynomial(points, 4);
   const tessarn::surface_fit s = tessarn::fit_surface(cloud, 2);
   const struct {
@@ -60,6 +63,8 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
       {"least_squares", [&] { (void)tessarn::least_squares(tall, long_b); }, 12},
       {"align", [&] { (void)tessarn::align(cloud, cloud); }, 4},
       {"align, in the plane", [&] { (void)tessarn::align(points, points); }, 4},
+      {"flatness", [&] { (void)tessarn::flatness(cloud); }, 30},
+      {"flatness, in one plane", [&] { (void)tessarn::flatness(flat); }, 10},
       {"fit_polynomial", [&] { (void)tessarn::fit_polynomial(points, 4); }, 12},
       {"fit_surface", [&] { (void)tessarn::fit_surface(cloud, 3); }, 12},
       {"polynomial_fit::expanded", [&] { (void)f.expanded(); }, 1},

@@ -1,6 +1,7 @@
-// Operations of the calls that carry a status: solve.h, fit.h and align.h.
+// Operations of the calls that carry a status: solve.h, fit.h, align.h and flat.h.
 #include <tessarn/align.h>
 #include <tessarn/fit.h>
+#include <tessarn/flat.h>
 #include <tessarn/solve.h>
 
 #include "replay/draw.h"
@@ -176,6 +177,30 @@ void run_align(input& in, output& out) {
   put_alignment(out, tessarn::align(a.plane(), b.plane(), o));
 }
 
+void put_plane(output& out, const tessarn::reference_plane& p) {
+  put_status(out, p.state);
+  out.put(p.normal);
+  out.put(p.point);
+  out.put(p.offset);
+  out.put(p.residuals);
+  out.put(p.root_mean_square);
+  out.put(p.peak_to_valley);
+  out.put(p.highest);
+  out.put(p.lowest);
+}
+
+void run_flatness(input& in, output& out) {
+  const drawn_cloud cloud(in, static_cast<ulong>(in.integer(2, 20)));
+  const tessarn::flatness_result f = tessarn::flatness(cloud.space());
+  put_status(out, f.state);
+  out.put(f.zone);
+  put_plane(out, f.middle);
+  put_plane(out, f.least_squares);
+  for (const ulong point : f.touching) out.put(point);
+  out.put(f.touching_above);
+  out.put(f.determination);
+}
+
 const operation analysis_table[] = {
     {"solve, inverse, determinant", n, run_solve},
     {"solve, inverse of complex numbers", n, run_complex},
@@ -183,6 +208,7 @@ const operation analysis_table[] = {
     {"fit_polynomial, fit_robust", 2 * n, run_polynomial},
     {"fit_surface, fit_robust", n, run_surface},
     {"align", 2 * n, run_align},
+    {"flatness", 2 * n, run_flatness},
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Results with a status through the module.
 #include <tessarn/align.h>
 #include <tessarn/fit.h>
+#include <tessarn/flat.h>
 #include <tessarn/solve.h>
 
 #include "check.h"
@@ -49,6 +50,11 @@ int main() {
   const vector a2[] = {{0, 0}, {2, 0}}, b2[] = {{1, 1}, {1, 3}};
   const tessarn::plane_alignment n = tessarn::align({a2, 2}, {b2, 2});
   CHECK(n.state == status::ok && n.map(vector(0, 2)) == vector(-1, 1));
+
+  const vector3d tent[] = {{0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {4, 4, 0}, {2, 2, 1}};
+  const tessarn::flatness_result t = tessarn::flatness({tent, 5});
+  CHECK(t.state == status::ok && t.zone == 1 && t.touching_above == 1 && t.touching[0] == 4);
+  CHECK(t.middle.normal == vector3d(0, 0, 1) && t.least_squares.state == status::ok);
 
   CHECK(tessarn::to_string(status::ok) != tessarn::to_string(status::singular));
   return check::finish();
