@@ -227,6 +227,49 @@ TEST(Align, TooLargeIsTold) {
   (void)tessarn::align(other, away);
 }
 
+// Coordinates of all sizes: an answer comes, with a rotation in it where the status says so.
+TEST(Align, AllFiniteNumbers) {
+  random_source random(1712);
+  int ok = 0;
+  for (int i = 0; i < 5000; ++i) {
+    cloud a, b;
+    const int n = 3 + static_cast<int>(random.below(5));
+    for (int k = 0; k < 2 * n; ++k) {
+      const double x = random.hostile_finite(), y = random.hostile_finite();
+      (k < n ? a : b).push_back({x, y, random.hostile_finite()});
+    }
+    align_options o;
+    o.scale = i % 2 == 1;
+    const space_alignment m = tessarn::align(a, b, o);
+    const bool moves = m.state == status::ok || m.state == status::collinear || m.state == status::not_determined;
+    ASSERT_EQ(m.rotation.getHeight(), moves ? 3u : 0u) << i;
+    if (!moves) continue;
+    ++ok;
+    for (int r = 0; r < 3; ++r) {
+      double square = 0;
+      for (int c = 0; c < 3; ++c) square += entry(m.rotation, r, c) * entry(m.rotation, r, c);
+      EXPECT_NEAR(square, 1, 1e-15);
+    }
+    EXPECT_TRUE(std::isfinite(m.root_mean_square) && m.root_mean_square <= m.largest_residual * (1 + 1e-15));
+    EXPECT_TRUE(std::isfinite(m.translation.x) && std::isfinite(m.translation.y) && std::isfinite(m.translation.z));
+  }
+  EXPECT_GT(ok, 2000);
+}
+
+// A thin set whose rotation about its long direction is hardly determined: residuals across it are kept all the same.
+TEST(Align, SmallResidualsOfThinSetsAreKept) {
+  cloud a, b;
+  for (int k = 0; k < 6; ++k) {
+    const double across = k % 2 == 0 ? 1e-9 : -1e-9;
+    a.push_back({static_cast<double>(k), across, 0});
+    b.push_back({static_cast<double>(k), k == 2 ? 2 * across : across, 0});
+  }
+  const space_alignment m = tessarn::align(a, b);
+  ASSERT_EQ(m.state, status::ok);
+  EXPECT_LT(m.determination, 1e-18);
+  EXPECT_GT(m.distances.getData()[2], 4e-10);
+}
+
 TEST(Align, ThePlane) {
   const std::vector<vector> a = {{0, 0}, {1, 0}, {0, 2}}, b = {{3, 4}, {3, 5}, {1, 4}},
                             mirror = {{0, 0}, {1, 0}, {0, -2}};

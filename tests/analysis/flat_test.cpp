@@ -160,6 +160,38 @@ TEST(Flat, OrderAndStorageDoNotMatter) {
   }
 }
 
+// Coordinates of all sizes: an answer comes, and what it says fits together.
+TEST(Flat, AllFiniteNumbers) {
+  random_source random(1733);
+  int ok = 0;
+  for (int i = 0; i < 3000; ++i) {
+    cloud c;
+    const int n = 3 + static_cast<int>(random.below(9));
+    for (int k = 0; k < n; ++k) {
+      const double x = random.hostile_finite(), y = random.hostile_finite();
+      c.push_back({x, y, random.hostile_finite()});
+    }
+    if (i % 3 == 0)
+      for (vector3d& p : c) p.x = c[0].x;  // in an upright plane
+    if (i % 3 == 1)
+      for (vector3d& p : c) p = p * 0x1p-1000 * 0x1p-60;  // small and subnormal
+    const flatness_result f = tessarn::flatness(c);
+    if (f.state != status::ok) continue;
+    ++ok;
+    ASSERT_TRUE(std::isfinite(f.zone) && f.zone >= 0) << i;
+    EXPECT_TRUE(i % 3 != 0 || f.zone == 0) << i;
+    EXPECT_NEAR(1, static_cast<double>(f.middle.normal.lenld()), 1e-15);
+    double widest = 0;
+    for (const vector3d& p : c)
+      for (const double v : {p.x - c[0].x, p.y - c[0].y, p.z - c[0].z}) widest = std::fmax(widest, std::fabs(v));
+    for (int k = 0; k < n; ++k)
+      EXPECT_LE(std::fabs(static_cast<double>(f.middle.residuals.getData()[k])),
+                f.zone / 2 * (1 + 1e-15) + widest * 0x1p-90 + 0x1p-1073)
+          << i;
+  }
+  EXPECT_GT(ok, 1000);
+}
+
 // Larger sets: all points lie in the zone, no direction near the normal is better, and no random one.
 TEST(Flat, LargeSetsLieInTheirZone) {
   random_source random(1732);
