@@ -128,7 +128,7 @@ class motion {
   }
   double entry(int row, int column) const noexcept {
     const doubled v = rotation_.entries[row][column];
-    return magnitude(v) < 0x1p-60 ? cleaned(v) : v.high;  // R stays orthogonal
+    return magnitude(v) < 0x1p-80 ? cleaned(v) : v.high;  // R stays orthogonal
   }
   // The scale in the units of the caller, with its rounding to them.
   double scale() const noexcept {
@@ -278,7 +278,6 @@ void motion<D>::choose_scale() noexcept {
   exponent_ = options_.scale || eb > ea ? eb : ea;
   if (options_.scale) {
     scale_ = rotation_.product / a_.trace();
-    if (!(scale_.high > 0)) scale_ = 0.0;
     const double s = scale();
     if (!is_finite(s) || (scale_.high > 0 && s < 0x1p-1022)) state_ = status::out_of_range;
     return;
@@ -366,15 +365,13 @@ bool judge(const pairs<D>& p, const motion<D>& m, Alignment& r) {
     r.largest_at = static_cast<ulong>(i);
   }
   r.largest_residual = scaled(largest, m.exponent());
-  const int e = largest > 0 ? exponent_of(largest) : 0;
   doubled squares = 0.0, weights = 0.0;
   for (std::size_t i = 0; i < p.size(); ++i) {
     if (!p.counts(i)) continue;
-    const double v = scaled(lengths[i], -e);
-    squares += p.squared_weight(i) * exact_product(v, v);
+    squares += p.squared_weight(i) * exact_product(lengths[i], lengths[i]);
     weights += p.squared_weight(i);
   }
-  r.root_mean_square = scaled(square_root(squares / weights).high, e + m.exponent());
+  r.root_mean_square = scaled(square_root(squares / weights).high, m.exponent());
   return fits && is_finite(r.root_mean_square);
 }
 

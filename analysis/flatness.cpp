@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "analysis/doubled_matrix.h"
 #include "analysis/eigen3.h"
 #include "analysis/point_set.h"
 #include "analysis/width.h"
@@ -152,7 +151,7 @@ void flat_points::place(const local_plane& p, double noise, reference_plane& r) 
   doubled off[3];
   int largest = local_.exponent();
   for (int k = 0; k < 3; ++k) {
-    *normal[k] = magnitude(p.normal[k]) < std::min(noise, 0x1p-60) ? 0 : p.normal[k].high;
+    *normal[k] = magnitude(p.normal[k]) < std::min(noise, 0x1p-80) ? 0 : p.normal[k].high;
     const double v = scaled(local_.global(k, p.point[k]).high, local_.shift(k));
     *point[k] = v;
     off[k] = p.point[k] - local_.local(k, v);
@@ -167,10 +166,8 @@ void flat_points::place(const local_plane& p, double noise, reference_plane& r) 
 void flat_points::fill(const local_plane& p, double noise, reference_plane& r) const {
   place(p, noise, r);
   r.residuals = mat<long double>(std::size_t{1}, size());
-  doubled high = 0.0, low = 0.0;
+  doubled high = 0.0, low = 0.0, squares = 0.0;
   bool any = false;
-  double largest = 0;
-  numbers<double> lengths(size());
   for (std::size_t i = 0; i < size(); ++i) {
     if (!counts(i)) {
       r.residuals.getData()[i] = no_number;
@@ -178,8 +175,7 @@ void flat_points::fill(const local_plane& p, double noise, reference_plane& r) c
     }
     doubled v = residual(p, i);
     if (magnitude(v) < noise) v = 0.0;
-    lengths[i] = v.high;
-    largest = std::max(largest, magnitude(v));
+    squares += v * v;
     r.residuals.getData()[i] = scaled(v.high, local_.exponent());
     if (!any || v.high > high.high) {
       high = v;
@@ -191,13 +187,7 @@ void flat_points::fill(const local_plane& p, double noise, reference_plane& r) c
     }
     any = true;
   }
-  const int e = largest > 0 ? exponent_of(largest) : 0;
-  doubled squares = 0.0;
-  for (std::size_t i = 0; i < size(); ++i) {
-    const double v = scaled(lengths[i], -e);
-    squares += exact_product(v, v);
-  }
-  r.root_mean_square = scaled(square_root(squares / doubled(static_cast<double>(used_))).high, e + local_.exponent());
+  r.root_mean_square = scaled(square_root(squares / doubled(static_cast<double>(used_))).high, local_.exponent());
   r.peak_to_valley = scaled((high - low).high, local_.exponent());
   if (!is_finite(r.peak_to_valley) || !is_finite(r.root_mean_square) || !is_finite(r.offset))
     r.state = status::out_of_range;
@@ -271,7 +261,6 @@ status flat_points::store_zone(const width_of_body& w, const std::vector<std::si
   r.zone = r.middle.peak_to_valley = scaled(w.width.high, e);
   r.middle.highest = *std::min_element(r.touching, r.touching + r.touching_above);
   r.middle.lowest = *std::min_element(r.touching + r.touching_above, r.touching + 4);
-  if (!is_finite(r.zone)) r.middle.state = status::out_of_range;
   return r.middle.state;
 }
 
@@ -303,8 +292,7 @@ status flat_points::find_zone(flatness_result& r) const {
   std::vector<std::size_t> owners;
   make_lattice(places, owners);
   const convex_hull hull = hull_of(places);
-  if (hull.kind == hull_kind::point) return status::too_few_distinct;
-  if (hull.kind == hull_kind::line) return status::collinear;
+  if (hull.kind == hull_kind::point || hull.kind == hull_kind::line) return status::collinear;
   if (hull.kind == hull_kind::plane) return store_plane(places, hull.facets[0], owners, r);
   return store_zone(width_of(places, polytope_of(places, hull.facets)), owners, r);
 }

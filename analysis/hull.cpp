@@ -94,7 +94,6 @@ hull_kind quickhull::choose_corners(int (&c)[4]) const noexcept {
     farthest = square;
     c[2] = i;
   }
-  if (farthest < 0) return hull_kind::line;
   for (int i = 0; i < count_ && !independent(u, between(c[2], 0)); ++i) c[2] = i;
   const difference v = between(c[2], 0);
   if (!independent(u, v)) return hull_kind::line;
@@ -186,7 +185,6 @@ void quickhull::add_point(int f) {
     facets_[index(old)].alive = false;
     for (int i = facets_[index(old)].waiting, next; i != none; i = next) {
       next = next_point_[index(i)];
-      if (i == p) continue;
       for (int g = first; g < end; ++g) {
         if (!above(facets_[index(g)].shape, i)) continue;
         wait_at(g, i);

@@ -193,6 +193,14 @@ bool check(const cloud& a, const cloud& b, const align_options& o, const std::ve
     EXPECT_TRUE(o.reflections && determinant(s.h) < 0);
   }
   const wide_matrix p = product(transposed(r), h);
+  // The determination: the smallest eigenvalue of tr(P) I - P over |a| |b|.
+  const wide norm(test::square_root(s.aa) * test::square_root(s.bb));
+  for (const double side : {-1.0, 1.0}) {
+    wide_matrix shifted = curvature(p);
+    const wide told(norm * (static_cast<double>(m.determination) * (1 + side * 1e-9) + side * 0x1p-90));
+    for (int k = 0; k < 3; ++k) shifted[k][k] -= told;
+    EXPECT_EQ(positive_definite(shifted), side < 0) << m.determination;
+  }
   const wide correlation(p[0][0] + p[1][1] + p[2][2]);
   for (int i = 0; m.reflected && i < 9; ++i) r[i / 3][i % 3] *= -1;
 

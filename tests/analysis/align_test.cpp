@@ -165,6 +165,41 @@ TEST(Align, PointsOnALineAreTold) {
   }
 }
 
+// Exactly on a line, with coordinates that leave no room for rounding: the sums alone are rounded. The best rotation by
+// the smallest angle is none.
+TEST(Align, ExactLinesAreTold) {
+  random_source random(1713);
+  for (int i = 0; i < 300; ++i) {
+    const auto whole = [&] { return static_cast<double>(random.below(2001)) - 1000; };
+    const double x = whole() + 0.5, y = whole(), z = whole();
+    cloud line;
+    std::vector<tessarn::real> weights;
+    for (int k = 0; k < 40; ++k) {
+      const double t = whole();
+      line.push_back({t * x, t * y, t * z});
+      weights.push_back(random.uniform(0.1, 1));
+    }
+    align_options o;
+    o.weights = weights;
+    const space_alignment m = tessarn::align(line, line, o);
+    EXPECT_EQ(m.state, status::collinear) << i;
+    for (int k = 0; k < 9; ++k) EXPECT_NEAR(entry(m.rotation, k / 3, k % 3), k % 4 == 0 ? 1 : 0, 1e-15) << i;
+  }
+}
+
+// A coordinate in which all points agree adds no rounding, however large it is.
+TEST(Align, AConstantCoordinateDoesNotMatter) {
+  cloud a, b;
+  for (const vector3d& p : {vector3d(0, 0, 0), vector3d(0, 1, 0), vector3d(0, 0, 2), vector3d(0, 3, 5)}) {
+    a.push_back({1e15, 1e-6 * p.y, 1e-6 * p.z});
+    b.push_back({1e15, -1e-6 * p.z, 1e-6 * p.y});
+  }
+  const space_alignment m = tessarn::align(a, b);
+  EXPECT_EQ(m.state, status::ok);
+  EXPECT_EQ(entry(m.rotation, 2, 1), 1);
+  EXPECT_LT(m.root_mean_square, 1e-20);
+}
+
 // Of all rotations that carry the line onto itself, that by the smallest angle is none at all.
 TEST(Align, OfEquallyGoodRotationsTheSmallest) {
   const cloud x = {{0, 0, 0}, {1, 0, 0}, {5, 0, 0}}, y = {{0, 0, 0}, {0, 1, 0}, {0, 5, 0}};
@@ -186,6 +221,10 @@ TEST(Align, OtherUndeterminedRotationsAreTold) {
   for (const vector3d& p : axes) opposite.push_back({-p.x, -p.y, -p.z});
   EXPECT_EQ(tessarn::align(axes, opposite).state, status::not_determined);
   EXPECT_EQ(tessarn::align(axes, axes).state, status::ok);
+  // The coordinates of the turned set are rounded.
+  cloud turned;
+  for (const vector3d& p : opposite) turned.push_back(p.rotate(vector3d(1, 2, 3), 1));
+  EXPECT_EQ(tessarn::align(axes, turned).state, status::not_determined);
   random_source random(1711);
   cloud a, b;
   for (int i = 0; i < 8; ++i) {  // every a has the opposite b twice
@@ -219,12 +258,18 @@ TEST(Align, TooLargeIsTold) {
   const cloud ends = {{-1.7e308, 0, 0}, {1.7e308, 0, 0}, {0, 1.7e308, 0}};
   EXPECT_EQ(tessarn::align(ends, ends).state, status::ok);
   EXPECT_EQ(tessarn::align(ends, ends).root_mean_square, 0);
-  const cloud other = {{1.7e308, 0, 0}, {-1.7e308, 0, 0}, {1.7e308, 1.7e308, 1.7e308}};
   const cloud apart = {{-1.7e308, -1.7e308, 0}, {1.7e308, 1.7e308, 0}, {0, 0, 0}, {0, 0, 1.7e308}};
   EXPECT_EQ(tessarn::align(corner, apart).state, status::out_of_range);  // a distance
-  cloud away = ends;
-  for (vector3d& p : away) p = {p.x, p.y - 1.7e308, -1.7e308};
-  (void)tessarn::align(other, away);
+  cloud right, left, near(100, vector3d(0, 0, 0)), outlier;
+  for (const vector3d& p : corner) {
+    right.push_back(p * 1e300 + vector3d(1.7e308, 0, 0));
+    left.push_back(p * 1e300 - vector3d(1.7e308, 0, 0));
+  }
+  EXPECT_EQ(tessarn::align(right, left).state, status::out_of_range);  // the translation
+  for (int i = 0; i < 100; ++i) near[static_cast<std::size_t>(i)] = corner[static_cast<std::size_t>(i % 4)];
+  outlier = near;
+  outlier[0] = {1.7e308, 1.7e308, 1.7e308};
+  EXPECT_EQ(tessarn::align(near, outlier).state, status::out_of_range);  // one distance, and no other number
 }
 
 // Coordinates of all sizes: an answer comes, with a rotation in it where the status says so.
@@ -260,14 +305,14 @@ TEST(Align, AllFiniteNumbers) {
 TEST(Align, SmallResidualsOfThinSetsAreKept) {
   cloud a, b;
   for (int k = 0; k < 6; ++k) {
-    const double across = k % 2 == 0 ? 1e-9 : -1e-9;
+    const double across = k % 2 == 0 ? 1e-11 : -1e-11;
     a.push_back({static_cast<double>(k), across, 0});
     b.push_back({static_cast<double>(k), k == 2 ? 2 * across : across, 0});
   }
   const space_alignment m = tessarn::align(a, b);
   ASSERT_EQ(m.state, status::ok);
-  EXPECT_LT(m.determination, 1e-18);
-  EXPECT_GT(m.distances.getData()[2], 4e-10);
+  EXPECT_LT(m.determination, 1e-22);
+  EXPECT_GT(m.distances.getData()[2], 4e-12);
 }
 
 TEST(Align, ThePlane) {
@@ -293,6 +338,17 @@ TEST(Align, ThePlane) {
   EXPECT_EQ(tessarn::align(pair, one).state, status::sizes_differ);
   EXPECT_EQ(tessarn::align(none, none).state, status::no_points);
   EXPECT_EQ(tessarn::align(none, none).map({1, 2}), vector(0, 0));
+  random_source random(1714);
+  for (int i = 0; i < 200; ++i) {  // on a line the mirror image fits as well as the rotation
+    std::vector<vector> line, other;
+    const double x = random.uniform(), y = random.uniform();
+    for (int k = 0; k < 5; ++k) {
+      const double t = random.uniform();
+      line.emplace_back(t * x, t * y);
+      other.emplace_back(t * y, t * x);
+    }
+    EXPECT_FALSE(tessarn::align(line, other, o).reflected) << i;
+  }
   const std::vector<vector> square = {{1, 1}, {1, -1}, {-1, -1}, {-1, 1}},
                             crossed = {{1, 1}, {-1, -1}, {1, 1}, {-1, -1}};
   EXPECT_EQ(tessarn::align(square, crossed).state, status::not_determined);

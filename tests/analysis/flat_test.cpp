@@ -82,6 +82,7 @@ TEST(Flat, StatusesOneByOne) {
   EXPECT_EQ(tessarn::flatness(none).state, status::no_points);
   EXPECT_EQ(tessarn::flatness(two).state, status::too_few_points);
   EXPECT_EQ(tessarn::flatness(same).state, status::too_few_distinct);
+  EXPECT_EQ(tessarn::flatness(same).least_squares.state, status::too_few_distinct);
   const flatness_result on_a_line = tessarn::flatness(line);
   EXPECT_EQ(on_a_line.state, status::collinear);
   EXPECT_EQ(on_a_line.middle.state, status::collinear);
@@ -107,6 +108,12 @@ TEST(Flat, StatusesOneByOne) {
   }
   const double m = 1.7e308;
   EXPECT_EQ(tessarn::flatness(cloud{{m, m, m}, {m, -m, -m}, {-m, m, -m}, {-m, -m, m}}).state, status::out_of_range);
+  cloud cube;  // its zone and the peak to valley are too large, and nothing else
+  for (int i = 0; i < 8; ++i)
+    cube.push_back({i & 1 ? 1.2e308 : -1.2e308, i & 2 ? 1.2e308 : -1.2e308, i & 4 ? 1.2e308 : -1.2e308});
+  EXPECT_EQ(tessarn::flatness(cube).state, status::out_of_range);
+  EXPECT_EQ(tessarn::flatness(cube).middle.state, status::out_of_range);
+  EXPECT_EQ(tessarn::flatness(cube).least_squares.state, status::out_of_range);
   const flatness_result large = tessarn::flatness(cloud{{m, 0, 0}, {-m, 0, 0}, {0, m, 0}, {0, 0, 1e300}});
   EXPECT_EQ(large.state, status::ok);
   EXPECT_NEAR(static_cast<double>(large.zone), 1e300, 1e292);
@@ -120,7 +127,7 @@ TEST(Flat, PointsOnALineButForRounding) {
     cloud c;
     for (int k = 0; k < 8; ++k) {
       const double t = random.uniform(-5, 5);
-      c.push_back({t * d.x + 1000, t * d.y, t * d.z});
+      c.push_back({t * d.x + 1000, t * d.y - 1000, t * d.z + 1000});
     }
     const flatness_result f = tessarn::flatness(c);
     EXPECT_EQ(f.least_squares.state, status::collinear) << i;
@@ -129,6 +136,58 @@ TEST(Flat, PointsOnALineButForRounding) {
     c[3].z += 1e-6;
     EXPECT_EQ(tessarn::flatness(c).least_squares.state, status::ok) << i;
   }
+}
+
+TEST(Flat, ExactLinesAreTold) {
+  random_source random(1734);
+  for (int i = 0; i < 300; ++i) {
+    const auto whole = [&] { return static_cast<double>(random.below(2001)) - 1000; };
+    const double x = whole() + 0.5, y = whole(), z = whole();
+    cloud line;
+    for (int k = 0; k < 40; ++k) {
+      const double t = whole();
+      line.push_back({t * x, t * y, t * z});
+    }
+    const flatness_result f = tessarn::flatness(line);
+    EXPECT_EQ(f.state, status::collinear) << i;
+    EXPECT_EQ(f.least_squares.state, status::collinear) << i;
+  }
+}
+
+// A cube has no thinnest direction, also when it is turned and its coordinates are rounded.
+TEST(Flat, RoundBodiesAreTold) {
+  random_source random(1735);
+  for (int i = 0; i < 100; ++i) {
+    cloud cube;
+    const vector3d axis(random.uniform(), random.uniform(), random.uniform());
+    for (int k = 0; k < 8; ++k)
+      cube.push_back(vector3d(k & 1, (k & 2) / 2, (k & 4) / 4).rotate(axis, 1) + vector3d(100, 0, 0));
+    const flatness_result f = tessarn::flatness(cube);
+    EXPECT_EQ(f.least_squares.state, status::not_determined) << i;
+    EXPECT_NEAR(static_cast<double>(f.zone), 1, 1e-12);
+  }
+}
+
+// A coordinate in which all points agree takes no digits from the others.
+TEST(Flat, AConstantCoordinateDoesNotMatter) {
+  const flatness_result wall = tessarn::flatness(cloud{{1e308, 0, 0}, {1e308, 1e-10, 0}, {1e308, 0, 1e-10}});
+  EXPECT_EQ(wall.state, status::ok);
+  EXPECT_EQ(wall.least_squares.state, status::ok);
+  EXPECT_EQ(wall.zone, 0);
+  EXPECT_EQ(wall.middle.normal, vector3d(1, 0, 0));
+  EXPECT_EQ(wall.middle.offset, 1e308);
+}
+
+TEST(Flat, OfPointsAtOnePlaceTheFirstIsNamed) {
+  const cloud tent = {{2, 2, 1}, {0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {4, 4, 0}};
+  cloud twice = tent;
+  twice.insert(twice.end(), tent.begin(), tent.end());
+  twice.insert(twice.end(), tent.rbegin(), tent.rend());
+  const flatness_result f = tessarn::flatness(twice);
+  EXPECT_EQ(f.zone, 1);
+  EXPECT_EQ(f.touching[0], 0u);
+  for (const tessarn::ulong p : f.touching) EXPECT_LT(p, 5u);
+  EXPECT_EQ(f.middle.highest, 0u);
 }
 
 // The zone does not depend on the order of the points, nor on how they are stored.

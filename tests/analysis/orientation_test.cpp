@@ -78,6 +78,13 @@ TEST(Orientation, ManySignsAreExact) {
       for (int k = 0; k < 3; ++k) p[5].c[k] = p[4].c[k] + (p[1].c[k] - p[0].c[k]) / 2 + (p[3].c[k] - p[2].c[k]) / 4;
     if (i % 3 == 2)  // on one line but for rounding
       for (int k = 0; k < 3; ++k) p[3].c[k] = p[2].c[k] + (p[1].c[k] - p[0].c[k]) / 2;
+    if (i % 7 == 0) {  // two parallel differences that doubles do not hold
+      const double parts[] = {0x1p-10, 1, -0x1p-12, 0.5};
+      for (int k = 0; k < 3; ++k) {
+        const double d = random.uniform();
+        for (int j = 0; j < 4; ++j) p[j].c[k] = d * parts[j];
+      }
+    }
     for (lattice_point& q : p)
       for (double& c : q.c) c = std::fabs(c) < 0x1p-270 ? 0 : c;
     const difference u(p[1], p[0]), v(p[3], p[2]), w(p[5], p[4]);
@@ -107,6 +114,7 @@ void check_hull(const std::vector<lattice_point>& points, const convex_hull& hul
     const hull_facet& f = hull.facets[i];
     const auto at = [&](int k) -> const lattice_point& { return points[static_cast<std::size_t>(f.v[k])]; };
     const exact_vector u(at(1), at(0)), v(at(2), at(0));
+    ASSERT_TRUE(exact_minor(u, v, 0) != 0 || exact_minor(u, v, 1) != 0 || exact_minor(u, v, 2) != 0);
     for (const lattice_point& p : points) ASSERT_TRUE(exact_determinant(u, v, exact_vector(p, at(0))) <= 0);
     for (int k = 0; k < 3; ++k) {
       const hull_facet& g = hull.facets[static_cast<std::size_t>(f.next[k])];
@@ -146,6 +154,9 @@ TEST(Hull, Kinds) {
   EXPECT_EQ(hull_of({{{0, 0, 0}}, {{0.5, 1, 1.5}}, {{1, 2, 3}}}).kind, hull_kind::line);
   EXPECT_EQ(hull_of({{{0, 0, 0}}, {{0, 1, 0}}, {{1, 0, 0}}, {{1, 1, 0}}}).kind, hull_kind::plane);
   EXPECT_EQ(hull_of({{{0, 0, 0}}, {{0, 1, 0}}, {{1, 0, 0}}, {{1, 1, 0x1p-200}}}).kind, hull_kind::body);
+  // Squares of areas that are below all doubles.
+  const double d = 0x1p-270;
+  EXPECT_EQ(hull_of({{{0, 0, 0}}, {{d, 0, 0}}, {{2 * d, d, 0}}, {{3 * d, 0, 0}}}).kind, hull_kind::plane);
 }
 
 // A cube of 5^3 points: its hull has 8 corners, 12 edges and 6 faces, and the points between are left out.
@@ -157,6 +168,34 @@ TEST(Hull, PointsInsideFacesAndEdgesAreLeftOut) {
   EXPECT_EQ(body.corners.size(), 8u);
   EXPECT_EQ(body.edges.size(), 24u);
   EXPECT_EQ(body.faces.size(), 6u);
+}
+
+// A tetrahedron with two points inside of one of its edges, which are corners of facets.
+TEST(Hull, AnEdgeMayHoldCornersOfFacets) {
+  const std::vector<lattice_point> points = {{{0, 0, 0}}, {{1, 0, 0}}, {{2, 0, 0}},
+                                             {{3, 0, 0}}, {{0, 3, 0}}, {{0, 0, 3}}};
+  std::vector<hull_facet> facets;
+  for (int i = 0; i < 3; ++i) {
+    facets.push_back({{i + 1, i, 4}, {0, 0, 0}});
+    facets.push_back({{i, i + 1, 5}, {0, 0, 0}});
+  }
+  facets.push_back({{0, 5, 4}, {0, 0, 0}});
+  facets.push_back({{3, 4, 5}, {0, 0, 0}});
+  for (hull_facet& f : facets)
+    for (int k = 0; k < 3; ++k)
+      for (std::size_t g = 0; g < facets.size(); ++g)
+        for (int j = 0; j < 3; ++j)
+          if (facets[g].v[j] == f.v[(k + 1) % 3] && facets[g].v[(j + 1) % 3] == f.v[k]) f.next[k] = static_cast<int>(g);
+  const polytope body = polytope_of(points, facets);
+  ASSERT_EQ(body.corners, (std::vector<int>{0, 3, 4, 5}));
+  EXPECT_EQ(body.faces.size(), 4u);
+  ASSERT_EQ(body.edges.size(), 12u);
+  for (int c = 0; c < 4; ++c) {
+    int sum = 0;
+    for (std::size_t k = 3 * static_cast<std::size_t>(c); k < 3 * static_cast<std::size_t>(c) + 3; ++k)
+      sum += body.edges[k].to;
+    EXPECT_EQ(sum, 6 - c);  // an edge to every other corner
+  }
 }
 
 // Sums and products with terms that cancel.
