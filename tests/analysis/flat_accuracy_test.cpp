@@ -135,7 +135,10 @@ void check_zone(const cloud& c, int shift) {
   const double half = static_cast<double>(f.zone) / 2;
   for (std::size_t i = 0; i < c.size(); ++i)
     EXPECT_LE(std::fabs(static_cast<double>(f.middle.residuals.getData()[i])), half * (1 + 0x1p-50) + 0x1p-90);
-  EXPECT_LE(f.zone, f.least_squares.peak_to_valley * (1 + 0x1p-50) + 0x1p-80);
+  if (f.least_squares.state == status::ok) {
+    const double noise = 0x1p-80 * (1 + 1 / std::sqrt(static_cast<double>(f.determination)));
+    EXPECT_LE(f.zone, f.least_squares.peak_to_valley * (1 + 0x1p-50) + noise);
+  }
 }
 
 // Kinds: anywhere; a small grid, with ties, repetitions and points in one plane; a thin plate; far from the origin;
@@ -247,7 +250,8 @@ bool check_least_squares(const cloud& c) {
     minors += s.a[i][i] * s.a[k][k] - s.a[i][k] * s.a[i][k];
   }
   const wide sum(trace - least), product(minors - least * sum);
-  const wide second(sum / 2 - test::square_root(wide(sum * sum / 4 - product)));
+  const wide apart(sum * sum / 4 - product);  // 0 but for rounding where the two are equal
+  const wide second(sum / 2 - (apart > 0 ? test::square_root(apart) : wide(0)));
   const wide part = test::square_root(wide(second / trace));
   wide squares;
   const wide off(((static_cast<double>(c.size()) + 64) * 0x1p-98 + e * part) * extent);

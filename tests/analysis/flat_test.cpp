@@ -140,11 +140,12 @@ TEST(Flat, PointsOnALineButForRounding) {
 
 TEST(Flat, ExactLinesAreTold) {
   random_source random(1734);
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < 200; ++i) {
+    const int n = i < 5 ? 20000 : 40;  // with many points the sums are rounded more than the coordinates are
     const auto whole = [&] { return static_cast<double>(random.below(2001)) - 1000; };
     const double x = whole() + 0.5, y = whole(), z = whole();
     cloud line;
-    for (int k = 0; k < 40; ++k) {
+    for (int k = 0; k < n; ++k) {
       const double t = whole();
       line.push_back({t * x, t * y, t * z});
     }
