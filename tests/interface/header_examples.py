@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Compiles and runs the example of every class comment.
+"""Compiles and runs the example of every class comment, and those of the page that compares calls.
 
 usage: header_examples.py SOURCE_ROOT STATIC_LIBRARY
-Each text between \\code and \\endcode in a public header becomes a function of one program; its assertions must hold.
+Each text between \\code and \\endcode in a public header, and each block of C++ in docs/calls.md, becomes a function of one
+program; its assertions must hold.
 Every class and class template of the public headers must have an example in the comment in front of it.
 """
 import pathlib
@@ -14,7 +15,7 @@ import tempfile
 root, library = pathlib.Path(sys.argv[1]), sys.argv[2]
 headers = [h for h in sorted((root / "include/tessarn").glob("*.h")) if h.name != "io.h"]  # io.h declares functions
 
-program = ["#undef NDEBUG", "#include <cassert>", "#include <tessarn/tessarn.h>"]
+program = ["#undef NDEBUG", "#include <cassert>", "#include <string>", "#include <tessarn/tessarn.h>"]
 calls, without = [], []
 for header in headers:
     comment = []
@@ -41,9 +42,22 @@ for header in headers:
                 program.append(text)
         comment = []
 
+inside = False
+for number, line in enumerate((root / "docs/calls.md").read_text().splitlines(), 1):
+    if line == "```cpp":
+        name = f"example_{len(calls)}"
+        calls.append(name)
+        program += [f"static void {name}() {{", f'#line {number + 1} "calls.md"']
+        inside = True
+    elif line == "```" and inside:
+        program.append("}")
+        inside = False
+    elif inside:
+        program.append(line)
+
 if without:
     sys.exit("no example in front of\n" + "\n".join(without))
-if len(calls) < 13:
+if len(calls) < 20:
     sys.exit(f"only {len(calls)} examples found")
 program += ["int main() {"] + [f"  {name}();" for name in calls] + ["}"]
 
@@ -55,4 +69,4 @@ with tempfile.TemporaryDirectory() as work:
         subprocess.run([compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", f"-I{root}/include", str(source), library,
                         "-o", binary], check=True)
         subprocess.run([binary], check=True)
-        print(f"{compiler}: {len(calls)} examples of the headers hold")
+        print(f"{compiler}: {len(calls)} examples of the headers and of docs/calls.md hold")
