@@ -22,6 +22,9 @@ const char* to_string(status s) noexcept {
     case status::not_converged: return "The iteration did not converge in the steps that were allowed.";
     case status::collinear: return "The points lie on one line, as far as their digits tell.";
     case status::not_determined: return "The data do not determine the result: others fit as well.";
+    case status::bad_interval: return "The interval ends before it begins, or lies at infinity.";
+    case status::identically_zero: return "The function is zero everywhere, so that its zeros are not single places.";
+    case status::too_much_work: return "The proof would take more work than is allowed.";
   }
   return "This is no status.";
 }

@@ -53,18 +53,25 @@ set(TESSARN_SOURCES
   analysis/align.cpp
   analysis/determinant.cpp
   analysis/eigen3.cpp
+  analysis/bernstein.cpp
+  analysis/curve.cpp
+  analysis/exact_polynomial.cpp
   analysis/fit.cpp
   analysis/fit_data.cpp
   analysis/fit_robust.cpp
   analysis/fit_surface.cpp
   analysis/flatness.cpp
   analysis/hull.cpp
+  analysis/integer.cpp
+  analysis/isolation.cpp
   analysis/kernels/in_use.cpp
   analysis/least_squares.cpp
+  analysis/multiplicities.cpp
   analysis/normal_equations.cpp
   analysis/orientation.cpp
   analysis/polytope.cpp
   analysis/rotation.cpp
+  analysis/refinement.cpp
   analysis/solve.cpp
   analysis/status.cpp
   analysis/verified_inverse.cpp

@@ -29,6 +29,9 @@ enum class status : int {
   not_converged,     ///< the steps that were allowed did not reach the end
   collinear,         ///< the points lie on one line, as far as their digits tell
   not_determined,    ///< other values of what was asked for fit as well
+  bad_interval,      ///< an interval ends before it begins, or lies at infinity
+  identically_zero,  ///< a function is zero everywhere, so that its zeros are not single places
+  too_much_work,     ///< a proof would take more work than is allowed
 };
 
 /// A sentence in plain words, without a line end. The text lives as long as the library is loaded.
