@@ -21,6 +21,7 @@ struct node {
   integer c;
   int e = 0;
   int changes = 0;
+  bool new_end = false;  // whether the left end has not been looked at
 
   dyadic low() const { return {c, e}; }
   dyadic high() const {
@@ -110,20 +111,21 @@ class positive_zeros {
     right.c = n.c;
     right.c += integer(1);
     right.e = --n.e;
+    right.new_end = true;
     if (right.changes > 0 || right.b[0].sign() == 0) open_.push(std::move(right));
     return true;
   }
 
   // The lists are worked off from the left, and a zero at the left end of an interval comes before those inside.
   void visit(node n) {
-    if (n.c.sign() != 0 && n.b[0].sign() == 0) {
+    if (n.new_end && n.b[0].sign() == 0) {
       isolated_zero z;
       z.low = n.low();
       z.high = n.low();
       z.exact = true;
       found.push(std::move(z));
-      n.b[0] = integer();
     }
+    n.new_end = false;
     if (n.changes == 0 || outside(n)) return;
     if (n.changes == 1) {
       isolated_zero z;

@@ -79,7 +79,7 @@ void refinement::narrow(isolated_zero& z, int sign_low) const {
       continue;
     }
     at = up ? (above - at > step ? at + step : above - 1) : (at - below > step ? at - step : below + 1);
-    step *= 4;
+    if (step < std::uint64_t{1} << 60) step *= 4;
   }
   z.lower = double_of(below);
   z.upper = double_of(above);
