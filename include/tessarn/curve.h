@@ -50,8 +50,7 @@ struct curve_point {
 /// assert(turns.count == 2 && turns[0].is_maximum() && turns[1].is_minimum());
 /// assert(turns[0].lower < turns[0].upper);                        // 2 - 1/sqrt(3) is no double
 /// \endcode
-class curve_points {
- public:
+struct curve_points {
   status state = status::no_unknowns;  ///< without `ok` there are no places, and the columns are empty
   ulong count = 0;                     ///< the number of places
   mat<long double> lower, upper, at, multiplicity, sharing, change;  ///< as in curve_point
