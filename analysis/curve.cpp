@@ -1,5 +1,5 @@
-// Zeros, extreme points, inflections and extremes of the curvature: which polynomial vanishes there, and what is told of
-// each place.
+// Zeros, extreme points, inflections and extremes of the curvature: which polynomial vanishes there, and what is told
+// of each place.
 #include "tessarn/curve.h"
 
 #include <algorithm>
@@ -133,7 +133,8 @@ double largest_slope(column_view coefficients, int order, double x) {
 }
 
 // p at the doubles nearest to the places. The true place is within half of upper - lower, so that p there differs by
-// that times the slope at most; at an extreme point the slope vanishes, and half of the square of that times p'' counts.
+// that times the slope at most; at an extreme point the slope vanishes, and half of the square of that times p''
+// counts.
 void add_values(const curve& c, column_view coefficients, bool flat, curve_points& r) {
   r.value = column(r.count);
   r.value_error = column(r.count);
@@ -143,12 +144,13 @@ void add_values(const curve& c, column_view coefficients, bool flat, curve_point
     const integer v = evaluate(c.exact, dyadic(at), scale);
     const double value = rounded(v, scale + c.exponent);
     r.value.getData()[i] = value;
-    double error = std::fabs(value) * 0x1p-53 + 0x1p-1074;
-    if (lower != upper) {
-      const double off = (upper - lower) / 2, far = std::max(std::fabs(lower), std::fabs(upper));
-      error += flat ? off * (off * largest_slope(coefficients, 2, far)) : off * largest_slope(coefficients, 1, far);
+    double error = std::fabs(value) * 0x1p-53;
+    if (lower != upper) {  // the distance of neighbouring doubles is not halved before the product, where it may vanish
+      const double gap = upper - lower, far = std::max(std::fabs(lower), std::fabs(upper));
+      error += flat ? gap * (gap * largest_slope(coefficients, 2, far)) : gap * largest_slope(coefficients, 1, far) / 2;
       error *= 1.001;
     }
+    error += 0x1p-1072;  // for what the products above lose as subnormal numbers
     r.value_error.getData()[i] = is_finite(error) ? error : infinite;
   }
 }
@@ -195,7 +197,8 @@ std::uint64_t cost_of_numerator(const polynomial& p) {
   return 8 * n * n * digits * digits;
 }
 polynomial curvature_numerator(const polynomial& slope, const polynomial& bend, int e) {
-  const std::size_t up = e > 0 ? 2 * static_cast<std::size_t>(e) : 0, down = e < 0 ? 2 * static_cast<std::size_t>(-e) : 0;
+  const std::size_t up = e > 0 ? 2 * static_cast<std::size_t>(e) : 0,
+                    down = e < 0 ? 2 * static_cast<std::size_t>(-e) : 0;
   polynomial one(1);
   one[0] = integer(1);
   one[0] <<= down;
@@ -209,8 +212,8 @@ polynomial curvature_numerator(const polynomial& slope, const polynomial& bend, 
 }
 
 // The sign of p'' beside a place where the curvature is extreme. Should p'' vanish at the place itself, it does not
-// change its sign there, so the part of p'' that changes its sign has no zero at the place, and none in a small interval
-// about it.
+// change its sign there, so the part of p'' that changes its sign has no zero at the place, and none in a small
+// interval about it.
 void turn_by_bend(const polynomial& bend, places_of_curve& found, work_allowance& work) {
   const multiplicities m = separate_multiplicities(bend.clone(), work);
   if (!work.enough()) return;

@@ -151,7 +151,8 @@ polynomial mirrored(const polynomial& p) {
 // For x = m 2^e with e < 0, 2^(-e n) p(x) is the sum of c_k m^k 2^(-e (n - k)).
 integer evaluate(const polynomial& p, const dyadic& x, long long& scale) {
   const std::size_t n = p.size() - 1;
-  const std::size_t down = x.e < 0 ? static_cast<std::size_t>(-x.e) : 0, up = x.e > 0 ? static_cast<std::size_t>(x.e) : 0;
+  const std::size_t down = x.e < 0 ? static_cast<std::size_t>(-x.e) : 0,
+                    up = x.e > 0 ? static_cast<std::size_t>(x.e) : 0;
   scale = -static_cast<long long>(down * n);
   integer v = p[n];
   for (std::size_t k = n; k-- > 0;) {

@@ -1,8 +1,10 @@
-// Polynomials with integer coefficients, and what can be said exactly about them: signs, common divisors, multiplicities.
+// Polynomials with integer coefficients, and what can be said exactly about them: signs, common divisors,
+// multiplicities.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "analysis/integer.h"
 #include "analysis/sequence.h"
@@ -36,7 +38,7 @@ struct dyadic {
   int e = 0;
 
   dyadic() noexcept = default;
-  dyadic(integer mantissa, int exponent) noexcept : m(static_cast<integer&&>(mantissa)), e(exponent) {}
+  dyadic(integer mantissa, int exponent) noexcept : m(std::move(mantissa)), e(exponent) {}
   // A finite double.
   explicit dyadic(double v);
 };

@@ -66,9 +66,7 @@ void integer::reserve(std::size_t n) {
   capacity_ = grown;
 }
 
-std::size_t integer::bits() const noexcept {
-  return size_ == 0 ? 0 : 32 * size_ - leading_zeros(digits_[size_ - 1]);
-}
+std::size_t integer::bits() const noexcept { return size_ == 0 ? 0 : 32 * size_ - leading_zeros(digits_[size_ - 1]); }
 
 std::size_t integer::low_zeros() const noexcept {
   if (size_ == 0) return 0;
@@ -181,7 +179,9 @@ void integer::operator>>=(std::size_t count) noexcept {
 
 std::uint64_t integer::leading(bool& rest) const noexcept {
   const unsigned shift = leading_zeros(digits_[size_ - 1]);
-  const auto digit = [&](std::size_t below) -> std::uint64_t { return below < size_ ? digits_[size_ - 1 - below] : 0u; };
+  const auto digit = [&](std::size_t below) -> std::uint64_t {
+    return below < size_ ? digits_[size_ - 1 - below] : 0u;
+  };
   std::uint64_t top = digit(0) << 32 | digit(1);
   std::uint64_t next = digit(2);
   if (shift != 0) top = top << shift | next >> (32 - shift);

@@ -1,6 +1,7 @@
 // Zeros between powers of two, by halves, until Descartes' rule leaves one for each interval (G. Collins, A. Akritas,
-// Polynomial real root isolation using Descartes' rule of signs, 1976; in Bernstein's basis F. Rouillier, P. Zimmermann,
-// Efficient isolation of polynomial's real roots, 2004). All numbers are integers, so that every sign is exact.
+// Polynomial real root isolation using Descartes' rule of signs, 1976; in Bernstein's basis F. Rouillier, P.
+// Zimmermann, Efficient isolation of polynomial's real roots, 2004). All numbers are integers, so that every sign is
+// exact.
 #include "analysis/isolation.h"
 
 #include <algorithm>
@@ -69,8 +70,9 @@ class positive_zeros {
   void cut_at_powers_of_two(const polynomial& weighted, int k) {
     const auto at = [&](int exponent) {
       node t;
-      if (!work_.spend((most_digits(weighted) + 8 + weighted.size() * static_cast<std::size_t>(std::abs(exponent)) / 32) *
-                       weighted.size() * weighted.size()))
+      if (!work_.spend(
+              (most_digits(weighted) + 8 + weighted.size() * static_cast<std::size_t>(std::abs(exponent)) / 32) *
+              weighted.size() * weighted.size()))
         return t;
       t.b = on_power_of_two(weighted, exponent);
       t.e = exponent;

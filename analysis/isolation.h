@@ -15,8 +15,8 @@ struct isolated_zero {
   void mirror() noexcept;
 };
 
-// The zeros of a polynomial without multiple zeros in [a, b], in ascending order; a and b may be infinite. Incomplete when
-// the work was not allowed.
+// The zeros of a polynomial without multiple zeros in [a, b], in ascending order; a and b may be infinite. Incomplete
+// when the work was not allowed.
 sequence<isolated_zero> isolate(const polynomial& square_free, double a, double b, work_allowance& work);
 
 // Halves the interval of a zero that is not exact.

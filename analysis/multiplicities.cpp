@@ -1,9 +1,9 @@
 // Common divisors of polynomials, and with them the multiplicities of zeros.
 //
 // Most polynomials have no multiple zero, and their residues modulo a prime show it at once: a common divisor of f and
-// f' would be one of the residues, too, unless the prime divides the leading coefficient. Otherwise the divisor is found
-// by the subresultant chain (G. Collins, Subresultants and reduced polynomial remainder sequences, 1967; W. Brown, J.
-// Traub, On Euclid's algorithm and the theory of subresultants, 1971), whose coefficients stay short.
+// f' would be one of the residues, too, unless the prime divides the leading coefficient. Otherwise the divisor is
+// found by the subresultant chain (G. Collins, Subresultants and reduced polynomial remainder sequences, 1967; W.
+// Brown, J. Traub, On Euclid's algorithm and the theory of subresultants, 1971), whose coefficients stay short.
 #include <algorithm>
 #include <utility>
 

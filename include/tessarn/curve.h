@@ -1,18 +1,18 @@
 /// \file
-/// The zeros, extreme points, inflections and extremes of the curvature of a polynomial: all of them in an interval, each
-/// proved.
+/// The zeros, extreme points, inflections and extremes of the curvature of a polynomial: all of them in an interval,
+/// each proved.
 ///
-/// The coefficients are taken as the exact numbers that they are, and every sign that decides is computed in integers of
-/// any length. So nothing is missed between samples, and nothing is found that is not there; a double zero is told from
-/// two near ones and from none. There is no step to choose and no accuracy to ask for: each place comes with the two
-/// neighbouring doubles that enclose it, or with the double that it is. A fitted polynomial has rounded coefficients: the
-/// answers are exact for these, not for the data.
+/// The coefficients are taken as the exact numbers that they are, and every sign that decides is computed in integers
+/// of any length. So nothing is missed between samples, and nothing is found that is not there; a double zero is told
+/// from two near ones and from none. There is no step to choose and no accuracy to ask for: each place comes with the
+/// two neighbouring doubles that enclose it, or with the double that it is. A fitted polynomial has rounded
+/// coefficients: the answers are exact for these, not for the data.
 ///
 /// Method: multiple zeros are separated by the subresultant chain of p and p' (G. Collins, Subresultants and reduced
-/// polynomial remainder sequences, 1967); each zero is isolated by Descartes' rule of signs on Bernstein coefficients (J.
-/// Lane, R. Riesenfeld, Bounds on a polynomial, 1981; F. Rouillier, P. Zimmermann, Efficient isolation of polynomial's
-/// real roots, 2004), and enclosed by exact signs at doubles. Results have the same bits everywhere. Nothing is thrown
-/// but std::bad_alloc.
+/// polynomial remainder sequences, 1967); each zero is isolated by Descartes' rule of signs on Bernstein coefficients
+/// (J. Lane, R. Riesenfeld, Bounds on a polynomial, 1981; F. Rouillier, P. Zimmermann, Efficient isolation of
+/// polynomial's real roots, 2004), and enclosed by exact signs at doubles. Results have the same bits everywhere.
+/// Nothing is thrown but std::bad_alloc.
 #pragma once
 
 #include "tessarn/poly.h"
@@ -23,16 +23,16 @@ namespace tessarn {
 
 /// One place of curve_points.
 struct curve_point {
-  real lower;           ///< the place is strictly between lower and upper, which are neighbouring doubles,
-  real upper;           ///< or at both, when they are equal
-  real at;              ///< the double nearest to it; the largest double where upper is infinite
-  ulong multiplicity;   ///< of the zero that makes it one, see the functions
-  ulong sharing;        ///< the places strictly between lower and upper: 1 unless doubles cannot tell several from each other
-  int change;           ///< +1, -1, 0: that function rises through zero, falls through it, does not change its sign
-  real value;           ///< p(at), correctly rounded, infinite where too large; 0 of zeros()
-  real value_error;     ///< the value of p at the true place is within this of value
-  real curvature;       ///< p'' / (1 + p'^2)^(3/2) at `at`, positive where the curve bends to the left
-  real radius;          ///< 1 / |curvature|, infinite where that is 0
+  real lower;          ///< the place is strictly between lower and upper, which are neighbouring doubles,
+  real upper;          ///< or at both, when they are equal
+  real at;             ///< the double nearest to it; the largest double where upper is infinite
+  ulong multiplicity;  ///< of the zero that makes it one, see the functions
+  ulong sharing;  ///< the places strictly between lower and upper: 1 unless doubles cannot tell several from each other
+  int change;     ///< +1, -1, 0: that function rises through zero, falls through it, does not change its sign
+  real value;     ///< p(at), correctly rounded, infinite where too large; 0 of zeros()
+  real value_error;  ///< the value of p at the true place is within this of value
+  real curvature;    ///< p'' / (1 + p'^2)^(3/2) at `at`, positive where the curve bends to the left
+  real radius;       ///< 1 / |curvature|, infinite where that is 0
 
   /// Of extremes() and curvature_extremes().
   bool is_minimum() const noexcept { return change > 0; }
@@ -93,12 +93,13 @@ struct curve_points {
 ///
 /// Statuses: `not_finite` for a coefficient that is not finite, or a or b that is NaN; `bad_interval` for a > b, or an
 /// interval at infinity alone; `identically_zero` for the polynomial that is zero everywhere, also the one without
-/// coefficients; `too_much_work` for a degree above 250, and where the proof would take more than about a second: then
-/// nothing is known. Coefficients that span hundreds of powers of ten together with multiple zeros come there, and very
-/// near zeros of high degree. A constant that is not zero has no zeros: `ok`.
+/// coefficients; `too_much_work` for a degree above 250, and where the proof would take more than 10^9 operations on
+/// 32-bit digits: then nothing is known. A degree of about 100 comes there when the coefficients are of very different
+/// magnitudes, or when there are multiple zeros. A constant that is not zero has no zeros: `ok`.
 ///
-/// Cost: O(n^2) sums of integers for each halving of an interval; microseconds for a cubic, some tens of them for a degree of 10,
-/// a millisecond for a degree of 30 with ordinary coefficients; several times as much with multiple zeros.
+/// Cost: for n coefficients O(n^2) sums of integers for each halving of an interval, and O(n) products for each sign at
+/// a double. The integers are as long as the coefficients with all their exponents: some hundreds of bits for the
+/// degree 10.
 [[nodiscard]] TESSARN_API curve_points zeros(column_view coefficients, real a, real b);
 
 /// The extreme points of p in [a, b]: the places where p' changes its sign, with the value of p there.
@@ -110,9 +111,9 @@ struct curve_points {
 /// assert(tessarn::extremes(binom{0, 0, 0, 1}, -2, 2).count == 0);                  // x^3 has none
 /// \endcode
 ///
-/// An end of the interval is one only where p' changes its sign at this very place, never for being an end: compare p(a)
-/// and p(b) with the values for the largest and smallest p in [a, b]. `multiplicity` is that of the zero of p', an odd
-/// number. Statuses as for zeros(); `identically_zero` for constants, whose p' vanishes everywhere.
+/// An end of the interval is one only where p' changes its sign at this very place, never for being an end: compare
+/// p(a) and p(b) with the values for the largest and smallest p in [a, b]. `multiplicity` is that of the zero of p', an
+/// odd number. Statuses as for zeros(); `identically_zero` for constants, whose p' vanishes everywhere.
 [[nodiscard]] TESSARN_API curve_points extremes(column_view coefficients, real a, real b);
 
 /// The inflections of p in [a, b]: the places where p'' changes its sign, with the value of p there.
@@ -136,11 +137,12 @@ struct curve_points {
 /// assert(k[0].curvature == 4 && k[0].radius == 0.25);
 /// \endcode
 ///
-/// Maximum and minimum are those of the magnitude |k|, whatever the side to which the curve bends: at a maximum the curve
-/// is sharpest and the radius smallest, at a minimum flattest. x and y are in one unit, and the curvature in 1 / that
-/// unit. Inflections, where the radius is infinite, are among them only where k touches 0 without crossing it. curvature
-/// and radius are within a few units in the last place of those at `at`; value_error holds as for the other functions.
-/// `multiplicity` is that of the zero of the numerator above, `change` the sign change of the derivative of |k|.
+/// Maximum and minimum are those of the magnitude |k|, whatever the side to which the curve bends: at a maximum the
+/// curve is sharpest and the radius smallest, at a minimum flattest. x and y are in one unit, and the curvature in 1 /
+/// that unit. Inflections, where the radius is infinite, are among them only where k touches 0 without crossing it.
+/// curvature and radius are within a few units in the last place of those at `at`; value_error holds as for the other
+/// functions. `multiplicity` is that of the zero of the numerator above, `change` the sign change of the derivative of
+/// |k|.
 ///
 /// The numerator has the degree 3 n - 5 for a polynomial of degree n, so n may be at most 85. Statuses as for zeros();
 /// `identically_zero` for straight lines.

@@ -11,6 +11,7 @@
 ///     geometry.h   line segments and planes in space, the plane fit
 ///     align.h      the motion that carries points onto their partners
 ///     flat.h       the plane among points, and how flat they are
+///     curve.h      every zero, extreme point and inflection of a polynomial, and where it bends most, proved
 ///     fit.h        fits of polynomials and surfaces that tell what they are worth
 ///     solve.h      systems, least squares, inverses, determinants with a status and bounds of their errors
 ///     views.h      points and matrices in arrays of the program's own, without a copy
@@ -23,6 +24,7 @@
 #include "tessarn/align.h"
 #include "tessarn/angles.h"
 #include "tessarn/cplx.h"
+#include "tessarn/curve.h"
 #include "tessarn/fit.h"
 #include "tessarn/flat.h"
 #include "tessarn/geometry.h"

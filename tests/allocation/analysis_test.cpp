@@ -1,6 +1,7 @@
 // Allocation failure at every allocation of the calls that carry a status: they throw std::bad_alloc, leak nothing, and
 // leave their arguments as they were.
 #include <tessarn/align.h>
+#include <tessarn/curve.h>
 #include <tessarn/fit.h>
 #include <tessarn/flat.h>
 #include <tessarn/solve.h>
@@ -50,6 +51,7 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
   for (vector3d& p : flat) p.z = 3;
   const tessarn::polynomial_fit f = tessarn::fit_polynomial(points, 4);
   const tessarn::surface_fit s = tessarn::fit_surface(cloud, 2);
+  const binom double_zeros{4, 0, -4, 0, 1};  // (x^2 - 2)^2
   const struct {
     const char* name;
     std::function<void()> call;
@@ -67,6 +69,10 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
       {"flatness, in one plane", [&] { (void)tessarn::flatness(flat); }, 10},
       {"fit_polynomial", [&] { (void)tessarn::fit_polynomial(points, 4); }, 12},
       {"fit_surface", [&] { (void)tessarn::fit_surface(cloud, 3); }, 12},
+      {"zeros", [&] { (void)tessarn::zeros(double_zeros, -9, 9); }, 60},
+      {"extremes", [&] { (void)tessarn::extremes(double_zeros, -9, 9); }, 60},
+      {"inflections", [&] { (void)tessarn::inflections(double_zeros, -9, 9); }, 60},
+      {"curvature_extremes", [&] { (void)tessarn::curvature_extremes(double_zeros, -9, 9); }, 60},
       {"polynomial_fit::expanded", [&] { (void)f.expanded(); }, 1},
       {"surface_fit::expanded", [&] { (void)s.expanded(); }, 1},
       {"fit_robust", [&] { (void)tessarn::fit_robust(points, 3); }, 12},

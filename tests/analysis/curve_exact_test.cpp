@@ -142,15 +142,21 @@ void check_values(const rational_polynomial& p, const rational_polynomial& f, co
 }
 
 // The sign of p'' beside a place where the curvature is extreme, and where p'' does not change its sign.
-int bend_beside(const rational_polynomial& bend, const rational_polynomial& numerator, curve_point q) {
+int bend_beside(const rational_polynomial& bend, const rational_polynomial& numerator, const curve_point& q) {
   if (std::isinf(static_cast<double>(q.lower))) return sign_at(bend, static_cast<double>(q.lower));
   if (std::isinf(static_cast<double>(q.upper))) return sign_at(bend, static_cast<double>(q.upper));
-  q.change = sign_at(numerator, static_cast<double>(q.upper));
-  const rational at = narrowed(numerator, q);
-  const int there = sgn(value_at(bend, at));
-  if (there != 0) return there;
-  const rational beside = at + (at == 0 ? rational(1) : rational(abs(at))) / rational(mpz_class(1) << 300);
-  return sgn(value_at(bend, beside));
+  rational low(static_cast<double>(q.lower)), high(static_cast<double>(q.upper));
+  if (low == high) {
+    if (value_at(bend, low) != 0) return sgn(value_at(bend, low));
+    return sgn(value_at(bend, low + (low == 0 ? rational(1) : rational(abs(low))) / rational(mpz_class(1) << 300)));
+  }
+  const sturm_chain zeros(quotient(bend, gcd_of(bend, slope_of(bend))));
+  const int after = sign_at(numerator, place_on_line(high));
+  while (bend.size() > 1 && zeros.closed(low, high) != 0) {
+    rational half = (low + high) / 2;
+    (sgn(value_at(numerator, half)) == after ? high : low) = std::move(half);
+  }
+  return sgn(value_at(bend, low));
 }
 
 // Every call for one polynomial and one interval.
@@ -297,7 +303,7 @@ TEST(CurveExact, MultipleZeros) {
     const coefficients p = product_of(zeros);
     check_all(p, -10, 10, true);
     check_all(p, zeros.front(), zeros.back() > zeros.front() ? zeros.back() : zeros.front(), true);
-    check_all(times(p, {1, 0, 1}), -10, 10, p.size() < 8);                 // with two complex zeros
+    check_all(times(p, {1, 0, 1}), -10, 10, p.size() < 8);               // with two complex zeros
     check_all(times(times(p, {-2, 0, 1}), {-2, 0, 1}), -10, 10, false);  // and twice the square roots of 2
   }
 }

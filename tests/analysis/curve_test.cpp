@@ -124,7 +124,8 @@ TEST(Curve, EndsOfTheInterval) {
 }
 
 TEST(Curve, ZeroIsNeverNegativeZero) {
-  const curve_points tiny = tessarn::zeros(coefficients{0x1p-1074, 4}, -1, 1), zero = tessarn::zeros(binom{-0.0, -1}, -1, 1);
+  const curve_points tiny = tessarn::zeros(coefficients{0x1p-1074, 4}, -1, 1),
+                     zero = tessarn::zeros(binom{-0.0, -1}, -1, 1);
   ASSERT_EQ(tiny.count, 1u);
   EXPECT_EQ(tiny[0].lower, -0x1p-1074);
   for (const real v : {tiny[0].upper, tiny[0].at, zero[0].lower, zero[0].upper, zero[0].at}) {

@@ -1,5 +1,7 @@
 // Operations of the calls that carry a status: solve.h, fit.h, align.h and flat.h.
 #include <tessarn/align.h>
+// Operations of the calls that carry a status: solve.h, fit.h and curve.h.
+#include <tessarn/curve.h>
 #include <tessarn/fit.h>
 #include <tessarn/flat.h>
 #include <tessarn/solve.h>
@@ -199,6 +201,38 @@ void run_flatness(input& in, output& out) {
   for (const ulong point : f.touching) out.put(point);
   out.put(f.touching_above);
   out.put(f.determination);
+void put_points(output& out, const tessarn::curve_points& r) {
+  put_status(out, r.state);
+  for (const real_mat* column : {&r.lower, &r.upper, &r.at, &r.multiplicity, &r.sharing, &r.change, &r.value,
+                                 &r.value_error, &r.curvature, &r.radius})
+    out.put(*column);
+// Small integers, whose zeros are often multiple; ordinary numbers; or numbers from the whole range. Now and then with
+// a NaN, an infinity, or an interval that ends before it begins.
+void run_curve(input& in, output& out) {
+  constexpr int most = 9;
+  real p[most];
+  const ulong count = static_cast<ulong>(in.integer(0, most));
+  const int kind = in.integer(0, 3);
+  for (ulong i = 0; i < count; ++i)
+    p[i] = kind == 0   ? static_cast<real>(in.integer(-3, 3))
+           : kind == 1 ? in.any()
+           : kind == 2 ? in.finite()
+                       : in.within(-3, 3);
+  const real a = in.integer(0, 4) == 0 ? in.any() : in.within(-9, 0);
+  const real b = in.integer(0, 4) == 0 ? in.any() : in.within(0, 9);
+  const tessarn::column_view view(p, count);
+  put_points(out, tessarn::zeros(view, a, b));
+  put_points(out, tessarn::extremes(view, a, b));
+  put_points(out, tessarn::inflections(view, a, b));
+  put_points(out, tessarn::curvature_extremes(view, a, b));
+// A square, so that each zero is double.
+void run_double_zeros(input& in, output& out) {
+  real root[4], p[7] = {};
+  for (real& c : root) c = static_cast<real>(in.integer(-9, 9));
+  for (int i = 0; i < 4; ++i)
+    for (int k = 0; k < 4; ++k) p[i + k] += root[i] * root[k];  // integers: exact
+  put_points(out, tessarn::zeros({p, 7}, -20, 20));
+  put_points(out, tessarn::extremes({p, 7}, -20, 20));
 }
 
 const operation analysis_table[] = {
@@ -209,6 +243,8 @@ const operation analysis_table[] = {
     {"fit_surface, fit_robust", n, run_surface},
     {"align", 2 * n, run_align},
     {"flatness", 2 * n, run_flatness},
+    {"zeros, extremes, inflections, curvature_extremes", 2 * n, run_curve},
+    {"zeros, extremes of squares", n, run_double_zeros},
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Results with a status through the module.
 #include <tessarn/align.h>
+#include <tessarn/curve.h>
 #include <tessarn/fit.h>
 #include <tessarn/flat.h>
 #include <tessarn/solve.h>
@@ -55,6 +56,13 @@ int main() {
   const tessarn::flatness_result t = tessarn::flatness({tent, 5});
   CHECK(t.state == status::ok && t.zone == 1 && t.touching_above == 1 && t.touching[0] == 4);
   CHECK(t.middle.normal == vector3d(0, 0, 1) && t.least_squares.state == status::ok);
+  const binom p{-6, 11, -6, 1};  // (x - 1) (x - 2) (x - 3)
+  const tessarn::curve_points zeros = tessarn::zeros(p, 1.5, 9);
+  CHECK(zeros.state == status::ok && zeros.count == 2 && zeros[0].at == 2 && zeros[1].lower == 3);
+  CHECK(tessarn::extremes(p, 0, 9).count == 2 && tessarn::extremes(p, 0, 9)[0].is_maximum());
+  CHECK(tessarn::inflections(p, 0, 9)[0].at == 2);
+  const tessarn::curve_points sharpest = tessarn::curvature_extremes(binom{0, 0, 2}, -1, 1);
+  CHECK(sharpest.count == 1 && sharpest[0].curvature == 4 && sharpest[0].radius == static_cast<real>(0.25));
 
   CHECK(tessarn::to_string(status::ok) != tessarn::to_string(status::singular));
   return check::finish();
