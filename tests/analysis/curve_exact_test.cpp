@@ -150,9 +150,9 @@ int bend_beside(const rational_polynomial& bend, const rational_polynomial& nume
     if (value_at(bend, low) != 0) return sgn(value_at(bend, low));
     return sgn(value_at(bend, low + (low == 0 ? rational(1) : rational(abs(low))) / rational(mpz_class(1) << 300)));
   }
-  const sturm_chain zeros(quotient(bend, gcd_of(bend, slope_of(bend))));
+  const judge changes(bend);
   const int after = sign_at(numerator, place_on_line(high));
-  while (bend.size() > 1 && zeros.closed(low, high) != 0) {
+  while (changes.count(low, high, true) != 0) {
     rational half = (low + high) / 2;
     (sgn(value_at(numerator, half)) == after ? high : low) = std::move(half);
   }
@@ -292,6 +292,20 @@ TEST(CurveExact, ChebyshevAndLegendre) {
   }
 }
 
+// p'' = (3 x - 1)^2 (x^2 - 2)^2 touches zero at places that are no doubles: the curvature has minima of magnitude 0
+// there.
+TEST(CurveExact, CurvatureThatTouchesZero) {
+  const coefficients factor = times({-1, 3}, {-2, 0, 1}), bend = times(factor, factor);
+  coefficients p(bend.size() + 2);
+  for (std::size_t k = 0; k < bend.size(); ++k) p[k + 2] = 56 * 45 * bend[k] / ((k + 1.0) * (k + 2.0));  // integers
+  check_all(p, -3, 3, true);
+  const curve_points k = tessarn::curvature_extremes(p, 0.3, 0.4);
+  ASSERT_EQ(k.count, 1u);
+  EXPECT_TRUE(k[0].is_minimum());
+  for (real& c : p) c = -c;
+  EXPECT_TRUE(tessarn::curvature_extremes(p, 0.3, 0.4)[0].is_minimum());
+}
+
 TEST(CurveExact, MultipleZeros) {
   for (const auto& zeros : std::vector<std::vector<double>>{{1, 1},
                                                             {1, 1, 1},
@@ -358,8 +372,8 @@ coefficients draw(random_source& random) {
       for (real& c : p) c = static_cast<double>(random.below(7)) - 3;
       return p;
     case 3: {  // small zeros, many of them multiple
-      std::vector<double> zeros;
-      for (int i = 0; i < degree; ++i) zeros.push_back((static_cast<double>(random.below(7)) - 3) / 2);
+      std::vector<double> zeros(degree);
+      for (double& z : zeros) z = (static_cast<double>(random.below(7)) - 3) / 2;
       return product_of(zeros, random.below(2) ? 1 : -4);
     }
     case 4: {  // two fractions whose difference is one part in the product of the denominators
@@ -384,8 +398,8 @@ coefficients draw(random_source& random) {
       return p;
     }
     case 6: {  // a cluster
-      std::vector<double> zeros;
-      for (int i = 0; i < degree; ++i) zeros.push_back(1 + random.below(9) * 0x1p-12);
+      std::vector<double> zeros(degree);
+      for (double& z : zeros) z = 1 + random.below(9) * 0x1p-12;
       return product_of(zeros);
     }
     default: {  // scaled far up or down

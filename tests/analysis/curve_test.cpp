@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "../support/random.h"
-#include "analysis/integer.h"
+#include "analysis/exact_polynomial.h"
 #include "rational.h"
 
 namespace {
@@ -182,9 +182,29 @@ TEST(Curve, TakesWhatTheCallerHas) {
   EXPECT_EQ(tessarn::zeros(tessarn::fit_polynomial({points, 4}, 3).of_powers, 0, 9).count, 2u);
 }
 
-#if defined(TESTS_HAVE_GMP)
-
 using tessarn::analysis::integer;
+
+tessarn::analysis::polynomial linear(std::uint64_t slope, std::uint64_t minus) {
+  tessarn::analysis::polynomial p(2);
+  p[0] = integer(minus);
+  p[0].negate();
+  p[1] = integer(slope);
+  return p;
+}
+
+// (p x - 1)^2 (x - 2) is x - 2 modulo the prime p = 2^31 - 1, by which common divisors are looked for first.
+TEST(CurveMultiplicities, APrimeThatDividesTheLeadingCoefficient) {
+  using namespace tessarn::analysis;
+  const polynomial twice = linear(2147483647, 1);
+  work_allowance work;
+  const multiplicities m = separate_multiplicities(product(product(twice, twice), linear(1, 2)), work);
+  ASSERT_EQ(m.quotients.size(), 2u);
+  EXPECT_EQ(m.quotients[0].size(), 3u);
+  EXPECT_EQ(m.quotients[1].size(), 2u);
+  EXPECT_TRUE(work.enough());
+}
+
+#if defined(TESTS_HAVE_GMP)
 
 integer drawn(test::random_source& random, mpz_class& judge) {
   integer v;
