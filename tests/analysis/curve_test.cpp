@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "../support/random.h"
-#include "analysis/exact_polynomial.h"
+#include "analysis/isolation.h"
 #include "rational.h"
 
 namespace {
@@ -173,6 +173,17 @@ TEST(Curve, CurvatureOfSteepCurves) {
   EXPECT_EQ(tessarn::curvature_extremes(binom{0, 0, 1e308}, -1, 1)[0].radius, 0);
 }
 
+// Where the 1 of 1 + p'^2 does not matter, 2^450 p has the curvature of p divided by 2^900.
+TEST(Curve, CurvatureOfVerySteepCurves) {
+  const curve_points k = tessarn::curvature_extremes(binom{0, 0x1p70, 0, 0x1p520}, 0, 1),
+                     steeper = tessarn::curvature_extremes(binom{0, 0x1p520, 0, 0x1p970}, 0, 1);
+  ASSERT_EQ(k.count, 1u);
+  ASSERT_EQ(steeper.count, 1u);
+  EXPECT_EQ(steeper[0].at, k[0].at);
+  EXPECT_GT(k[0].curvature, 0);
+  EXPECT_EQ(steeper[0].curvature, k[0].curvature * 0x1p-900);
+}
+
 TEST(Curve, TakesWhatTheCallerHas) {
   const real numbers[] = {-6, 9, 11, 9, -6, 9, 1, 9};
   EXPECT_EQ(tessarn::zeros({numbers, 4, 2 * sizeof(real)}, 0, 9).count, 3u);
@@ -202,6 +213,26 @@ TEST(CurveMultiplicities, APrimeThatDividesTheLeadingCoefficient) {
   EXPECT_EQ(m.quotients[0].size(), 3u);
   EXPECT_EQ(m.quotients[1].size(), 2u);
   EXPECT_TRUE(work.enough());
+}
+
+// Zeros at quarters of the smallest double t: exact, but no doubles. The nearest double of a tie is the even one.
+TEST(CurveRefinement, NearestDoubleOfZerosBetweenDoubles) {
+  using namespace tessarn::analysis;
+  polynomial p = linear(1, 0);
+  for (const unsigned quarters : {1, 2, 3, 6, 10}) {
+    polynomial factor = linear(1, quarters);
+    factor[1] <<= 1076;
+    p = product(p, factor);
+  }
+  work_allowance work;
+  const sequence<isolated_zero> zeros = isolate(p, 0, 1, work);
+  ASSERT_EQ(zeros.size(), 6u);
+  const double t = 0x1p-1074, lower[] = {0, 0, 0, 0, t, 2 * t}, nearest[] = {0, 0, 0, t, 2 * t, 2 * t};
+  for (std::size_t i = 0; i < 6; ++i) {
+    EXPECT_EQ(zeros[i].lower, lower[i]);
+    EXPECT_EQ(zeros[i].upper, i == 0 ? 0 : lower[i] + t);
+    EXPECT_EQ(zeros[i].nearest, nearest[i]) << i;
+  }
 }
 
 #if defined(TESTS_HAVE_GMP)
@@ -267,12 +298,15 @@ TEST(CurveIntegers, RoundToTheNearestDouble) {
     integer a = drawn(random, x);
     if (random.below(2) == 0) {  // a tie, or nearly one
       const std::uint64_t odd = (random.next() >> 11 | std::uint64_t{1} << 52) * 2 + 1;
+      const unsigned shift = 1 + random.below(100), more = random.below(2);
       a = integer(odd);
-      a <<= 70;
-      a += integer(random.below(2));
-      x = mpz_class((mpz_class(static_cast<unsigned long>(odd)) << 70)) + (a.low_zeros() == 0 ? 1 : 0);
+      a <<= shift;
+      a += integer(more);
+      x = mpz_class((mpz_class(static_cast<unsigned long>(odd)) << shift) + more);
     }
-    const int e = static_cast<int>(random.below(2400)) - 1300;
+    // From the whole range, or where the results become subnormal.
+    const int e = random.below(2) == 0 ? static_cast<int>(random.below(2400)) - 1300
+                                       : -1020 - static_cast<int>(a.bits()) - static_cast<int>(random.below(60));
     const double r = tessarn::analysis::rounded(a, e);
     test::rational exact(x);
     if (e >= 0)
