@@ -328,18 +328,17 @@ TEST(CurveExact, CurvatureThatTouchesZero) {
 // p'' = x^8 - 2 (a x - 1)^2 changes its sign twice between neighbouring doubles, and between the two places the
 // curvature is extreme.
 TEST(CurveExact, BendsBetweenNeighbouringDoubles) {
-  const double a = 3 * 0x1p12;
-  coefficients bend(9);
-  bend[0] = -2;
-  bend[1] = 4 * a;
-  bend[2] = -2 * a * a;
-  bend[8] = 1;
-  const coefficients p = integrated_twice(bend);
-  const curve_points i = tessarn::inflections(p, 0, 0x1p-10), k = tessarn::curvature_extremes(p, 0, 0x1p-10);
-  ASSERT_EQ(i.count, 2u);
-  EXPECT_EQ(i[0].sharing, 2u);
-  EXPECT_TRUE(std::any_of(&k.lower.getData()[0], &k.lower.getData()[k.count], [&](real v) { return v == i[0].lower; }));
-  check_all(p, 0, 0x1p-10, true);
+  for (const double odd : {3.0, 5.0}) {
+    const double a = odd * 0x1p12;
+    const coefficients p = integrated_twice({-2, 4 * a, -2 * a * a, 0, 0, 0, 0, 0, 1});
+    const curve_points i = tessarn::inflections(p, 0, 0x1p-10), k = tessarn::curvature_extremes(p, 0, 0x1p-10);
+    ASSERT_EQ(i.count, 2u);
+    EXPECT_EQ(i[0].sharing, 2u);
+    ASSERT_GE(k.count, 1u);
+    EXPECT_EQ(k[0].lower, i[0].lower);
+    EXPECT_TRUE(k[0].is_maximum());
+    check_all(p, 0, 0x1p-10, true);
+  }
 }
 
 TEST(CurveExact, MultipleZeros) {

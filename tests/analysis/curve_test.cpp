@@ -215,24 +215,27 @@ TEST(CurveMultiplicities, APrimeThatDividesTheLeadingCoefficient) {
   EXPECT_TRUE(work.enough());
 }
 
-// Zeros at quarters of the smallest double t: exact, but no doubles. The nearest double of a tie is the even one.
+// Zeros at sixteenths of the smallest double t, some of which are found exactly. The nearest double of a tie is the
+// even one.
 TEST(CurveRefinement, NearestDoubleOfZerosBetweenDoubles) {
   using namespace tessarn::analysis;
+  const unsigned sixteenths[] = {4, 8, 11, 12, 13, 24, 40};
   polynomial p = linear(1, 0);
-  for (const unsigned quarters : {1, 2, 3, 6, 10}) {
-    polynomial factor = linear(1, quarters);
-    factor[1] <<= 1076;
+  for (const unsigned at : sixteenths) {
+    polynomial factor = linear(1, at);
+    factor[1] <<= 1078;
     p = product(p, factor);
   }
   work_allowance work;
   const sequence<isolated_zero> zeros = isolate(p, 0, 1, work);
-  ASSERT_EQ(zeros.size(), 6u);
-  const double t = 0x1p-1074, lower[] = {0, 0, 0, 0, t, 2 * t}, nearest[] = {0, 0, 0, t, 2 * t, 2 * t};
-  for (std::size_t i = 0; i < 6; ++i) {
+  ASSERT_EQ(zeros.size(), 8u);
+  const double t = 0x1p-1074, lower[] = {0, 0, 0, 0, 0, 0, t, 2 * t}, nearest[] = {0, 0, 0, t, t, t, 2 * t, 2 * t};
+  for (std::size_t i = 0; i < 8; ++i) {
     EXPECT_EQ(zeros[i].lower, lower[i]);
     EXPECT_EQ(zeros[i].upper, i == 0 ? 0 : lower[i] + t);
     EXPECT_EQ(zeros[i].nearest, nearest[i]) << i;
   }
+  EXPECT_TRUE(zeros[4].exact);  // at 3/4 t, where an interval was cut
 }
 
 #if defined(TESTS_HAVE_GMP)
@@ -302,7 +305,9 @@ TEST(CurveIntegers, RoundToTheNearestDouble) {
       a = integer(odd);
       a <<= shift;
       a += integer(more);
-      x = mpz_class((mpz_class(static_cast<unsigned long>(odd)) << shift) + more);
+      x = static_cast<std::uint32_t>(odd >> 32);
+      x = (x << 32) + static_cast<std::uint32_t>(odd);
+      x = (x << shift) + more;
     }
     // From the whole range, or where the results become subnormal.
     const int e = random.below(2) == 0 ? static_cast<int>(random.below(2400)) - 1300
