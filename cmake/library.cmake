@@ -51,10 +51,10 @@ set(TESSARN_SOURCES
   geometry/plane_fit.cpp
   geometry/residual_model.cpp
   analysis/align.cpp
-  analysis/determinant.cpp
-  analysis/eigen3.cpp
   analysis/bernstein.cpp
   analysis/curve.cpp
+  analysis/determinant.cpp
+  analysis/eigen3.cpp
   analysis/exact_polynomial.cpp
   analysis/fit.cpp
   analysis/fit_data.cpp
@@ -70,8 +70,8 @@ set(TESSARN_SOURCES
   analysis/normal_equations.cpp
   analysis/orientation.cpp
   analysis/polytope.cpp
-  analysis/rotation.cpp
   analysis/refinement.cpp
+  analysis/rotation.cpp
   analysis/solve.cpp
   analysis/status.cpp
   analysis/verified_inverse.cpp

@@ -2,10 +2,8 @@
 /// The one answer that every call of the second layer gives: whether the result holds, and if not, why.
 ///
 /// The members of the classes answer by their documented special results, an empty matrix or an unchanged right-hand
-/// side. The functions of tessarn/solve.h, fit.h, align.h and flat.h return a structure that begins with a status
-/// instead. They throw nothing but std::bad_alloc.
-/// side. The functions of tessarn/solve.h, tessarn/fit.h and tessarn/curve.h return a structure that begins with a
-/// status instead. They throw nothing but std::bad_alloc.
+/// side. The functions of tessarn/solve.h, fit.h, shapes.h, curve.h, align.h and flat.h return a structure that begins
+/// with a status instead. They throw nothing but std::bad_alloc.
 #pragma once
 
 #include "tessarn/scalar.h"
