@@ -25,6 +25,7 @@ const char* to_string(status s) noexcept {
     case status::bad_interval: return "The interval ends before it begins, or lies at infinity.";
     case status::identically_zero: return "The function is zero everywhere, so that its zeros are not single places.";
     case status::too_much_work: return "The proof would take more work than is allowed.";
+    case status::coplanar: return "The points lie in one plane, as far as their digits tell.";
   }
   return "This is no status.";
 }

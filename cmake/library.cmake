@@ -57,7 +57,9 @@ set(TESSARN_SOURCES
   analysis/eigen3.cpp
   analysis/exact_polynomial.cpp
   analysis/fit.cpp
+  analysis/fit_circle.cpp
   analysis/fit_data.cpp
+  analysis/fit_line.cpp
   analysis/fit_robust.cpp
   analysis/fit_surface.cpp
   analysis/flatness.cpp
@@ -72,6 +74,9 @@ set(TESSARN_SOURCES
   analysis/polytope.cpp
   analysis/refinement.cpp
   analysis/rotation.cpp
+  analysis/round_fit.cpp
+  analysis/round_search.cpp
+  analysis/shape_data.cpp
   analysis/solve.cpp
   analysis/status.cpp
   analysis/verified_inverse.cpp

@@ -4,6 +4,8 @@
 /// The members of the classes answer by their documented special results, an empty matrix or an unchanged right-hand
 /// side. The functions of tessarn/solve.h, fit.h, shapes.h, curve.h, align.h and flat.h return a structure that begins
 /// with a status instead. They throw nothing but std::bad_alloc.
+/// side. The functions of tessarn/solve.h, fit.h and shapes.h return a structure that begins with a status instead. They
+/// throw nothing but std::bad_alloc.
 #pragma once
 
 #include "tessarn/scalar.h"
@@ -32,6 +34,7 @@ enum class status : int {
   bad_interval,      ///< an interval ends before it begins, or lies at infinity
   identically_zero,  ///< a function is zero everywhere, so that its zeros are not single places
   too_much_work,     ///< a proof would take more work than is allowed
+  coplanar,          ///< the points lie in one plane, as far as their digits tell
 };
 
 /// A sentence in plain words, without a line end. The text lives as long as the library is loaded.

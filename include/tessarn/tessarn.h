@@ -13,6 +13,7 @@
 ///     flat.h       the plane among points, and how flat they are
 ///     curve.h      every zero, extreme point and inflection of a polynomial, and where it bends most, proved
 ///     fit.h        fits of polynomials and surfaces that tell what they are worth
+///     shapes.h     lines, circles, spheres and cylinders through measured points
 ///     solve.h      systems, least squares, inverses, determinants with a status and bounds of their errors
 ///     views.h      points and matrices in arrays of the program's own, without a copy
 ///     status.h     what became of such a computation
@@ -32,6 +33,7 @@
 #include "tessarn/poly.h"
 #include "tessarn/scalar.h"
 #include "tessarn/selfcheck.h"
+#include "tessarn/shapes.h"
 #include "tessarn/solve.h"
 #include "tessarn/status.h"
 #include "tessarn/vectors.h"

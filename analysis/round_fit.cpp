@@ -1,0 +1,166 @@
+#include "analysis/round_fit.h"
+
+namespace tessarn::analysis {
+
+namespace {
+
+// A shape with A > 0, so that distances are positive outside.
+round_shape<doubled> curved_outwards(round_shape<doubled> m) noexcept {
+  if (m.a().high < 0)
+    for (std::size_t k = 0; k < m.parts(); ++k) m.v[k] = -m.v[k];
+  return m;
+}
+
+// The axes alone, to place points across them.
+round_shape<double> flat(round_shape<double> m) noexcept {
+  for (double& part : m.v) part = 0;
+  return m;
+}
+
+normal_equations equations_of(const shape_data& data, const round_shape<doubled>& m, const tangents<doubled>& t) {
+  const round_sums<doubled> sums(data, m, t);
+  return normal_equations(m.unknowns(), [&](std::size_t r, std::size_t c) { return sums.normal[entry_at(r, c)]; });
+}
+
+// A shape about a centre, given relative to the centroid, with the square of its radius.
+bool about(const round_shape<double>& m, const double* centre, double radius_square,
+           round_shape<double>& start) noexcept {
+  const placed_point<double> c = place(flat(m), centre);
+  start = m;
+  start.v[0] = 1;
+  for (std::size_t k = 0; k < m.dimension; ++k) start.v[k + 1] = -2 * c.q[k];
+  start.v[m.dimension + 1] = c.square - radius_square;
+  return normalise(start);
+}
+
+}  // namespace
+
+// The sums of the covariance are in the order of the points.
+extents::extents(const shape_data& data) noexcept {
+  doubled covariance[3][3] = {};
+  shape_point<doubled> v;
+  for (std::size_t i = 0; i < data.used(); ++i) {
+    data.get(i, v);
+    for (std::size_t r = 0; r < 3; ++r)
+      for (std::size_t c = r; c < 3; ++c) covariance[r][c] += v.weight * v.p[r] * v.p[c];
+  }
+  axes = eigen_of_symmetric(covariance);
+  double largest[3] = {};
+  for (std::size_t i = 0; i < data.used(); ++i) {
+    data.get(i, v);
+    for (std::size_t k = 0; k < 3; ++k) {
+      const doubled* a = axes.vectors[k];
+      largest[k] = std::max(largest[k], magnitude(a[0] * v.p[0] + a[1] * v.p[1] + a[2] * v.p[2]));
+    }
+  }
+  for (const double l : largest) rank += l > data.hidden() ? 1 : 0;
+}
+
+status check_rank(int rank, int needed) noexcept {
+  if (rank >= needed) return status::ok;
+  return rank == 2 ? status::coplanar : rank == 1 ? status::collinear : status::too_few_distinct;
+}
+
+// With z = |q|^2 and its mean, and Z = (z - mean) / (2 sqrt(mean)), the algebraic sum is that of (A' Z + B q)^2 with
+// A' = 2 sqrt(mean) A, to be stationary under |B|^2 + A'^2 = 1, which is the condition |B|^2 - 4 A D = 1 for D = -mean
+// A. The points are given relative to their centroid, so that the means of q are 0.
+algebraic_starts::algebraic_starts(const shape_data& data, const round_shape<double>& m) noexcept {
+  const std::size_t n = m.dimension;
+  const round_shape<double> axes = flat(m);
+  shape_point<double> v;
+  double weights = 0;
+  for (std::size_t i = 0; i < data.used(); ++i) {
+    data.get(i, v);
+    weights += v.weight;
+    mean_square_ += v.weight * place(axes, v.p).square;
+  }
+  mean_square_ = mean_square_ / weights;
+  if (!(mean_square_ > 0)) return;
+  const double factor = 0.5 / std::sqrt(mean_square_);
+  double moments[4][4] = {};
+  for (std::size_t i = 0; i < data.used(); ++i) {
+    data.get(i, v);
+    const placed_point<double> x = place(axes, v.p);
+    const double column[4] = {(x.square - mean_square_) * factor, x.q[0], x.q[1], x.q[2]};
+    for (std::size_t r = 0; r <= n; ++r)
+      for (std::size_t c = r; c <= n; ++c) moments[r][c] += v.weight * column[r] * column[c];
+  }
+  doubled three[3][3], four[4][4];
+  for (std::size_t r = 0; r < 4; ++r)
+    for (std::size_t c = 0; c < 4; ++c) {
+      four[r][c] = moments[r][c];
+      if (r < 3 && c < 3) three[r][c] = moments[r][c];
+    }
+  if (n == 2)
+    of_three_ = eigen_of_symmetric(three);
+  else
+    of_four_ = eigen_of_symmetric(four);
+}
+
+bool algebraic_starts::get(std::size_t which, round_shape<double>& m) const noexcept {
+  if (!(mean_square_ > 0) || which > m.dimension) return false;
+  const doubled* v = m.dimension == 2 ? of_three_.vectors[which] : of_four_.vectors[which];
+  m.v[0] = v[0].high * 0.5 / std::sqrt(mean_square_);
+  for (std::size_t k = 1; k <= m.dimension; ++k) m.v[k] = v[k].high;
+  m.v[m.dimension + 1] = -mean_square_ * m.v[0];
+  return normalise(m);
+}
+
+void lowest_result::take(const shape_data& data, const round_result<double>& found) noexcept {
+  if (any && !(found.squares < result.squares * (1 - 0x1p-30) - 0x1p-90 * data.total_weight().high)) return;
+  result = found;
+  any = true;
+}
+
+void search_all(const shape_data& data, const round_shape<double>& m, const eigen_system<3>& axes, ulong most_steps,
+                lowest_result& lowest) noexcept {
+  constexpr double large = 0x1p-12;
+  const algebraic_starts starts(data, m);
+  const double weight = data.total_weight().high, extent = starts.mean_square();
+  round_shape<double> start = m;
+  for (std::size_t k = 0; starts.get(k, start); ++k) {
+    const round_result<double> found = search(data, start, most_steps);
+    lowest.take(data, found);
+    if (k == 0 && found.squares <= large * weight * extent) return;
+  }
+  for (std::size_t k = 0; k < 3; ++k)
+    for (const double away : {-2.0, -0.7, 0.7, 2.0}) {
+      double centre[3];
+      for (std::size_t i = 0; i < 3; ++i) centre[i] = away * std::sqrt(extent) * axes.vectors[k][i].high;
+      if (about(m, centre, extent * (1 + away * away), start)) lowest.take(data, search(data, start, most_steps));
+    }
+}
+
+round_solution::round_solution(const shape_data& data, const round_result<doubled>& found)
+    : shape_(curved_outwards(found.shape)),
+      tangents_(shape_),
+      equations_(equations_of(data, shape_, tangents_)),
+      radius_(doubled(0.5) / shape_.a()),
+      state_(judge(data, found)) {}
+
+// The arc or cap of the shape over the points is as high as half of the curvature times the square of their largest
+// distance from the centroid; where rounding hides it, the shape is a line or plane.
+status round_solution::judge(const shape_data& data, const round_result<doubled>& found) const noexcept {
+  double farthest = 0;
+  shape_point<doubled> v;
+  for (std::size_t i = 0; i < data.used(); ++i) {
+    data.get(i, v);
+    farthest = std::max(farthest, place(shape_, v.p).square.high);
+  }
+  if (!(shape_.a().high * farthest > data.hidden())) return status::not_determined;
+  if (!found.converged && found.determined) return status::not_converged;
+  return found.determined && equations_.regular() ? status::ok : status::not_determined;
+}
+
+// The centre is -B / (2 A), and the radius 1 / (2 A).
+doubled round_solution::centre_change(std::size_t k, std::size_t i) const noexcept {
+  if (i > shape_.dimension) return 0.0;
+  return -(tangents_.component(i, k + 1) - shape_.b()[k] * tangents_.curvature[i] * (radius_ + radius_)) * radius_;
+}
+
+doubled round_solution::radius_change(std::size_t i) const noexcept {
+  if (i > shape_.dimension) return 0.0;
+  return -tangents_.curvature[i] * (radius_ + radius_) * radius_;
+}
+
+}  // namespace tessarn::analysis

@@ -1,0 +1,37 @@
+// The search for the circle, sphere or cylinder with the least sum of squared distances.
+#pragma once
+
+#include "analysis/round_shape.h"
+
+namespace tessarn::analysis {
+
+// The sum of w^2 r^2 over the points, and what a step needs of it. Sums are in the order of the points.
+template <class T>
+struct round_sums {
+  T squares;
+  T gradient[most_unknowns];
+  T normal[most_entries];   // the products of first derivatives
+  T hessian[most_entries];  // with the second derivatives of the distances besides
+
+  round_sums(const shape_data& data, const round_shape<T>& m, const tangents<T>& t) noexcept;
+};
+
+// Where a search ended.
+template <class T>
+struct round_result {
+  round_shape<T> shape;
+  double squares = 0;
+  bool converged = false;   // the gradient is at the level of rounding
+  bool determined = false;  // the second derivatives are positive along all directions
+  ulong steps = 0;
+};
+
+// From a shape downwards, in double precision, until about half of the digits are reached.
+round_result<double> search(const shape_data& data, const round_shape<double>& start, ulong most_steps) noexcept;
+// From such a result on, in doubled precision.
+round_result<doubled> refine(const shape_data& data, const round_result<double>& found, ulong most_steps) noexcept;
+
+// The sum of w^2 r^2 alone.
+double squares_of(const shape_data& data, const round_shape<double>& m) noexcept;
+
+}  // namespace tessarn::analysis
