@@ -58,6 +58,7 @@ set(TESSARN_SOURCES
   analysis/exact_polynomial.cpp
   analysis/fit.cpp
   analysis/fit_circle.cpp
+  analysis/fit_cylinder.cpp
   analysis/fit_data.cpp
   analysis/fit_line.cpp
   analysis/fit_robust.cpp

@@ -133,4 +133,31 @@ struct sphere_fit : shape_fit {
 /// `collinear`, and `not_determined` when a plane fits at least as well as any sphere.
 [[nodiscard]] TESSARN_API sphere_fit fit_sphere(space_points points, const shape_options& options = {});
 
+/// A cylinder without ends.
+struct cylinder_fit : shape_fit {
+  vector3d point{0, 0, 0};             ///< the point of the axis that is nearest to the centroid of the points
+  vector3d direction{0, 0, 0};         ///< of the axis, of length 1; its component of largest magnitude is positive
+  real radius = 0;                     ///< above 0
+  vector3d point_errors{0, 0, 0};      ///< standard errors of the coordinates of the point
+  vector3d direction_errors{0, 0, 0};  ///< standard errors of the components of the direction
+  real radius_error = 0;               ///< standard error of the radius
+};
+
+/// Fits a cylinder through points of space. Residuals are positive outside the cylinder.
+///
+/// \code
+/// const vector3d points[] = {{5, 0, 0}, {3, 4, 1}, {-4, 3, 2}, {0, -5, 3}, {-3, -4, 4}, {4, -3, 5}, {0, 5, 6}};
+/// const tessarn::cylinder_fit f = tessarn::fit_cylinder({points, 7});
+/// assert(f.state == tessarn::status::ok && f.radius == 5 && f.direction.z == 1);
+/// assert(f.largest_residual < 1e-20 && f.points_used == 7 && f.unknowns == 5);
+/// \endcode
+///
+/// The starts are algebraic circles across 49 directions all over the half sphere; the search goes on from those with
+/// the lowest sums: 64 for few points, and 12 from 500 points on. The sum of a cylinder can have several minima even
+/// for good points, and the lowest of those found is the result.
+///
+/// Statuses: those of fit_sphere(), with `too_few_points` and `too_few_distinct` below six, since through five points
+/// go up to six cylinders.
+[[nodiscard]] TESSARN_API cylinder_fit fit_cylinder(space_points points, const shape_options& options = {});
+
 }  // namespace tessarn
