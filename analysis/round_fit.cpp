@@ -4,6 +4,9 @@ namespace tessarn::analysis {
 
 namespace {
 
+// Below this the unknowns lose more digits than doubled precision has beyond those of a double.
+constexpr double least_condition = 0x1p-30;
+
 // A shape with A > 0, so that distances are positive outside.
 round_shape<doubled> curved_outwards(round_shape<doubled> m) noexcept {
   if (m.a().high < 0)
@@ -149,7 +152,8 @@ status round_solution::judge(const shape_data& data, const round_result<doubled>
   }
   if (!(shape_.a().high * farthest > data.hidden())) return status::not_determined;
   if (!found.converged && found.determined) return status::not_converged;
-  return found.determined && equations_.regular() ? status::ok : status::not_determined;
+  const bool told = found.determined && equations_.regular() && equations_.reciprocal_condition() >= least_condition;
+  return told ? status::ok : status::not_determined;
 }
 
 // The centre is -B / (2 A), and the radius 1 / (2 A).

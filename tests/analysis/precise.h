@@ -81,9 +81,22 @@ struct precise_sums {
   }
 };
 
-// Newton's method with damping, from x until the steps have fewer than 2^-200 of the radius; gives the sums there.
+// The weighted mean distance of the points from a centre.
+inline precise mean_distance(const precise_points& points, const precise_column& x) {
+  precise sum(0, precise_bits), weights(0, precise_bits);
+  for (std::size_t i = 0; i < points.p.size(); ++i) {
+    precise square(0, precise_bits);
+    for (std::size_t k = 0; k + 1 < x.size(); ++k) square += (points.p[i][k] - x[k]) * (points.p[i][k] - x[k]);
+    sum += points.weights[i] * sqrt(square);
+    weights += points.weights[i];
+  }
+  return sum / weights;
+}
+
+// Newton's method with damping, from the centre in x and the best radius for it, until the steps have fewer than 2^-200 of the radius; gives the sums there.
 inline precise_sums minimise(const precise_points& points, precise_column& x, int most_steps = 300) {
   precise damping(0, precise_bits);
+  x.back() = mean_distance(points, x);
   precise_sums s(points, x);
   for (int step = 0; step < most_steps; ++step) {
     std::vector<precise_column> h = s.hessian;
