@@ -150,8 +150,8 @@ status round_solution::judge(const shape_data& data, const round_result<doubled>
     data.get(i, v);
     farthest = std::max(farthest, place(shape_, v.p).square.high);
   }
-  if (!(shape_.a().high * farthest > data.hidden())) return status::not_determined;
   if (!found.converged && found.determined) return status::not_converged;
+  if (!(shape_.a().high * farthest > data.hidden())) return status::not_determined;
   const bool told = found.determined && equations_.regular() && equations_.reciprocal_condition() >= least_condition;
   return told ? status::ok : status::not_determined;
 }
