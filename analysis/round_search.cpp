@@ -5,10 +5,10 @@ namespace tessarn::analysis {
 namespace {
 
 // How near to the minimum a search goes. `near` and `floor`: it ends when its step would change the sum by less than
-// near^2 of it plus floor^2 of the total weight. `level` and `level_floor`: below this it also ends when Newton steps do
-// not become shorter any more, or do not make the sum smaller. `trusted`: a Newton step that changes the sum by less
-// than this fraction is taken without a look at the sum, whose rounding would hide the change. `undamped`: only a Newton
-// step ends the search.
+// near^2 of it plus floor^2 of the total weight. `level` and `level_floor`: below this it also ends when Newton steps
+// do not become shorter any more, or do not make the sum smaller. `trusted`: a Newton step that changes the sum by less
+// than this fraction is taken without a look at the sum, whose rounding would hide the change. `undamped`: only a
+// Newton step ends the search.
 struct limits {
   double near, floor, level, level_floor, trusted;
   bool undamped;

@@ -22,7 +22,8 @@ struct round_result {
   round_shape<T> shape;
   double squares = 0;
   bool converged = false;  // the gradient is at the level of rounding
-  bool determined = true;  // where last tried without damping, the second derivatives were positive along all directions
+  bool determined =
+      true;  // where last tried without damping, the second derivatives were positive along all directions
   ulong steps = 0;
 };
 

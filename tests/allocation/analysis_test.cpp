@@ -4,6 +4,7 @@
 #include <tessarn/curve.h>
 #include <tessarn/fit.h>
 #include <tessarn/flat.h>
+#include <tessarn/shapes.h>
 #include <tessarn/solve.h>
 
 #include <gtest/gtest.h>
@@ -73,6 +74,10 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
       {"extremes", [&] { (void)tessarn::extremes(double_zeros, -9, 9); }, 60},
       {"inflections", [&] { (void)tessarn::inflections(double_zeros, -9, 9); }, 60},
       {"curvature_extremes", [&] { (void)tessarn::curvature_extremes(double_zeros, -9, 9); }, 60},
+      {"fit_line", [&] { (void)tessarn::fit_line(cloud); }, 5},
+      {"fit_circle", [&] { (void)tessarn::fit_circle(points); }, 8},
+      {"fit_sphere", [&] { (void)tessarn::fit_sphere(cloud); }, 8},
+      {"fit_cylinder", [&] { (void)tessarn::fit_cylinder(cloud); }, 8},
       {"polynomial_fit::expanded", [&] { (void)f.expanded(); }, 1},
       {"surface_fit::expanded", [&] { (void)s.expanded(); }, 1},
       {"fit_robust", [&] { (void)tessarn::fit_robust(points, 3); }, 12},

@@ -93,7 +93,8 @@ inline precise mean_distance(const precise_points& points, const precise_column&
   return sum / weights;
 }
 
-// Newton's method with damping, from the centre in x and the best radius for it, until the steps have fewer than 2^-200 of the radius; gives the sums there.
+// Newton's method with damping, from the centre in x and the best radius for it, until the steps have fewer than 2^-200
+// of the radius; gives the sums there.
 inline precise_sums minimise(const precise_points& points, precise_column& x, int most_steps = 300) {
   precise damping(0, precise_bits);
   x.back() = mean_distance(points, x);

@@ -23,10 +23,10 @@ using test::precise_sums;
 using test::random_source;
 using test::to_precise;
 
-// How often each test runs: 2000 times, or as the environment says.
+// How often each test runs: 800 times, or as the environment says.
 int rounds() {
   const char* told = std::getenv("TESSARN_ANALYSIS_ROUNDS");
-  return told ? std::atoi(told) : 2000;
+  return told ? std::atoi(told) : 800;
 }
 
 constexpr double pi = 3.141592653589793;
@@ -203,7 +203,8 @@ void judge(const sample& s, const answer& a) {
   }
   precise_column other = column_of(s.truth);
   const precise_sums from_truth = test::minimise(points, other, 100);
-  EXPECT_GE(from_truth.squares, sums.squares * to_precise(1 - 1e-9) - weights * to_precise(tiny) * to_precise(tiny));
+  EXPECT_TRUE(from_truth.squares >=
+              sums.squares * to_precise(1 - 1e-9) - weights * to_precise(tiny) * to_precise(tiny));
 }
 
 void judge_many(std::uint64_t seed, std::size_t d) {

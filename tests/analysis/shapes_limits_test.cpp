@@ -139,7 +139,9 @@ TEST(ShapeLimits, HostileNumbersEnd) {
     if (s.state == status::ok) {
       EXPECT_TRUE(std::isfinite(s.radius) && s.radius > 0 && std::isfinite(s.centre.z));
     }
-    if (l.state == status::ok) EXPECT_NEAR(l.direction.lenld(), 1, 1e-15);
+    if (l.state == status::ok) {
+      EXPECT_NEAR(l.direction.lenld(), 1, 1e-15);
+    }
     if (t.state == status::ok) {
       EXPECT_NEAR(t.direction.lenld(), 1, 1e-15);
       EXPECT_TRUE(std::isfinite(t.radius) && t.radius > 0 && std::isfinite(t.point.x));

@@ -4,6 +4,8 @@
 #include <tessarn/curve.h>
 #include <tessarn/fit.h>
 #include <tessarn/flat.h>
+// Operations of the calls that carry a status: solve.h, fit.h and shapes.h.
+#include <tessarn/shapes.h>
 #include <tessarn/solve.h>
 
 #include "replay/draw.h"
@@ -235,6 +237,86 @@ void run_double_zeros(input& in, output& out) {
   put_points(out, tessarn::extremes({p, 7}, -20, 20));
 }
 
+void put_shape(output& out, const tessarn::shape_fit& f) {
+  put_status(out, f.state);
+  out.put(f.residuals);
+  out.put(f.root_mean_square);
+  out.put(f.residual_deviation);
+  out.put(f.largest_residual);
+  out.put(f.largest_at);
+  out.put(f.peak_to_valley);
+  out.put(f.reciprocal_condition);
+  out.put(f.steps);
+}
+
+void put_vector(output& out, const vector3d& v) {
+  out.put(v.x);
+  out.put(v.y);
+  out.put(v.z);
+}
+
+// Places without order, places near a curved face, or numbers that break careless code.
+struct drawn_places {
+  real x[most_points], y[most_points], z[most_points], weights[most_points];
+  ulong count;
+  tessarn::shape_options options;
+
+  explicit drawn_places(input& in) : count(static_cast<ulong>(in.integer(1, most_points))) {
+    const int kind = in.integer(0, 3);
+    options.leave_out_not_finite = in.integer(0, 1) == 1;
+    for (ulong i = 0; i < count; ++i) {
+      x[i] = kind == 3 ? in.any() : in.within(-3, 5);
+      y[i] = kind == 3 ? in.any() : in.within(-3, 3);
+      z[i] = kind == 3 ? in.any() : in.within(-9, 9);
+      weights[i] = in.within(0, 2);
+      if (kind == 1) z[i] = x[i] * x[i] / 64;
+      if (kind == 2) y[i] = z[i] * z[i] / 64;
+    }
+    if (in.integer(0, 1) == 1) options.weights = {weights, count};
+  }
+  tessarn::space_points space() const { return {{x, count}, {y, count}, {z, count}}; }
+};
+
+void run_line(input& in, output& out) {
+  const drawn_places p(in);
+  const tessarn::line_fit f = tessarn::fit_line(p.space(), p.options);
+  put_shape(out, f);
+  put_vector(out, f.point);
+  put_vector(out, f.direction);
+  put_vector(out, f.point_errors);
+  put_vector(out, f.direction_errors);
+}
+
+void run_circle(input& in, output& out) {
+  const drawn_places p(in);
+  const tessarn::circle_fit f = tessarn::fit_circle({p.space().x, p.space().y}, p.options);
+  put_shape(out, f);
+  put_vector(out, vector3d(f.centre.x, f.centre.y, f.radius));
+  put_vector(out, vector3d(f.centre_errors.x, f.centre_errors.y, f.radius_error));
+}
+
+void run_sphere(input& in, output& out) {
+  const drawn_places p(in);
+  const tessarn::sphere_fit f = tessarn::fit_sphere(p.space(), p.options);
+  put_shape(out, f);
+  put_vector(out, f.centre);
+  put_vector(out, f.centre_errors);
+  out.put(f.radius);
+  out.put(f.radius_error);
+}
+
+void run_cylinder(input& in, output& out) {
+  const drawn_places p(in);
+  const tessarn::cylinder_fit f = tessarn::fit_cylinder(p.space(), p.options);
+  put_shape(out, f);
+  put_vector(out, f.point);
+  put_vector(out, f.direction);
+  put_vector(out, f.point_errors);
+  put_vector(out, f.direction_errors);
+  out.put(f.radius);
+  out.put(f.radius_error);
+}
+
 const operation analysis_table[] = {
     {"solve, inverse, determinant", n, run_solve},
     {"solve, inverse of complex numbers", n, run_complex},
@@ -245,6 +327,11 @@ const operation analysis_table[] = {
     {"flatness", 2 * n, run_flatness},
     {"zeros, extremes, inflections, curvature_extremes", 2 * n, run_curve},
     {"zeros, extremes of squares", n, run_double_zeros},
+    {"fit_surface", n, run_surface},
+    {"fit_line", n, run_line},
+    {"fit_circle", n, run_circle},
+    {"fit_sphere", n, run_sphere},
+    {"fit_cylinder", n / 2, run_cylinder},
 };
 
 }  // namespace

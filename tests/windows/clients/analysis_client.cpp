@@ -3,6 +3,7 @@
 #include <tessarn/curve.h>
 #include <tessarn/fit.h>
 #include <tessarn/flat.h>
+#include <tessarn/shapes.h>
 #include <tessarn/solve.h>
 
 #include "check.h"
@@ -63,6 +64,19 @@ int main() {
   CHECK(tessarn::inflections(p, 0, 9)[0].at == 2);
   const tessarn::curve_points sharpest = tessarn::curvature_extremes(binom{0, 0, 2}, -1, 1);
   CHECK(sharpest.count == 1 && sharpest[0].curvature == 4 && sharpest[0].radius == static_cast<real>(0.25));
+
+  const vector3d row[] = {{0, 0, 5}, {1, 2, 5}, {2, 4, 5}, {3, 6, 5}};
+  const tessarn::line_fit line = tessarn::fit_line({row, 4});
+  CHECK(line.state == status::ok && line.point.y == 3 && line.direction.y == 2 * line.direction.x);
+  const vector ring[] = {{5, 0}, {3, 4}, {-4, 3}, {0, -5}, {-3, -4}};
+  const tessarn::circle_fit circle = tessarn::fit_circle({ring, 5});
+  CHECK(circle.state == status::ok && circle.radius == 5);
+  const vector3d ball[] = {{4, 2, 3}, {-2, 2, 3}, {1, 5, 3}, {1, -1, 3}, {1, 2, 6}, {1, 2, 0}};
+  const tessarn::sphere_fit sphere = tessarn::fit_sphere({ball, 6});
+  CHECK(sphere.state == status::ok && sphere.radius == 3 && sphere.centre.z == 3);
+  const vector3d tube[] = {{5, 0, 0}, {3, 4, 1}, {-4, 3, 2}, {0, -5, 3}, {-3, -4, 4}, {4, -3, 5}, {0, 5, 6}};
+  const tessarn::cylinder_fit cylinder = tessarn::fit_cylinder({tube, 7});
+  CHECK(cylinder.state == status::ok && cylinder.radius == 5 && cylinder.direction.z == 1);
 
   CHECK(tessarn::to_string(status::ok) != tessarn::to_string(status::singular));
   return check::finish();
