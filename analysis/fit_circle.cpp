@@ -31,7 +31,7 @@ void fit(const shape_data& data, int dimension, ulong most_steps, shape_fit& f, 
   const round_result<doubled> found = refine(data, lowest.result, most_steps);
   f.steps = found.steps;
   const round_solution s(data, found);
-  f.state = s.state();
+  f.state = lowest.tied && found.converged ? status::not_determined : s.state();
   if (f.state != status::ok) return;
   r.radius = length(data, s.radius());
   for (std::size_t k = 0; k < data.dimension(); ++k) r.centre[k] = data.original(k, s.centre(k));

@@ -119,7 +119,7 @@ cylinder_fit fit_cylinder(space_points points, const shape_options& options) {
   const round_result<doubled> found = refine(data, lowest.result, options.most_steps);
   f.steps = found.steps;
   const round_solution s(data, found);
-  f.state = s.state();
+  f.state = lowest.tied && found.converged ? status::not_determined : s.state();
   if (f.state == status::ok) store(data, s, f);
   return f;
 }

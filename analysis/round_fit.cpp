@@ -14,6 +14,26 @@ round_shape<doubled> curved_outwards(round_shape<doubled> m) noexcept {
   return m;
 }
 
+// Whether two shapes are others by more than searches that end at one minimum differ. The axes have no sign, and with
+// an axis B is compared as a vector of space.
+bool differ(const round_shape<double>& m, const round_shape<double>& n) noexcept {
+  constexpr double much = 0x1p-7;
+  const double sign = (m.a() < 0) == (n.a() < 0) ? 1 : -1;
+  double b[3] = {}, largest = std::max(std::fabs(m.a()), std::fabs(n.a())), cosine = m.has_axis ? 0 : 1;
+  for (std::size_t k = 0; k < 3; ++k) {
+    for (std::size_t i = 0; i < m.dimension; ++i) {
+      if (m.has_axis)
+        b[k] += m.b()[i] * m.axes[i][k] - sign * n.b()[i] * n.axes[i][k];
+      else if (i == k)
+        b[k] = m.b()[i] - sign * n.b()[i];
+    }
+    if (m.has_axis) cosine += m.axes[2][k] * n.axes[2][k];
+  }
+  const double apart = std::max({std::fabs(b[0]), std::fabs(b[1]), std::fabs(b[2])});
+  return std::fabs(cosine) < 1 - much * much || std::fabs(m.a() - sign * n.a()) > much * largest ||
+         apart > much * std::max(largest, 1.0);
+}
+
 // The axes alone, to place points across them.
 round_shape<double> flat(round_shape<double> m) noexcept {
   for (double& part : m.v) part = 0;
@@ -110,9 +130,14 @@ bool algebraic_starts::get(std::size_t which, round_shape<double>& m) const noex
 }
 
 void lowest_result::take(const shape_data& data, const round_result<double>& found) noexcept {
-  if (any && !(found.squares < result.squares * (1 - 0x1p-30) - 0x1p-90 * data.total_weight().high)) return;
+  const double weight = data.total_weight().high, rounding = result.squares * 0x1p-30 + weight * 0x1p-85;
+  if (any && !(found.squares < result.squares - rounding)) {
+    tied = tied || (found.squares <= result.squares + rounding && differ(found.shape, result.shape));
+    return;
+  }
   result = found;
   any = true;
+  tied = false;
 }
 
 void search_all(const shape_data& data, const round_shape<double>& m, const eigen_system<3>& axes, ulong most_steps,

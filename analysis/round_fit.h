@@ -39,6 +39,7 @@ class algebraic_starts {
 struct lowest_result {
   round_result<double> result;
   bool any = false;
+  bool tied = false;  // another shape has this sum, too
 
   // Takes what was found if its sum is lower by more than rounding makes it.
   void take(const shape_data& data, const round_result<double>& found) noexcept;

@@ -108,7 +108,7 @@ struct circle_fit : shape_fit {
 /// The starts are the stationary circles of Taubin's algebraic fit; the lowest of the sums they lead to is the result.
 ///
 /// Statuses: those of fit_line(); `too_few_points` and `too_few_distinct` below three; `collinear`; `not_determined`
-/// when a line fits at least as well as any circle, or when the points leave more than one circle; `not_converged` when
+/// when a line fits at least as well as any circle, or when several circles fit equally well; `not_converged` when
 /// the search did not end in the steps that were allowed; `out_of_range`. The parameters are given with `ok` alone.
 [[nodiscard]] TESSARN_API circle_fit fit_circle(plane_points points, const shape_options& options = {});
 
@@ -157,7 +157,7 @@ struct cylinder_fit : shape_fit {
 /// for good points, and the lowest of those found is the result.
 ///
 /// Statuses: those of fit_sphere(), with `too_few_points` and `too_few_distinct` below six, since through five points
-/// go up to six cylinders.
+/// go up to six cylinders. The corners of a cube, which lie on three cylinders, are `not_determined`.
 [[nodiscard]] TESSARN_API cylinder_fit fit_cylinder(space_points points, const shape_options& options = {});
 
 }  // namespace tessarn

@@ -167,6 +167,20 @@ TEST(ShapeLimits, TooFewStepsAreTold) {
   EXPECT_EQ(fit_circle(p).state, status::ok);
 }
 
+// The corners of a cube lie on three cylinders; one more point decides.
+TEST(ShapeLimits, EqualSumsAreTold) {
+  cloud cube;
+  for (int i = 0; i < 8; ++i) cube.emplace_back(i & 1 ? 1 : -1, i & 2 ? 1 : -1, i & 4 ? 1 : -1);
+  EXPECT_EQ(fit_cylinder(cube).state, status::not_determined);
+  cube.emplace_back(5, std::sqrt(2.0), 0);  // on one of the three
+  const auto f = fit_cylinder(cube);
+  ASSERT_EQ(f.state, status::ok);
+  EXPECT_EQ(f.direction.x, 1);
+  // Two groups of points: circles on both sides fit equally well.
+  const flat_points cross{{0, 3}, {0, -3}, {1, 0}, {-1, 0}, {1, 0.1}, {-1, 0.1}, {1, -0.1}, {-1, -0.1}, {0, 0}};
+  EXPECT_EQ(fit_circle(cross).state, status::not_determined);
+}
+
 // Two of the three places are so near to each other that the direction between them is hardly told.
 TEST(ShapeLimits, NearlyEqualPlacesDoNotDetermineACircle) {
   const auto through = [](double apart) { return fit_circle(flat_points{{-1, 0}, {1, 0}, {1, apart}}); };
