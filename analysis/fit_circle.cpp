@@ -28,7 +28,7 @@ void fit(const shape_data& data, int dimension, ulong most_steps, shape_fit& f, 
   start.dimension = data.dimension();
   lowest_result lowest;
   search_all(data, start, e.axes, most_steps, lowest);
-  const round_result<doubled> found = refine(data, lowest.result, most_steps);
+  const round_result<doubled> found = refine_lowest(data, start, lowest, most_steps);
   f.steps = found.steps;
   const round_solution s(data, found);
   f.state = lowest.tied && found.converged ? status::not_determined : s.state();

@@ -46,7 +46,7 @@ round_shape<double> directed(const eigen_system<3>& axes, const int (&along)[3])
   return m;
 }
 
-// Looks at directions all over the half sphere (as D. Eberly, Fitting 3D data with a cylinder, 2003), those of the axes
+// Looks at directions all over the half sphere (D. Eberly, Fitting 3D data with a cylinder, 2003), those of the axes
 // of the covariance among them: the vectors of whole numbers up to 2 without a common divisor. For each direction the
 // algebraic circles across it are the starts.
 void look_around(const shape_data& data, const eigen_system<3>& axes, best_starts& best) noexcept {

@@ -159,6 +159,20 @@ void search_all(const shape_data& data, const round_shape<double>& m, const eige
     }
 }
 
+round_result<doubled> refine_lowest(const shape_data& data, const round_shape<double>& m, const lowest_result& lowest,
+                                    ulong most_steps) noexcept {
+  const round_result<doubled> found = refine(data, lowest.result, most_steps);
+  if (found.determined) return found;
+  const algebraic_starts starts(data, m);
+  round_result<double> start;
+  start.shape = m;
+  for (std::size_t k = 0; starts.get(k, start.shape); ++k) {
+    const round_result<doubled> other = refine(data, start, most_steps);
+    if (other.converged && other.determined && other.squares <= found.squares) return other;
+  }
+  return found;
+}
+
 round_solution::round_solution(const shape_data& data, const round_result<doubled>& found)
     : shape_(curved_outwards(found.shape)),
       tangents_(shape_),

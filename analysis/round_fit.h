@@ -51,6 +51,11 @@ struct lowest_result {
 void search_all(const shape_data& data, const round_shape<double>& m, const eigen_system<3>& axes, ulong most_steps,
                 lowest_result& lowest) noexcept;
 
+// The refinement of the lowest sum. Where it ends at a saddle, whose curvature double precision did not see, the
+// algebraic starts are refined as they are, and the first that leads to a minimum is the result.
+round_result<doubled> refine_lowest(const shape_data& data, const round_shape<double>& m, const lowest_result& lowest,
+                                    ulong most_steps) noexcept;
+
 // A refined shape with A > 0, and the covariance of its unknowns.
 class round_solution {
  public:

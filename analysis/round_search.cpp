@@ -16,14 +16,13 @@ struct limits {
 constexpr limits in_double{0x1p-20, 0x1p-40, 0x1p-20, 0x1p-40, 0x1p-30, false};
 constexpr limits in_doubled{0x1p-66, 0x1p-92, 0x1p-40, 0x1p-60, 0x1p-50, true};
 
-// Solves (H + damping diag N) x = g by L D L'; false when the matrix is not positive, or nearly not so.
+// Solves (H + damping diag N) x = g by L D L'; false when the matrix is not positive.
 template <class T>
 bool solve_damped(const round_sums<T>& s, std::size_t n, double damping, T* x) noexcept {
   T lower[most_entries];
   T pivots[most_unknowns];
   for (std::size_t r = 0; r < n; ++r) {
     T pivot = s.hessian[entry_at(r, r)] + T(damping) * s.normal[entry_at(r, r)];
-    const double entry = leading(pivot);
     T sum = s.gradient[r];
     for (std::size_t c = 0; c < r; ++c) {
       T multiple = s.hessian[entry_at(r, c)];
@@ -32,7 +31,7 @@ bool solve_damped(const round_sums<T>& s, std::size_t n, double damping, T* x) n
       pivot -= lower[entry_at(r, c)] * multiple;
       sum -= lower[entry_at(r, c)] * x[c];
     }
-    if (!(leading(pivot) > entry * 0x1p-90 && leading(pivot) > 0)) return false;
+    if (!(leading(pivot) > 0)) return false;
     pivots[r] = pivot;
     x[r] = sum;
   }
@@ -89,7 +88,7 @@ round_result<T> descend(const shape_data& data, const round_shape<T>& start, con
     const tangents<T> next_tangents(next);
     const round_sums<T> next_sums(data, next, next_tangents);
     const bool trusted = damping == 0 && promised <= limit.trusted * result.squares;
-    if (moved && (trusted || leading(next_sums.squares) < result.squares)) {
+    if (moved && (trusted || leading(next_sums.squares - sums.squares) < 0)) {
       last = damping == 0 ? promised : std::numeric_limits<double>::infinity();
       result.shape = next;
       t = next_tangents;
@@ -151,7 +150,7 @@ round_result<doubled> refine(const shape_data& data, const round_result<double>&
       for (std::size_t k = 0; k < 3; ++k) start.axes[i][k] = found.shape.axes[i][k];
     make_orthogonal(start.axes);
   }
-  if (!normalise(start)) return {start};
+  normalise(start);  // the shape is that of a search, whose condition holds to the digits of a double
   round_result<doubled> r = descend(data, start, in_doubled, 0, most_steps - found.steps);
   r.steps += found.steps;
   return r;

@@ -223,7 +223,7 @@ void expect_error(double told, const std::vector<precise_column>& inverse, const
 void judge(const sample& s, const tessarn::cylinder_fit& f) {
   const double tiny = s.extent() * 0x1p-90;
   precise_cylinder c(triple_of(f.point), triple_of(f.direction), to_precise(f.radius));
-  ASSERT_TRUE(minimise(s, c, 4));
+  ASSERT_TRUE(minimise(s, c, 2));  // from the digits of a double to all
   const triple g = s.centroid(), from = plus(g, to_precise(-1), c.point);
   const triple foot = plus(c.point, dot(from, c.direction), c.direction);
   const tessarn::real vector3d::*coordinates[] = {&vector3d::x, &vector3d::y, &vector3d::z};
@@ -241,7 +241,7 @@ void judge(const sample& s, const tessarn::cylinder_fit& f) {
   const precise mean_square = squares / weights, root_mean_square = sqrt(mean_square);
   EXPECT_TRUE(near(f.root_mean_square, root_mean_square, 0x1p-51, tiny));
   precise_cylinder truth(triple_of(s.point), triple_of(s.direction), to_precise(s.radius));
-  if (minimise(s, truth, 6)) {
+  if (minimise(s, truth, 5)) {
     EXPECT_TRUE(truth.squares(s) >= squares * to_precise(1 - 1e-9) - weights * to_precise(tiny) * to_precise(tiny));
   }
   if (root_mean_square < s.extent() * 0x1p-40) return;

@@ -100,6 +100,11 @@ TEST(ShapeLimits, EndsOfTheRange) {
   ASSERT_EQ(f.state, status::ok);
   EXPECT_EQ(f.radius, huge);
   EXPECT_EQ(f.centre.x, 0);
+  const double middle = 1.2e308, away = 0.4e308;  // the sum of two coordinates is too large
+  const auto g = fit_circle(
+      flat_points{{middle + away, middle}, {middle - away, middle}, {middle, middle + away}, {middle, middle - away}});
+  ASSERT_EQ(g.state, status::ok);
+  EXPECT_NEAR(g.radius / away, 1, 1e-15);
   const auto s = fit_circle(flat_points{{8 * tiny, 0}, {-8 * tiny, 0}, {0, 8 * tiny}, {0, -8 * tiny}});
   ASSERT_EQ(s.state, status::ok);
   EXPECT_EQ(s.radius, 8 * tiny);
@@ -110,6 +115,21 @@ TEST(ShapeLimits, EndsOfTheRange) {
   const auto l = fit_line(cloud{{huge, 0, 0}, {-huge, 0, 0}});
   ASSERT_EQ(l.state, status::ok);
   EXPECT_EQ(l.direction.x, 1);
+}
+
+// The centre or the point of the axis is too large for a real, and the radius is not.
+TEST(ShapeLimits, ACentreOutOfRange) {
+  flat_points p;
+  cloud q;
+  for (int i = -4; i <= 4; ++i) {
+    const double a = 0.2 * i, x = 1.35e308 + 0.6e308 * (1 - std::cos(a)), y = 0.6e308 * std::sin(a);
+    p.emplace_back(x, y);
+    for (const double z : {-0.3e308, 0.1e308, 0.2e308}) q.emplace_back(x, y, z);
+  }
+  EXPECT_EQ(fit_circle(p).state, status::out_of_range);
+  EXPECT_EQ(fit_cylinder(q).state, status::out_of_range);
+  EXPECT_EQ(fit_circle(p).radius, 0);
+  EXPECT_EQ(fit_cylinder(q).residuals.getHeight(), 0u);
 }
 
 // Whatever the numbers are, a fit ends, and what it calls a result is finite.
@@ -165,6 +185,7 @@ TEST(ShapeLimits, TooFewStepsAreTold) {
   EXPECT_EQ(fit_sphere(q, o).state, status::not_converged);
   EXPECT_EQ(fit_cylinder(q, o).state, status::not_converged);
   EXPECT_EQ(fit_circle(p).state, status::ok);
+  for (o.most_steps = 1; o.most_steps < 12; ++o.most_steps) EXPECT_LE(fit_circle(p, o).steps, o.most_steps);
 }
 
 // The corners of a cube lie on three cylinders; one more point decides.
@@ -181,10 +202,33 @@ TEST(ShapeLimits, EqualSumsAreTold) {
   EXPECT_EQ(fit_circle(cross).state, status::not_determined);
 }
 
+// Scattered points, whose lowest circle no algebraic start leads to.
+TEST(ShapeLimits, TheLowestOfSeveralMinima) {
+  const flat_points p{{8, -7}, {1, -3}, {-2, -8}, {5, 9}, {7, -7}, {-8, 6}, {2, 1}, {-4, -1}};
+  EXPECT_NEAR(fit_circle(p).root_mean_square, 3.0877595645886, 1e-11);
+}
+
+// Six to nine points on a cylinder, with many other minima: the one where all distances vanish is found.
+TEST(ShapeLimits, CylindersThroughFewPoints) {
+  random_source random(1664);
+  for (int i = 0; i < 100; ++i) {
+    cloud q;
+    const double length = std::exp(random.uniform(-2, 2));
+    for (std::size_t k = 6 + random.below(4); k > 0; --k) {
+      const double a = random.uniform(-3.2, 3.2), t = length * random.uniform();
+      q.emplace_back(0.8 * std::cos(a) + 0.6 * t, std::sin(a), 0.8 * t - 0.6 * std::cos(a));
+    }
+    EXPECT_LT(fit_cylinder(q).root_mean_square, 1e-14) << i;
+  }
+}
+
 // Two of the three places are so near to each other that the direction between them is hardly told.
 TEST(ShapeLimits, NearlyEqualPlacesDoNotDetermineACircle) {
   const auto through = [](double apart) { return fit_circle(flat_points{{-1, 0}, {1, 0}, {1, apart}}); };
-  EXPECT_EQ(through(1e-11).state, status::not_determined);
+  for (const double apart : {1e-11, 1.5e-9}) EXPECT_EQ(through(apart).state, status::not_determined);
+  const auto g = through(4e-9);  // double precision takes the line through the places for a minimum
+  ASSERT_EQ(g.state, status::ok);
+  EXPECT_NEAR(g.centre.y, 2e-9, 1e-24);
   const auto f = through(1e-6);
   ASSERT_EQ(f.state, status::ok);
   EXPECT_NEAR(f.centre.y, 5e-7, 1e-22);

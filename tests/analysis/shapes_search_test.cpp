@@ -79,6 +79,34 @@ TEST(ShapeSearch, DistancesOfCirclesAndLines) {
   EXPECT_FALSE(normalise(m));
 }
 
+// From any shape a search in doubled precision ends where the gradient is at the level of rounding, and no higher than
+// it began.
+TEST(ShapeSearch, SearchesEndAtAMinimum) {
+  random_source random(1682);
+  int ended = 0;
+  for (int i = 0; i < 200; ++i) {
+    std::vector<vector3d> p;
+    for (int k = 0; k < 15; ++k) p.emplace_back(random.normal(), random.normal(), random.normal() * (i % 2));
+    const tessarn::space_points view = p;
+    const tessarn::shape_options options;
+    const std::size_t dimension = i % 2 == 0 ? 2 : 3;
+    const shape_data data({{view.x, view.y, view.z}, dimension, options}, 3, 3);
+    round_result<double> start;
+    start.shape = draw(random, i % 4 == 1 ? 2 : dimension, i % 4 == 1);
+    const double before = squares_of(data, start.shape);
+    const round_result<doubled> found = refine(data, start, 500);
+    const tangents<doubled> t(found.shape);
+    const round_sums<doubled> sums(data, found.shape, t);
+    EXPECT_LE(sums.squares.high, before * (1 + 1e-12));
+    if (!found.converged || !found.determined) continue;
+    ++ended;
+    for (std::size_t k = 0; k < found.shape.unknowns(); ++k)
+      EXPECT_LT(std::fabs(sums.gradient[k].high),
+                0x1p-90 * std::sqrt(sums.squares.high * sums.normal[entry_at(k, k)].high));
+  }
+  EXPECT_GT(ended, 190);
+}
+
 // With second derivatives a search needs few steps also where the residuals are large.
 TEST(ShapeSearch, StepsAreFew) {
   random_source random(1681);
