@@ -32,8 +32,6 @@ real_matrix hilbert(tessarn::ulong n) {
 
 TEST(Status, EachHasItsOwnSentence) {
   std::vector<std::string> seen;
-  for (int i = 0; i <= static_cast<int>(status::not_determined); ++i) {
-  for (int i = 0; i <= static_cast<int>(status::too_much_work); ++i) {
   for (int i = 0; i <= static_cast<int>(status::coplanar); ++i) {
     const std::string sentence = tessarn::to_string(static_cast<status>(i));
     EXPECT_EQ(sentence.back(), '.');

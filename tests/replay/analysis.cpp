@@ -203,11 +203,15 @@ void run_flatness(input& in, output& out) {
   for (const ulong point : f.touching) out.put(point);
   out.put(f.touching_above);
   out.put(f.determination);
+}
+
 void put_points(output& out, const tessarn::curve_points& r) {
   put_status(out, r.state);
   for (const real_mat* column : {&r.lower, &r.upper, &r.at, &r.multiplicity, &r.sharing, &r.change, &r.value,
                                  &r.value_error, &r.curvature, &r.radius})
     out.put(*column);
+}
+
 // Small integers, whose zeros are often multiple; ordinary numbers; or numbers from the whole range. Now and then with
 // a NaN, an infinity, or an interval that ends before it begins.
 void run_curve(input& in, output& out) {
@@ -227,6 +231,8 @@ void run_curve(input& in, output& out) {
   put_points(out, tessarn::extremes(view, a, b));
   put_points(out, tessarn::inflections(view, a, b));
   put_points(out, tessarn::curvature_extremes(view, a, b));
+}
+
 // A square, so that each zero is double.
 void run_double_zeros(input& in, output& out) {
   real root[4], p[7] = {};
@@ -327,7 +333,6 @@ const operation analysis_table[] = {
     {"flatness", 2 * n, run_flatness},
     {"zeros, extremes, inflections, curvature_extremes", 2 * n, run_curve},
     {"zeros, extremes of squares", n, run_double_zeros},
-    {"fit_surface", n, run_surface},
     {"fit_line", n, run_line},
     {"fit_circle", n, run_circle},
     {"fit_sphere", n, run_sphere},
