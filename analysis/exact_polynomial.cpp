@@ -105,9 +105,9 @@ void trim(polynomial& p) noexcept {
   p.shorten(n);
 }
 
-std::size_t most_digits(const polynomial& p) noexcept {
-  std::size_t most = 0;
-  for (const integer& c : p) most = std::max(most, c.digits());
+std::uint64_t most_digits(const polynomial& p) noexcept {
+  std::uint64_t most = 0;
+  for (const integer& c : p) most = std::max<std::uint64_t>(most, c.digits());
   return most;
 }
 

@@ -19,6 +19,8 @@ using polynomial = sequence<integer>;
 // depend on the machine, nor does the answer of a call that runs out of work.
 class work_allowance {
  public:
+  static constexpr std::uint64_t operations_of_a_call = 1000000000;
+
   // False when there is not so much left.
   bool spend(std::uint64_t operations) noexcept {
     enough_ = enough_ && operations <= left_;
@@ -28,7 +30,7 @@ class work_allowance {
   bool enough() const noexcept { return enough_; }
 
  private:
-  std::uint64_t left_ = 1000000000;
+  std::uint64_t left_ = operations_of_a_call;
   bool enough_ = true;
 };
 
@@ -55,7 +57,8 @@ double double_above(const dyadic& v) noexcept;
 polynomial exact_coefficients(column_view coefficients, int& exponent);
 
 void trim(polynomial& p) noexcept;
-std::size_t most_digits(const polynomial& p) noexcept;
+// The digits of the longest coefficient; 64 bits on every machine, as the counts of work that begin with it.
+std::uint64_t most_digits(const polynomial& p) noexcept;
 polynomial derivative(const polynomial& p);
 polynomial product(const polynomial& a, const polynomial& b);
 // a + b and a - b.

@@ -5,6 +5,7 @@
 #include "analysis/isolation.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -149,6 +150,12 @@ class positive_zeros {
   sequence<node> open_;
 };
 
+// About the most that refining a zero costs: 80 signs at doubles, each by one product for each coefficient.
+std::uint64_t cost_of_refining(const polynomial& p, const isolated_zero& z) {
+  const std::uint64_t n = p.size(), exponent = static_cast<std::uint64_t>(std::abs(z.high.e)) + 64;
+  return 80 * n * (most_digits(p) + n * exponent / 32);
+}
+
 void add_positive(const polynomial& p, double a, double b, bool mirror, work_allowance& work,
                   sequence<isolated_zero>& zeros) {
   positive_zeros side(p, a, b, work);
@@ -156,6 +163,7 @@ void add_positive(const polynomial& p, double a, double b, bool mirror, work_all
   const refinement refine(p);
   for (std::size_t i = 0; i < side.found.size(); ++i) {
     isolated_zero& z = side.found[mirror ? side.found.size() - 1 - i : i];
+    if (!work.spend(cost_of_refining(p, z))) return;
     refine(z);
     if (z.lower < a || z.upper > b) continue;
     if (mirror) z.mirror();

@@ -128,7 +128,7 @@ polynomial quotient(const polynomial& f, const polynomial& g) {
   return q;
 }
 
-// What the subresultant chain of f and f' costs at most: about n^2 / 2 steps, each with two products and a quotient of
+// The most that the subresultant chain of f and f' costs: about n^2 / 2 steps, each with two products and a quotient of
 // numbers of up to 2 n times the digits of a coefficient.
 std::uint64_t cost_of_divisor(const polynomial& f) {
   const std::uint64_t n = f.size(), digits = 2 * n * (most_digits(f) + 1);

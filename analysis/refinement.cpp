@@ -95,7 +95,7 @@ void refinement::operator()(isolated_zero& z) const {
     narrow(z, sign_low);
     z.nearest = z.lower;
     if (z.exact) return;
-    // What is left of the interval about the zero that is as narrow as that between the doubles.
+    // The isolating interval becomes as narrow as that of the doubles, if it is wider.
     if (compare(dyadic(z.lower), z.low) > 0) z.low = dyadic(z.lower);
     if (is_finite(z.upper) && compare(dyadic(z.upper), z.high) < 0) z.high = dyadic(z.upper);
   }

@@ -13,7 +13,7 @@
 /// \endcode
 ///
 /// Fits go through normal equations and searches scan with a step; neither reports failure. tessarn/fit.h has fits that
-/// tell what they are worth.
+/// tell what they are worth, tessarn/curve.h finds every zero, extreme point and inflection without a step.
 #pragma once
 
 #include "tessarn/binom.h"
