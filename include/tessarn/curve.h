@@ -25,7 +25,7 @@ namespace tessarn {
 struct curve_point {
   real lower;          ///< the place is strictly between lower and upper, which are neighbouring doubles,
   real upper;          ///< or at both, when they are equal
-  real at;             ///< the double nearest to it; the largest double where upper is infinite
+  real at;             ///< the double nearest to it; the finite one of lower and upper where the other is infinite
   ulong multiplicity;  ///< of the zero that makes it one, see the functions
   ulong sharing;  ///< the places strictly between lower and upper: 1 unless doubles cannot tell several from each other
   int change;     ///< +1, -1, 0: that function rises through zero, falls through it, does not change its sign
@@ -88,8 +88,8 @@ struct curve_points {
 /// assert(tessarn::zeros(binom{2, 0, 1}, -5, 5).count == 0);       // x^2 + 2 has none: proved
 /// \endcode
 ///
-/// Infinite a and b mean that there is no end on that side; a zero beyond the largest double has an infinite `upper`
-/// then. `change` is that of p.
+/// Infinite a and b mean that there is no end on that side; a zero beyond the largest double then has an infinite
+/// `upper`, on the negative side an infinite `lower`. `change` is that of p.
 ///
 /// Statuses: `not_finite` for a coefficient that is not finite, or a or b that is NaN; `bad_interval` for a > b, or an
 /// interval at infinity alone; `identically_zero` for the polynomial that is zero everywhere, also the one without
