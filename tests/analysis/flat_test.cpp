@@ -252,6 +252,34 @@ TEST(Flat, AllFiniteNumbers) {
   EXPECT_GT(ok, 1000);
 }
 
+// Bodies with many edges: every direction across two steps between points is tried.
+TEST(Flat, NoDirectionIsBetter) {
+  random_source random(1736);
+  for (int i = 0; i < 30; ++i) {
+    cloud c, steps;
+    for (int k = 0; k < 26; ++k) {
+      const vector3d p(random.normal(), random.normal(), random.normal());
+      c.push_back(i % 2 == 0 ? p.resize(1) : vector3d(p.x, p.y, 0.01 * (p.x * p.x + p.y * p.y) + 1e-3 * p.z));
+      for (int j = 0; j < k; ++j) steps.push_back(c.back() - c[static_cast<std::size_t>(j)]);
+    }
+    double best = infinite;
+    for (std::size_t u = 0; u < steps.size(); ++u)
+      for (std::size_t v = 0; v < u; ++v) {
+        const vector3d n = steps[u].cross(steps[v]);
+        const double length = static_cast<double>(n.lenld());
+        if (!(length > 1e-9)) continue;
+        double high = -infinite, low = infinite;
+        for (const vector3d& p : c) {
+          const double h = static_cast<double>(n * p);
+          high = h > high ? h : high;
+          low = h < low ? h : low;
+        }
+        if (high - low < best * length) best = (high - low) / length;
+      }
+    EXPECT_NEAR(static_cast<double>(tessarn::flatness(c).zone) / best, 1, 1e-6) << i;
+  }
+}
+
 // Larger sets: all points lie in the zone, no direction near the normal is better, and no random one.
 TEST(Flat, LargeSetsLieInTheirZone) {
   random_source random(1732);
