@@ -29,7 +29,7 @@ class width_search {
   }
 
  private:
-  // u x v is the normal, apart a difference of points of the two planes.
+  // u x v is the normal, apart the difference of a point of the upper plane and one of the lower plane.
   struct candidate {
     difference u, v, apart;
     int touching[4], above;
@@ -159,7 +159,8 @@ void width_search::try_face(int f) {
   consider(c);
 }
 
-// The edges a b and c d.
+// The edges a b, about which the plane turns, and c d, over which the opposite corner moves from c to d. By these
+// directions the normal points to a b.
 void width_search::try_edges(int a, int b, int c, int d) {
   const auto p = [&](int i) noexcept { return body_.corners[index(i)]; };
   consider({step(b, a), step(d, c), step(a, c), {p(a), p(b), p(c), p(d)}, 2});
@@ -189,19 +190,17 @@ double least_width(const difference& u, const difference& v, const difference& a
 // The candidate becomes the best one when its planes are closer than those of the best so far, and hold the body.
 void width_search::consider(const candidate& c) {
   if (least_width(c.u, c.v, c.apart) > best_.width.high) return;
+  const doubled height = rounded_determinant(c.u, c.v, c.apart);
+  if (!(height.high > 0)) return;  // parallel edges: a face beside one of them is as good
   direction n = rounded_cross_product(c.u, c.v);
-  const double largest = std::max({magnitude(n.c[0]), magnitude(n.c[1]), magnitude(n.c[2])});
-  if (largest == 0) return;  // parallel edges: a face beside one of them is as good
-  const int e = exponent_of(largest);
+  const int e = exponent_of(std::max({magnitude(n.c[0]), magnitude(n.c[1]), magnitude(n.c[2])}));
   for (doubled& v : n.c) v = scaled(v, -e);
   const doubled length = square_root(n.c[0] * n.c[0] + n.c[1] * n.c[1] + n.c[2] * n.c[2]);
-  const doubled height = scaled(rounded_determinant(c.u, c.v, c.apart), -e);
-  const doubled width = (height.high < 0 ? -height : height) / length;
+  const doubled width = scaled(height, -e) / length;
   if (is_finite(best_.width.high) && !((best_.width - width).high > 0x1p-90 * best_.width.high)) return;
   if (!holds_body(c)) return;
   best_.width = width;
-  // The normal points to the plane of the first points.
-  for (int k = 0; k < 3; ++k) best_.normal[k] = (height.high < 0 ? -n.c[k] : n.c[k]) / length;
+  for (int k = 0; k < 3; ++k) best_.normal[k] = n.c[k] / length;
   for (int k = 0; k < 4; ++k) best_.touching[k] = c.touching[k];
   best_.above = c.above;
 }
@@ -210,11 +209,8 @@ void width_search::consider(const candidate& c) {
 bool width_search::holds_body(const candidate& c) const noexcept {
   if (c.above != 2) return true;
   const lattice_point &upper = point(c.touching[0]), &lower = point(c.touching[2]);
-  const int up = sign_of_determinant(c.u, c.v, c.apart);
-  if (up == 0) return false;
   for (const int p : body_.corners)
-    if (sign_of_determinant(c.u, c.v, {point(p), upper}) * up > 0 ||
-        sign_of_determinant(c.u, c.v, {point(p), lower}) * up < 0)
+    if (sign_of_determinant(c.u, c.v, {point(p), upper}) > 0 || sign_of_determinant(c.u, c.v, {point(p), lower}) < 0)
       return false;
   return true;
 }

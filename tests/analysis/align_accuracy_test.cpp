@@ -286,6 +286,25 @@ TEST(AlignAccuracy, ManyBoundsHold) {
   EXPECT_GT(determined, count * 3 / 4);
 }
 
+// Thin sets, whose rotation about their long direction is hardly determined, turned out of their plane by angles of its
+// uncertainty: the rotation is orthogonal, with all its small entries.
+TEST(AlignAccuracy, RotationsOfThinSetsAreOrthogonal) {
+  random_source random(1721);
+  for (int i = 0; i < 4000 && !HasFailure(); ++i) {
+    const double thin = std::ldexp(1.0, -40 - static_cast<int>(random.below(6)));
+    const double angle = std::ldexp(random.uniform(), -44 - static_cast<int>(random.below(10)));
+    cloud a, b;
+    for (int k = 0; k < 6; ++k) {
+      const double x = k, y = thin * random.uniform(), z = thin * random.uniform();
+      const double u = y - angle * z, v = z + angle * y;
+      a.push_back({x, y, z});
+      b.push_back({0.8 * x - 0.6 * u, 0.6 * x + 0.8 * u, v + angle * x});
+    }
+    const space_alignment m = tessarn::align(a, b);
+    EXPECT_LE(orthogonality(m.rotation), 0x1p-51) << m.determination;
+  }
+}
+
 // Coordinates near 1e6 with a spread of 1e-6 keep all digits that they have.
 TEST(AlignAccuracy, FarFromTheOrigin) {
   const double step = 0x1p-20;

@@ -165,7 +165,7 @@ cloud draw(random_source& random, int kind, std::size_t n) {
       c.push_back({u, v, off_grid()});
     }
     if (kind == 7) {  // areas whose squares are below all doubles
-      const auto tiny = [](double v) { return std::copysign(0.25 + 0.75 * std::fabs(v), v) * 0x1p-262; };
+      const auto tiny = [](double v) { return std::copysign(0.25 + 0.75 * std::fabs(v), v) * 0x1p-268; };
       c.push_back(i == 0 ? vector3d(1, y, z) : vector3d(tiny(x), tiny(y), tiny(z)));
     }
     if (kind == 5 && i % 2 == 0) {

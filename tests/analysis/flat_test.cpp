@@ -179,6 +179,20 @@ TEST(Flat, AConstantCoordinateDoesNotMatter) {
   EXPECT_EQ(wall.middle.offset, 1e308);
 }
 
+// The plane x + z = 0 with points that show no symmetry: the sums are rounded, and the normal has no part in y.
+TEST(Flat, AComponentThatIsZeroComesOutAsZero) {
+  random_source random(1737);
+  cloud c;
+  for (int k = 0; k < 20; ++k) {
+    const double x = random.uniform();
+    c.push_back({x, random.uniform(), -x});
+  }
+  const flatness_result f = tessarn::flatness(c);
+  EXPECT_EQ(f.least_squares.normal.y, 0);
+  EXPECT_EQ(f.least_squares.offset, 0);
+  EXPECT_EQ(f.least_squares.root_mean_square, 0);
+}
+
 TEST(Flat, OfPointsAtOnePlaceTheFirstIsNamed) {
   const cloud tent = {{2, 2, 1}, {0, 0, 0}, {4, 0, 0}, {0, 4, 0}, {4, 4, 0}};
   cloud twice = tent;
