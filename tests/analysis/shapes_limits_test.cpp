@@ -197,9 +197,14 @@ TEST(ShapeLimits, EqualSumsAreTold) {
   const auto f = fit_cylinder(cube);
   ASSERT_EQ(f.state, status::ok);
   EXPECT_EQ(f.direction.x, 1);
-  // Two groups of points: circles on both sides fit equally well.
-  const flat_points cross{{0, 3}, {0, -3}, {1, 0}, {-1, 0}, {1, 0.1}, {-1, 0.1}, {1, -0.1}, {-1, -0.1}, {0, 0}};
-  EXPECT_EQ(fit_circle(cross).state, status::not_determined);
+  // Points with a mirror: the lowest circle lies beside it, and so does its image.
+  const flat_points mirrored{{1, 3}, {1, -3}, {5, 1}, {5, -1}, {-8, 4}, {-8, -4}, {-2, 1}, {-2, -1}};
+  EXPECT_EQ(fit_circle(mirrored).state, status::not_determined);
+  flat_points tilted = mirrored;
+  tilted[0].y += 0.01;
+  const auto c = fit_circle(tilted);
+  ASSERT_EQ(c.state, status::ok);
+  EXPECT_GT(std::fabs(c.centre.y), 3);
 }
 
 // Scattered points, whose lowest circle no algebraic start leads to.

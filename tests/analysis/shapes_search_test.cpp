@@ -93,7 +93,12 @@ TEST(ShapeSearch, SearchesEndAtAMinimum) {
     const shape_data data({{view.x, view.y, view.z}, dimension, options}, 3, 3);
     round_result<double> start;
     start.shape = draw(random, i % 4 == 1 ? 2 : dimension, i % 4 == 1);
-    const double before = squares_of(data, start.shape);
+    double before = squares_of(data, start.shape);
+    for (tessarn::ulong steps = 1; steps <= 12; ++steps) {  // no step leads upwards
+      const double after = refine(data, start, steps).squares;
+      EXPECT_LE(after, before * (1 + 1e-12)) << steps;
+      before = after;
+    }
     const round_result<doubled> found = refine(data, start, 500);
     const tangents<doubled> t(found.shape);
     const round_sums<doubled> sums(data, found.shape, t);
