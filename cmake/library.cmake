@@ -82,6 +82,7 @@ set(TESSARN_SOURCES
   analysis/status.cpp
   analysis/verified_inverse.cpp
   analysis/width.cpp
+  selfcheck/analysis.cpp
   selfcheck/geometry.cpp
   selfcheck/matrices.cpp
   selfcheck/polynomials.cpp

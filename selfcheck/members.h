@@ -106,7 +106,7 @@ struct stored_hash_line {
 selfcheck_report selfcheck_against(const stored_hash_line* table, std::size_t lines);
 
 extern const selfcheck_family selfcheck_values, selfcheck_angles, selfcheck_matrices, selfcheck_complex_matrices,
-    selfcheck_polynomials, selfcheck_surfaces, selfcheck_lists, selfcheck_geometry;
+    selfcheck_polynomials, selfcheck_surfaces, selfcheck_lists, selfcheck_geometry, selfcheck_analysis;
 
 }  // namespace tessarn::detail
 

@@ -13,8 +13,8 @@ namespace {
 using namespace detail;
 
 constexpr const selfcheck_family* families[] = {
-    &selfcheck_values,      &selfcheck_angles,   &selfcheck_matrices, &selfcheck_complex_matrices,
-    &selfcheck_polynomials, &selfcheck_surfaces, &selfcheck_lists,    &selfcheck_geometry};
+    &selfcheck_values,   &selfcheck_angles, &selfcheck_matrices, &selfcheck_complex_matrices, &selfcheck_polynomials,
+    &selfcheck_surfaces, &selfcheck_lists,  &selfcheck_geometry, &selfcheck_analysis};
 
 std::uint64_t hash_of(const selfcheck_member& m, bool hostile) {
   inputs in(m.name, hostile);
