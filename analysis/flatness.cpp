@@ -9,6 +9,7 @@
 
 #include "analysis/eigen3.h"
 #include "analysis/point_set.h"
+#include "analysis/rounding_mode.h"
 #include "analysis/width.h"
 
 namespace tessarn {
@@ -306,6 +307,8 @@ flatness_result flatness(space_points points, const flatness_options& options) {
   if (r.state == status::sizes_differ) return r;
   r.points_used = static_cast<ulong>(p.used());
   r.points_left_out = static_cast<ulong>(p.size() - p.used());
+  if (r.state == status::ok && !rounds_to_nearest())
+    r.state = r.middle.state = r.least_squares.state = status::other_rounding;
   if (r.state != status::ok) return r;
   local_plane least;
   double determination = 0, noise = 0;

@@ -26,6 +26,7 @@ const char* to_string(status s) noexcept {
     case status::identically_zero: return "The function is zero everywhere, so that its zeros are not single places.";
     case status::too_much_work: return "The proof would take more work than is allowed.";
     case status::coplanar: return "The points lie in one plane, as far as their digits tell.";
+    case status::other_rounding: return "The thread does not round to nearest, so that nothing can be proved.";
   }
   return "This is no status.";
 }

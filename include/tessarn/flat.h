@@ -97,10 +97,11 @@ struct flatness_result {
 ///
 /// Statuses of the result and of the middle plane: `no_points`; `sizes_differ` of the columns; `not_finite`;
 /// `too_few_points`, fewer than three; `too_few_distinct`, all at one place; `collinear`, exactly on one line;
-/// `out_of_range` when a result is too large for a real. With `collinear` the zone is 0, as for all points in one
-/// plane, and there is no plane. Statuses of the least-squares plane besides: `collinear` also when the points lie on
-/// one line as far as the digits of their coordinates tell, and `not_determined` when they are as wide in two
-/// directions as in the thinnest one; the plane is then one of the best ones.
+/// `out_of_range` when a result is too large for a real; `other_rounding` when the thread does not round to nearest, as
+/// exact arithmetic needs. With `collinear` the zone is 0, as for all points in one plane, and there is no plane.
+/// Statuses of the least-squares plane besides: `collinear` also when the points lie on one line as far as the digits
+/// of their coordinates tell, and `not_determined` when they are as wide in two directions as in the thinnest one; the
+/// plane is then one of the best ones.
 ///
 /// Points that are left out have the residual NaN. Cost: O(n log n) on average for the hull; then, for a hull of h
 /// edges, O(h) for hulls that are about as round on both sides, and O(h^2) in the worst case.

@@ -35,6 +35,7 @@ enum class status : int {
   identically_zero,  ///< a function is zero everywhere, so that its zeros are not single places
   too_much_work,     ///< a proof would take more work than is allowed
   coplanar,          ///< the points lie in one plane, as far as their digits tell
+  other_rounding,    ///< the thread does not round to nearest, so that nothing can be proved
 };
 
 /// A sentence in plain words, without a line end. The text lives as long as the library is loaded.

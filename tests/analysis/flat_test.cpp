@@ -3,6 +3,7 @@
 #include <tessarn/flat.h>
 
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -75,6 +76,21 @@ TEST(Flat, PointsInOnePlane) {
   EXPECT_EQ(wall.middle.offset, 7);
   EXPECT_EQ(wall.least_squares.offset, 7);
 }
+
+#if defined(FE_UPWARD) && !defined(__wasm__)  // whose processor has no other mode
+// Exact arithmetic needs rounding to nearest; without it the search for the hull would not end.
+TEST(Flat, OtherRoundingIsTold) {
+  const cloud points = {{0, 0, 0.1}, {1, 0, 0.2}, {0, 1, 0.3}, {1, 1, 0.7}, {0.3, 0.6, 0.9}};
+  for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+    if (std::fesetround(mode) != 0) continue;
+    const flatness_result f = tessarn::flatness(points);
+    std::fesetround(FE_TONEAREST);
+    EXPECT_EQ(f.state, status::other_rounding);
+    EXPECT_EQ(f.least_squares.state, status::other_rounding);
+  }
+  EXPECT_EQ(tessarn::flatness(points).state, status::ok);
+}
+#endif
 
 TEST(Flat, StatusesOneByOne) {
   const cloud none, two(2, vector3d(1, 2, 3)), same(5, vector3d(1, 2, 3));

@@ -32,7 +32,7 @@ real_matrix hilbert(tessarn::ulong n) {
 
 TEST(Status, EachHasItsOwnSentence) {
   std::vector<std::string> seen;
-  for (int i = 0; i <= static_cast<int>(status::coplanar); ++i) {
+  for (int i = 0; i <= static_cast<int>(status::other_rounding); ++i) {
     const std::string sentence = tessarn::to_string(static_cast<status>(i));
     EXPECT_EQ(sentence.back(), '.');
     for (const std::string& other : seen) EXPECT_NE(sentence, other);
