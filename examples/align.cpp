@@ -1,5 +1,5 @@
-// Finds the rigid motion that carries one set of points onto a second set of the same points, and
-// says how well they match then.
+// Finds the rigid motion that carries one set of points onto a second set of the same points, and says how well they
+// match then.
 
 #include <algorithm>
 #include <cmath>
@@ -19,135 +19,81 @@ struct options {
   std::string plot;
 };
 
-// The motion as a 4 x 4 matrix [R t; 0 0 0 1].
-struct motion {
-  sqmat<long double> matrix;
-  vector3d axis;  // counter-clockwise seen from its tip
+// The turn of a rotation.
+struct turn {
+  vector3d axis;  // counter-clockwise seen from its tip; (0, 0, 0) where nothing turns
   double angle = 0;
-
-  vector3d shift() const { return {matrix.get(3, 0), matrix.get(3, 1), matrix.get(3, 2)}; }
-  vector3d apply(const vector3d& v) const {
-    vector3d moved;
-    matrix.transform(v, moved);
-    return moved;
-  }
 };
 
-// Angle and axis of the rotation block r(column, row).
-void find_axis(motion& m) {
-  const auto r = [&m](tessarn::ulong row, tessarn::ulong column) { return m.matrix.get(column, row); };
+turn turn_of(const mat<long double>& rotation) {
+  const auto r = [&rotation](tessarn::ulong row, tessarn::ulong column) { return rotation.get(column, row); };
   const vector3d twist(r(2, 1) - r(1, 2), r(0, 2) - r(2, 0), r(1, 0) - r(0, 1));
   const double trace = r(0, 0) + r(1, 1) + r(2, 2);
-  m.angle = std::atan2(twist.lenld(), trace - 1);
+  turn t;
+  t.angle = std::atan2(twist.lenld(), trace - 1);
   if (twist.lenld() > 1e-6) {
-    m.axis = twist.resize(1);
-    return;
+    t.axis = twist.resize(1);
+    return t;
   }
-  if (trace > 0) return;  // no rotation, no axis
+  if (trace > 0) return t;  // no rotation, no axis
   // Half a turn: R + 1 = 2 axis axis', so its longest column is along the axis.
   for (tessarn::ulong column = 0; column < 3; ++column) {
     vector3d v(r(0, column), r(1, column), r(2, column));
     (column == 0 ? v.x : column == 1 ? v.y : v.z) += 1;
-    if (v.lenld() > m.axis.lenld()) m.axis = v;
+    if (v.lenld() > t.axis.lenld()) t.axis = v;
   }
-  m.axis = m.axis.resize(1);
+  t.axis = t.axis.resize(1);
+  return t;
 }
 
-// A set whose second singular value is at most this share of the first is a line: the turn about it
-// is lost in rounding.
-constexpr double line_share = 1e-6;
+// A set that is not this much determined against itself is a line: about a millionth as wide as it is long.
+constexpr double least_determination = 1e-12;
 
-void require_determined(const spread& s, const std::string& name) {
-  if (s.is_point()) throw no_result("the points of " + name + " are all the same, they determine no rotation");
-  if (s.is_line(line_share)) throw no_result("the points of " + name + " lie on one line, they determine no rotation");
+// Throws no_result for points that determine no rotation, whatever their partners are: not even that onto themselves.
+void require_rotation(const std::vector<vector3d>& points, const std::string& name) {
+  const tessarn::space_alignment own = tessarn::align(points, points);
+  if (own.state == tessarn::status::too_few_distinct)
+    throw no_result("the points of " + name + " are all the same, they determine no rotation");
+  if (own.state != tessarn::status::out_of_range && own.determination < least_determination)
+    throw no_result("the points of " + name + " lie on one line, they determine no rotation");
 }
 
-// False when other rotations carry a onto b just as well, as for a regular tetrahedron and its
-// mirror image. What a turn about the third direction costs is the second singular value of the sum
-// of the products a b', more or less the third one: it must be above 1e-12 of the first.
-bool is_unique(const spread& a, const spread& b) {
-  mat<long double> products, u, values, v;
-  products.create(3, 3);
-  vector3d sums[3];
-  for (std::size_t i = 0; i < a.centred.size(); ++i) {
-    const vector3d &p = a.centred[i], &q = b.centred[i];
-    sums[0] += q * p.x;
-    sums[1] += q * p.y;
-    sums[2] += q * p.z;
-  }
-  for (tessarn::ulong y = 0; y < 3; ++y) {
-    products.set(0, y, sums[y].x);
-    products.set(1, y, sums[y].y);
-    products.set(2, y, sums[y].z);
-  }
-  products.decompose(u, values, v);
-  const bool mirrored = sums[0] * sums[1].cross(sums[2]) < 0;
-  const double cost = values.get(1, 1) + (mirrored ? -1 : 1) * values.get(2, 2);
-  return cost > 1e-12 * values.get(0, 0);
-}
-
-// calc_match gives the rotation R that carries the centred b onto the centred a. The motion from a
-// to b is its transpose R', with the shift cb - R' ca between the centroids. The sets are matched
-// in units of their own size, so that no product overflows or vanishes.
-motion find_motion(const spread& a, const spread& b) {
-  sqmat<long double> match;
-  if (!match.calc_match(a.centred.data(), b.centred.data(), static_cast<tessarn::ulong>(a.centred.size())))
-    throw no_result("the points do not determine a rotation");
-  motion m;
-  m.matrix.create(4);
-  for (tessarn::ulong y = 0; y < 4; ++y)
-    for (tessarn::ulong x = 0; x < 4; ++x) m.matrix.set(x, y, x < 3 && y < 3 ? match.get(y, x) : x == y);
-  const vector3d shift = b.centre - m.apply(a.centre);
-  m.matrix.set(3, 0, finite(shift.x, "the translation"));
-  m.matrix.set(3, 1, finite(shift.y, "the translation"));
-  m.matrix.set(3, 2, finite(shift.z, "the translation"));
+tessarn::space_alignment find_motion(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
+  tessarn::space_alignment m = tessarn::align(a, b);
+  if (m.state == tessarn::status::out_of_range) throw no_result("the points are too far apart for double precision");
+  if (m.state != tessarn::status::ok || m.determination < least_determination)
+    throw no_result("several rotations fit the points equally well, they determine none");
   return m;
 }
 
+// std::hypot does not overflow, nor lose small numbers, where squares do.
 std::vector<double> distances(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
   std::vector<double> d;
-  for (std::size_t i = 0; i < a.size(); ++i) d.push_back(finite(length(a[i] - b[i]), "the distance of two points"));
+  for (std::size_t i = 0; i < a.size(); ++i)
+    d.push_back(finite(std::hypot(a[i].x - b[i].x, a[i].y - b[i].y, a[i].z - b[i].z), "the distance of two points"));
   return d;
 }
 
-std::vector<vector3d> moved_by(const motion& m, const std::vector<vector3d>& points) {
-  std::vector<vector3d> moved;
-  for (const vector3d& p : points) moved.push_back(m.apply(p));
-  return moved;
+double root_mean_square(const std::vector<double>& values) {
+  double root = 0;
+  for (const double v : values) root = std::hypot(root, v);
+  return root / std::sqrt(static_cast<double>(values.size()));
 }
 
-// The root mean square distance when a is mirrored first, through its centroid: with the best
-// rotation after that it is the best of all reflections.
-double reflected_distance(const std::vector<vector3d>& points, spread a, const spread& b,
-                          const std::vector<vector3d>& target) {
-  std::vector<vector3d> mirrored;
-  for (const vector3d& p : points) mirrored.push_back(a.centre - (p - a.centre));
-  for (vector3d& p : a.centred) p = p * -1.0;
-  return root_mean_square(distances(moved_by(find_motion(a, b), mirrored), target));
-}
-
-void print(report& r, const motion& m, const table& b, const std::vector<double>& before,
-           const std::vector<double>& after) {
+void print(report& r, const tessarn::space_alignment& m, const table& b, const std::vector<double>& before) {
+  const turn t = turn_of(m.rotation);
   r.heading("Motion from the first to the second set");
-  r.line("rotation             % .12f % .12f % .12f", m.matrix.get(0, 0), m.matrix.get(1, 0), m.matrix.get(2, 0));
-  for (tessarn::ulong y = 1; y < 3; ++y)
-    r.line("                     % .12f % .12f % .12f", m.matrix.get(0, y), m.matrix.get(1, y), m.matrix.get(2, y));
-  r.line("translation          (%.9g, %.9g, %.9g)", m.shift().x, m.shift().y, m.shift().z);
-  r.line("angle                %.9g degrees", m.angle * degrees);
-  if (m.axis.lenld() > 0) r.line("axis                 (%.9g, %.9g, %.9g)", m.axis.x, m.axis.y, m.axis.z);
+  for (tessarn::ulong y = 0; y < 3; ++y)
+    r.line("%-20s % .12f % .12f % .12f", y == 0 ? "rotation" : "", m.rotation.get(0, y), m.rotation.get(1, y),
+           m.rotation.get(2, y));
+  r.line("translation          (%.9g, %.9g, %.9g)", m.translation.x, m.translation.y, m.translation.z);
+  r.line("angle                %.9g degrees", t.angle * degrees);
+  if (t.axis.lenld() > 0) r.line("axis                 (%.9g, %.9g, %.9g)", t.axis.x, t.axis.y, t.axis.z);
+  r.line("determination        %.3g  (2/3 at best, near 0 for points near a line)", m.determination);
   r.heading("Distances between corresponding points");
-  const auto worst = std::max_element(after.begin(), after.end());
-  r.line("root mean square     %.6g before, %.6g after", root_mean_square(before), root_mean_square(after));
+  r.line("root mean square     %.6g before, %.6g after", root_mean_square(before), m.root_mean_square);
   r.line("largest              %.6g before, %.6g after, at line %zu of %s",
-         *std::max_element(before.begin(), before.end()), *worst,
-         b.lines[static_cast<std::size_t>(worst - after.begin())], b.name().c_str());
-}
-
-// Says so when a reflection leaves clearly smaller distances than the rotation does.
-void print_reflection(report& r, double reflected, double rotated, const spread& s) {
-  if (!(reflected < 0.99 * rotated && rotated - reflected > 1e-9 * s.scale)) return;
-  r.line("reflected            %.6g root mean square: a reflection would fit better", reflected);
-  r.note("a reflection would fit better than the rotation: one set may be mirrored");
+         *std::max_element(before.begin(), before.end()), m.largest_residual, b.lines[m.largest_at], b.name().c_str());
 }
 
 // Of many points every second, third and so on is drawn: 1 when every point is.
@@ -173,6 +119,17 @@ double extent(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
     longest = std::max(longest, hi - lo);
   }
   return longest;
+}
+
+// Says so when a reflection leaves clearly smaller distances than the rotation does.
+void print_reflection(report& r, const tessarn::space_alignment& rotated, const std::vector<vector3d>& a,
+                      const std::vector<vector3d>& b) {
+  tessarn::align_options with_mirrors;
+  with_mirrors.reflections = true;
+  const double best = tessarn::align(a, b, with_mirrors).root_mean_square;
+  if (!(best < 0.99 * rotated.root_mean_square && rotated.root_mean_square - best > 1e-9 * extent(b, b))) return;
+  r.line("reflected            %.6g root mean square: a reflection would fit better", best);
+  r.note("a reflection would fit better than the rotation: one set may be mirrored");
 }
 
 struct space_panel {
@@ -235,8 +192,10 @@ std::string draw_distances(plot& out, const table& names, const std::vector<doub
 
 // Both sets in one space before and after, and the distances that remain.
 std::vector<std::string> draw(plot& out, const table& names, const std::vector<vector3d>& a,
-                              const std::vector<vector3d>& moved, const std::vector<vector3d>& b,
-                              const std::vector<double>& after) {
+                              const tessarn::space_alignment& m, const std::vector<vector3d>& b) {
+  std::vector<vector3d> moved;
+  moved.reserve(a.size());
+  for (const vector3d& p : a) moved.push_back(m.map(p));
   out.data("a", rows(a));
   out.data("moved", rows(moved));
   out.data("b", rows(b));
@@ -255,7 +214,8 @@ std::vector<std::string> draw(plot& out, const table& names, const std::vector<v
   const std::string second = cloud ? "points pt 6 ps 0.6" : "linespoints pt 6 ps 1.3";
   draw_panel(out, {0.0, "before" + share, "a", "first set", extent(a, b), first, second});
   draw_panel(out, {0.5, "after" + share, "moved", "first set, moved", extent(moved, b), first, second});
-  const std::string distances_drawn = draw_distances(out, names, after);
+  const std::string distances_drawn =
+      draw_distances(out, names, {m.distances.getData(), m.distances.getData() + a.size()});
   out.command("unset multiplot");
   out.draw();
   std::vector<std::string> remarks;
@@ -278,17 +238,12 @@ void job(report& r, const options& o) {
   r.data_source(ta);
   r.blank();
   r.data_source(tb);
-  const spread sa = spread_of(a, ta.name()), sb = spread_of(b, tb.name());
-  require_determined(sa, ta.name());
-  require_determined(sb, tb.name());
-  if (!is_unique(sa, sb)) throw no_result("several rotations fit the points equally well, they determine none");
-  motion m = find_motion(sa, sb);
-  find_axis(m);
-  const std::vector<vector3d> moved = moved_by(m, a);
-  const std::vector<double> after = distances(moved, b);
-  print(r, m, tb, distances(a, b), after);
-  print_reflection(r, reflected_distance(a, sa, sb, b), root_mean_square(after), sb);
-  if (picture) r.thinned(draw(*picture, ta, a, moved, b, after));
+  require_rotation(a, ta.name());
+  require_rotation(b, tb.name());
+  const tessarn::space_alignment m = find_motion(a, b);
+  print(r, m, tb, distances(a, b));
+  print_reflection(r, m, a, b);
+  if (picture) r.thinned(draw(*picture, ta, a, m, b));
 }
 
 }  // namespace

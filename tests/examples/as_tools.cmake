@@ -112,7 +112,7 @@ run(align_several 1 "^align: several rotations fit the points equally well" - $<
 # A mirrored set is told, and no other: neither a flat one, nor one of any size.
 file(WRITE ${dir}/body.csv "0,0,0\n3,0,0\n0,2,0\n0,0,1\n")
 file(WRITE ${dir}/body_mirrored.csv "5,5,5\n5,8,5\n7,5,5\n5,5,6\n")
-run(align_mirrored 0 "^reflected +[0-9.]+e-1[0-9] root mean square: a reflection would fit better" - $<TARGET_FILE:align>
+run(align_mirrored 0 "^reflected +0 root mean square: a reflection would fit better" - $<TARGET_FILE:align>
     ${dir}/body.csv ${dir}/body_mirrored.csv)
 note(align_mirrored "a reflection would fit better than the rotation")
 file(WRITE ${dir}/flat.csv "0,1,0\n-3,8,0\n-3,-4,0\n-3,3,0\n")
@@ -122,7 +122,7 @@ run(align_flat 0 "^angle +60 degrees" - $<TARGET_FILE:align> ${dir}/flat.csv ${d
 foreach(size 300 -300)
   file(WRITE ${dir}/size${size}.csv "0,0,0\n3e${size},0,0\n0,2e${size},0\n0,0,1e${size}\n")
   file(WRITE ${dir}/size${size}_turned.csv "0,0,0\n0,3e${size},0\n-2e${size},0,0\n0,0,1e${size}\n")
-  run(align_size${size} 0 "^root mean square +2.54951e.?${size} before, [0-9.]+e(.2[78]|-3[12]). after" -
+  run(align_size${size} 0 "^root mean square +2.54951e.?${size} before, 0 after" -
       $<TARGET_FILE:align> ${dir}/size${size}.csv ${dir}/size${size}_turned.csv)
 endforeach()
 file(WRITE ${dir}/huge_space.csv "1e308,0,0\n-1e308,1e308,0\n0,1e308,1.5e308\n1e308,1e308,-1e308\n")
