@@ -1,5 +1,4 @@
-// Fits a plane to measured points and reports how flat they are, beside the least-squares plane
-// that the singular value decomposition of the centred points gives.
+// How flat measured points are: from the least-squares plane, and as the minimum zone that ISO 1101 asks for.
 
 #include <algorithm>
 #include <cmath>
@@ -19,36 +18,32 @@ struct options {
   std::string plot;
 };
 
-struct flatness {
-  std::vector<double> residuals;  // along the normal
-  double lowest = 0, highest = 0, rms = 0;
-};
-
-flatness measure(const std::vector<vector3d>& points, const vector3d& on_plane, const vector3d& normal) {
-  flatness f;
-  for (const vector3d& p : points)
-    f.residuals.push_back(finite(normal * (p - on_plane), "the distance of a point from the plane"));
-  f.lowest = *std::min_element(f.residuals.begin(), f.residuals.end());
-  f.highest = *std::max_element(f.residuals.begin(), f.residuals.end());
-  f.rms = root_mean_square(f.residuals);
-  return f;
+void print_plane(report& r, const tessarn::reference_plane& p) {
+  r.line("normal               (%.12g, %.12g, %.12g)", p.normal.x, p.normal.y, p.normal.z);
+  r.line("through              (%.12g, %.12g, %.12g)", p.point.x, p.point.y, p.point.z);
 }
 
-// A second singular value of this share of the first makes a line of the points.
-constexpr double line_share = 1e-12;
+double residual(const tessarn::reference_plane& p, tessarn::ulong point) { return p.residuals.get(0, point); }
 
-void print_vector(report& r, const char* name, const vector3d& v) {
-  r.line("%-20s (%.12g, %.12g, %.12g)", name, finite(v.x, name), finite(v.y, name), finite(v.z, name));
-}
+void print(report& r, const table& t, const tessarn::flatness_result& f, const std::vector<vector3d>& points) {
+  const tessarn::reference_plane& p = f.least_squares;
+  r.heading("Least-squares plane");
+  print_plane(r, p);
+  r.line("root mean square     %.9g", p.root_mean_square);
+  r.line("peak to valley       %.6g  (%.6g at line %zu to %.6g at line %zu)", p.peak_to_valley, residual(p, p.lowest),
+         t.lines[p.lowest], residual(p, p.highest), t.lines[p.highest]);
+  if (p.state != tessarn::status::ok) r.line("%s", tessarn::to_string(p.state));
 
-void print_flatness(report& r, const flatness& f, const table& t) {
-  const auto line_of = [&](double v) {
-    return t
-        .lines[static_cast<std::size_t>(std::find(f.residuals.begin(), f.residuals.end(), v) - f.residuals.begin())];
-  };
-  r.line("peak to valley       %.6g  (%.6g at line %zu to %.6g at line %zu)",
-         finite(f.highest - f.lowest, "peak to valley"), f.lowest, line_of(f.lowest), f.highest, line_of(f.highest));
-  r.line("root mean square     %.9g", f.rms);
+  r.heading("Minimum zone: two parallel planes that hold all points, at the smallest distance");
+  print_plane(r, f.middle);
+  r.line("flatness (ISO 1101)  %.6g", f.zone);
+  for (tessarn::ulong i = 0; i < f.touching_above + f.touching_below; ++i) {
+    const vector3d& v = points[f.touching[i]];
+    r.line("  touched %s      (%.9g, %.9g, %.9g) at line %zu", i < f.touching_above ? "above" : "below", v.x, v.y, v.z,
+           t.lines[f.touching[i]]);
+  }
+  const double angle = small_angle(p.normal, f.middle.normal);
+  r.line("The two normals differ by %.3g rad (%.3g arc seconds).", angle, angle * degrees * 3600);
 }
 
 // How the plane is looked at: along the coordinate axis that is closest to its normal.
@@ -62,10 +57,10 @@ struct view {
   }
 };
 
-// The points of many as the means of spots, with the lowest and the highest one. Returns the
-// command that draws them, and the largest mean.
-std::string draw_means(plot& out, const table& t, const view& v, double scale, const flatness& f, double& largest,
-                       std::size_t& count) {
+// The points of many as the means of spots, with the lowest and the highest one. Returns the command that draws them,
+// and the largest mean.
+std::string draw_means(plot& out, const table& t, const view& v, double scale, const tessarn::reference_plane& p,
+                       double& largest, std::size_t& count) {
   std::vector<double> x, y;
   for (std::size_t i = 0; i < t.rows(); ++i) {
     x.push_back(t.at(i, v.right));
@@ -79,8 +74,8 @@ std::string draw_means(plot& out, const table& t, const view& v, double scale, c
       120.0, std::sqrt(static_cast<double>(t.rows()) / 20 * longer / std::max(std::min(width, height), longer / 120)));
   std::vector<std::vector<double>> rows;
   largest = 0;
-  for (const spot& s :
-       means_of(x, y, f.residuals, spots(*left, *right, *bottom, *top, width / longer, height / longer, 1 / along))) {
+  for (const spot& s : means_of(x, y, {p.residuals.getData(), p.residuals.getData() + t.rows()},
+                                spots(*left, *right, *bottom, *top, width / longer, height / longer, 1 / along))) {
     const double over_x = 0.04 * (s.right - s.left),
                  over_y = 0.04 * (s.top - s.bottom);  // no seams
     rows.push_back({(s.left + s.right) / 2, (s.bottom + s.top) / 2, s.left - over_x, s.right + over_x,
@@ -89,50 +84,45 @@ std::string draw_means(plot& out, const table& t, const view& v, double scale, c
   }
   out.data("map", rows);
   count = rows.size();
-  const auto lowest =
-      static_cast<std::size_t>(std::min_element(f.residuals.begin(), f.residuals.end()) - f.residuals.begin());
-  const auto highest =
-      static_cast<std::size_t>(std::max_element(f.residuals.begin(), f.residuals.end()) - f.residuals.begin());
-  out.data("lowest", {{x[lowest], y[lowest]}});
-  out.data("highest", {{x[highest], y[highest]}});
-  out.command("set key at screen 0.475, 0.925 center top horizontal reverse Left width -1");
+  out.data("lowest", {{x[p.lowest], y[p.lowest]}});
+  out.data("highest", {{x[p.highest], y[p.highest]}});
   const auto mark = [&](const std::string& block, const char* type, double value) {
     return ", $" + block + " using 1:2 with points pt " + type + " ps 1.6 lw 2 lc rgb '#000000' title '" + block +
            " point, " + text(scale * value, 4) + "'";
   };
   return "plot $map using 1:2:3:4:5:6:7 with boxxyerror fs solid 1 noborder lc palette notitle" +
-         mark("highest", "8", f.highest) + mark("lowest", "10", f.lowest);
+         mark("highest", "8", residual(p, p.highest)) + mark("lowest", "10", residual(p, p.lowest));
 }
 
 // Every point as a coloured spot. Returns the command that draws them.
-std::string draw_points(plot& out, const table& t, const view& v, double scale, const flatness& f) {
+std::string draw_points(plot& out, const table& t, const view& v, double scale, const tessarn::reference_plane& p) {
   std::vector<std::vector<double>> rows;
-  for (std::size_t i = 0; i < t.rows(); ++i) rows.push_back({t.at(i, v.right), t.at(i, v.up), scale * f.residuals[i]});
+  for (std::size_t i = 0; i < t.rows(); ++i)
+    rows.push_back({t.at(i, v.right), t.at(i, v.up), scale * residual(p, static_cast<tessarn::ulong>(i))});
   out.data("map", rows);
-  out.command("unset key");
-  return "plot $map using 1:2 with points pt 7 ps 2.5 lc rgb '#606060', "
-         "$map using 1:2:3 with points pt 7 ps 2.3 palette";
+  return "plot $map using 1:2 with points pt 7 ps 2.5 lc rgb '#606060' notitle, "
+         "$map using 1:2:3 with points pt 7 ps 2.3 palette notitle";
 }
 
 // A coloured map of the deviations. Returns what of many points is drawn, in words.
-std::vector<std::string> draw(plot& out, const table& t, const vector3d& normal, const flatness& f) {
-  const view v(normal);
+std::vector<std::string> draw(plot& out, const table& t, const tessarn::flatness_result& f) {
+  const tessarn::reference_plane& p = f.least_squares;
+  const view v(p.normal);
   const bool millimetres = t.names[v.along].find("(mm)") != std::string::npos;
   const double scale = millimetres ? 1000 : 1;
   const bool many = t.rows() > most_points;
-  double largest = scale * std::max(-f.lowest, f.highest);
+  double largest = scale * std::max(-residual(p, p.lowest), residual(p, p.highest));
   std::size_t count = 0;
-  const std::string command = many ? draw_means(out, t, v, scale, f, largest, count) : draw_points(out, t, v, scale, f);
+  const std::string command = many ? draw_means(out, t, v, scale, p, largest, count) : draw_points(out, t, v, scale, p);
   const std::string what = many ? "mean deviation" : "deviation";
   out.command("set label 1 " +
-              quote(t.title() + ": " + what + " from the fitted plane" +
+              quote(t.title() + ": " + what + " from the least-squares plane" +
                     (many ? ", " + std::to_string(t.rows()) + " points" : "") +
                     (t.simulated() ? " (simulated data)" : "")) +
               " at screen 0.5, 0.955 center font ',17'");
   out.command("set size ratio -1\nset offsets graph 0.03, graph 0.03, graph 0.05, graph 0.05");
   out.command("set lmargin at screen 0.10\nset rmargin at screen 0.85");
-  out.command(std::string("set tmargin at screen ") + (many ? "0.88" : "0.93"));
-  out.command("set bmargin at screen 0.11\nset autoscale fix");
+  out.command("set tmargin at screen 0.88\nset bmargin at screen 0.11\nset autoscale fix");
   out.command("set xlabel " + quote(t.names[v.right]) + "\nset ylabel " + quote(t.names[v.up]));
   out.command("set cblabel " + quote(millimetres ? what + " (µm)" : with_unit_of(t.names[v.along], what)) +
               " offset 1");
@@ -140,7 +130,15 @@ std::vector<std::string> draw(plot& out, const table& t, const vector3d& normal,
       "set palette defined (-1 '#2a4d9c', -0.5 '#7fb2dd', 0 '#f4f4f4', 0.5 '#f0a070', 1 "
       "'#b2182b')");
   if (largest > 0) out.command("set cbrange [" + text(-largest) + ":" + text(largest) + "]");
-  out.command(command);
+  std::vector<std::vector<double>> touching;
+  for (tessarn::ulong i = 0; i < f.touching_above + f.touching_below; ++i)
+    touching.push_back({t.at(f.touching[i], v.right), t.at(f.touching[i], v.up)});
+  out.data("touching", touching);
+  out.command("set key at screen 0.475, 0.925 center top horizontal maxcols 3 reverse Left width -1");
+  out.command(command +
+              ", $touching using 1:2 with points pt 6 ps 3.2 lw 2 lc rgb '#000000' title 'touched by the minimum "
+              "zone of " +
+              text(scale * f.zone, 4) + "'");
   out.draw();
   if (!many) return {};
   return {"the means of " + std::to_string(t.rows()) + " points in " + std::to_string(count) +
@@ -155,37 +153,22 @@ void job(report& r, const options& o) {
   const std::vector<vector3d> points = space_points(t);
   r.data_source(t);
 
-  const spread s = spread_of(points, t.name());
-  if (s.is_line(line_share))
-    throw no_result(s.is_point() ? "all points are the same, they determine no plane"
-                                 : "the points lie on one line, they determine no plane");
-  const vector3d centre = s.centre;
-  vector3d normal = s.normal;
-  const plane fitted(points.data(), static_cast<tessarn::ulong>(points.size()));
-  if (!(fitted.normal.lenld() > 0)) throw no_result("the points determine no plane");
-  if (normal * fitted.normal < 0) normal = normal * -1.0;
-
-  r.heading("Fitted plane");
-  print_vector(r, "normal", fitted.normal);
-  print_vector(r, "origin", fitted.origin);
-  print_vector(r, "first axis", fitted.axis1);
-  print_vector(r, "second axis", fitted.axis2);
-  const flatness f = measure(points, fitted.origin, fitted.normal);
-  print_flatness(r, f, t);
-
-  r.heading("Least-squares plane, from the decomposition of the centred points");
-  print_vector(r, "normal", normal);
-  print_vector(r, "through", centre);
-  print_flatness(r, measure(points, centre, normal), t);
-  const double angle = small_angle(normal, fitted.normal);
-  r.line("The two normals differ by %.3g rad (%.3g arc seconds).", angle, angle * degrees * 3600);
-  if (picture) r.thinned(draw(*picture, t, fitted.normal, f));
+  const tessarn::flatness_result f = tessarn::flatness(points);
+  switch (f.state == tessarn::status::ok ? f.least_squares.state : f.state) {
+    case tessarn::status::too_few_distinct: throw no_result("all points are the same, they determine no plane");
+    case tessarn::status::collinear: throw no_result("the points lie on one line, they determine no plane");
+    case tessarn::status::out_of_range: throw no_result("the points are too far apart for double precision");
+    default: break;  // several planes may fit equally well
+  }
+  if (f.state != tessarn::status::ok) throw no_result(tessarn::to_string(f.state));
+  print(r, t, f, points);
+  if (picture) r.thinned(draw(*picture, t, f));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app{"Fits a plane to measured points and reports their flatness."};
+  CLI::App app{"Reports how flat measured points are."};
   options o;
   app.add_option("file", o.file, "CSV file of three columns, x, y, z; - is standard input")->required();
   app.add_option("--plot", o.plot, "picture to draw, .svg or .png");

@@ -128,8 +128,13 @@ endforeach()
 file(WRITE ${dir}/huge_space.csv "1e308,0,0\n-1e308,1e308,0\n0,1e308,1.5e308\n1e308,1e308,-1e308\n")
 run(align_huge 1 "^align: .*(too far apart|too large) for double precision" - $<TARGET_FILE:align> ${dir}/huge_space.csv
     ${dir}/good_align.csv)
-run(flat_huge 1 "^flatness: .*(too far apart|too large) for double precision" - $<TARGET_FILE:flatness>
-    ${dir}/huge_space.csv)
+run(flat_huge 0 "^flatness .ISO 1101. +7.04361e.307$" - $<TARGET_FILE:flatness> ${dir}/huge_space.csv)
+file(WRITE ${dir}/too_huge.csv "1.7e308,1.7e308,1.7e308\n1.7e308,-1.7e308,-1.7e308\n-1.7e308,1.7e308,-1.7e308\n\
+-1.7e308,-1.7e308,1.7e308\n")
+run(flat_too_huge 1 "^flatness: the points are too far apart for double precision" - $<TARGET_FILE:flatness>
+    ${dir}/too_huge.csv)
+run(flat_several 0 "^The data do not determine the result: others fit as well" - $<TARGET_FILE:flatness>
+    ${dir}/tetrahedron.csv)
 run(align_two_inputs 2 "^align: standard input can be one of the two sets" - $<TARGET_FILE:align> - -)
 
 # A list that the fits cannot hold, an upright line, and what may be asked for.
