@@ -2,54 +2,26 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace example {
 namespace {
 
-// The abscissa of a point to be left out, and the result of a search in vain.
+// The abscissa of a reading that was lost.
 constexpr double marker = -1.0;
-constexpr double refined = 1e-11;  // of the interval: where searches stop
-constexpr int scan_steps = 1000;
 
-void fit_points(binom& p, const std::vector<vector>& points, const fit_options& options) {
-  const auto n = static_cast<tessarn::ulong>(points.size());
-  if (options.odd) {
-    p.createtan(points.data(), n, options.coefficients);
-  } else {
-    p.create(points.data(), n, options.coefficients);
-  }
-}
-
-// Fits in u = (x - centre) / width, where |u| is at most 0.5 and so never meets the marker, and
-// returns to x. An odd curve may be scaled but not shifted.
-void fit_scaled(binom& p, const std::vector<vector>& points, const fit_options& options) {
-  const auto [lo, hi] =
-      std::minmax_element(points.begin(), points.end(), [](const vector& a, const vector& b) { return a.x < b.x; });
-  const double centre = options.odd ? 0 : lo->x + (hi->x - lo->x) / 2;
-  const double extent = options.odd ? 2 * std::max(std::fabs(lo->x), std::fabs(hi->x)) : hi->x - lo->x;
-  const double width = extent > 0 ? extent : 1;
-  std::vector<vector> u;
-  u.reserve(points.size());
-  for (const vector& v : points) u.emplace_back((v.x - centre) / width, v.y);
-  fit_points(p, u, options);
+// The coefficients about the centre, divided by the powers of the scale; it is a power of two, so no digit is lost.
+binom about_centre(const tessarn::polynomial_fit& f) {
+  binom p;
+  p.create(static_cast<tessarn::slong>(f.coefficients.getHeight()));
   double power = 1;
-  for (unsigned i = 0; i < options.coefficients; ++i, power *= width) {
-    const auto k = static_cast<tessarn::slong>(i);
-    p.set(k, p.get(k) / power);
-  }
-  if (centre != 0) p.shift_h(centre);
-}
-
-// -1.0 is a result of find_zero only where p changes its sign or vanishes.
-bool is_zero_at_marker(const binom& p, const scan& s) {
-  if (s.a > marker || s.b < marker) return false;
-  const double before = p.func(marker - 100 * s.eps), after = p.func(marker + 100 * s.eps);
-  return p.func(marker) == 0 || (before < 0 && after > 0) || (before > 0 && after < 0);
+  for (tessarn::ulong i = 0; i < p.size(); ++i, power *= f.scale) p.data()[i] = f.coefficients.getData()[i] / power;
+  return p;
 }
 
 }  // namespace
 
-fitted_curve fit(const table& t, const fit_options& options) {
+fitted_curve fit(const table& t, const curve_options& options) {
   fitted_curve c;
   c.unknowns = options.odd ? std::min(options.coefficients, options.coefficients / 2 + 1) : options.coefficients;
   for (std::size_t i = 0; i < t.rows(); ++i) {
@@ -61,89 +33,54 @@ fitted_curve fit(const table& t, const fit_options& options) {
     c.lines.push_back(t.lines[i]);
   }
   require_rows(t, c.points.size(), c.unknowns, "a curve of " + std::to_string(c.unknowns) + " coefficients");
-  if (options.scaled) {
-    fit_scaled(c.p, c.points, options);
-  } else {
-    fit_points(c.p, c.points, options);
-  }
+  tessarn::fit_options o;
+  if (options.odd) o.which = tessarn::powers::constant_and_odd;
+  c.fit = tessarn::fit_polynomial(c.points, options.coefficients, o);
+  if (c.fit.state != tessarn::status::ok) return c;
+  c.p = about_centre(c.fit);
+  for (const vector& v : c.points) c.residuals.push_back(v.y - c.fit.value(v.x));
+  // A curve through as many points as it has unknowns meets all of them.
+  const auto freedom = static_cast<double>(c.points.size() - c.unknowns);
+  c.square_sum = freedom > 0 ? c.fit.residual_deviation * c.fit.residual_deviation * freedom : 0;
   return c;
 }
 
-residuals residuals_of(const fitted_curve& c) {
-  residuals r;
-  for (const vector& v : c.points) {
-    r.values.push_back(v.y - c.p.func(v.x));
-    r.square_sum += r.values.back() * r.values.back();
-  }
-  r.rms = std::sqrt(r.square_sum / static_cast<double>(r.values.size()));
-  for (std::size_t i = 1; i < r.values.size(); ++i)
-    if (std::fabs(r.values[i]) > std::fabs(r.values[r.largest])) r.largest = i;
-  return r;
-}
-
-bool fit_succeeded(const fitted_curve& c, const residuals& r) {
-  double mean = 0;
-  for (const vector& v : c.points) mean += v.y;
-  mean /= static_cast<double>(c.points.size());
-  double around_mean = 0, size = 0;
-  for (const vector& v : c.points) {
-    around_mean += (v.y - mean) * (v.y - mean);
-    size += v.y * v.y;
-  }
-  // The rounding of the ordinates alone may leave this much.
-  const double noise = 1e-20 * size;
-  return r.square_sum <= around_mean * (1 + 1e-9) + noise;
-}
-
 std::size_t distinct_abscissas(const fitted_curve& c) {
-  std::vector<double> x;
-  for (const vector& v : c.points) x.push_back(v.x);
-  std::sort(x.begin(), x.end());
-  return static_cast<std::size_t>(std::unique(x.begin(), x.end()) - x.begin());
+  std::set<double> x;
+  for (const vector& v : c.points) x.insert(v.x);
+  return x.size();
 }
 
-scan scan_of(double a, double b) {
-  const double size = std::max(std::fabs(a), std::fabs(b));
-  return {a, b, (b - a) / scan_steps, std::max(refined * (b - a), 4e-16 * size)};
-}
-
-std::vector<double> zeros(const binom& p, const scan& s, bool& everywhere) {
-  std::vector<double> found;
-  everywhere = false;
-  // After a zero the scan goes on half a step behind it, so that rounding does not show it twice.
-  for (double from = s.a; from <= s.b;) {
-    const double x = p.find_zero(from, s.b, s.step, s.eps);
-    if (x == marker && (from > marker || !is_zero_at_marker(p, s))) break;
-    found.push_back(x);
-    everywhere = found.size() >= p.getcofcnt();
-    if (everywhere) return {};
-    from = x + s.step / 2;
+binom classic_fit(const std::vector<vector>& points, const curve_options& options) {
+  binom p;
+  const auto n = static_cast<tessarn::ulong>(points.size());
+  if (options.odd) {
+    p.createtan(points.data(), n, options.coefficients);
+  } else {
+    p.create(points.data(), n, options.coefficients);
   }
-  return found;
+  return p;
 }
 
-bool is_straight(const binom& p) {
-  for (tessarn::ulong i = 2; i < p.getcofcnt(); ++i)
-    if (p.get(static_cast<tessarn::slong>(i)) != 0) return false;
-  return true;
-}
-
-bool has_circle(const binom& p, double x) { return p.func_2(x) != 0 && std::isfinite(p.normale(x).lenld()); }
-
-std::vector<double> curvature_extremes(const binom& p, const scan& s) {
-  std::vector<double> found;
-  if (is_straight(p)) return found;
-  for (double from = s.a; from < s.b;) {
-    const double x = p.find_extrpoint_arc(from, s.b, s.step, s.eps);
-    if (x == marker && (from > marker || p.arc_1(marker) != 0)) break;
-    found.push_back(x);
-    from = x + s.step / 2;
+// Fits in u = (x - centre) / width, where |u| is at most 0.5 and so never meets the marker, and returns to x. An odd
+// curve may be scaled but not shifted.
+binom classic_scaled_fit(const std::vector<vector>& points, const curve_options& options) {
+  const auto [lo, hi] =
+      std::minmax_element(points.begin(), points.end(), [](const vector& a, const vector& b) { return a.x < b.x; });
+  const double centre = options.odd ? 0 : lo->x + (hi->x - lo->x) / 2;
+  const double extent = options.odd ? 2 * std::max(std::fabs(lo->x), std::fabs(hi->x)) : hi->x - lo->x;
+  const double width = extent > 0 ? extent : 1;
+  std::vector<vector> u;
+  u.reserve(points.size());
+  for (const vector& v : points) u.emplace_back((v.x - centre) / width, v.y);
+  binom p = classic_fit(u, options);
+  double power = 1;
+  for (unsigned i = 0; i < options.coefficients; ++i, power *= width) {
+    const auto k = static_cast<tessarn::slong>(i);
+    p.set(k, p.get(k) / power);
   }
-  return found;
-}
-
-double sharpest_bend(const binom& p, const scan& s) {
-  return is_straight(p) ? marker : p.find_high_hpoint_arc(s.a, s.b, s.step, s.eps);
+  if (centre != 0) p.shift_h(centre);
+  return p;
 }
 
 }  // namespace example

@@ -19,8 +19,8 @@ struct extent {
 };
 
 // The part of the circle of curvature at x that can be seen in a window of this circumference.
-rows circle(const binom& p, double x, double circumference) {
-  const vector to_centre = p.normale(x);
+rows circle(const fitted_curve& c, double x, double circumference) {
+  const vector to_centre = c.p.normale(c.u(x));
   const double radius = to_centre.lenld();
   const double start = std::atan2(-to_centre.y, -to_centre.x);
   const double half_turn = std::min(tessarn::pi, circumference / radius);
@@ -28,14 +28,15 @@ rows circle(const binom& p, double x, double circumference) {
   constexpr int steps = 400;
   for (int i = -steps; i <= steps; ++i) {
     const double angle = start + half_turn * i / steps;
-    points.push_back({x + to_centre.x + radius * std::cos(angle), p.func(x) + to_centre.y + radius * std::sin(angle)});
+    points.push_back(
+        {x + to_centre.x + radius * std::cos(angle), c.fit.value(x) + to_centre.y + radius * std::sin(angle)});
   }
   return points;
 }
 
-rows on_curve(const binom& p, const std::vector<double>& abscissas) {
+rows on_curve(const fitted_curve& c, const std::vector<double>& abscissas) {
   rows points;
-  for (const double x : abscissas) points.push_back({x, p.func(x)});
+  for (const double x : abscissas) points.push_back({x, c.fit.value(x)});
   return points;
 }
 
@@ -60,10 +61,11 @@ class layers {
 
 // Many residuals as the range, the mean and the standard deviation in columns of the panel. Returns
 // the number of columns.
-std::size_t draw_columns(plot& out, const std::vector<double>& x, const residuals& r, double left, double right) {
+std::size_t draw_columns(plot& out, const std::vector<double>& x, const std::vector<double>& residuals, double left,
+                         double right) {
   const std::size_t most = std::clamp<std::size_t>(x.size() / 10, 100, 400);
   rows range, middle;
-  for (const column& c : columns_of(x, r.values, left, right, most)) {
+  for (const column& c : columns_of(x, residuals, left, right, most)) {
     range.push_back({c.mean, c.left, c.right, c.least, c.greatest});
     middle.push_back({c.mean, c.left, c.right, c.mean - c.deviation, c.mean + c.deviation});
   }
@@ -81,9 +83,9 @@ std::size_t draw_columns(plot& out, const std::vector<double>& x, const residual
   return range.size();
 }
 
-void draw_residuals(plot& out, const std::vector<double>& x, const residuals& r) {
+void draw_residuals(plot& out, const std::vector<double>& x, const std::vector<double>& residuals) {
   rows lines;
-  for (std::size_t i = 0; i < x.size(); ++i) lines.push_back({x[i], r.values[i]});
+  for (std::size_t i = 0; i < x.size(); ++i) lines.push_back({x[i], residuals[i]});
   out.data("residuals", lines);
   out.command(
       "plot $residuals using 1:2 with impulses lw 1.5 lc rgb '#1f5fa8', "
@@ -92,15 +94,15 @@ void draw_residuals(plot& out, const std::vector<double>& x, const residuals& r)
 
 }  // namespace
 
-std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curve& c, const residuals& r, const scan& s,
+std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curve& c, double a, double b,
                                     const curve_marks& marks, bool equal) {
   rows curve, points;
   std::vector<double> px, py;
-  extent x{s.a, s.b}, y{c.p.func(s.a), c.p.func(s.a)};
+  extent x{a, b}, y{c.fit.value(a), c.fit.value(a)};
   constexpr int steps = 600;
   for (int i = 0; i <= steps; ++i) {
-    const double at = s.a + (s.b - s.a) * i / steps;
-    curve.push_back({at, c.p.func(at)});
+    const double at = a + (b - a) * i / steps;
+    curve.push_back({at, c.fit.value(at)});
     y.include(curve.back()[1]);
   }
   for (std::size_t i = 0; i < c.points.size(); ++i) {
@@ -115,8 +117,8 @@ std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curv
   layers upper(out);
   for (const double at : marks.sharpest) {
     const double window = 4 * ((x.hi - x.lo) + (y.hi - y.lo));
-    upper.add("circle", circle(c.p, at, window), "lines lw 2 dt 2 lc rgb '#2a9d55'",
-              "circle of curvature, R = " + text(c.p.normale(at).lenld(), 4));
+    upper.add("circle", circle(c, at, window), "lines lw 2 dt 2 lc rgb '#2a9d55'",
+              "circle of curvature, R = " + text(c.p.normale(c.u(at)).lenld(), 4));
   }
   // The curve runs behind single points, and in front of a cloud.
   const std::string points_title = drawn("points", shown.size(), px.size());
@@ -126,12 +128,13 @@ std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curv
   if (cloud) upper.add("points", points, grey, points_title);
   upper.add("curve", curve, "lines lw 2 lc rgb '#1f5fa8'", "fitted curve");
   if (!cloud) upper.add("points", points, black, points_title);
-  upper.add("zeros", on_curve(c.p, marks.zeros), "points pt 6 ps 1.8 lw 2 lc rgb '#c8102e'", "zeros");
-  upper.add("extremes", on_curve(c.p, marks.extremes), "points pt 8 ps 1.9 lw 2 lc rgb '#e07b00'",
+  upper.add("zeros", on_curve(c, marks.zeros), "points pt 6 ps 1.8 lw 2 lc rgb '#c8102e'", "zeros");
+  upper.add("extremes", on_curve(c, marks.extremes), "points pt 8 ps 1.9 lw 2 lc rgb '#e07b00'",
             "extremes of the curve");
-  upper.add("bends", on_curve(c.p, marks.curvature_extremes), "points pt 12 ps 1.8 lw 2 lc rgb '#8a4fbf'",
+  upper.add("inflections", on_curve(c, marks.inflections), "points pt 2 ps 1.5 lw 2 lc rgb '#00838f'", "inflections");
+  upper.add("bends", on_curve(c, marks.curvature_extremes), "points pt 12 ps 1.8 lw 2 lc rgb '#8a4fbf'",
             "extremes of the curvature");
-  upper.add("sharpest", on_curve(c.p, marks.sharpest), "points pt 13 ps 1.8 lc rgb '#2a9d55'", "largest curvature");
+  upper.add("sharpest", on_curve(c, marks.sharpest), "points pt 13 ps 1.8 lc rgb '#2a9d55'", "largest curvature");
 
   out.command("set multiplot");
   out.command("set label 1 " + quote(t.title() + (t.simulated() ? " (simulated data)" : "")) +
@@ -154,7 +157,7 @@ std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curv
 
   out.command("unset label 1\nunset key\nset format x '%.7g'");
   out.command("set tmargin at screen " + text(cloud ? 0.315 : 0.335) + "\nset bmargin at screen 0.085");
-  const double largest = std::fabs(r.values[r.largest]);
+  const double largest = std::fabs(c.fit.largest_residual);
   out.command("set yrange " + padded_range(-largest, largest, 0.1) + "\nset ytics autofreq");
   out.command("set xlabel " + quote(t.names[0]));
   out.command("set ylabel " + quote(with_unit_of(t.names[1], "residual")) + " offset -1");
@@ -163,10 +166,10 @@ std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curv
   if (shown.size() < px.size())
     remarks.push_back(drawn("points", shown.size(), px.size()) + ", one where several coincide");
   if (cloud) {
-    remarks.push_back("residuals in " + std::to_string(draw_columns(out, px, r, x.lo, x.hi)) +
+    remarks.push_back("residuals in " + std::to_string(draw_columns(out, px, c.residuals, x.lo, x.hi)) +
                       " columns: least to greatest, mean and standard deviation");
   } else {
-    draw_residuals(out, px, r);
+    draw_residuals(out, px, c.residuals);
   }
   out.command("unset multiplot");
   out.draw();

@@ -1,9 +1,10 @@
-// Fits a polynomial through measured points and reports what the curve is like: coefficients,
-// residuals, zeros, extremes, curvature; with a picture on demand.
+// Fits a polynomial through measured points and reports what the curve is like: coefficients, residuals, zeros,
+// extremes, inflections, curvature; with a picture on demand.
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -17,7 +18,7 @@ using namespace example;
 
 struct options {
   std::string file;
-  fit_options fit;
+  curve_options curve;
   std::vector<double> at;
   std::vector<double> range;
   std::string certified;
@@ -29,11 +30,10 @@ struct options {
 
 void declare(CLI::App& app, options& o) {
   app.add_option("file", o.file, "CSV file of two columns, x and y; - is standard input")->required();
-  app.add_option("-m,--coefficients", o.fit.coefficients, "number of coefficients, the degree plus one")
+  app.add_option("-m,--coefficients", o.curve.coefficients, "number of coefficients, the degree plus one")
       ->check(CLI::Range(1, 60))
       ->capture_default_str();
-  app.add_flag("--odd", o.fit.odd, "fit the constant and the odd powers only");
-  app.add_flag("--scaled", o.fit.scaled, "fit over abscissas shifted and scaled to [-0.5, 0.5]");
+  app.add_flag("--odd", o.curve.odd, "fit the constant and the odd powers only");
   app.add_option("--at", o.at, "abscissas for the table of values, for example 0,2.5,10")
       ->delimiter(',')
       ->check(finite_number);
@@ -51,28 +51,29 @@ void print_fit(report& r, const options& o, const fitted_curve& c) {
   r.heading("Fit");
   r.line("points used          %zu", c.points.size());
   r.line("points left out      %zu%s", c.left_out,
-         o.fit.odd ? "  (an odd fit uses every point)" : "  (marked by x = -1)");
+         o.curve.odd ? "  (an odd fit uses every point)" : "  (marked by x = -1)");
   if (c.left_out > 0)
     r.note(std::to_string(c.left_out) + (c.left_out == 1 ? " point" : " points") + " left out (marked by x = -1)");
-  if (distinct_abscissas(c) < c.unknowns)
-    r.line(
-        "not determined       %zu distinct abscissas for %zu coefficients, this is one of many "
-        "curves",
-        distinct_abscissas(c), c.unknowns);
-  r.line("kind                 %s%s", o.fit.odd ? "constant and odd powers" : "all powers",
-         o.fit.scaled ? ", fitted over scaled abscissas" : "");
-  for (tessarn::slong i = 0; i < static_cast<tessarn::slong>(c.p.getcofcnt()); ++i)
-    r.line("coefficient x^%-2d     % .17g", static_cast<int>(i),
-           finite(c.p.get(i), "coefficient x^" + std::to_string(i)));
+  r.line("kind                 %s", o.curve.odd ? "constant and odd powers" : "all powers");
+  for (tessarn::ulong i = 0; i < c.fit.of_powers.getHeight(); ++i) {
+    const double value = finite(c.fit.of_powers.get(0, i), "coefficient x^" + std::to_string(i));
+    const double error = c.fit.of_powers_errors.get(0, i);
+    const std::string shown = error > 0 && std::isfinite(error) ? ", standard error " + text(error, 3) : "";
+    r.line("coefficient x^%-2d     % .17g%s", static_cast<int>(i), value, shown.c_str());
+  }
+  r.line("condition            %.3g, of the powers about the centre %.10g", 1 / c.fit.reciprocal_condition,
+         c.fit.centre);
 }
 
-void print_residuals(report& r, const fitted_curve& c, const residuals& e) {
-  const vector worst = c.points[e.largest];
+void print_residuals(report& r, const fitted_curve& c) {
   r.heading("Residuals (point minus curve)");
-  r.line("sum of squares       %.15g", e.square_sum);
-  r.line("root mean square     %.6g", e.rms);
-  r.line("largest              %.6g  at (%.10g, %.10g), line %zu", e.values[e.largest], worst.x, worst.y,
-         c.lines[e.largest]);
+  r.line("sum of squares       %.15g", finite(c.square_sum, "the sum of squares of the residuals"));
+  if (c.points.size() > c.unknowns)
+    r.line("standard deviation   %.6g, degrees of freedom %zu", c.fit.residual_deviation, c.points.size() - c.unknowns);
+  if (std::isfinite(c.fit.r_squared)) r.line("R squared            %.9g", c.fit.r_squared);
+  const vector worst = c.points[c.fit.largest_at];
+  r.line("largest              %.6g  at (%.10g, %.10g), line %zu", c.fit.largest_residual, worst.x, worst.y,
+         c.lines[c.fit.largest_at]);
 }
 
 // -log10 of the relative error.
@@ -93,113 +94,136 @@ void check_certified(const table& t) {
   }
 }
 
-void print_certified(report& r, const options& o, const table& data, const table& certified, const residuals& e) {
-  fit_options other = o.fit;
-  other.scaled = false;
-  const fitted_curve plain = fit(data, other);
-  other.scaled = true;
-  const fitted_curve scaled = fit(data, other);
+void print_certified(report& r, const options& o, const table& certified, const fitted_curve& c) {
+  const binom fitted = c.fit.expanded(), classic = classic_fit(c.points, o.curve),
+              scaled = classic_scaled_fit(c.points, o.curve);
   r.heading("Correct digits against the certified coefficients");
-  r.line("%-22s %-22s %-10s %s", "certified", o.fit.scaled ? "fitted (scaled)" : "fitted", "as given",
-         "abscissas scaled");
+  r.line("%-22s %-22s %-15s %-15s %s", "certified", "fitted", "fit_polynomial", "binom::create", "abscissas scaled");
   for (std::size_t i = 0; i < certified.rows(); ++i) {
     const auto power = static_cast<tessarn::slong>(certified.at(i, 0));
     const double value = certified.at(i, 1);
-    r.line("%-22.15g %-22.15g %-10s %s", value, (o.fit.scaled ? scaled : plain).p.get(power),
-           digits(plain.p.get(power), value).c_str(), digits(scaled.p.get(power), value).c_str());
+    r.line("%-22.15g %-22.15g %-15s %-15s %s", value, fitted.get(power), digits(fitted.get(power), value).c_str(),
+           digits(classic.get(power), value).c_str(), digits(scaled.get(power), value).c_str());
   }
   if (o.certified_square_sum)
     r.line("certified sum of squares %.15g, correct digits %s", *o.certified_square_sum,
-           digits(e.square_sum, *o.certified_square_sum).c_str());
+           digits(c.square_sum, *o.certified_square_sum).c_str());
 }
 
-std::string radius(const binom& p, double x) {
-  if (p.func_2(x) == 0) return "none (straight)";
-  return has_circle(p, x) ? text(p.normale(x).lenld(), 7) : "too large";
+std::string radius(const fitted_curve& c, double x) {
+  if (c.p.func_2(c.u(x)) == 0) return "none (straight)";
+  const double length = c.p.normale(c.u(x)).lenld();
+  return std::isfinite(length) ? text(length, 7) : "too large";
 }
 
-void print_values(report& r, const binom& p, const std::vector<double>& abscissas) {
+void print_values(report& r, const fitted_curve& c, const std::vector<double>& abscissas) {
   r.heading("Values");
-  r.line("%14s %16s %16s %16s %16s %15s", "x", "p(x)", "p'(x)", "p''(x)", "curvature", "radius");
+  r.line("%14s %16s %11s %16s %16s %16s %15s", "x", "p(x)", "std. error", "p'(x)", "p''(x)", "curvature", "radius");
   for (const double x : abscissas) {
     const std::string at = " at x = " + text(x, 8);
-    const double value = finite(p(x), "the curve" + at);
-    const double slope = finite(p.func_1(x), "the slope" + at);
-    const double second = finite(p.func_2(x), "the second derivative" + at);
-    const double curvature = finite(p.arc(x), "the curvature" + at);
-    r.line("%14.8g %16.9g %16.9g %16.9g %16.9g %15s", x, value, slope, second, curvature, radius(p, x).c_str());
+    const double value = finite(c.fit.value(x), "the curve" + at);
+    const double slope = finite(c.p.func_1(c.u(x)), "the slope" + at);
+    const double second = finite(c.p.func_2(c.u(x)), "the second derivative" + at);
+    const double curvature = finite(c.p.arc(c.u(x)), "the curvature" + at);
+    const double error = c.fit.predict(x, 1).mean;
+    r.line("%14.8g %16.9g %11s %16.9g %16.9g %16.9g %15s", x, value,
+           std::isfinite(error) ? text(error, 3).c_str() : "-", slope, second, curvature, radius(c, x).c_str());
   }
 }
 
-void print_extremes(report& r, const options& o, const binom& p, const std::vector<double>& extremes) {
-  r.heading("Extremes of the curve (zeros of the derivative)");
-  if (extremes.empty()) r.line("none in the interval");
-  for (const double x : extremes) {
-    const double bend = p.func_2(x);
-    r.line("%-8s at x = %.10g, p(x) = %.10g",
-           bend < 0   ? "maximum"
-           : bend > 0 ? "minimum"
-                      : "level",
-           x, finite(p(x), "the curve at an extreme"));
-    if (o.accepted_extreme)
-      r.line("         accepted %.10g, difference %+.4g", *o.accepted_extreme, x - *o.accepted_extreme);
+// Prints the places of a search, each by `show`, and returns their abscissas; `everywhere` describes a curve whose
+// every place is one.
+std::vector<double> print_places(report& r, const fitted_curve& c, const char* heading,
+                                 const tessarn::curve_points& places, const char* everywhere,
+                                 const std::function<void(double, const tessarn::curve_point&)>& show) {
+  r.heading(heading);
+  if (places.state == tessarn::status::identically_zero) {
+    r.line("%s", everywhere);
+  } else if (places.state != tessarn::status::ok) {
+    r.line("%s", tessarn::to_string(places.state));
+  } else if (places.count == 0) {
+    r.line("none in the interval");
   }
-}
-
-void print_zeros(report& r, const std::vector<double>& zeros, bool everywhere) {
-  r.heading("Zeros of the curve");
-  if (everywhere) r.line("the curve is 0 throughout");
-  if (zeros.empty() && !everywhere) r.line("none in the interval");
-  for (const double x : zeros) r.line("x = %.12g", x);
-}
-
-void print_bends(report& r, const binom& p, const std::vector<double>& bends, const curve_marks& marks) {
-  r.heading("Extremes of the curvature");
-  if (bends.empty()) r.line(is_straight(p) ? "none, the curve is a straight line" : "none in the interval");
-  for (const double x : bends) r.line("x = %.10g, curvature %.9g", x, finite(p.arc(x), "the curvature at an extreme"));
-  for (const double x : marks.sharpest) {
-    const vector centre = vector(x, p.func(x)) + p.normale(x);
-    r.line("largest curvature at x = %.10g: radius %.9g, centre (%.9g, %.9g)", x, p.normale(x).lenld(),
-           finite(centre.x, "the centre of curvature"), finite(centre.y, "the centre of curvature"));
+  std::vector<double> abscissas;
+  for (tessarn::ulong i = 0; i < places.count; ++i) {
+    abscissas.push_back(c.fit.centre + places[i].at);
+    show(abscissas.back(), places[i]);
   }
+  return abscissas;
 }
 
-scan interval(const options& o, const fitted_curve& c) {
+void print_circle(report& r, const fitted_curve& c, double x) {
+  const vector to_centre = c.p.normale(c.u(x));
+  r.line("largest curvature at x = %.10g: radius %.9g, centre (%.9g, %.9g)", x, to_centre.lenld(),
+         finite(x + to_centre.x, "the centre of curvature"),
+         finite(c.fit.value(x) + to_centre.y, "the centre of curvature"));
+}
+
+struct interval {
+  double a, b;
+};
+
+interval interval_of(const options& o, const fitted_curve& c) {
   if (!o.range.empty()) {
     if (!(o.range[0] < o.range[1]) || !std::isfinite(o.range[1] - o.range[0]))
       throw input_error("--range: two finite numbers, the first below the second");
-    return scan_of(o.range[0], o.range[1]);
+    return {o.range[0], o.range[1]};
   }
   const auto [lo, hi] =
       std::minmax_element(c.points.begin(), c.points.end(), [](const vector& a, const vector& b) { return a.x < b.x; });
   finite(hi->x - lo->x, "the width of the interval");
-  return scan_of(lo->x, hi->x);
+  return {lo->x, hi->x};
 }
 
-void check_fit(const fitted_curve& c, const residuals& e) {
-  if (fit_succeeded(c, e)) return;
-  throw no_result("the fit failed: the curve lies farther from the points than their mean does; " +
-                  std::to_string(distinct_abscissas(c)) + " distinct abscissas for " + std::to_string(c.unknowns) +
-                  " coefficients");
-}
-
-curve_marks analyse(report& r, const options& o, const binom& p, const scan& s) {
-  curve_marks marks;
-  bool everywhere;
-  marks.zeros = zeros(p, s, everywhere);
-  print_zeros(r, marks.zeros, everywhere);
-  binom derivative;
-  p.func_1(derivative);
-  marks.extremes = zeros(derivative, s, everywhere);
-  print_extremes(r, o, p, marks.extremes);
-  const std::vector<double> bends = curvature_extremes(p, s);
-  // The search meets the same points, perhaps on another grid.
-  const double sharpest = sharpest_bend(p, s);
-  for (const double x : bends) {
-    const bool same = std::fabs(x - sharpest) < s.step / 2 && has_circle(p, x);
-    (same ? marks.sharpest : marks.curvature_extremes).push_back(x);
+void check_fit(const fitted_curve& c) {
+  switch (c.fit.state) {
+    case tessarn::status::ok: return;
+    case tessarn::status::too_few_distinct:
+      throw no_result("the fit failed: " + std::to_string(distinct_abscissas(c)) + " distinct abscissas for " +
+                      std::to_string(c.unknowns) + " coefficients");
+    case tessarn::status::out_of_range:
+      throw no_result("the fit is not finite: the numbers are too large for double precision");
+    default: throw no_result(std::string("the fit failed: ") + tessarn::to_string(c.fit.state));
   }
-  print_bends(r, p, bends, marks);
+}
+
+curve_marks analyse(report& r, const options& o, const fitted_curve& c, const interval& i) {
+  using tessarn::curve_point;
+  const double a = c.u(i.a), b = c.u(i.b);
+  curve_marks marks;
+  marks.zeros = print_places(r, c, "Zeros of the curve", tessarn::zeros(c.p, a, b), "the curve is 0 throughout",
+                             [&r](double x, const curve_point& z) {
+                               r.line("x = %.12g", x);
+                               if (z.multiplicity > 1)
+                                 r.line("  a zero of multiplicity %zu", static_cast<std::size_t>(z.multiplicity));
+                             });
+  marks.extremes = print_places(r, c, "Extremes of the curve", tessarn::extremes(c.p, a, b), "none, the curve is level",
+                                [&](double x, const curve_point& e) {
+                                  r.line("%-8s at x = %.10g, p(x) = %.10g", e.is_maximum() ? "maximum" : "minimum", x,
+                                         finite(e.value, "the curve at an extreme"));
+                                  if (o.accepted_extreme)
+                                    r.line("         accepted %.10g, difference %+.4g", *o.accepted_extreme,
+                                           x - *o.accepted_extreme);
+                                });
+  marks.inflections =
+      print_places(r, c, "Inflections", tessarn::inflections(c.p, a, b), "none, the curve is a straight line",
+                   [&r](double x, const curve_point& f) {
+                     r.line("x = %.10g, p(x) = %.10g", x, finite(f.value, "the curve at an inflection"));
+                   });
+  double largest = 0;
+  marks.curvature_extremes =
+      print_places(r, c, "Extremes of the curvature", tessarn::curvature_extremes(c.p, a, b),
+                   "none, the curve is a straight line", [&](double x, const curve_point& k) {
+                     r.line("%s at x = %.10g, curvature %.9g, radius %s", k.is_maximum() ? "sharpest" : "flattest", x,
+                            finite(k.curvature, "the curvature at an extreme"), radius(c, x).c_str());
+                     if (!k.is_maximum() || !(std::fabs(k.curvature) > largest) || !std::isfinite(k.radius)) return;
+                     largest = std::fabs(k.curvature);
+                     marks.sharpest = {x};
+                   });
+  for (const double x : marks.sharpest) {
+    std::erase(marks.curvature_extremes, x);
+    print_circle(r, c, x);
+  }
   return marks;
 }
 
@@ -210,21 +234,19 @@ void job(report& r, const options& o) {
     certified = read_csv(o.certified, {"power", "coefficient"});
     check_certified(*certified);
   }
-  const fitted_curve c = fit(data, o.fit);
+  const fitted_curve c = fit(data, o.curve);
   std::unique_ptr<plot> picture;
   if (!o.plot.empty()) picture = std::make_unique<plot>(o.plot, canvas_width, canvas_height);
-  const scan s = interval(o, c);
+  const interval i = interval_of(o, c);
 
   r.data_source(data);
+  check_fit(c);
   print_fit(r, o, c);
-  const residuals e = residuals_of(c);
-  finite(e.square_sum, "the sum of squares of the residuals");
-  check_fit(c, e);
-  print_residuals(r, c, e);
-  if (certified) print_certified(r, o, data, *certified, e);
-  print_values(r, c.p, o.at.empty() ? std::vector<double>{s.a, s.a + (s.b - s.a) / 2, s.b} : o.at);
-  const curve_marks marks = analyse(r, o, c.p, s);
-  if (picture) r.thinned(draw_curve(*picture, data, c, e, s, marks, o.equal));
+  print_residuals(r, c);
+  if (certified) print_certified(r, o, *certified, c);
+  print_values(r, c, o.at.empty() ? std::vector<double>{i.a, i.a + (i.b - i.a) / 2, i.b} : o.at);
+  const curve_marks marks = analyse(r, o, c, i);
+  if (picture) r.thinned(draw_curve(*picture, data, c, i.a, i.b, marks, o.equal));
 }
 
 }  // namespace

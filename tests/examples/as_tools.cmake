@@ -64,12 +64,26 @@ run(simulate_full 2 "^simulate: .*/full/simulated_plate.csv: cannot be written: 
 # Points that are marked are told beside the report, which may go to a file.
 note(profile "^curve_report: note: 4 points left out .marked by x = -1.$")
 
+# What is found on the curve: the true one has four zeros, three extremes and two inflections.
+function(found name pattern)
+  run(profile_${name} 0 "^${pattern}$" - $<TARGET_FILE:curve_report> ${dir}/simulated_profile.csv -m 5)
+  note(profile_${name} "4 points left out")
+endfunction()
+found(zero "x = 16.6509168763")
+found(minimum "minimum  at x = 13.7550835, p.x. = -1.513741973")
+found(inflection "x = 8.171632471, p.x. = 1.345888031")
+found(sharpest "largest curvature at x = -14.97345584: radius 2.75701371, centre .-14.506057, -2.17326946.")
+
+# A curve that touches 0 without crossing it.
+file(WRITE ${dir}/touching.csv "1,0\n0,1\n2,1\n3,4\n-1.5,6.25\n")
+run(touching 0 "^  a zero of multiplicity 2$" - $<TARGET_FILE:curve_report> ${dir}/touching.csv -m 3)
+
 # Numbers at the ends of the range: no report ends well with one that is not finite.
 file(WRITE ${dir}/huge.csv "0,1e308\n1,-1e308\n2,1e308\n3,1.5e308\n4,1\n")
 file(WRITE ${dir}/wide.csv "-1e308,1\n0,2\n1e308,5\n1.5e308,6\n")
 file(WRITE ${dir}/large.csv "0,1e200\n1,3e200\n2,-7e200\n3,1e200\n")
 foreach(name huge wide large)
-  foreach(kind "" --odd --scaled)
+  foreach(kind "" --odd)
     run(${name}${kind} 1 "^curve_report: .* is not finite: the numbers are too large" ${dir}/${name}${kind}.svg
         $<TARGET_FILE:curve_report> ${dir}/${name}.csv -m 3 ${kind} --plot ${dir}/${name}${kind}.svg)
   endforeach()
