@@ -74,6 +74,11 @@ found(minimum "minimum  at x = 13.7550835, p.x. = -1.513741973")
 found(inflection "x = 8.171632471, p.x. = 1.345888031")
 found(sharpest "largest curvature at x = -14.97345584: radius 2.75701371, centre .-14.506057, -2.17326946.")
 
+# Far from 0 the curve keeps its digits, where the powers of x cancel each other.
+file(WRITE ${dir}/far.csv "1000000,999.8395\n1000004,999.9720\n1000010,999.7026\n1000015,999.1026\n1000020,998.2071\n\
+1000022,997.7735\n1000025,997.0479\n1000030,995.6502\n")
+run(far 0 "^maximum  at x = 1000004.011, p.x. = 999.9721213$" - $<TARGET_FILE:curve_report> ${dir}/far.csv -m 5)
+
 # A curve that touches 0 without crossing it.
 file(WRITE ${dir}/touching.csv "1,0\n0,1\n2,1\n3,4\n-1.5,6.25\n")
 run(touching 0 "^  a zero of multiplicity 2$" - $<TARGET_FILE:curve_report> ${dir}/touching.csv -m 3)
