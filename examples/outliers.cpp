@@ -172,6 +172,20 @@ void clean(report& r, const options& o, vectormat& list, result& f) {
   print_direction(r, "mean direction", mean_direction(list));
 }
 
+// The same stretch as it was measured: a robust fit leaves the wild readings out by itself. An upright one has none.
+void print_robust(report& r, const result& f) {
+  const auto [first, last] = std::minmax_element(f.chain.begin(), f.chain.end());
+  std::vector<vector> stretch;
+  for (const auto& row : f.before)
+    if (row[0] >= (*first)[0] && row[0] <= (*last)[0] && row[0] != -1) stretch.emplace_back(row[0], row[1]);
+  const tessarn::robust_fit robust = tessarn::fit_robust(stretch, 2);
+  if (robust.state != tessarn::status::ok) return;
+  const double* weights = robust.weights.getData();
+  print_direction(r, "fit_robust gives", vector(1, robust.fit.of_powers.get(0, 1)));
+  r.line("                     from all %zu points of the stretch as measured, %zu of them with weight 0",
+         stretch.size(), static_cast<std::size_t>(std::count(weights, weights + stretch.size(), 0.0)));
+}
+
 void follow(report& r, const options& o, vectormat& list, result& f) {
   const vector start = o.direction.empty() ? first_direction(list) : vector(o.direction[0], o.direction[1]);
   const std::unique_ptr<vectormat> chain(list.findline(start));
@@ -183,6 +197,7 @@ void follow(report& r, const options& o, vectormat& list, result& f) {
          f.chain.front()[1], f.chain.back()[0], f.chain.back()[1]);
   if (f.chain.size() < 2) throw no_result("no point follows the first one in this direction");
   print_direction(r, "mean direction", mean_direction(*chain));
+  print_robust(r, f);
   r.line("largest distance     %.6g from the line", straightness(*chain));
   r.line("remaining points     %zu (the second point is never examined)", f.rest.size());
   const vector mean = chain->average();
