@@ -12,6 +12,11 @@ if(MSVC)
   endif()
 else()
   target_compile_options(tessarn_flags INTERFACE -Wall -Wextra -Wpedantic -ffp-contract=off -fno-math-errno)
+  # GCC for Windows believes that an inline function is the one that it has compiled itself, and keeps values in registers
+  # that this one leaves alone. The linker may take the function from a file of other options, which changes them.
+  if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(tessarn_flags INTERFACE -fno-ipa-ra)
+  endif()
 endif()
 
 # The library is optimised also in a project without a build type, unless that project's own flags name a level.

@@ -135,10 +135,9 @@ std::vector<std::string> draw(plot& out, const table& t, const tessarn::flatness
     touching.push_back({t.at(f.touching[i], v.right), t.at(f.touching[i], v.up)});
   out.data("touching", touching);
   out.command("set key at screen 0.475, 0.925 center top horizontal maxcols 3 reverse Left width -1");
-  out.command(command +
-              ", $touching using 1:2 with points pt 6 ps 3.2 lw 2 lc rgb '#000000' title 'touched by the minimum "
-              "zone of " +
-              text(scale * f.zone, 4) + "'");
+  const std::string zone = "touched by the minimum zone of " + text(scale * f.zone, 4);
+  out.command(command + ", $touching using 1:2 with points pt 6 ps 3.2 lw 2 lc rgb '#000000' title " +
+              quote(millimetres ? zone + " µm" : with_unit_of(t.names[v.along], zone)));
   out.draw();
   if (!many) return {};
   return {"the means of " + std::to_string(t.rows()) + " points in " + std::to_string(count) +
