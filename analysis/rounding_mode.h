@@ -4,8 +4,8 @@
 
 namespace tessarn::analysis {
 
-// False when the caller has set another rounding mode. The compiler must not know the numbers: it computes with the mode
-// of its own.
+// False when the caller has set another rounding mode. The compiler must not know the numbers: it computes with the
+// mode of its own.
 inline bool rounds_to_nearest() noexcept {
   const volatile double one = 1, tiny = 0x1p-60;
   const double above = one + tiny, below = one - tiny;
