@@ -66,7 +66,8 @@ inline double sine(double x, unsigned turn) noexcept {
   return sine_of_any(x, turn);
 }
 
-// The table and its series go to here. Nearer to 1 the series needs more terms than the root of half_arc_cosine() costs.
+// The table and its series go to here. Nearer to 1 the series needs more terms than the root of half_arc_cosine()
+// costs.
 constexpr double series_end = 0.75;
 
 // 1 - 2 sin^2(a/2) = cos a: for |x| > 3/4 the arc cosine of |x| is 2 asin(sqrt((1 - |x|) / 2)), and the square root has
