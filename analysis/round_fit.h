@@ -1,4 +1,4 @@
-// What fits of circle, sphere and cylinder have in common: the starts, the choice of the lowest sum, standard errors.
+// Steps that the fits of circle, sphere and cylinder share: starts, choice of the lowest sum, standard errors.
 #pragma once
 
 #include "analysis/eigen3.h"
@@ -61,7 +61,7 @@ class round_solution {
  public:
   round_solution(const shape_data& data, const round_result<doubled>& found);
 
-  // What is wrong with the shape.
+  // `ok`, or the reason why no shape was found.
   status state() const noexcept { return state_; }
   const round_shape<doubled>& shape() const noexcept { return shape_; }
   const normal_equations& equations() const noexcept { return equations_; }

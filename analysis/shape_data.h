@@ -35,7 +35,7 @@ class shape_data {
   std::size_t size() const noexcept { return in_.coordinates[0].size(); }
   std::size_t used() const noexcept { return used_; }
   std::size_t left_out() const noexcept { return size() - used_; }
-  // What the caller calls point i of those used.
+  // The index, in the points of the caller, of point i of those used.
   std::size_t number(std::size_t i) const noexcept { return numbers_[i]; }
   // Point i of those used, in units of 2^exponent: as doubled numbers, or as doubles.
   void get(std::size_t i, shape_point<doubled>& v) const noexcept;
@@ -44,7 +44,8 @@ class shape_data {
   doubled total_weight() const noexcept { return total_weight_; }
   int exponent() const noexcept { return exponent_; }
   int weight_exponent() const noexcept { return weight_exponent_; }
-  // What the rounding of the coordinates may hide, in units of 2^exponent: 2^-50 of the largest magnitude.
+  // Distances up to this may be rounding errors of the coordinates, in units of 2^exponent: 2^-50 of the largest
+  // magnitude.
   double hidden() const noexcept { return hidden_; }
   // A coordinate of the caller, from the same relative to the centroid.
   double original(std::size_t k, doubled v) const noexcept;

@@ -33,8 +33,8 @@ fitted_curve fit(const table& t, const curve_options& options);
 
 std::size_t distinct_abscissas(const fitted_curve& c);
 
-// The same fit by the classic members, for comparison: as it stands, or over abscissas shifted and scaled to
-// [-0.5, 0.5].
+// Polynomials of the options' degree fitted by binom::create, whose digits the report prints beside those of
+// fit_polynomial: over the abscissas as given, and over abscissas shifted and scaled to [-0.5, 0.5].
 binom classic_fit(const std::vector<vector>& points, const curve_options& options);
 binom classic_scaled_fit(const std::vector<vector>& points, const curve_options& options);
 

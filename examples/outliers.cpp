@@ -172,7 +172,8 @@ void clean(report& r, const options& o, vectormat& list, result& f) {
   print_direction(r, "mean direction", mean_direction(list));
 }
 
-// The same stretch as it was measured: a robust fit leaves the wild readings out by itself. An upright one has none.
+// Fits a line robustly through all readings between the ends of the found line, wild readings included, and prints its
+// direction and how many readings got weight 0. A vertical line has no slope, and nothing is printed.
 void print_robust(report& r, const result& f) {
   const auto [first, last] = std::minmax_element(f.chain.begin(), f.chain.end());
   std::vector<vector> stretch;

@@ -49,7 +49,7 @@ struct reference_plane {
   ulong lowest = 0;            ///< the point with the smallest residual, the first of several
 };
 
-/// What flatness() finds.
+/// The result of flatness(): the minimum zone, its middle plane, and the least-squares plane.
 ///
 /// \code
 /// // A pyramid of height 1 on a square: it rests on its base, or between two planes through its sides.

@@ -4,8 +4,6 @@
 /// The members of the classes answer by their documented special results, an empty matrix or an unchanged right-hand
 /// side. The functions of tessarn/solve.h, fit.h, shapes.h, curve.h, align.h and flat.h return a structure that begins
 /// with a status instead. They throw nothing but std::bad_alloc.
-/// side. The functions of tessarn/solve.h, fit.h and shapes.h return a structure that begins with a status instead.
-/// They throw nothing but std::bad_alloc.
 #pragma once
 
 #include "tessarn/scalar.h"
