@@ -26,7 +26,7 @@ build() {
     failure "$preset" "configuration failed"
     return 1
   fi
-  cmake --build --preset "$preset" -- -k 0 >"$log" 2>&1 || { grep -A20 '^FAILED' "$log" | head -60; failure "$preset" "build failed"; }
+  cmake --build --preset "$preset" -- -k 0 >"$log" 2>&1 || { grep -A20 '^FAILED' "$log" | sed -n 1,60p; failure "$preset" "build failed"; }
   rm -f "$log"
   echo "== $preset built in $((SECONDS - started)) s"
 }

@@ -6,7 +6,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 # Every function of <math.h>, as the C library itself lists them.
-libm=$(ldconfig -p | awk '/libm\.so\.6/ {print $NF; exit}')
+# awk reads to the end: had it left early, ldconfig would now and then have met a closed pipe, and the script would have ended.
+libm=$(ldconfig -p | awk '/libm\.so\.6/ && !found {found = $NF} END {print found}')
 nm -D --defined-only "$libm" | awk '{sub(/@.*/, "", $3); print $3}' | sort -u >"$work/mathematics"
 for name in acos cos frexp ldexp pow sin sincos sqrt; do
   grep -qx "$name" "$work/mathematics" || { echo "$name is not in $libm"; exit 1; }
