@@ -4,26 +4,48 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <utility>
 
 #include "analysis/doubled.h"
 #include "core/storage.h"
 
 namespace tessarn::analysis {
 
-// n values, zeros at first. Sizes that cannot be allocated throw as new[] does.
+// n values, zeros at first: inside the object up to 512 bytes of them, since a fit of few coefficients has a dozen such
+// arrays and would else spend a quarter of its time on allocating them. Sizes that cannot be allocated throw as new[]
+// does.
 template <class T>
 class numbers {
  public:
-  explicit numbers(std::size_t n) : data_(new T[n]()), size_(n) {}
+  explicit numbers(std::size_t n) : size_(n) {
+    if (n > few) {
+      many_.reset(new T[n]());
+      data_ = many_.get();
+    } else {
+      std::fill_n(few_, n, T());
+    }
+  }
+  numbers(numbers&& other) noexcept : size_(0) { *this = std::move(other); }
+  numbers& operator=(numbers&& other) noexcept {
+    many_ = std::move(other.many_);
+    size_ = std::exchange(other.size_, 0);
+    data_ = many_ ? many_.get() : few_;
+    if (!many_) std::copy_n(other.few_, size_, few_);
+    return *this;
+  }
   T& operator[](std::size_t i) noexcept { return data_[i]; }
   const T& operator[](std::size_t i) const noexcept { return data_[i]; }
-  T* data() noexcept { return data_.get(); }
-  const T* data() const noexcept { return data_.get(); }
+  T* data() noexcept { return data_; }
+  const T* data() const noexcept { return data_; }
   std::size_t size() const noexcept { return size_; }
 
  private:
-  std::unique_ptr<T[]> data_;
+  static constexpr std::size_t few = 512 / sizeof(T);
+
+  std::unique_ptr<T[]> many_;
   std::size_t size_;
+  T* data_ = few_;
+  T few_[few];
 };
 
 // A matrix of zeros at first. The high and the low parts have arrays of their own, so that the operations on rows,
@@ -58,15 +80,21 @@ class doubled_matrix {
     std::swap_ranges(low(a), low(a) + columns_, low(b));
   }
 
-  // Row `to` += factor * row `from` of another matrix, from a column on. Where the factor is 0 nothing is done.
+  // Row `to` += factor * another row, or row `from` of another matrix, from a column on. Where the factor is 0 nothing
+  // is done.
   void add_row(std::size_t to, doubled factor, const doubled_matrix& other, std::size_t from,
                std::size_t first = 0) noexcept {
+    add_row(to, factor, other, from, first, columns_);
+  }
+  // As above, for the columns from `first` to below `last`.
+  void add_row(std::size_t to, doubled factor, const doubled_matrix& other, std::size_t from, std::size_t first,
+               std::size_t last) noexcept {
     if (factor.high == 0) return;
     double* h = high(to);
     double* l = low(to);
     const double* oh = other.high(from);
     const double* ol = other.low(from);
-    for (std::size_t c = first; c < columns_; ++c) {
+    for (std::size_t c = first; c < last; ++c) {
       const doubled v = doubled(h[c], l[c]) + factor * doubled(oh[c], ol[c]);
       h[c] = v.high;
       l[c] = v.low;

@@ -71,7 +71,7 @@ normal_solution solve_normal(const fit_data& data, const basis& b) {
   const auto add = [&](const fit_block&, const detail::fit_columns& points, double* sums) {
     detail::fit_kernels_in_use().add_moments(points, exponents, m, sums);
   };
-  const numbers<doubled> moments = sum_blocks(data, exponents + m, add);
+  const numbers<doubled> moments = sum_moments(data, exponents + m, add);
   numbers<doubled> x(q);
   for (std::size_t r = 0; r < q; ++r) {
     x[r] = moments[exponents + b.exponents[r]];
@@ -96,14 +96,14 @@ void expand(const fit_data& data, const normal_solution& s, const basis& b, doub
   f.of_powers = column(m);
   f.of_powers_errors = column(m);
   f.powers_state = status::ok;
+  doubled_matrix sums(1, m), vectors(b.unknowns, m);
+  for (std::size_t k = 0; k < m; ++k) sums.add_row(0, s.coefficients[k], e, k, 0, k + 1);
+  for (std::size_t i = 0; i < b.unknowns; ++i) vectors.add_row(i, 1.0, e, b.exponents[i]);
+  const numbers<doubled> forms = s.equations.forms(vectors, [&](std::size_t i) { return b.exponents[i] + 1; });
   for (std::size_t j = 0; j < m; ++j) {
-    doubled sum = 0.0;
-    for (std::size_t k = j; k < m; ++k) sum += e.get(j, k) * s.coefficients[k];
-    std::size_t first = 0;  // of the unknowns with an exponent of j or above
-    while (first < b.unknowns && b.exponents[first] < j) ++first;
-    const doubled form = s.equations.form(first, [&](std::size_t i) { return e.get(j, b.exponents[i]); });
+    const doubled form = forms[j];
     const int exponent = data.y_exponent() - static_cast<int>(j) * data.x().exponent;
-    f.of_powers.getData()[j] = scaled(sum.high, exponent);
+    f.of_powers.getData()[j] = scaled(sums.get(0, j).high, exponent);
     f.of_powers_errors.getData()[j] = form.high == 0 ? 0
                                       : is_finite(deviation.high)
                                           ? scaled((deviation * square_root(form)).high, exponent)

@@ -40,7 +40,7 @@ void fit(const shape_data& data, int dimension, ulong most_steps, shape_fit& f, 
   if (f.state != status::ok) return;
   f.reciprocal_condition = s.equations().reciprocal_condition();
   const doubled deviation = judge(data, 1, f, [&](const doubled* p) { return s.distance(p); });
-  const auto error = [&](auto&& change) { return length_error(data, deviation, s.equations().form(0, change)); };
+  const auto error = [&](auto&& change) { return length_error(data, deviation, s.equations().form(change)); };
   r.radius_error = error([&](std::size_t i) { return s.radius_change(i); });
   for (std::size_t k = 0; k < data.dimension(); ++k)
     r.centre_errors[k] = error([&](std::size_t i) { return s.centre_change(k, i); });

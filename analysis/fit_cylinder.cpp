@@ -81,8 +81,7 @@ void store(const shape_data& data, const round_solution& s, cylinder_fit& f) {
   f.direction = vector3d(direction[0], direction[1], direction[2]);
   f.reciprocal_condition = s.equations().reciprocal_condition();
   const doubled deviation = judge(data, 1, f, [&](const doubled* p) { return s.distance(p); });
-  f.radius_error =
-      length_error(data, deviation, s.equations().form(0, [&](std::size_t i) { return s.radius_change(i); }));
+  f.radius_error = length_error(data, deviation, s.equations().form([&](std::size_t i) { return s.radius_change(i); }));
   // The unknowns from number 3 on turn the axis: u by one of the directions across it, and these by minus u.
   for (std::size_t k = 0; k < 3; ++k) {
     const auto turned = [&](std::size_t i) { return i < 3 ? doubled(0.0) : m.axes[i - 3][k]; };
@@ -90,8 +89,8 @@ void store(const shape_data& data, const round_solution& s, cylinder_fit& f) {
       if (i >= 3) return -s.centre(i - 3) * u[k];
       return s.centre_change(0, i) * m.axes[0][k] + s.centre_change(1, i) * m.axes[1][k];
     };
-    direction[k] = plain_error(deviation, s.equations().form(0, turned));
-    point[k] = length_error(data, deviation, s.equations().form(0, moved));
+    direction[k] = plain_error(deviation, s.equations().form(turned));
+    point[k] = length_error(data, deviation, s.equations().form(moved));
   }
   f.point_errors = vector3d(point[0], point[1], point[2]);
   f.direction_errors = vector3d(direction[0], direction[1], direction[2]);

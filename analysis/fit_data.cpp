@@ -1,6 +1,7 @@
 #include "analysis/fit_data.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 namespace tessarn::analysis {
@@ -64,8 +65,33 @@ class range {
 };
 
 // Fills the last partial sums of a block up.
-void pad(double* v, const fit_block& block, double with) noexcept {
-  std::fill(v + block.used, v + block.padded(), with);
+void pad(fit_block_column& v, const fit_block& block, double with) noexcept {
+  std::fill(v.copy + block.used, v.copy + block.padded(), with);
+}
+
+// Whether the numbers are doubles in their places, so that kernels may read them there.
+bool aligned(const column_view& v) noexcept {
+  return reinterpret_cast<std::uintptr_t>(v.address()) % alignof(double) == 0 && v.bytes() % sizeof(double) == 0;
+}
+
+const double* number(const column_view& v, std::size_t i) noexcept {
+  return reinterpret_cast<const double*>(v.address() + i * v.bytes());
+}
+
+// The numbers from number i on.
+void take(const column_view& v, std::size_t i, std::size_t count, fit_block_column& column) noexcept {
+  if (v.bytes() == sizeof(double) && count % fit_partial_sums == 0 && aligned(v)) {
+    column.at = number(v, i);
+    return;
+  }
+  for (std::size_t k = 0; k < count; ++k) column.copy[k] = v[i + k];
+  column.at = column.copy;
+}
+
+// Whether the columns are the coordinates of an array of points.
+bool neighbours(const column_view& x, const column_view& y) noexcept {
+  return x.bytes() == sizeof(vector) && y.bytes() == sizeof(vector) && sizeof(vector) == 3 * sizeof(double) &&
+         y.address() == x.address() + sizeof(double) && aligned(x);
 }
 
 }  // namespace
@@ -77,9 +103,9 @@ bool fit_data::look_at_all() noexcept {
   fit_block block;
   for (std::size_t i = 0; i < in_.x.size(); i += block.used) {
     copy(i, std::min(in_.x.size() - i, fit_block::capacity), block);
-    const auto include = [&](range& r, double* v) {
-      pad(v, block, v[0]);
-      r.include(v, block.padded());
+    const auto include = [&](range& r, fit_block_column& v) {
+      pad(v, block, *v.at);
+      r.include(v.at, block.padded());
     };
     include(x, block.x);
     include(y, block.y);
@@ -162,12 +188,14 @@ void fit_data::prepare(bool centred) {
 
 // The points from number i on, none left out.
 void fit_data::copy(std::size_t i, std::size_t count, fit_block& block) const noexcept {
-  for (std::size_t k = 0; k < count; ++k) {
-    block.x[k] = in_.x[i + k];
-    block.y[k] = in_.y[i + k];
+  if (neighbours(in_.x, in_.y)) {
+    detail::fit_kernels_in_use().copy_points(number(in_.x, i), count, block.x.copy, block.y.copy);
+  } else {
+    take(in_.x, i, count, block.x);
+    take(in_.y, i, count, block.y);
   }
-  for (std::size_t k = 0; in_.two && k < count; ++k) block.second[k] = in_.second[i + k];
-  for (std::size_t k = 0; weighted_ && k < count; ++k) block.weights[k] = in_.weights[i + k];
+  if (in_.two) take(in_.second, i, count, block.second);
+  if (weighted_) take(in_.weights, i, count, block.weights);
   block.first = i;
   block.used = count;
   block.weighted = weighted_;
@@ -178,10 +206,10 @@ void fit_data::select(std::size_t& i, fit_block& block) const noexcept {
   std::size_t used = 0;
   for (; i < in_.x.size() && used < fit_block::capacity; ++i) {
     if (!finite(i) || weight(i) == 0) continue;
-    block.x[used] = in_.x[i];
-    block.y[used] = in_.y[i];
-    if (in_.two) block.second[used] = in_.second[i];
-    block.weights[used] = weight(i);
+    block.x.copy[used] = in_.x[i];
+    block.y.copy[used] = in_.y[i];
+    if (in_.two) block.second.copy[used] = in_.second[i];
+    block.weights.copy[used] = weight(i);
     block.numbers[used++] = i;
   }
   block.used = used;
@@ -191,8 +219,7 @@ void fit_data::select(std::size_t& i, fit_block& block) const noexcept {
 
 bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
   if (used_ == in_.x.size()) {
-    std::size_t count = std::min(in_.x.size() - i, fit_block::capacity);
-    if (count > fit_partial_sums) count -= count % fit_partial_sums;  // the last few need weights: a block of their own
+    const std::size_t count = std::min(in_.x.size() - i, fit_block::capacity);
     copy(i, count, block);
     i += count;
   } else {
@@ -200,8 +227,7 @@ bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
   }
   if (block.used == 0) return false;
   if (block.used == block.padded()) return true;
-  if (!block.weighted) std::fill(block.weights, block.weights + block.used, 1.0);
-  block.weighted = true;
+  if (!weighted_) std::fill_n(block.weights.copy, block.used, 1.0);
   pad(block.weights, block, 0);
   pad(block.x, block, x_.centre);
   pad(block.second, block, second_.centre);
@@ -229,9 +255,9 @@ doubled_matrix expansion(std::size_t m, const fit_abscissa& x) {
   doubled_matrix e(m, m);
   for (std::size_t k = 0; k < m; ++k)
     for (std::size_t j = 0; j <= k; ++j) {
-      doubled v = j > 0 ? e.get(j - 1, k - 1) : doubled(k == 0 ? 1.0 : 0.0);
-      if (j < k) v -= doubled(centre) * e.get(j, k - 1);
-      e.set(j, k, v);
+      doubled v = j > 0 ? e.get(k - 1, j - 1) : doubled(k == 0 ? 1.0 : 0.0);
+      if (j < k) v -= doubled(centre) * e.get(k - 1, j);
+      e.set(k, j, v);
     }
   return e;
 }

@@ -31,11 +31,23 @@ struct fit_abscissa {
   bool choose(bool centred) noexcept;
 };
 
-// A block of points, as the caller gave their numbers.
-struct fit_block {
+// One column of a block: the caller's own numbers where they are neighbours and fill the block up, else a copy.
+struct fit_block_column {
   static constexpr std::size_t capacity = 256;  // a multiple of fit_partial_sums
 
-  double x[capacity], y[capacity], weights[capacity], second[capacity], residuals[capacity];
+  double copy[capacity];
+  const double* at = copy;
+
+  fit_block_column() noexcept {}
+  fit_block_column(const fit_block_column&) = delete;
+};
+
+// A block of points, as the caller gave their numbers.
+struct fit_block {
+  static constexpr std::size_t capacity = fit_block_column::capacity;
+
+  fit_block_column x, y, weights, second;
+  double residuals[capacity];
   std::size_t used = 0;           // without those that fill up the last partial sums
   std::size_t first = 0;          // the number of the first point
   std::size_t numbers[capacity];  // what the caller calls the points, where some are left out
@@ -46,7 +58,7 @@ struct fit_block {
     return (used + detail::fit_partial_sums - 1) / detail::fit_partial_sums * detail::fit_partial_sums;
   }
   detail::fit_columns columns(const detail::fit_scales& scales) const noexcept {
-    return {x, y, weighted ? weights : nullptr, second, padded(), &scales};
+    return {x.at, y.at, weights.at, second.at, padded(), used, weighted, &scales};
   }
 };
 
@@ -66,6 +78,7 @@ class fit_data {
   const detail::fit_scales& scales() const noexcept { return scales_; }
 
   std::size_t used() const noexcept { return used_; }
+  bool weighted() const noexcept { return weighted_; }
   std::size_t left_out() const noexcept { return in_.x.size() - used_; }
   const fit_abscissa& x() const noexcept { return x_; }
   const fit_abscissa& second() const noexcept { return second_; }
@@ -108,6 +121,14 @@ numbers<doubled> sum_blocks(const fit_data& data, std::size_t count, Kernel&& ke
   return totals;
 }
 
+// As sum_blocks, for moments: sum 0 is that of the weights.
+template <class Kernel>
+numbers<doubled> sum_moments(const fit_data& data, std::size_t count, Kernel&& kernel) {
+  numbers<doubled> totals = sum_blocks(data, count, kernel);
+  if (!data.weighted()) totals[0] = static_cast<double>(data.used());
+  return totals;
+}
+
 // How far a fit is from its points.
 struct fit_quality {
   double largest_residual = 0;
@@ -141,7 +162,7 @@ fit_quality judge(const fit_data& data, std::size_t unknowns, Kernel&& kernel) {
   return q;
 }
 
-// The powers of t = x 2^-e - c in powers of x 2^-e, for exponents below m: entry (j, k) is the coefficient of (x
+// The powers of t = x 2^-e - c in powers of x 2^-e, for exponents below m: entry (k, j) is the coefficient of (x
 // 2^-e)^j in t^k.
 doubled_matrix expansion(std::size_t m, const fit_abscissa& x);
 

@@ -42,7 +42,7 @@ surface_solution solve_normal(const fit_data& data, const surface_basis& b) {
   const auto add = [&](const fit_block&, const detail::fit_columns& points, double* sums) {
     detail::fit_kernels_in_use().add_surface_moments(points, g, b.total_degree, sums);
   };
-  const numbers<doubled> moments = sum_blocks(data, side * side + g * g, add);
+  const numbers<doubled> moments = sum_moments(data, side * side + g * g, add);
   const auto entry = [&](std::size_t r, std::size_t c) {
     return moments[side * (b.terms[r].j + b.terms[c].j) + b.terms[r].i + b.terms[c].i];
   };
@@ -108,14 +108,16 @@ void expand(const fit_data& data, const surface_solution& s, const surface_basis
   f.of_powers = column(s.coefficients.size());
   f.of_powers_errors = column(s.coefficients.size());
   f.powers_state = status::ok;
+  doubled_matrix vectors(b.unknowns, b.unknowns), sums(1, b.unknowns);
+  for (std::size_t k = 0; k < b.unknowns; ++k) {
+    const term& of = b.terms[k];
+    for (std::size_t r = 0; r <= k; ++r) vectors.set(k, r, of_x.get(of.i, b.terms[r].i) * of_y.get(of.j, b.terms[r].j));
+    sums.add_row(0, s.coefficients[of.place], vectors, k, 0, k + 1);
+  }
+  const numbers<doubled> forms = s.equations.forms(vectors, [](std::size_t i) { return i + 1; });
   for (std::size_t r = 0; r < b.unknowns; ++r) {
     const term& power = b.terms[r];
-    const auto factor = [&](std::size_t k) {
-      return of_x.get(power.i, b.terms[k].i) * of_y.get(power.j, b.terms[k].j);
-    };
-    doubled sum = 0.0;
-    for (std::size_t k = r; k < b.unknowns; ++k) sum += factor(k) * s.coefficients[b.terms[k].place];
-    const doubled form = s.equations.form(r, factor);
+    const doubled sum = sums.get(0, r), form = forms[r];
     const int exponent = data.y_exponent() - static_cast<int>(power.i) * data.x().exponent -
                          static_cast<int>(power.j) * data.second().exponent;
     f.of_powers.getData()[power.place] = scaled(sum.high, exponent);

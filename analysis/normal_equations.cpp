@@ -2,46 +2,38 @@
 
 namespace tessarn::analysis {
 
-// Row by row; the products with D are kept while a row is formed (G. Golub, C. Van Loan, Matrix Computations, 2013,
-// section 4.1.2).
+// Step k forms row k of L' and takes its products away from the rows below (G. Golub, C. Van Loan, Matrix Computations,
+// 2013, section 4.1.2). Until its own step a row holds its entries of L D.
 void normal_equations::factorise() {
   const std::size_t n = size_;
+  numbers<double> diagonal(n);
   for (std::size_t r = 0; r < n; ++r) {
     double sum = 0;
-    for (std::size_t c = 0; c < n; ++c) sum += magnitude(c <= r ? lower_[r * n + c] : lower_[c * n + r]);
+    for (std::size_t c = 0; c < n; ++c) sum += magnitude(c <= r ? upper_.get(c, r) : upper_.get(r, c));
     norm_ = std::max(norm_, sum);
+    diagonal[r] = upper_.get(r, r).high;
   }
-  numbers<doubled> multiples(n);
-  for (std::size_t r = 0; r < n; ++r) {
-    doubled* row = lower_.data() + r * n;
-    doubled pivot = row[r];
-    const double entry = pivot.high;
-    for (std::size_t c = 0; c < r; ++c) {
-      doubled sum = row[c];
-      for (std::size_t k = 0; k < c; ++k) sum -= multiples[k] * lower_[c * n + k];
-      multiples[c] = sum;
-      row[c] = sum * reciprocals_[c];
-      pivot -= sum * row[c];
-    }
-    if (!(pivot.high > entry * 0x1p-95)) {
+  doubled_matrix row(1, n);
+  for (std::size_t k = 0; k < n; ++k) {
+    const doubled pivot = upper_.get(k, k);
+    if (!(pivot.high > diagonal[k] * 0x1p-95)) {
       regular_ = false;
       return;
     }
-    reciprocals_[r] = doubled(1.0) / pivot;
+    reciprocals_[k] = doubled(1.0) / pivot;
+    for (std::size_t c = k + 1; c < n; ++c) row.set(0, c, upper_.get(k, c) * reciprocals_[k]);
+    for (std::size_t r = k + 1; r < n; ++r) upper_.add_row(r, -row.get(0, r), upper_, k, r);
+    for (std::size_t c = k + 1; c < n; ++c) upper_.set(k, c, row.get(0, c));
   }
 }
 
-// In place, row by row: row r of the inverse is - (row r of L) times the rows above of the inverse.
+// Row r of the inverse is - (row r of L) times the rows above of the inverse.
 void normal_equations::invert_lower() {
-  const std::size_t n = size_;
-  numbers<doubled> row(n);
-  for (std::size_t r = 1; r < n; ++r) {
-    for (std::size_t c = 0; c < r; ++c) row[c] = lower_[r * n + c];
-    for (std::size_t c = 0; c < r; ++c) {
-      doubled sum = row[c];
-      for (std::size_t k = c + 1; k < r; ++k) sum += row[k] * lower_[k * n + c];
-      lower_[r * n + c] = -sum;
-    }
+  for (std::size_t r = 0; r < size_; ++r) {
+    for (std::size_t c = 0; c < r; ++c) lower_.set(r, c, upper_.get(c, r));
+    for (std::size_t k = 1; k < r; ++k) lower_.add_row(r, upper_.get(k, r), lower_, k, 0, k);
+    for (std::size_t c = 0; c < r; ++c) lower_.set(r, c, -lower_.get(r, c));
+    lower_.set(r, r, 1.0);
   }
 }
 
@@ -49,27 +41,27 @@ void normal_equations::invert_lower() {
 void normal_equations::invert() {
   const std::size_t n = size_;
   for (std::size_t k = 0; k < n; ++k) {
-    const double reciprocal = reciprocals_[k].high;
+    const double* row = lower_.high(k);
     for (std::size_t r = 0; r <= k; ++r) {
-      const double factor = (r == k ? 1 : lower_[k * n + r].high) * reciprocal;
-      for (std::size_t c = 0; c <= r; ++c) inverse_[r * n + c] += factor * (c == k ? 1 : lower_[k * n + c].high);
+      const double factor = row[r] * reciprocals_[k].high;
+      double* to = inverse_.data() + r * n;
+      for (std::size_t c = 0; c <= r; ++c) to[c] += factor * row[c];
     }
   }
   for (std::size_t r = 0; r < n; ++r)
     for (std::size_t c = 0; c < r; ++c) inverse_[c * n + r] = inverse_[r * n + c];
 }
 
-// z = D^-1 L^-1 right, and then (L^-1)' z.
+// z = D^-1 L^-1 right, and then (L^-1)' z. Each sum takes its terms in ascending order; the sums grow side by side.
 void normal_equations::solve(numbers<doubled>& right) const {
   const std::size_t n = size_;
-  for (std::size_t r = n; r-- > 0;) {
-    doubled sum = right[r];
-    for (std::size_t k = 0; k < r; ++k) sum += lower_[r * n + k] * right[k];
-    right[r] = sum;
-  }
-  for (std::size_t r = 0; r < n; ++r) right[r] *= reciprocals_[r];
-  for (std::size_t r = 0; r < n; ++r)
-    for (std::size_t k = r + 1; k < n; ++k) right[r] += lower_[k * n + r] * right[k];
+  numbers<doubled> z(n);
+  for (std::size_t r = 0; r < n; ++r) z[r] = right[r];
+  for (std::size_t k = 0; k < n; ++k)
+    for (std::size_t r = k + 1; r < n; ++r) z[r] += lower_.get(r, k) * right[k];
+  for (std::size_t r = 0; r < n; ++r) right[r] = z[r] * reciprocals_[r];
+  for (std::size_t k = 1; k < n; ++k)
+    for (std::size_t r = 0; r < k; ++r) right[r] += lower_.get(k, r) * right[k];
 }
 
 double normal_equations::reciprocal_condition() const noexcept {

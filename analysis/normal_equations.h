@@ -8,15 +8,15 @@
 namespace tessarn::analysis {
 
 // The inverse of L and the diagonal D stand for the inverse of the matrix, (L^-1)' D^-1 L^-1, of which every form is a
-// sum of squares without cancellation.
+// sum of squares without cancellation. The loops run along rows, whose entries do not wait for each other.
 class normal_equations {
  public:
   // `entry(r, c)` gives the matrix for c <= r. The entries are near 1 or below.
   template <class Entry>
   normal_equations(std::size_t n, Entry&& entry)
-      : size_(n), lower_(detail::checked_product(n, n)), reciprocals_(n), inverse_(lower_.size()) {
+      : size_(n), upper_(n, n), lower_(n, n), reciprocals_(n), inverse_(detail::checked_product(n, n)) {
     for (std::size_t r = 0; r < n; ++r)
-      for (std::size_t c = 0; c <= r; ++c) lower_[r * n + c] = entry(r, c);
+      for (std::size_t c = 0; c <= r; ++c) upper_.set(c, r, entry(r, c));
     factorise();
     if (!regular_) return;
     invert_lower();
@@ -33,16 +33,29 @@ class normal_equations {
   void solve(numbers<doubled>& right) const;
   // Entry (r, c) of the inverse, as a double.
   double inverse(std::size_t r, std::size_t c) const noexcept { return inverse_[r * size_ + c]; }
-  // v' M^-1 v for the vector with the entries v(first), v(first + 1), ...; those before are 0.
+  // v' M^-1 v for the vector with the entries v(0), v(1), ...
   template <class Vector>
-  doubled form(std::size_t first, Vector&& v) const noexcept {
-    doubled total = 0.0;
-    for (std::size_t i = first; i < size_; ++i) {
-      doubled sum = v(i);  // L^-1 has ones on its diagonal
-      for (std::size_t k = first; k < i; ++k) sum += lower_[i * size_ + k] * v(k);
-      total += sum * sum * reciprocals_[i];
+  doubled form(Vector&& v) const {
+    doubled_matrix one(size_, 1);
+    for (std::size_t i = 0; i < size_; ++i) one.set(i, 0, v(i));
+    return forms(one, [](std::size_t) { return std::size_t{1}; })[0];
+  }
+  // v' M^-1 v for each of the vectors that stand in columns. In row i the vectors from number reached(i) on are 0, as
+  // they are in the rows above; reached() does not fall.
+  template <class Reached>
+  numbers<doubled> forms(const doubled_matrix& vectors, Reached&& reached) const {
+    numbers<doubled> totals(vectors.columns());
+    doubled_matrix sum(1, vectors.columns());
+    for (std::size_t i = 0; i < size_; ++i) {
+      const std::size_t count = reached(i);
+      for (std::size_t j = 0; j < count; ++j) sum.set(0, j, vectors.get(i, j));  // L^-1 has ones on its diagonal
+      for (std::size_t k = 0; k < i; ++k) sum.add_row(0, lower_.get(i, k), vectors, k, 0, reached(k));
+      for (std::size_t j = 0; j < count; ++j) {
+        const doubled v = sum.get(0, j);
+        totals[j] += v * v * reciprocals_[i];
+      }
     }
-    return total;
+    return totals;
   }
 
  private:
@@ -51,7 +64,8 @@ class normal_equations {
   void invert();
 
   std::size_t size_;
-  numbers<doubled> lower_;        // the inverse of L below the diagonal
+  doubled_matrix upper_;          // L' above the diagonal
+  doubled_matrix lower_;          // the inverse of L
   numbers<doubled> reciprocals_;  // of D
   numbers<double> inverse_;
   double norm_ = 0;

@@ -24,7 +24,6 @@ TESSARN_INLINE void moments_of(const fit_columns& points, size_t i, size_t expon
   }
   size_t e = 0;
   if (!Weighted) {  // of the power 0 only the ordinates are left to add, and the power 1 is x itself
-    add(lane, power);
     if (products > 0) add(lane + pair * exponents, y);
     if (exponents < 2) return;
     TESSARN_UNROLL
@@ -63,7 +62,7 @@ void add_moments_of(const fit_columns& points, size_t exponents, size_t products
 }
 
 void add_moments(const fit_columns& points, size_t exponents, size_t products, double* sums) {
-  (points.weight == nullptr ? add_moments_of<false> : add_moments_of<true>)(points, exponents, products, sums);
+  (points.weighted ? add_moments_of<true> : add_moments_of<false>)(points, exponents, products, sums);
 }
 
 struct fitted {
@@ -143,20 +142,23 @@ TESSARN_INLINE double largest_lane(vec v) {
 template <bool Weighted>
 double all_residuals(const fit_columns& points, const fitted& f, double* residuals, double* sums) {
   constexpr size_t together = 4 * fit_partial_sums;
+  const size_t end = Weighted ? points.size : points.used / fit_partial_sums * fit_partial_sums;
   vec largest = broadcast(0);
   size_t i = 0;
-  for (; i + together <= points.size; i += together)
+  for (; i + together <= end; i += together)
     for (size_t l = 0; l < fit_partial_sums; l += width)
       largest = residuals_of<4, Weighted>(points, i + l, f, residuals, sums + l, largest);
-  for (; i < points.size; i += width)
+  for (; i < end; i += width)
     largest = residuals_of<1, Weighted>(points, i, f, residuals, sums + i % fit_partial_sums, largest);
+  for (; i < points.size; i += width)
+    largest = residuals_of<1, true>(points, i, f, residuals, sums + i % fit_partial_sums, largest);
   return largest_lane(largest);
 }
 
 double residuals(const fit_columns& points, const double* high, const double* low, size_t coefficients, double mean,
                  double* residuals, double* sums) {
-  return (points.weight == nullptr ? all_residuals<false>
-                                   : all_residuals<true>)(points, {high, low, coefficients, mean}, residuals, sums);
+  return (points.weighted ? all_residuals<true> : all_residuals<false>)(points, {high, low, coefficients, mean},
+                                                                        residuals, sums);
 }
 
 }  // namespace

@@ -19,11 +19,13 @@ struct fit_scales {
 };
 
 // The points of a fit, in arrays whose length is a multiple of fit_partial_sums; behind the last point stand points at
-// t = 0 with y = 0 and a weight of 0. Without weights, a null pointer, each weight is 1.
+// t = 0 with y = 0 and a weight of 0. Where the points are not weighted each weight is 1, and of `weight` only the last
+// fit_partial_sums numbers are read, when points are filled up: 1 for a point and 0 behind.
 struct fit_columns {
   const double *x, *y, *weight;
   const double* second;  // the second abscissas of a surface
-  size_t size;
+  size_t size, used;     // with the points that fill up, and without them
+  bool weighted;
   const fit_scales* scales;
 };
 
@@ -32,8 +34,12 @@ struct fit_kernels {
   // 8, and a NaN if one of them is not finite. -0 and 0 count as alike. n is a multiple of 8.
   void (*include)(const double* v, size_t n, double* ranges);
 
+  // Copies the coordinates of n points, each three doubles behind the one before, its y behind its x.
+  void (*copy_points)(const double* points, size_t n, double* x, double* y);
+
   // Sum e, for e < exponents, takes w t^e; sum exponents + e, for e < products, takes w t^e y, all in doubled
-  // precision. sums has 2 fit_partial_sums numbers for each sum: the rounded ones, then what they lost.
+  // precision. Sum 0 means nothing where the points are not weighted: it is their number. sums has 2 fit_partial_sums
+  // numbers for each sum: the rounded ones, then what they lost.
   void (*add_moments)(const fit_columns& points, size_t exponents, size_t products, double* sums);
 
   // residuals[i] = y - p(t), as if p(t) and the difference were formed in doubled precision; gives the largest
@@ -44,7 +50,7 @@ struct fit_kernels {
 
   // Sum e b + a, for a, b < e = 2 grade - 1, takes w t^a v^b with the second abscissas v; sum e e + grade b + a, for a,
   // b < grade, takes w t^a v^b y. Where total_degree is set, the sums with a + b >= e, or grade, are left out and stay
-  // 0. The grade is at most largest_grade.
+  // 0. Sum 0 as in add_moments. The grade is at most largest_grade.
   void (*add_surface_moments)(const fit_columns& points, size_t grade, bool total_degree, double* sums);
 
   // As residuals, for p(t, v) with the coefficient of t^a v^b at grade b + a.

@@ -30,6 +30,14 @@ TESSARN_INLINE void add_row(const power_row& r, doubled factor, size_t count, do
   }
 }
 
+// Adds t^a to sum a, for 0 < a < count.
+TESSARN_INLINE void add_row(const power_row& r, size_t count, double* lane) {
+  for (size_t a = 1; a < count; ++a) {
+    const doubled term[1] = {r.power[a]};
+    add(lane + 2 * fit_partial_sums * a, term);
+  }
+}
+
 // Row by row: w v^b, and that times y, times each power of t.
 template <bool Weighted>
 void add_surface_moments_of(const fit_columns& p, size_t grade, bool total_degree, double* sums) {
@@ -44,7 +52,10 @@ void add_surface_moments_of(const fit_columns& p, size_t grade, bool total_degre
     doubled row = squared_weight<Weighted>(p, i);
     for (size_t b = 0; b < side; ++b) {
       if (b > 0) row = next_power(row, split(row.high), v, v_parts, b);
-      add_row(powers, row, total_degree ? side - b : side, lane + 2 * fit_partial_sums * side * b);
+      if (b == 0 && !Weighted)
+        add_row(powers, side, lane);
+      else
+        add_row(powers, row, total_degree ? side - b : side, lane + 2 * fit_partial_sums * side * b);
       if (b >= grade) continue;
       doubled with_y = exact_product(row.high, split(row.high), y, y_parts);
       with_y.low += row.low * y;
@@ -55,8 +66,7 @@ void add_surface_moments_of(const fit_columns& p, size_t grade, bool total_degre
 }
 
 void add_surface_moments(const fit_columns& points, size_t grade, bool total_degree, double* sums) {
-  (points.weight == nullptr ? add_surface_moments_of<false> : add_surface_moments_of<true>)(points, grade, total_degree,
-                                                                                            sums);
+  (points.weighted ? add_surface_moments_of<true> : add_surface_moments_of<false>)(points, grade, total_degree, sums);
 }
 
 struct fitted_surface {
@@ -68,28 +78,34 @@ struct fitted_surface {
 // Horner's rule over the rows, and in each row over the powers of t; the value of a row is the coefficient of v^b, and
 // its error goes into the low part.
 template <bool Weighted>
-double all_surface_residuals(const fit_columns& p, const fitted_surface& f, double* residuals, double* sums) {
-  vec largest = broadcast(0);
-  for (size_t i = 0; i < p.size; i += width) {
-    const doubled x = first_abscissa(p, i), v = second_abscissa(p, i);
-    const doubled x_parts = split(x.high), v_parts = split(v.high);
-    compensated value[1] = {{broadcast(0), broadcast(0)}};
-    for (size_t b = f.grade; b-- > 0;) {
-      const double *high = f.high + f.grade * b, *low = f.low + f.grade * b;
-      compensated row = {broadcast(high[f.grade - 1]), broadcast(low[f.grade - 1])};
-      for (size_t a = f.grade - 1; a-- > 0;)
-        row = horner_step(row, x, x_parts, {broadcast(high[a]), broadcast(low[a])});
-      value[0] = horner_step(value[0], v, v_parts, {row.value, row.error});
-    }
-    largest = judge<1, Weighted>(p, i, value, f.mean, residuals, sums + i % fit_partial_sums, largest);
+TESSARN_INLINE vec surface_residuals_of(const fit_columns& p, size_t i, const fitted_surface& f, double* residuals,
+                                        double* sums, vec largest) {
+  const doubled x = first_abscissa(p, i), v = second_abscissa(p, i);
+  const doubled x_parts = split(x.high), v_parts = split(v.high);
+  compensated value[1] = {{broadcast(0), broadcast(0)}};
+  for (size_t b = f.grade; b-- > 0;) {
+    const double *high = f.high + f.grade * b, *low = f.low + f.grade * b;
+    compensated row = {broadcast(high[f.grade - 1]), broadcast(low[f.grade - 1])};
+    for (size_t a = f.grade - 1; a-- > 0;) row = horner_step(row, x, x_parts, {broadcast(high[a]), broadcast(low[a])});
+    value[0] = horner_step(value[0], v, v_parts, {row.value, row.error});
   }
+  return judge<1, Weighted>(p, i, value, f.mean, residuals, sums + i % fit_partial_sums, largest);
+}
+
+template <bool Weighted>
+double all_surface_residuals(const fit_columns& p, const fitted_surface& f, double* residuals, double* sums) {
+  const size_t end = Weighted ? p.size : p.used / fit_partial_sums * fit_partial_sums;
+  vec largest = broadcast(0);
+  size_t i = 0;
+  for (; i < end; i += width) largest = surface_residuals_of<Weighted>(p, i, f, residuals, sums, largest);
+  for (; i < p.size; i += width) largest = surface_residuals_of<true>(p, i, f, residuals, sums, largest);
   return largest_lane(largest);
 }
 
 double surface_residuals(const fit_columns& points, const double* high, const double* low, size_t grade, double mean,
                          double* residuals, double* sums) {
-  return (points.weight == nullptr ? all_surface_residuals<false>
-                                   : all_surface_residuals<true>)(points, {high, low, grade, mean}, residuals, sums);
+  return (points.weighted ? all_surface_residuals<true>
+                          : all_surface_residuals<false>)(points, {high, low, grade, mean}, residuals, sums);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 namespace tessarn::detail::TESSARN_ISA {
 
 const fit_kernels fit_table = {.include = include,
+                               .copy_points = copy_points,
                                .add_moments = add_moments,
                                .residuals = residuals,
                                .add_surface_moments = add_surface_moments,

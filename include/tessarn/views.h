@@ -46,6 +46,10 @@ class column_view {
 
   std::size_t size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
+  /// The bytes of the first number, which need not be aligned.
+  const unsigned char* address() const noexcept { return first_; }
+  /// The bytes from one number to the next.
+  std::size_t bytes() const noexcept { return bytes_; }
   /// Number i; i must be below size().
   real operator[](std::size_t i) const noexcept {
     real v;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -211,6 +212,45 @@ TEST(Fit, WeightsOfOneChangeNoBit) {
       for (tessarn::ulong k = 0; k < 11; ++k) {
         EXPECT_EQ(g.coefficients.getData()[k], f.coefficients.getData()[k]);
         EXPECT_EQ(g.standard_errors.getData()[k], f.standard_errors.getData()[k]);
+      }
+    }
+  }
+}
+
+// Columns of neighbouring numbers are read where they stand, points by a kernel of their own, and all others one by
+// one. The arrays end with the last number, so that the sanitizer sees a read beyond them.
+TEST(Fit, WhereTheNumbersStandChangesNoBit) {
+  random_source random(1608);
+  for (std::size_t n = 5; n < 600; n += n < 40 ? 1 : 61) {
+    points p;
+    column x, y, rows(3 * n - 1), upside_down(2 * n);
+    std::vector<unsigned char> bytes(8 * n + 1);
+    for (std::size_t i = 0; i < n; ++i) {
+      p.emplace_back(random.uniform(3, 7), random.uniform());
+      x.push_back(p[i].x);
+      y.push_back(p[i].y);
+      rows[3 * i] = upside_down[2 * i + 1] = p[i].x;
+      rows[3 * i + 1] = upside_down[2 * i] = p[i].y;
+      std::memcpy(&bytes[8 * i + 1], &p[i].y, 8);
+    }
+    const auto odd_address = reinterpret_cast<const tessarn::real*>(bytes.data() + 1);
+    const tessarn::plane_points others[] = {
+        {x, y},
+        {{rows.data(), n, 24}, {rows.data() + 1, n, 24}},
+        {{upside_down.data() + 1, n, 16}, {upside_down.data(), n, 16}},
+        {x, {odd_address, n, 8}},
+    };
+    const polynomial_fit f = fit_polynomial(p, 4);
+    ASSERT_EQ(f.state, status::ok);
+    for (const tessarn::plane_points& other : others) {
+      const polynomial_fit g = fit_polynomial(other, 4);
+      ASSERT_EQ(g.state, status::ok);
+      EXPECT_EQ(g.r_squared, f.r_squared);
+      EXPECT_EQ(g.largest_residual, f.largest_residual);
+      EXPECT_EQ(g.largest_at, f.largest_at);
+      for (tessarn::ulong k = 0; k < 4; ++k) {
+        EXPECT_EQ(g.coefficients.getData()[k], f.coefficients.getData()[k]);
+        EXPECT_EQ(g.of_powers_errors.getData()[k], f.of_powers_errors.getData()[k]);
       }
     }
   }
