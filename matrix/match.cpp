@@ -235,13 +235,16 @@ void real_sqmat::calc_transform(vector3d* a, vector3d* b, tessarn::ulong n) {
   ordinates.create(1, n);
   sqmat fitted;
   fitted.create(4);
-  for (tessarn::ulong i = 0; i < n; ++i) {
+  real* row_of_a = system.getData();
+  for (tessarn::ulong i = 0; i < n; ++i, row_of_a += 4) {
     const point p = coordinates(a[i]);
-    for (tessarn::ulong k = 0; k < 3; ++k) system.set(k, i, p.c[k]);
-    system.set(3, i, 1);
+    std::copy_n(p.c, 3, row_of_a);
+    row_of_a[3] = 1;
   }
+  constexpr real vector3d::*coordinate[] = {&vector3d::x, &vector3d::y, &vector3d::z};
   for (tessarn::ulong r = 0; r < 4; ++r) {
-    for (tessarn::ulong i = 0; i < n; ++i) ordinates.set(0, i, r < 3 ? coordinates(b[i]).c[r] : 1);
+    real* ordinate = ordinates.getData();
+    for (tessarn::ulong i = 0; i < n; ++i) ordinate[i] = r < 3 ? without_quiet_nan(b[i].*coordinate[r]) : 1;
     real_mat row;
     row.solve(system, ordinates);
     for (tessarn::ulong k = 0; k < 4; ++k) fitted.set(k, r, row.get(0, k));

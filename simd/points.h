@@ -1,6 +1,8 @@
-// Points of the library's classes in lanes: their coordinates taken apart, or a whole point in a vector. The first word
-// of a point is its virtual table pointer, which is never used as a number.
+// Points of the library's classes in lanes: their coordinates taken apart, or a whole point in four lanes. The first
+// word of a point is its virtual table pointer, which is never used as a number.
 #pragma once
+
+#include "simd/quad.h"
 
 namespace tessarn::detail::TESSARN_ISA {
 
@@ -53,23 +55,6 @@ TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
 }
 #endif
 
-// Four lanes in every build: a space point as it lies in memory.
-typedef double quad __attribute__((vector_size(32), may_alias));
-typedef double unaligned_quad __attribute__((vector_size(32), aligned(8), may_alias));
-typedef int64_t quad_mask __attribute__((vector_size(32), may_alias));
-
-TESSARN_INLINE quad all_lanes(double v) { return quad{v, v, v, v}; }
-// (0, x, y, z) of the point whose first coordinate is at p; the word before it is the virtual table pointer.
-TESSARN_INLINE quad load_point(const double* p) {
-  const quad v = *reinterpret_cast<const unaligned_quad*>(p - 1);
-  return (quad)((quad_mask)v & quad_mask{0, -1, -1, -1});
-}
-TESSARN_INLINE void store_point(double* p, quad v) {
-  p[0] = v[1];
-  p[1] = v[2];
-  p[2] = v[3];
-}
-
 #else
 
 TESSARN_INLINE void load_plane_points(const double* p, vec& x, vec& y) {
@@ -82,22 +67,16 @@ TESSARN_INLINE void load_space_points(const double* p, vec& x, vec& y, vec& z) {
   z = p[3];
 }
 
-// The four lanes without vector types.
-struct quad {
-  double lane[4];
-  double operator[](size_t i) const { return lane[i]; }
-};
-TESSARN_INLINE quad operator+(quad a, quad b) { return {{a[0] + b[0], a[1] + b[1], a[2] + b[2], a[3] + b[3]}}; }
-TESSARN_INLINE quad operator-(quad a, quad b) { return {{a[0] - b[0], a[1] - b[1], a[2] - b[2], a[3] - b[3]}}; }
-TESSARN_INLINE quad operator*(quad a, quad b) { return {{a[0] * b[0], a[1] * b[1], a[2] * b[2], a[3] * b[3]}}; }
-TESSARN_INLINE quad all_lanes(double v) { return {{v, v, v, v}}; }
-TESSARN_INLINE quad load_point(const double* p) { return {{0, p[0], p[1], p[2]}}; }
-TESSARN_INLINE void store_point(double* p, quad v) {
-  p[0] = v[1];
-  p[1] = v[2];
-  p[2] = v[3];
-}
-
 #endif
+
+// (0, x, y, z) of the point whose first coordinate is at p.
+TESSARN_INLINE quad load_point(const double* p) { return quad_without_first(p - 1); }
+TESSARN_INLINE void store_point(double* p, quad v) {
+  double lanes[4];
+  store_quad(lanes, v);
+  p[0] = lanes[1];
+  p[1] = lanes[2];
+  p[2] = lanes[3];
+}
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -33,6 +33,14 @@ struct matrix_kernels {
   void (*eliminate)(double* w, size_t n, double* workspace);
   size_t (*elimination_workspace)(size_t n);
 
+  // Gram-Schmidt on the columns of the n x n matrix a, from the left: each column less its projections on the finished
+  // ones, all of them of its value before the step; a NaN is stored as 0.0. The first column stays as it is. workspace
+  // holds orthogonalize_workspace(n) doubles.
+  void (*orthogonalize)(double* a, size_t n, double* workspace);
+  size_t (*orthogonalize_workspace)(size_t n);
+  // Row r -= f * row p, f = entry / pivot, from the column of each pivot on; with or without the quiet-NaN rule.
+  void (*triangularise)(double* a, size_t n, bool rule);
+
   // dst = the adjugate of the n x n matrix m, n > 4; returns the determinant of m. Both without the quiet-NaN rule.
   // workspace begins at a whole cache line and holds adjugate_workspace(n) doubles.
   double (*adjugate)(const double* m, size_t n, double* dst, double* workspace);

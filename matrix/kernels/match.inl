@@ -18,7 +18,7 @@ static void sum_points(const double* a, const double* b, size_t n, double* sums)
 }
 
 static void sum_products(const double* a, const double* b, size_t n, const double* ca, const double* cb, double* h) {
-  const quad centre = {0, ca[0], ca[1], ca[2]};
+  const quad centre = quad_of(0, ca[0], ca[1], ca[2]);
   quad row[3] = {all_lanes(0), all_lanes(0), all_lanes(0)};
   for (size_t i = 0; i < n; ++i) {
     const quad q = load_point(a + i * point_stride) - centre;
@@ -29,7 +29,7 @@ static void sum_products(const double* a, const double* b, size_t n, const doubl
 
 static void sum_residuals(const double* a, const double* b, size_t n, const double* R, double* t) {
   const quad zero = all_lanes(0);
-  const quad column[3] = {{0, R[0], R[3], R[6]}, {0, R[1], R[4], R[7]}, {0, R[2], R[5], R[8]}};
+  const quad column[3] = {quad_of(0, R[0], R[3], R[6]), quad_of(0, R[1], R[4], R[7]), quad_of(0, R[2], R[5], R[8])};
   quad sum = zero;
   for (size_t i = 0; i < n; ++i) {
     const double* p = a + i * point_stride;

@@ -19,19 +19,21 @@ TESSARN_INLINE void narrow_normal_equations(const double* a, const double* b, si
   quad sum[N + 1];
   for (size_t c = 0; c <= N; ++c) sum[c] = all_lanes(0);
   const auto add = [&](const double* row, quad lanes, double ordinate) {
-    for (size_t c = 0; c < N; ++c) sum[c] += all_lanes(row[c]) * lanes;
-    sum[N] += all_lanes(ordinate) * lanes;
+    for (size_t c = 0; c < N; ++c) sum[c] = sum[c] + all_lanes(row[c]) * lanes;
+    sum[N] = sum[N] + all_lanes(ordinate) * lanes;
   };
   size_t k = 0;
-  for (; k * N + 4 <= m * N; ++k) add(a + k * N, *reinterpret_cast<const unaligned_quad*>(a + k * N), b[k]);
+  for (; k * N + 4 <= m * N; ++k) add(a + k * N, load_quad(a + k * N), b[k]);
   for (; k < m; ++k) {
     double row[4] = {};
     for (size_t c = 0; c < N; ++c) row[c] = a[k * N + c];
-    add(row, quad{row[0], row[1], row[2], row[3]}, b[k]);
+    add(row, load_quad(row), b[k]);
   }
+  double entries[N + 1][4];
+  for (size_t c = 0; c <= N; ++c) store_quad(entries[c], sum[c]);
   for (size_t c = 0; c < N; ++c) {
-    for (size_t d = 0; d < N; ++d) result[c * stride + d] = sum[c][d];
-    result[c * stride + N] = sum[N][c];
+    for (size_t d = 0; d < N; ++d) result[c * stride + d] = entries[c][d];
+    result[c * stride + N] = entries[N][c];
   }
 }
 #endif

@@ -83,19 +83,15 @@ template <size_t ROWS, start_mode START, tile_mode MODE>
 TESSARN_INLINE void four_columns(const double* a, size_t a_stride, const double* b, size_t b_stride, size_t count,
                                  double* c, size_t c_stride, bool rule) {
   quad sum[ROWS];
-  for (size_t r = 0; r < ROWS; ++r)
-    sum[r] = START == from_zero ? quad{} : (quad) * reinterpret_cast<const unaligned_quad*>(c + r * c_stride);
+  for (size_t r = 0; r < ROWS; ++r) sum[r] = START == from_zero ? all_lanes(0) : load_quad(c + r * c_stride);
   for (size_t k = 0; k < count; ++k) {
-    const quad row = *reinterpret_cast<const unaligned_quad*>(b + k * b_stride);
+    const quad row = load_quad(b + k * b_stride);
     for (size_t r = 0; r < ROWS; ++r) {
       const quad p = all_lanes(a[r * a_stride + k]) * row;
       sum[r] = MODE == add_products ? sum[r] + p : sum[r] - p;
     }
   }
-  for (size_t r = 0; r < ROWS; ++r) {
-    const quad kept = rule ? (quad)((quad_mask)sum[r] & (sum[r] == sum[r])) : sum[r];
-    *reinterpret_cast<unaligned_quad*>(c + r * c_stride) = kept;
-  }
+  for (size_t r = 0; r < ROWS; ++r) store_quad(c + r * c_stride, rule ? quad_without_nan(sum[r]) : sum[r]);
 }
 #endif
 

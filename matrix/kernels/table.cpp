@@ -2,6 +2,7 @@
 #include "matrix/kernels/complex.inl"
 #include "matrix/kernels/decompose.inl"
 #include "matrix/kernels/elimination.inl"
+#include "matrix/kernels/gram.inl"
 #include "matrix/kernels/kernels.h"
 #include "matrix/kernels/lu.inl"
 #include "matrix/kernels/match.inl"
@@ -59,6 +60,9 @@ const matrix_kernels matrix_table = {
     .lu_workspace = lu_workspace,
     .eliminate = eliminate,
     .elimination_workspace = elimination_workspace,
+    .orthogonalize = orthogonalize,
+    .orthogonalize_workspace = orthogonalize_workspace,
+    .triangularise = triangularise,
     .adjugate = adjugate,
     .adjugate_workspace = adjugate_workspace,
     .complex_multiply = complex_multiply,
