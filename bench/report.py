@@ -69,12 +69,13 @@ REMARK = Column("remark", lambda results, row: row.note, True)
 
 
 def set_columns(results):
-    """Our time and the ratio with each instruction set below the best one."""
-    def pair(name):
+    """Our time with each instruction set below the best one, and the ratio where the peers were timed for it."""
+    def columns(name):
         def ratio(results, row):
-            return ratio_text(row.ratio(row.ours_with(name))) if row.ours_with(name) else ""
-        return [Column(set_name(name), lambda results, row: call_text(row.ours_with(name))), Column("ratio", ratio)]
-    return [column for name in results.sets()[1:] for column in pair(name)]
+            return ratio_text(row.ratio(name)) if row.ours_with(name) else ""
+        time = Column(set_name(name), lambda results, row: call_text(row.ours_with(name)))
+        return [time, Column("ratio", ratio)] if name in results.peer_sets else [time]
+    return [column for name in results.sets()[1:] for column in columns(name)]
 
 
 def user_columns(results):
@@ -114,9 +115,11 @@ def markdown_table(results, columns, rows):
 def geometric_means(results):
     """For each set its name, the geometric mean of the ratios and the number of rows; the rows against a peer whose size
     is an argument repeat others and are left out."""
-    for name in results.sets():
+    for place, name in enumerate(results.sets()):
+        if place > 0 and name not in results.peer_sets:
+            continue
         ratios = [ratio for row in measured_rows(results) if " any " not in row.operation
-                  for ratio in [row.ratio(row.ours_with(name)) if row.ours_with(name) else row.ratio()] if ratio]
+                  for ratio in [row.ratio(name if place > 0 else None)] if ratio]
         yield name, math.exp(sum(map(math.log, ratios)) / len(ratios)), len(ratios)
 
 
@@ -125,7 +128,7 @@ def machine_lines(results):
     context = next(iter(results.context.values()))
     lines = [f"{context['processor']}, one core (number {context['core']}), kernels for "
              f"{set_name(context['instruction set'])}; {context['date'][:16].replace('T', ' ')}."]
-    flags = " and ".join(f"`{c['flags']}`" for c in results.context.values())
+    flags = " and ".join(dict.fromkeys(f"`{c['flags']}`" for c in results.context.values()))
     lines.append(f"{context['compiler']}; headers and peers of headers with {flags}, the library with "
                  f"`{context['library flags']}`.")
     versions = [f"{key.removeprefix('version ')} {value.removeprefix('OpenBLAS ')}"
@@ -153,13 +156,14 @@ def size_text(size):
 
 LEGEND = (
     "Times in nanoseconds of processor time, the median of the repetitions. Each library stands with its fastest "
-    "call in the faster of the two programs; where none has the operation, the plain form does. The ratio is the "
+    "call, compiled for every processor or (native) for this one; where none has the operation, the plain form does. The ratio is the "
     "time of the best peer over ours: above 1 we are faster. The limit is what the stated arithmetic needs on "
     "this machine, by operations or (b) by bytes, and the share is how much of it is reached. The columns of "
-    "other instruction sets are the same program made to use the kernels of a lesser processor; their ratios are "
-    "against the same times of the peers, which keep the best that the machine has. They are empty where "
-    "everything is compiled into the caller. The hash is that of all bits of our results: it was the same with "
-    "every instruction set and in both programs, else the run fails.")
+    "other instruction sets are the same program made to use the kernels of a lesser processor. Their ratios are "
+    "against the peers on such a processor: headers are compiled for it, and OpenBLAS takes its kernels for Haswell "
+    "(AVX2) or Prescott (baseline), from runs of their own. They are empty where everything is compiled into the "
+    "caller. The hash is that of all bits of our results: it was the same with "
+    "every instruction set and however the caller was compiled, else the run fails.")
 
 
 def markdown(results):

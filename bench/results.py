@@ -1,10 +1,15 @@
-"""Reads the raw results of the two benchmark programs and joins them into rows."""
+"""Reads the raw results of the runs and joins them into rows."""
 
 import json
 import statistics
 
 TRAFFIC = ["copy", "read", "move"]  # by the number that the programs give
 PEER_FAMILIES = ["Eigen", "LAPACK", "GSL", "other"]
+
+# The runs whose times of the peers a processor of the set would show, beside those of headers that are compiled for
+# every processor. The best set of the machine has the runs of "default" and "native".
+PEER_RUNS = {"avx2": "avx2", "baseline": "baseline"}
+TUNED_FAMILIES = ["LAPACK", "GSL"]  # they choose their kernels by the processor, so "default" is for this machine
 
 SET_NAMES = {"avx2": "AVX2", "avx512": "AVX-512"}
 
@@ -17,12 +22,20 @@ class Call:
         self.name = name
         self.times = {}
 
-    def program(self):
-        """The program in which the call was faster."""
-        return min(self.times, key=lambda p: statistics.median(self.times[p]))
+    def runs_for(self, instruction_set):
+        """The runs that count for a set; None is the best set of the machine."""
+        if instruction_set is None:
+            runs = ["default", "native"]
+        else:
+            runs = [PEER_RUNS[instruction_set]] + ([] if self.family in TUNED_FAMILIES else ["default"])
+        return [run for run in runs if run in self.times]
 
-    def median(self):
-        return statistics.median(self.times[self.program()])
+    def program(self, instruction_set=None):
+        """The run in which the call was faster."""
+        return min(self.runs_for(instruction_set), key=lambda p: statistics.median(self.times[p]))
+
+    def median(self, instruction_set=None):
+        return statistics.median(self.times[self.program(instruction_set)])
 
     def spread(self):
         """Half of the range over the median."""
@@ -56,13 +69,17 @@ class Row:
         return [c for c in self.calls.values()
                 if c.family in PEER_FAMILIES and family in (None, c.family)]
 
-    def best_peer(self, family=None):
+    def best_peer(self, family=None, instruction_set=None):
         """The fastest one; the plain form where no other library has the operation."""
-        return min(self.peers(family), key=Call.median, default=self.plain if family is None else None)
+        timed = [c for c in self.peers(family) if c.runs_for(instruction_set)]
+        return min(timed, key=lambda c: c.median(instruction_set), default=self.plain if family is None else None)
 
-    def ratio(self, ours=None):
-        best, ours = self.best_peer(), ours or self.ours
-        return best.median() / ours.median() if best and ours else None
+    def ratio(self, instruction_set=None):
+        """The time of the best peer over ours, with the best set of the machine or with a lesser one. What is compiled
+        into the caller has one time for all sets."""
+        ours = self.ours_with(instruction_set) or self.ours
+        best = self.best_peer(None, instruction_set)
+        return best.median(instruction_set) / ours.median() if best and ours else None
 
 
 class Results:
@@ -72,12 +89,15 @@ class Results:
         self.rows = {}
         self.machine = {}
         self.context = {}
+        self.peer_sets = []  # the lesser sets with runs of the peers
         self.errors = []
 
     def read(self, program, path):
         with open(path) as f:
             data = json.load(f)
         self.context[program] = data["context"]
+        if program not in ("default", "native"):
+            self.peer_sets.append(program)
         for b in data["benchmarks"]:
             if b["run_type"] == "iteration":
                 self._add(program, b)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs both benchmark programs and writes the raw results, the table, the pictures and a page of them.
+"""Runs the benchmark programs and writes the raw results, the table, the pictures and a page of them.
 
 Everything goes to the output directory: results-*.json (raw), table.md, summary.md, plots/*.svg,
 index.html. The two tables are printed as well. With --update-docs the full one replaces that in
@@ -21,14 +21,38 @@ import report
 from results import Results
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-PROGRAMS = ["default", "native"]
+PEERS = "(Eigen|LAPACK|GSL|other)"
+
+
+class Run:
+    """A run of a benchmark program: of everything, or of the peers alone as on a lesser processor."""
+
+    def __init__(self, program, families="", core_type="", needs=""):
+        self.program, self.families, self.core_type, self.needs = program, families, core_type, needs
+
+    def possible(self):
+        return self.needs in pathlib.Path("/proc/cpuinfo").read_text().split() or not self.needs
+
+    def filter(self, operations):
+        """A regular expression over operation|size|family|call."""
+        if self.families:
+            return rf"^({operations or '.*'})[^|]*\|[0-9]+\|{self.families}\|"
+        return f"^({operations}|machine)" if operations else ""
+
+
+RUNS = {
+    "default": Run("default"),
+    "native": Run("native"),
+    "avx2": Run("avx2", PEERS, "Haswell", "avx2"),
+    "baseline": Run("default", "(LAPACK|GSL)", "Prescott"),
+}
 BEGIN, END = "<!-- benchmarks: begin -->", "<!-- benchmarks: end -->"
 
 
 def arguments():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--programs", type=pathlib.Path, default=ROOT / "build/bench/bench",
-                        help="where bench_default and bench_native are")
+                        help="where the programs are")
     parser.add_argument("--output", type=pathlib.Path, default=ROOT / "build/bench", help="where results go")
     parser.add_argument("--quick", action="store_true", help="about a minute, with little precision")
     parser.add_argument("--filter", default="", help="only the operations that match this regular expression")
@@ -38,16 +62,18 @@ def arguments():
     return parser.parse_args()
 
 
-def run_program(program, options, output):
+def run_program(run, options, output):
     minimum, repetitions = (0.002, 3) if options.quick else (0.03, 7)
     command = [
-        options.programs / f"bench_{program}",
+        options.programs / f"bench_{run.program}",
         f"--benchmark_out={output}", "--benchmark_out_format=json",
         f"--benchmark_min_time={minimum}", f"--benchmark_repetitions={repetitions}",
     ]
-    if options.filter:
-        command.append(f"--benchmark_filter=^({options.filter}|machine)")
+    if run.filter(options.filter):
+        command.append(f"--benchmark_filter={run.filter(options.filter)}")
     environment = dict(os.environ, OPENBLAS_NUM_THREADS="1", OMP_NUM_THREADS="1")
+    if run.core_type:
+        environment["OPENBLAS_CORETYPE"] = run.core_type
     subprocess.run(command, env=environment, check=True, stdout=subprocess.DEVNULL,
                    stderr=subprocess.DEVNULL)
 
@@ -64,16 +90,16 @@ def update_documentation(texts):
 def main():
     options = arguments()
     options.output.mkdir(parents=True, exist_ok=True)
-    files = {p: options.output / f"results-{p}.json" for p in PROGRAMS}
+    files = {name: options.output / f"results-{name}.json" for name, run in RUNS.items() if run.possible()}
     if not options.report_only:
-        for program in PROGRAMS:
+        for name in files:
             start = time.monotonic()
-            run_program(program, options, files[program])
-            print(f"bench_{program}: {time.monotonic() - start:.0f} s", file=sys.stderr)
+            run_program(RUNS[name], options, files[name])
+            print(f"{name}: {time.monotonic() - start:.0f} s", file=sys.stderr)
 
     results = Results()
-    for program in PROGRAMS:
-        results.read(program, files[program])
+    for name in files:
+        results.read(name, files[name])
     results.check()
 
     text = report.markdown(results)
