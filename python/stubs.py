@@ -14,7 +14,7 @@ import sys
 
 STUBS = pathlib.Path(__file__).resolve().parent / "tessarn" / "_core.pyi"
 
-HEADER = '''# Written by python/stubs.py from the compiled module.
+HEADER = """# Written by python/stubs.py from the compiled module.
 from typing import Any, Dict, Iterator, List, Optional, Tuple, Union, overload
 
 import numpy as np
@@ -25,7 +25,7 @@ __version__: str
 
 # A float for a number, an array for an array.
 Numbers = Any
-'''
+"""
 
 # What the docstrings of pybind11 say, and what a type checker is told.
 TYPES = [
@@ -38,7 +38,13 @@ TYPES = [
     (r"\btuple\b", "Tuple[Any, ...]"),
 ]
 # Arguments of these names may be any object; what they give back is known better than `object`.
-ARGUMENTS = {"out": "Optional[npt.NDArray[np.float64]]", "dtype": "Any", "index": "Any", "p": "Any", "memo": "Dict[int, Any]"}
+ARGUMENTS = {
+    "out": "Optional[npt.NDArray[np.float64]]",
+    "dtype": "Any",
+    "index": "Any",
+    "p": "Any",
+    "memo": "Dict[int, Any]",
+}
 RESULTS = {
     "solve": "Any",
     "inverse": "Any",
@@ -101,7 +107,7 @@ def ignored(name, parameters, many):
     return "  # type: ignore[override]" if narrower else ""
 
 
-def function_stub(function, name, margin, static=False):
+def function_stub(function, name, margin, static=False, owner=""):
     lines = []
     overloads = signatures(function, name)
     for parameters, result in overloads:
@@ -110,6 +116,8 @@ def function_stub(function, name, margin, static=False):
         if name == "__init__":
             result = "None"
         result = RESULTS.get(name, result) if result == "object" else result
+        if name == "__iter__" and owner == "CurvePoints":
+            result = "Iterator[CurvePoint]"
         if static:
             lines.append(margin + "@staticmethod")
         if len(overloads) > 1:
@@ -139,7 +147,7 @@ def class_stub(kind):
         elif isinstance(member, staticmethod):
             lines += function_stub(member.__func__, name, "    ", static=True)
         elif inspect.isroutine(member):
-            lines += function_stub(member, name, "    ")
+            lines += function_stub(member, name, "    ", owner=kind.__name__)
         elif isinstance(member, kind):  # a value of an enumeration
             lines.append(f"    {name}: {kind.__name__}")
     return lines if len(lines) > 1 else [lines[0] + " ..."]

@@ -10,7 +10,8 @@ declare -A groups=(
   [coverage]="gcovr"
   [windows]="clang-22 lld-22 llvm-22 libc++-22-dev libwine-dev wine wine64 wine64-preloader g++-mingw-w64-x86-64-posix libgtest-dev libeigen3-dev zip unzip python3"
   [portable]="qemu-user-static g++-aarch64-linux-gnu g++-arm-linux-gnueabihf g++-riscv64-linux-gnu g++-powerpc64le-linux-gnu g++-s390x-linux-gnu g++-i686-linux-gnu emscripten nodejs libgtest-dev libeigen3-dev python3"
-  [bench]="libbenchmark-dev libeigen3-dev libopenblas-dev liblapacke-dev libgsl-dev libboost-math-dev libcgal-dev gnuplot-nox python3 python3-numpy"
+  [python]="pybind11-dev python3 python3-dev python3-numpy python3-pytest python3-pip python3-setuptools python3-venv python3-wheel mypy"
+  [bench]="libbenchmark-dev libeigen3-dev libopenblas-dev liblapacke-dev libgsl-dev libboost-math-dev libcgal-dev gnuplot-nox python3 python3-numpy python3-scipy"
   [fuzz]="clang-22 libclang-rt-22-dev"
   [docs]="doxygen graphviz"
 )

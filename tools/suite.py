@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Runs the tests of a build folder and counts them one by one, also those inside GoogleTest programs.
+"""Runs the tests of a build folder and counts them one by one, also those inside GoogleTest programs and runs of pytest.
 
     suite.py run NAME FOLDER --totals FILE [--timeout SECONDS] [--jobs N]   runs ctest and adds the counts to the file
     suite.py fail NAME REASON --totals FILE        one failure, for what could not be run at all
     suite.py close --totals FILE [--other-processors]   prints the sum of all; its last line is "N passed, N failed, N skipped"
 
-The counts come from the reports that ctest and GoogleTest write, never from lines of their output. What ctest lists and
+The counts come from the reports that ctest, GoogleTest and pytest write, never from lines of their output. What ctest lists and
 no report mentions has failed: a program that crashed or ran out of time, or one that was not built.
 
 A name that ends in an instruction set (with_avx2, product_avx2) says which build of the kernels the test runs. It may be
@@ -124,6 +124,28 @@ class Suite:
             self.failed(test.name, "%s: none of its %d tests has a result" % (result.reason, count), count)
             show(result.output)
 
+    # ------------------------------------------------------------------ runs of pytest
+
+    def pytest(self, test, result):
+        """The tests of one run, from the report that pytest wrote."""
+        try:
+            cases = list(xml.parse(test.report).getroot().iter("testcase"))
+        except (OSError, xml.ParseError):
+            cases = []
+        failures = self.counts.failed
+        for case in cases:
+            wrong = next((part for part in case if part.tag in ("failure", "error")), None)
+            if wrong is not None:
+                self.failed("%s: %s" % (test.name, case.get("name")), wrong.get("message", "").split("\n")[0])
+            elif case.find("skipped") is not None:
+                self.skipped(case.get("name"), last_line(case.find("skipped").get("message")), test.name)
+            else:
+                self.passed(case.get("name"), test.name)
+        if not cases or (result.status != "passed" and self.counts.failed == failures):
+            self.failed(test.name, result.reason if result.status != "passed" else "no test ran")
+        if self.counts.failed > failures:
+            show(result.output)
+
     # ------------------------------------------------------------------ other tests
 
     def plain(self, test, result):
@@ -165,9 +187,13 @@ class Test:
             if each["name"] == "WORKING_DIRECTORY":
                 self.folder = each["value"]
         self.report = None
+        self.by_pytest = False
         for argument in self.command:
             if argument.startswith("--gtest_output=xml:"):
                 self.report = os.path.join(self.folder, argument.split(":", 1)[1])
+            elif argument.startswith("--junitxml="):
+                self.report = os.path.join(self.folder, argument.split("=", 1)[1])
+                self.by_pytest = True
 
     def listed(self):
         """The number of tests that the program would run."""
@@ -235,7 +261,8 @@ def count(tests, report, ends, suite):
     for test in tests:
         result = results.get(test.name, Result("failed", "no result"))
         result.reason = result.reason or ends.get(test.name, "failed")
-        (suite.google if test.report else suite.plain)(test, result)
+        kind = suite.pytest if test.by_pytest else suite.google if test.report else suite.plain
+        kind(test, result)
 
 
 # ------------------------------------------------------------------------------------- the sum of all suites

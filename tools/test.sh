@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 . tools/suites.sh
 start_counting
 
-build release && suite "native" build/release
+build release -DTESSARN_PYTHON=ON -DPython3_EXECUTABLE=/usr/bin/python3 && suite "native" build/release
 export ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
 build sanitize && suite "address and undefined-behaviour sanitizers" build/sanitize
 TESSARN_TEST_TOTALS=$totals windows/test.sh || failure "Windows modules" "windows/test.sh ended with an error"

@@ -22,14 +22,13 @@ py::array any_array(const py::object& object) {
 bool holds_reals(const py::array& a) { return std::string("biufO").find(a.dtype().kind()) != std::string::npos; }
 
 [[noreturn]] void wrong_type(const char* name, const py::array& a) {
-  throw py::type_error(std::string(name) + " must hold real numbers, not " +
-                       py::str(a.dtype()).cast<std::string>());
+  throw py::type_error(std::string(name) + " must hold real numbers, not " + py::str(a.dtype()).cast<std::string>());
 }
 
 py::array converted(const py::array& a, const py::dtype& type, int flags) {
   py::dtype wanted = type;
-  PyObject* made = npy::get().PyArray_FromAny_(a.ptr(), wanted.release().ptr(), 0, 0,
-                                               npy::NPY_ARRAY_ENSUREARRAY_ | npy::NPY_ARRAY_FORCECAST_ | flags, nullptr);
+  PyObject* made = npy::get().PyArray_FromAny_(
+      a.ptr(), wanted.release().ptr(), 0, 0, npy::NPY_ARRAY_ENSUREARRAY_ | npy::NPY_ARRAY_FORCECAST_ | flags, nullptr);
   if (made == nullptr) throw py::error_already_set();
   return py::reinterpret_steal<py::array>(made);
 }

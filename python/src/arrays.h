@@ -22,8 +22,8 @@ static_assert(sizeof(double) == sizeof(tessarn::real), "a real has the format of
 
 using array = py::array_t<double>;
 
-// An argument that may be anything NumPy makes an array of. The conversion is left to the function, which knows the name
-// of the argument and the shape that it must have.
+// An argument that may be anything NumPy makes an array of. The conversion is left to the function, which knows the
+// name of the argument and the shape that it must have.
 struct array_like {
   py::object object;
 };
@@ -91,12 +91,13 @@ tessarn::matrix_view view_of(const array& dense);
 array read_only(const tessarn::real* first, std::vector<py::ssize_t> shape, std::vector<py::ssize_t> strides,
                 py::handle owner);
 
-// Whether results for the places of the dense array x may be written into `out` one by one: when it is dense and is x, or
-// has no memory in common with it. Other ones get the results by an assignment of NumPy's.
+// Whether results for the places of the dense array x may be written into `out` one by one: when it is dense and is x,
+// or has no memory in common with it. Other ones get the results by an assignment of NumPy's.
 bool takes_directly(const array& out, const array& x);
 
-// f(x) for a number, or at all places of an array in the order of its entries: `f(const real* x, real* y, size_t n)` gets
-// dense arrays and runs without the interpreter's lock. `out`: None, or an array of x's shape that receives the result.
+// f(x) for a number, or at all places of an array in the order of its entries: `f(const real* x, real* y, size_t n)`
+// gets dense arrays and runs without the interpreter's lock. `out`: None, or an array of x's shape that receives the
+// result.
 template <class F>
 numbers over_array(const array_like& x, const py::object& out, F f) {
   const array given = real_array(x, "x", -1);

@@ -13,11 +13,27 @@ void add_status(py::module_& m) {
   using tessarn::status;
   py::enum_<status> type(m, "Status", "Whether a result holds, and if not, why. `message` says it in a sentence.");
   // The statuses and their names, in the order of the library.
-  static constexpr const char* names[] = {
-      "ok",           "no_points",      "no_unknowns",      "sizes_differ",     "not_finite",    "bad_option",
-      "bad_weight",   "too_few_points", "too_few_distinct", "rank_deficient",   "singular",      "nearly_singular",
-      "out_of_range", "not_converged",  "collinear",        "not_determined",   "bad_interval",  "identically_zero",
-      "too_much_work", "coplanar",      "other_rounding"};
+  static constexpr const char* names[] = {"ok",
+                                          "no_points",
+                                          "no_unknowns",
+                                          "sizes_differ",
+                                          "not_finite",
+                                          "bad_option",
+                                          "bad_weight",
+                                          "too_few_points",
+                                          "too_few_distinct",
+                                          "rank_deficient",
+                                          "singular",
+                                          "nearly_singular",
+                                          "out_of_range",
+                                          "not_converged",
+                                          "collinear",
+                                          "not_determined",
+                                          "bad_interval",
+                                          "identically_zero",
+                                          "too_much_work",
+                                          "coplanar",
+                                          "other_rounding"};
   static_assert(std::size(names) == static_cast<std::size_t>(status::other_rounding) + 1, "a status has no name");
   for (std::size_t k = 0; k < std::size(names); ++k)
     type.value(names[k], static_cast<status>(k), tessarn::to_string(static_cast<status>(k)));
@@ -46,7 +62,8 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 void add_point(py::module_& m) {
   record<curve_point> r(m, "CurvePoint", "One place of CurvePoints; the fields are those of its columns.");
-  r.field("lower", &curve_point::lower, "The place is strictly between lower and upper, which are neighbouring doubles,")
+  r.field("lower", &curve_point::lower,
+          "The place is strictly between lower and upper, which are neighbouring doubles,")
       .field("upper", &curve_point::upper, "or at both, when they are equal.")
       .field("at", &curve_point::at, "The double nearest to it.")
       .field("multiplicity", &curve_point::multiplicity, "Of the zero that makes it a place.")
@@ -93,7 +110,15 @@ nothing is known and the columns are empty; no places with `ok` mean that there 
             if (i < 0 || i >= static_cast<py::ssize_t>(p.count)) throw py::index_error("there is no such place");
             return p[static_cast<tessarn::ulong>(i)];
           },
-          py::arg("index"))
+          py::arg("index"), "A place; a negative index counts from the end.")
+      .def(
+          "__iter__",
+          [](const curve_points& p) {
+            py::list places;
+            for (tessarn::ulong i = 0; i < p.count; ++i) places.append(p[i]);
+            return py::iter(places);
+          },
+          "The places, one CurvePoint after the other.")
       .def(
           "__array__",
           [](const py::object& self, const py::object& dtype) {

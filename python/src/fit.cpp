@@ -93,7 +93,8 @@ predictions predict(const polynomial_fit& fit, const array_like& x, double facto
   const array places = dense_array(x, "x", -1);
   const tessarn::real* at = as_real(places.data());
   return predict_over({places.shape(), places.shape() + places.ndim()}, places.ndim() == 0,
-                      static_cast<std::size_t>(places.size()), [&](std::size_t k) { return fit.predict(at[k], factor); });
+                      static_cast<std::size_t>(places.size()),
+                      [&](std::size_t k) { return fit.predict(at[k], factor); });
 }
 
 // The coefficients as numpy.polyfit returns them, the highest power first.
@@ -122,7 +123,9 @@ For an interval of a given confidence, factor is that quantile of Student's dist
   const auto search = [&type](const char* name, curve_search call, const char* doc) {
     type.def(
         name,
-        [call](const polynomial_fit& fit, double a, double b) { return search_curve(call, coefficients_of(fit), a, b); },
+        [call](const polynomial_fit& fit, double a, double b) {
+          return search_curve(call, coefficients_of(fit), a, b);
+        },
         py::arg("a") = -infinity, py::arg("b") = infinity, doc);
   };
   search("zeros", tessarn::zeros, "The zeros of p in [a, b]; see tessarn.zeros.");
@@ -198,7 +201,8 @@ given.)");
       .field("rounds", &robust_fit::rounds, "The number of reweightings that were done.")
       .with_status(&robust_fit::state);
   r.type().def(
-      "__call__", [](const robust_fit& f, const array_like& x, const py::object& out) { return evaluate(f.fit, x, out); },
+      "__call__",
+      [](const robust_fit& f, const array_like& x, const py::object& out) { return evaluate(f.fit, x, out); },
       py::arg("x"), py::arg("out") = py::none(), "The value of the fit, as of a PolynomialFit.");
   r.finish();
 }

@@ -30,7 +30,8 @@ The residual of a point is its distance from the plane, positive on the side int
 
 void add_flat(py::module_& m) {
   add_reference_plane(m);
-  record<flatness_result> r(m, "Flatness", "The minimum zone of points, its middle plane, and the least-squares plane.");
+  record<flatness_result> r(m, "Flatness",
+                            "The minimum zone of points, its middle plane, and the least-squares plane.");
   r.field("status", &flatness_result::state, "Whether the result holds, and if not, why.")
       .field("zone", &flatness_result::zone,
              "The flatness of ISO 1101: the smallest distance of two parallel planes that hold all points.")

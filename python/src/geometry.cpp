@@ -17,7 +17,8 @@ void add_line3d(py::class_<line3d>& type) {
       .def_readwrite("start", &line3d::start, "First end point.")
       .def_readwrite("end", &line3d::end, "Second end point.")
       .def(
-          "cut", [](const line3d& l, const plane& pl, vector3d& x) { return l.cut(pl, x); }, py::arg("pl"), py::arg("x"),
+          "cut", [](const line3d& l, const plane& pl, vector3d& x) { return l.cut(pl, x); }, py::arg("pl"),
+          py::arg("x"),
           "Writes the point where the segment crosses the plane into x; False, leaving x, when it does not.")
       .def(
           "cut_off", [](line3d& l, const plane& pl) { return l.cut_off(pl); }, py::arg("pl"),

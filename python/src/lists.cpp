@@ -38,7 +38,8 @@ void add_as_container(py::class_<vectormat>& type) {
           },
           py::arg("dtype") = py::none(), "A copy of the points, shape (n, 2).")
       .def(
-          "append", [](vectormat& l, const array_like& points) {
+          "append",
+          [](vectormat& l, const array_like& points) {
             const std::vector<::vector> given = to_vectors(points, "points");
             l.append(given.data(), given.size());
           },
@@ -102,8 +103,8 @@ Examples
            "Removes marked points, and with limit != 0 those whose y differs from the mean around them by more than "
            "sqrt(limit).")
       .def(
-          "findline",
-          [](vectormat& l, const ::vector& dir) { return std::unique_ptr<vectormat>(l.findline(dir)); }, py::arg("dir"),
+          "findline", [](vectormat& l, const ::vector& dir) { return std::unique_ptr<vectormat>(l.findline(dir)); },
+          py::arg("dir"),
           "Extracts the chain of points that follows a direction into a new list, and removes them from this one; None "
           "for fewer than two points.");
   add_as_container(type);

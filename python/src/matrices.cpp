@@ -77,7 +77,8 @@ void add_algebra(py::class_<real_matrix>& type) {
           "transpose", [](const real_matrix& m, real_matrix& dst) { m.transpose(dst); }, py::arg("dst"),
           "Makes dst the transpose. ``a.transpose(a)`` gives zeros.")
       .def(
-          "normalize", [](const real_matrix& m) { return m.normalize(); }, "A copy of this column divided by its length.")
+          "normalize", [](const real_matrix& m) { return m.normalize(); },
+          "A copy of this column divided by its length.")
       .def(
           "isDiagonal", [](const real_matrix& m) { return m.isDiagonal(); },
           "Whether every entry off the main diagonal is 0 or NaN.")

@@ -114,8 +114,7 @@ void add_fits_and_searches(py::class_<binom>& type) {
   add("find_high_hpoint_arc", &binom::find_high_hpoint_arc,
       "The extreme point of the largest curvature, -1.0 when the scan finds none.");
   type.def(
-          "scalar",
-          [](const binom& p, const binom& q, double a, double b, double h) { return p.scalar(q, a, b, h); },
+          "scalar", [](const binom& p, const binom& q, double a, double b, double h) { return p.scalar(q, a, b, h); },
           py::arg("q"), py::arg("a"), py::arg("b"), py::arg("h"), py::call_guard<py::gil_scoped_release>(),
           "The mean of p(x) / q(x) over x = a, a + h, ... up to b.")
       .def(

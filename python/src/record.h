@@ -47,7 +47,8 @@ inline std::string short_text(const py::object& value) {
   if (py::isinstance<py::array>(value)) {
     const auto a = py::reinterpret_borrow<py::array>(value);
     if (a.size() > 16) return "array of shape " + shape_of(a);
-    return py::str(py::module_::import("numpy").attr("array2string")(a, py::arg("separator") = ", ")).cast<std::string>();
+    return py::str(py::module_::import("numpy").attr("array2string")(a, py::arg("separator") = ", "))
+        .cast<std::string>();
   }
   if (py::isinstance<tessarn::status>(value)) return value.attr("name").cast<std::string>();
   return py::repr(value).cast<std::string>();
@@ -74,7 +75,9 @@ class record {
       constexpr py::ssize_t n = std::is_same_v<F, ::vector> ? 2 : 3;
       attribute(
           name,
-          [place](const py::object& self) { return read_only(&(self.cast<R&>().*place).x, {n}, {sizeof(double)}, self); },
+          [place](const py::object& self) {
+            return read_only(&(self.cast<R&>().*place).x, {n}, {sizeof(double)}, self);
+          },
           [place](R& r, const py::handle& value) {
             const array a(py::reinterpret_borrow<py::object>(value));
             std::copy_n(as_real(a.data()), n, &(r.*place).x);
@@ -128,7 +131,8 @@ class record {
       }
       return d;
     };
-    class_.def("as_dict", as_dict, "All fields by their names. Fields that are results themselves become dictionaries.");
+    class_.def("as_dict", as_dict,
+               "All fields by their names. Fields that are results themselves become dictionaries.");
     class_.def("__repr__", [fields, name](const py::object& self) {
       std::string text = name + ":";
       std::size_t widest = 0;

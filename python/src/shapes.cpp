@@ -24,7 +24,8 @@ void add_common(record<Fit>& r) {
       .field("peak_to_valley", &Fit::peak_to_valley, "The largest distance less the smallest.")
       .field("reciprocal_condition", &Fit::reciprocal_condition, "Small where the points hardly determine the shape.")
       .field("points_used", &Fit::points_used, "The number of points with a weight above 0.")
-      .field("points_left_out", &Fit::points_left_out, "The number of points that are not finite or have a weight of 0.")
+      .field("points_left_out", &Fit::points_left_out,
+             "The number of points that are not finite or have a weight of 0.")
       .field("unknowns", &Fit::unknowns, "The number of parameters that were fitted.")
       .field("steps", &Fit::steps, "Of the search that led to the result.")
       .with_status(&Fit::state);

@@ -120,7 +120,8 @@ determinant_value determinant(const array_like& a) {
 }
 
 void add_solutions(py::module_& m) {
-  record<linear_solution> real(m, "LinearSolution", R"(The solution of a linear system, with a proved bound of its error.
+  record<linear_solution> real(m, "LinearSolution",
+                               R"(The solution of a linear system, with a proved bound of its error.
 
 ``np.asarray`` gives `x`, and raises ValueError where there is none.)");
   real.field("status", &linear_solution::state, "Whether the result holds, and if not, why.")
@@ -130,7 +131,8 @@ void add_solutions(py::module_& m) {
       .field("reciprocal_condition", &linear_solution::reciprocal_condition,
              "An estimate: near 1 well conditioned, near 1e-16 hardly determined.")
       .field("rank", &linear_solution::rank, "The number of independent columns, as far as doubled precision tells.")
-      .field("residual", &linear_solution::residual, "The length of b - a x; of least_squares() alone, as the following.")
+      .field("residual", &linear_solution::residual,
+             "The length of b - a x; of least_squares() alone, as the following.")
       .field("residual_deviation", &linear_solution::residual_deviation,
              "residual / sqrt(rows - columns); infinite for as many columns as rows.")
       .field("standard_errors", &linear_solution::standard_errors, layout::column, "Of the entries of x.")
@@ -200,7 +202,8 @@ void add_solve(py::module_& m) {
   add_solutions(m);
   add_inverses(m);
   add_determinant(m);
-  m.def("solve", solve, py::arg("a"), py::arg("b"), R"(Solve a x = b for a square matrix, with a proved bound of the error.
+  m.def("solve", solve, py::arg("a"), py::arg("b"),
+        R"(Solve a x = b for a square matrix, with a proved bound of the error.
 
 Parameters
 ----------
@@ -251,7 +254,8 @@ Examples
 >>> tessarn.inverse([[0, 2], [1, 0]]).inverse
 array([[0. , 1. ],
        [0.5, 0. ]]))");
-  m.def("determinant", determinant, py::arg("a"), R"(The determinant of a square matrix, with a proved bound of its error.
+  m.def("determinant", determinant, py::arg("a"),
+        R"(The determinant of a square matrix, with a proved bound of its error.
 
 When ``error < abs(value)`` the matrix is proved to be regular.
 

@@ -108,8 +108,10 @@ void add_common(py::class_<S>& type, const char* name) {
       .def(
           "solve", [](const S& m, Column& b) { m.solve(b); }, py::arg("b"), py::call_guard<py::gil_scoped_release>(),
           "Replaces the column b by the solution x of m x = b. A singular matrix leaves b as it is.")
-      .def("orthogonalize", &S::orthogonalize, "See sqmat::orthogonalize of the library.")
-      .def("optimize", &S::optimize, "See sqmat::optimize of the library.")
+      .def("orthogonalize", &S::orthogonalize,
+           "Makes the columns orthogonal to each other in place (Gram-Schmidt), left to right; the first keeps its "
+           "values.")
+      .def("optimize", &S::optimize, "Forward elimination in place, without pivoting.")
       .def("__str__", [](const S& m) { return printed(m); })
       .def("__repr__", [name](const S& m) { return call_text(name, to_array(m)); })
       .def("__copy__", [](const S& m) { return m; })
@@ -152,8 +154,8 @@ void add_motions(py::class_<real_square>& type) {
             return m.calc_match(p.a, p.b);
           },
           py::arg("a"), py::arg("b"),
-          "Makes this matrix the rotation that carries the points b onto a, shape (n, 3), as it is stored: the classic "
-          "orientation. tessarn.align gives the motion from a to b, and what it is worth.")
+          "Makes this the 4 x 4 matrix of a match of points, shape (n, 3): its rotation carries the centred b onto the "
+          "centred a, deliberately. False when they determine none. tessarn.align gives the motion from a to b.")
       .def(
           "calc_transform",
           [](real_square& m, const array_like& a, const array_like& b) {
@@ -161,11 +163,11 @@ void add_motions(py::class_<real_square>& type) {
             py::gil_scoped_release unlocked;
             m.calc_transform(p.a, p.b);
           },
-          py::arg("a"), py::arg("b"), "See sqmat::calc_transform of the library.")
+          py::arg("a"), py::arg("b"),
+          "Makes this the 4 x 4 matrix of the affine map from the points a to b, shape (n, 3), by least squares.")
       .def(
-          "transform",
-          [](const real_square& m, const vector3d& in, vector3d& out) { m.transform(in, out); }, py::arg("in_"),
-          py::arg("out"), "Writes the image of a point into out.")
+          "transform", [](const real_square& m, const vector3d& in, vector3d& out) { m.transform(in, out); },
+          py::arg("in_"), py::arg("out"), "Writes the image of a point into out.")
       .def(
           "transform",
           [](const real_square& m, const array_like& points) {

@@ -30,8 +30,8 @@ surface_arguments to_arguments(const array_like& x, const array_like& y, const a
 
 // Two arguments as dense arrays of one shape, by NumPy's rules of broadcasting.
 std::pair<array, array> broadcast(const array_like& x, const array_like& y) {
-  const py::tuple both = py::module_::import("numpy").attr("broadcast_arrays")(real_array(x, "x", -1),
-                                                                               real_array(y, "y", -1));
+  const py::tuple both =
+      py::module_::import("numpy").attr("broadcast_arrays")(real_array(x, "x", -1), real_array(y, "y", -1));
   return {dense_array({both[0]}, "x", -1), dense_array({both[1]}, "y", -1)};
 }
 
@@ -67,7 +67,8 @@ and errors are formed as of a PolynomialFit.)");
       .field("grade", &surface_fit::grade, "The number of powers of each variable.")
       .field("coef", &surface_fit::of_powers, layout::table, "The coefficients of x^i y^j at [i, j].")
       .field("coef_errors", &surface_fit::of_powers_errors, layout::table, "Their standard errors.")
-      .field("powers_status", &surface_fit::powers_state, "`out_of_range` when a coefficient of the powers is too large.")
+      .field("powers_status", &surface_fit::powers_state,
+             "`out_of_range` when a coefficient of the powers is too large.")
       .field("residual_deviation", &surface_fit::residual_deviation, "The residual standard deviation.")
       .field("r_squared", &surface_fit::r_squared, "1 - sum (w r)^2 / sum (w (z - mean))^2.")
       .field("largest_residual", &surface_fit::largest_residual, "z - p(x, y) where it is largest in magnitude.")
@@ -167,8 +168,9 @@ array([[1., 3.],
 321.0)");
   m.def(
       "fit_robust_surface",
-      [](const array_like& x, const array_like& y, const array_like& z, tessarn::ulong grade, const std::string& weigh_by,
-         bool total_degree, const optional_array& w, bool leave_out_not_finite, tessarn::ulong most_rounds) {
+      [](const array_like& x, const array_like& y, const array_like& z, tessarn::ulong grade,
+         const std::string& weigh_by, bool total_degree, const optional_array& w, bool leave_out_not_finite,
+         tessarn::ulong most_rounds) {
         const surface_arguments a = to_arguments(x, y, z, w, total_degree, leave_out_not_finite);
         const tessarn::robust_surface_options options{to_robust_weights(weigh_by), a.options, most_rounds};
         py::gil_scoped_release unlocked;
@@ -176,8 +178,7 @@ array([[1., 3.],
       },
       py::arg("x"), py::arg("y"), py::arg("z"), py::arg("grade"), py::kw_only(), py::arg("weigh_by") = "tukey",
       py::arg("total_degree") = false, py::arg("w") = py::none(), py::arg("leave_out_not_finite") = false,
-      py::arg("most_rounds") = 200,
-      "Fit a surface as `fit_robust` fits a polynomial. Returns a RobustSurfaceFit.");
+      py::arg("most_rounds") = 200, "Fit a surface as `fit_robust` fits a polynomial. Returns a RobustSurfaceFit.");
 }
 
 }  // namespace binding

@@ -27,8 +27,8 @@ hyperbinom from_array(const array_like& coefficients) {
 }
 
 numbers evaluate(const hyperbinom& p, const array_like& x, const array_like& y) {
-  const py::tuple both = py::module_::import("numpy").attr("broadcast_arrays")(real_array(x, "x", -1),
-                                                                               real_array(y, "y", -1));
+  const py::tuple both =
+      py::module_::import("numpy").attr("broadcast_arrays")(real_array(x, "x", -1), real_array(y, "y", -1));
   const array first = dense_array({both[0]}, "x", -1), second = dense_array({both[1]}, "y", -1);
   array z(std::vector<py::ssize_t>(first.shape(), first.shape() + first.ndim()));
   {
@@ -137,8 +137,7 @@ Examples
             return dtype.is_none() ? py::object(to_array(p)) : to_array(p).attr("astype")(dtype);
           },
           py::arg("dtype") = py::none(), "A copy of the table, [i, j] the coefficient of x^i y^j.")
-      .def(py::pickle([](const hyperbinom& p) { return to_array(p); },
-                      [](const array& c) { return from_array({c}); }));
+      .def(py::pickle([](const hyperbinom& p) { return to_array(p); }, [](const array& c) { return from_array({c}); }));
   add_fits(type);
   add_arithmetic(type);
 }

@@ -24,9 +24,10 @@ inline std::string call_text(const char* name, std::initializer_list<tessarn::re
   return text + ")";
 }
 
-// "name([[1.0, 2.0], [3.0, 4.0]])", by the lists that an array gives.
+// "name([[1.0, 2.0], [3.0, 4.0]])", by the lists that an array gives; "name()" without entries.
 inline std::string call_text(const char* name, const py::array& entries) {
   std::string text = name;
+  if (entries.size() == 0) return text + "()";
   text.append("(").append(py::repr(entries.attr("tolist")()).cast<std::string>()).append(")");
   return text;
 }

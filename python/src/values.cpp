@@ -26,8 +26,8 @@ py::object as_array(std::initializer_list<tessarn::real> fields, const py::objec
   return dtype.is_none() ? py::object(a) : a.attr("astype")(dtype);
 }
 
-// The sums, products and comparisons that several classes have. The number stands before the object among the overloads, so
-// that a number is never taken for an angle.
+// The sums, products and comparisons that several classes have. The number stands before the object among the
+// overloads, so that a number is never taken for an angle.
 template <class T>
 void add_arithmetic(py::class_<T>& type) {
   type.def(
@@ -109,11 +109,12 @@ cplx(-4.0, 3.0)
           "sqrt", [](const cplx& z) { return z.sqrt(); }, "The square root with half of the argument phi().")
       .def("__complex__",
            [](const cplx& z) { return std::complex<double>(static_cast<double>(z.re), static_cast<double>(z.im)); })
-      .def("__repr__", [](const cplx& z) { return call_text("cplx", {z.re, z.im}); })
+      .def("__repr__",
+           [](const cplx& z) {
+             return call_text("cplx", {z.re, z.im});
+           })
       .def(py::pickle([](const cplx& z) { return py::make_tuple(z.re, z.im); },
-                      [](const py::tuple& t) {
-                        return cplx(t[0].cast<tessarn::real>(), t[1].cast<tessarn::real>());
-                      }));
+                      [](const py::tuple& t) { return cplx(t[0].cast<tessarn::real>(), t[1].cast<tessarn::real>()); }));
   py::implicitly_convertible<double, cplx>();
   py::implicitly_convertible<std::complex<double>, cplx>();
 }
@@ -165,13 +166,18 @@ Examples
           "The signed angle from this direction to that of b.")
       .def("flip", &::vector::flip, "Exchanges x and y.")
       .def(
-          "__array__", [](const ::vector& v, const py::object& dtype) { return as_array({v.x, v.y}, dtype); },
+          "__array__",
+          [](const ::vector& v, const py::object& dtype) {
+            return as_array({v.x, v.y}, dtype);
+          },
           py::arg("dtype") = py::none())
-      .def("__repr__", [](const ::vector& v) { return call_text("vector", {v.x, v.y}); })
-      .def(py::pickle([](const ::vector& v) { return py::make_tuple(v.x, v.y); },
-                      [](const py::tuple& t) {
-                        return ::vector(t[0].cast<tessarn::real>(), t[1].cast<tessarn::real>());
-                      }));
+      .def("__repr__",
+           [](const ::vector& v) {
+             return call_text("vector", {v.x, v.y});
+           })
+      .def(py::pickle(
+          [](const ::vector& v) { return py::make_tuple(v.x, v.y); },
+          [](const py::tuple& t) { return ::vector(t[0].cast<tessarn::real>(), t[1].cast<tessarn::real>()); }));
 }
 
 void add_vector3d_members(py::class_<vector3d>& type) {
@@ -226,9 +232,15 @@ void add_vector3d(py::class_<vector3d>& type) {
   add_arithmetic(type);
   add_vector3d_members(type);
   type.def(
-          "__array__", [](const vector3d& v, const py::object& dtype) { return as_array({v.x, v.y, v.z}, dtype); },
+          "__array__",
+          [](const vector3d& v, const py::object& dtype) {
+            return as_array({v.x, v.y, v.z}, dtype);
+          },
           py::arg("dtype") = py::none())
-      .def("__repr__", [](const vector3d& v) { return call_text("vector3d", {v.x, v.y, v.z}); })
+      .def("__repr__",
+           [](const vector3d& v) {
+             return call_text("vector3d", {v.x, v.y, v.z});
+           })
       .def(py::pickle([](const vector3d& v) { return py::make_tuple(v.x, v.y, v.z); },
                       [](const py::tuple& t) {
                         return vector3d(t[0].cast<tessarn::real>(), t[1].cast<tessarn::real>(),
@@ -265,14 +277,14 @@ void add_polarvector3d(py::class_<polarvector3d>& type) {
       .def(
           "__itruediv__", [](polarvector3d& a, double k) -> polarvector3d& { return a /= k, a; }, py::arg("k"))
       .def(
-          "__iadd__", [](polarvector3d& a, const polarvector3d& b) -> polarvector3d& { return a += b, a; }, py::arg("b"),
-          "Does nothing, deliberately: write a = a + b.")
+          "__iadd__", [](polarvector3d& a, const polarvector3d& b) -> polarvector3d& { return a += b, a; },
+          py::arg("b"), "Does nothing, deliberately: write a = a + b.")
       .def(
-          "__isub__", [](polarvector3d& a, const polarvector3d& b) -> polarvector3d& { return a -= b, a; }, py::arg("b"),
-          "Does nothing, deliberately: write a = a - b.")
+          "__isub__", [](polarvector3d& a, const polarvector3d& b) -> polarvector3d& { return a -= b, a; },
+          py::arg("b"), "Does nothing, deliberately: write a = a - b.")
       .def(
-          "__imul__", [](polarvector3d& a, const polarvector3d& b) -> polarvector3d& { return a *= b, a; }, py::arg("b"),
-          "Does nothing, deliberately.")
+          "__imul__", [](polarvector3d& a, const polarvector3d& b) -> polarvector3d& { return a *= b, a; },
+          py::arg("b"), "Does nothing, deliberately.")
       .def(
           "__eq__", [](const polarvector3d& a, const polarvector3d& b) { return a == b; }, py::arg("b"))
       .def(
@@ -298,7 +310,10 @@ void add_polarvector3d(py::class_<polarvector3d>& type) {
       .def(
           "arc", [](const polarvector3d& a, const polarvector3d& b) { return a.arc(b); }, py::arg("o"),
           "The unsigned angle between the two.")
-      .def("__repr__", [](const polarvector3d& v) { return call_text("polarvector3d", {v.alpha, v.beta, v.len}); })
+      .def("__repr__",
+           [](const polarvector3d& v) {
+             return call_text("polarvector3d", {v.alpha, v.beta, v.len});
+           })
       .def(py::pickle([](const polarvector3d& v) { return py::make_tuple(v.alpha, v.beta, v.len); },
                       [](const py::tuple& t) {
                         return polarvector3d(t[0].cast<tessarn::real>(), t[1].cast<tessarn::real>(),

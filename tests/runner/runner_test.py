@@ -79,6 +79,25 @@ class Counting(unittest.TestCase):
         counts = self.comes_to(1, 1, 1)
         self.assertEqual(dict(counts.reasons), {"this processor has no avx512": 1})
 
+    def pytest(self, name, cases, end="exit 0"):
+        """A run of pytest: writes a report of the cases and ends. Without cases: no report."""
+        text = "cat >%s.xml <<'end'\n%s\nend\n" % (name, REPORT % cases) if cases is not None else ""
+        self.folder.test(name, text + end, "--junitxml=%s.xml" % name)
+
+    def test_runs_of_pytest_are_counted_case_by_case(self):
+        case = '<testcase classname="test_a" name="%s">%s</testcase>'
+        self.pytest("cases", case % ("good", "") * 2 + case % ("bad", '<failure message="here"/>') +
+                    case % ("broken", '<error message="there"/>') + case % ("left", '<skipped message="no such module"/>'),
+                    "exit 1")
+        counts = self.comes_to(2, 2, 1)
+        self.assertEqual(dict(counts.reasons), {"no such module": 1})
+
+    def test_a_run_of_pytest_without_a_report_is_a_failure(self):
+        self.pytest("crash", None, "kill -SEGV $$")
+        self.pytest("empty", "", "exit 5")
+        self.pytest("late", '<testcase classname="test_a" name="good"/>', "exit 1")
+        self.comes_to(1, 3, 0)
+
     def test_a_crash_is_a_failure(self):
         self.folder.test("good", "exit 0")
         self.folder.test("crash", "kill -SEGV $$")
