@@ -1,0 +1,2 @@
+def can_run(recipe):
+    return True
