@@ -11,7 +11,7 @@ tools/check_arrows.py
 git ls-files '*.h' '*.cpp' '*.inl' | grep -vE '^core/angles/tables.inl|^selfcheck/stored.h|^windows/toolchain/' |
   xargs clang-format-14 --dry-run -Werror
 cmake --preset release >/dev/null
-mapfile -t changed < <(git diff --name-only --diff-filter=d "$base" -- '*.cpp' | grep -vE '/kernels/|^tests/consumers|^windows/' || true)
+mapfile -t changed < <(git diff --name-only --diff-filter=d "$base" -- '*.cpp' | grep -vE '/kernels/|^tests/consumers|^windows/|^python/|^packaging/' || true)
 if [ ${#changed[@]} -gt 0 ]; then
   clang-tidy-14 -p build/release --quiet "${changed[@]}" 2>/dev/null
 fi
