@@ -19,5 +19,5 @@ int main() {
   const cplx turn(tessarn::half_pi);  // one real is an angle: the unit number at a right angle
   std::cout << turn * cplx(3.0, 0.0) << '\n';
 
-  std::cout << tessarn::selfcheck().line << '\n';
+  std::cout << (tessarn::selfcheck().passed() ? "this library gives the right bits" : "it does not") << '\n';
 }

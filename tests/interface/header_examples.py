@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Compiles and runs the example of every class comment, and those of the page that compares calls.
+"""Compiles and runs the example of every class comment, and those of the pages for users.
 
 usage: header_examples.py SOURCE_ROOT STATIC_LIBRARY
-Each text between \\code and \\endcode in a public header, and each block of C++ in docs/calls.md, becomes a function of one
-program; its assertions must hold.
+Each text between \\code and \\endcode in a public header, and each block of C++ in the pages named below, becomes a function of
+one program; its assertions must hold. In docs/moving.md the block declares objects, and every last cell of a table is a
+statement with them.
 Every class and class template of the public headers must have an example in the comment in front of it.
 """
 import pathlib
@@ -15,7 +16,7 @@ import tempfile
 root, library = pathlib.Path(sys.argv[1]), sys.argv[2]
 headers = [h for h in sorted((root / "include/tessarn").glob("*.h")) if h.name != "io.h"]  # io.h declares functions
 
-program = ["#undef NDEBUG", "#include <cassert>", "#include <string>", "#include <tessarn/tessarn.h>"]
+program = ["#undef NDEBUG", "#include <cassert>", "#include <cmath>", "#include <string>", "#include <vector>", "#include <tessarn/tessarn.h>"]
 calls, without = [], []
 for header in headers:
     comment = []
@@ -42,18 +43,35 @@ for header in headers:
                 program.append(text)
         comment = []
 
-inside = False
-for number, line in enumerate((root / "docs/calls.md").read_text().splitlines(), 1):
-    if line == "```cpp":
-        name = f"example_{len(calls)}"
-        calls.append(name)
-        program += [f"static void {name}() {{", f'#line {number + 1} "calls.md"']
-        inside = True
-    elif line == "```" and inside:
-        program.append("}")
-        inside = False
-    elif inside:
-        program.append(line)
+for page in ("calls", "fitting", "matching", "flatness", "threads"):
+    inside, found = False, len(calls)
+    for number, line in enumerate((root / f"docs/{page}.md").read_text().splitlines(), 1):
+        if line == "```cpp":
+            name = f"example_{len(calls)}"
+            calls.append(name)
+            program += [f"static void {name}() {{", f'#line {number + 1} "{page}.md"']
+            inside = True
+        elif line == "```" and inside:
+            program.append("}")
+            inside = False
+        elif inside:
+            program.append(line)
+    if len(calls) == found:
+        sys.exit(f"no example in docs/{page}.md")
+
+moving = (root / "docs/moving.md").read_text()
+objects = re.search(r"```cpp\n(.*?)```", moving, re.S).group(1)
+cells = re.findall(r"^\| .* \| `([^`]*)` \|$", moving, re.M)
+rows = len(re.findall(r"^\| `", moving, re.M))
+if len(cells) != rows or rows < 40:
+    sys.exit(f"docs/moving.md: {rows} calls of others, but {len(cells)} of ours")
+program.append('#pragma GCC diagnostic ignored "-Wunused-variable"')
+for cell in cells:
+    name = f"example_{len(calls)}"
+    calls.append(name)
+    declares = re.match(r"(mat|sqmat)<", cell)
+    program += [f"static void {name}() {{", objects, "{", f"#line {moving[:moving.index(cell)].count(chr(10)) + 1} \"moving.md\"",
+                cell + ";" if declares or cell.endswith(";") else f"static_cast<void>({cell});", "}", "}"]
 
 if without:
     sys.exit("no example in front of\n" + "\n".join(without))
@@ -69,4 +87,4 @@ with tempfile.TemporaryDirectory() as work:
         subprocess.run([compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", f"-I{root}/include", str(source), library,
                         "-o", binary], check=True)
         subprocess.run([binary], check=True)
-        print(f"{compiler}: {len(calls)} examples of the headers and of docs/calls.md hold")
+        print(f"{compiler}: {len(calls)} examples of the headers and pages hold")
