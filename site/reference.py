@@ -8,6 +8,8 @@ import re
 import sys
 import xml.etree.ElementTree as ElementTree
 
+import drawings
+
 # Page: its heading, and the headers whose classes and functions it shows.
 CLASSIC = {
     "cplx": ("cplx: a complex number", ["cplx"]),
@@ -114,6 +116,12 @@ def render_block(block):
                 for item in block.iter("parameteritem")]
     kind = {"return": "Result", "see": "See", "note": "Note"}.get(block.get("kind"), block.get("kind"))
     return [f":{kind}: " + " ".join(description(block))]
+
+
+def introduction(text):
+    """Its lines `.. drawing:: NAME CAPTION` become drawings."""
+    return re.sub(r"^\.\. drawing:: (\w+) (.*)$", lambda m: ".. raw:: html\n\n   " + drawings.html(m.group(1), m.group(2)), text,
+                  flags=re.M)
 
 
 def comment(member):
@@ -265,7 +273,7 @@ class Reference:
         self.seen = set()
         out = [f"{title}\n{'=' * len(title)}", f"``#include <tessarn/{headers[0]}.h>``"]
         top = ElementTree.parse(self.xml / f"{headers[0].replace('_', '__')}_8h.xml").getroot().find("compounddef")
-        intro = {p.stem: p.read_text().strip() for p in introductions.glob("*.rst")}
+        intro = {p.stem: introduction(p.read_text().strip()) for p in introductions.glob("*.rst")}
         functions, classes = [], []
         inner = [c.text for h in headers for c in
                  ElementTree.parse(self.xml / f"{h.replace('_', '__')}_8h.xml").getroot().iter("innerclass")]

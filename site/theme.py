@@ -1,7 +1,7 @@
 """Repairs of the theme as Debian packs it, done on the finished pages.
 
 Debian's package leaves the theme's program in two modules, which the pages load as one plain script, and takes one style sheet
-from the address of a Debian web server. Captions of the navigation are headings without a level.
+from the address of a Debian web server. Its style sheet has lost the rule for readers whose system is set to dark. Captions of the navigation are headings without a level.
 """
 import pathlib
 import re
@@ -23,6 +23,17 @@ def _finish(app, exception):
     if "/javascript/normalize.css/normalize.css" in text:
         (static / "styles/normalize.css").write_text(NORMALIZE.read_text())
         sheet.write_text(text.replace("/javascript/normalize.css/normalize.css", "normalize.css"))
+    dark = re.search(r'body\[data-theme="dark"\] \{([^}]*)\}', text).group(1)
+    if "prefers-color-scheme" not in text:
+        chosen = 'body:not([data-theme="light"])'
+        with sheet.open("a") as out:
+            out.write(f"""
+@media screen and (prefers-color-scheme: dark) {{
+  {chosen} {{{dark}}}
+  html {chosen} .only-light {{ display: none !important; }}
+  html {chosen} .only-dark {{ display: block !important; }}
+}}
+""")
     for page in pathlib.Path(app.outdir).rglob("*.html"):
         text = page.read_text()
         page.write_text(text.replace('class="caption" role="heading"', 'class="caption" role="heading" aria-level="2"'))

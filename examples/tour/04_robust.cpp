@@ -12,11 +12,14 @@ int main(int argc, char** argv) {
 
   const auto plain = tessarn::fit_polynomial(points, 2);
   const auto robust = tessarn::fit_robust(points, 2);
-  std::printf("least squares  %.4f + %.4f x\n", plain.of_powers.get(0, 0), plain.of_powers.get(0, 1));
-  std::printf("robust         %.4f + %.4f x, deviation %.4f\n", robust.fit.of_powers.get(0, 0),
-              robust.fit.of_powers.get(0, 1), robust.scale);
+  std::printf("least squares  %.4f + %.4f x\n", plain.of_powers.get(0, 0),
+              plain.of_powers.get(0, 1));
+  std::printf("robust         %.4f + %.4f x, deviation %.4f\n",
+              robust.fit.of_powers.get(0, 0), robust.fit.of_powers.get(0, 1),
+              robust.scale);
   for (tessarn::ulong i = 0; i < 10; ++i)
-    if (robust.weights.get(0, i) == 0) std::printf("left out: x = %g, y = %g\n", x[i], y[i]);
+    if (robust.weights.get(0, i) == 0)
+      std::printf("left out: x = %g, y = %g\n", x[i], y[i]);
 
   picture drawing(argc, argv);
   drawing.points("readings", points);
