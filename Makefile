@@ -11,8 +11,8 @@ bench: ## time the library beside its peers
 	@tools/install.sh build bench && cmake --preset bench && cmake --build --preset bench --target bench
 windows: ## the Windows modules for callers of Microsoft's C++ ABI and for MinGW-w64
 	@tools/install.sh build windows && windows/build.sh
-docs: ## the reference manual, into build/docs/
-	@tools/install.sh build docs && tools/docs.sh
+docs: ## the site with tour, reference and playground, into build/docs/html/; npm packages come from the registry
+	@tools/install.sh build demo docs && tools/docs.sh
 fuzz: ## the fuzz targets, 60 seconds in all (FUZZ_SECONDS=600 for more)
 	@tools/install.sh build fuzz && tools/fuzz.sh
 portable: ## the library and its tests on seven other processors, emulated

@@ -131,6 +131,7 @@ def main():
         text = re.sub(r"<!-- part (\S+) (.*?) -->",
                       lambda m: with_links(part(m.group(2), m.group(1)), m.group(1), pages, header_pages), text)
         text = re.sub(r'<!-- tour (\w+)(?: "([^"]*)")? -->', lambda m: tour_section(m.group(1), m.group(2), tour), text)
+        text = re.sub(r"<!-- file (\S+) -->", lambda m: f"```{{raw}} html\n{(ROOT / m.group(1)).read_text()}```", text)
         if "<!-- gallery -->" in text:
             text = text.replace("<!-- gallery -->", gallery(demo, captions, output))
         to = output / name

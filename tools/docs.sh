@@ -9,13 +9,14 @@ mkdir -p $out/tour
 
 echo "programs"
 cmake --preset demo >/dev/null
-cmake --build --preset demo --target tour demo >$out/programs.log || { cat $out/programs.log; exit 1; }
+cmake --build --preset demo --target tour demo tessarn-selfcheck >$out/programs.log || { cat $out/programs.log; exit 1; }
 for source in examples/tour/*.cpp; do
   name=$(basename "$source" .cpp)
   build/demo-programs/examples/tour_"$name" $out/tour/"$name".json >$out/tour/"$name".txt
 done
 
 echo "formulas and charts, from the npm registry"
+command -v npm >/dev/null || tools/install.sh npm  # some packages of node bring it
 [ site/node_modules/.package-lock.json -nt site/package-lock.json ] || (cd site && npm ci --no-audit --no-fund --silent)
 
 echo "pages"
@@ -23,9 +24,12 @@ echo "pages"
 /usr/bin/python3 site/pages.py $out/xml $out/tour build/demo $out/source
 mkdir -p $out/source/_extra/_static/katex
 cp -r site/node_modules/katex/dist/katex.min.css site/node_modules/katex/dist/fonts $out/source/_extra/_static/katex/
+playground/build.sh $out/source/_extra/_static/playground
 /usr/bin/python3 -m sphinx -q -W --keep-going -b html -d $out/doctrees -c site $out/source $out/html
 
 echo "checks"
 /usr/bin/python3 site/tests/links.py $out/html
-#node site/tests/browser.js $out/html
+node playground/tests/parse_test.js
+node playground/tests/page_test.js $out/html "$(build/demo-programs/tessarn-selfcheck --line)"
+node site/tests/browser.js $out/html
 echo "$out/html/index.html"

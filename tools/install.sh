@@ -13,7 +13,8 @@ declare -A groups=(
   [python]="pybind11-dev python3 python3-dev python3-numpy python3-pytest python3-pip python3-setuptools python3-venv python3-wheel mypy"
   [bench]="libbenchmark-dev libeigen3-dev libopenblas-dev liblapacke-dev libgsl-dev libboost-math-dev libcgal-dev gnuplot-nox python3 python3-numpy python3-scipy"
   [fuzz]="clang-22 libclang-rt-22-dev"
-  [docs]="doxygen graphviz"
+  [docs]="doxygen python3-sphinx furo python3-myst-parser python3-sphinx-copybutton python3-matplotlib chromium nodejs emscripten"
+  [npm]="npm"
 )
 
 missing=()
