@@ -60,7 +60,7 @@ val places(const tessarn::curve_points& found, const tessarn::polynomial_fit& fi
   return result;
 }
 
-class session {
+class fitter {
  public:
   void set(const val& abscissas, const val& ordinates) {
     x_ = emscripten::convertJSArrayToNumberVector<double>(abscissas);
@@ -136,10 +136,10 @@ std::string selfcheck() { return tessarn::selfcheck().line; }
 }  // namespace
 
 EMSCRIPTEN_BINDINGS(tessarn) {
-  emscripten::class_<session>("Session")
+  emscripten::class_<fitter>("Fitter")
       .constructor()
-      .function("set", &session::set)
-      .function("move", &session::move)
-      .function("analyse", &session::analyse);
+      .function("set", &fitter::set)
+      .function("move", &fitter::move)
+      .function("analyse", &fitter::analyse);
   emscripten::function("selfcheck", &selfcheck);
 }

@@ -85,16 +85,17 @@ export class Charts {
       scales: { x: { time: false, auto: false }, y: { auto: false } },
       axes: [axis(labels[0], { size: 36 }), axis(labels[1], { size: 64, values: (u, ticks) => ticks.map((v) => String(Number(v.toPrecision(7)))) })],
     });
+    const line = (width) => ({ stroke: () => this.colours.fit, width, points: { show: false } });
     const { names } = this.state;
     this.main = new uPlot({
       ...common(this.height(), names),
-      series: [{}, { stroke: () => this.colours.fit, width: 2 }, { stroke: 'transparent' }, { stroke: 'transparent' }],
+      series: [{}, line(2), { ...line(1), stroke: 'transparent' }, { ...line(1), stroke: 'transparent' }],
       bands: [{ series: [2, 3], fill: () => this.colours.band }],
       hooks: { draw: [(u) => this.drawPoints(u, this.drawn, this.state.y), (u) => this.drawMarks(u)] },
     }, data, this.places[0]);
     this.residual = new uPlot({
       ...common(150, [names[0], 'residual']),
-      series: [{}, { stroke: () => this.colours.fit, width: 1 }],
+      series: [{}, line(1)],
       hooks: { draw: [(u) => this.drawPoints(u, this.drawnResiduals, this.state.result.residuals)] },
     }, residualData, this.places[1]);
     for (const canvas of document.querySelectorAll('.pg canvas')) canvas.setAttribute('aria-hidden', 'true');

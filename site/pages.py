@@ -31,6 +31,17 @@ GALLERY = [  # what make demo draws: its caption, and the program that drew it
 ]
 
 
+OPTIONAL = """## Optional parts
+
+Headers that the library itself does not need.
+
+```{{toctree}}
+:maxdepth: 1
+
+{}
+```"""
+
+
 def part(command, name):
     """A piece of a page, between the lines that begin with the given texts."""
     lines = (ROOT / name).read_text().splitlines()
@@ -46,12 +57,15 @@ def part(command, name):
     return "\n".join(lines[start:stop]).strip()
 
 
+def image(source, alternative, kind):
+    return f"```{{image}} {source}\n:alt: {alternative}\n:class: {kind}\n```"
+
+
 def tour_section(name, caption, tour):
     source = (ROOT / f"examples/tour/{name}.cpp").read_text()
     out = f"```cpp\n{source.strip()}\n```\n\nIt prints\n\n```text\n{(tour / f'{name}.txt').read_text().strip()}\n```\n"
     if caption:
-        for theme in ("light", "dark"):
-            out += f"\n```{{image}} tour/{name}-{theme}.svg\n:alt: {caption}\n:class: only-{theme}\n```\n"
+        out += "".join("\n" + image(f"tour/{name}-{theme}.svg", caption, f"only-{theme}") + "\n" for theme in ("light", "dark"))
     return out
 
 
@@ -113,10 +127,10 @@ def main():
     xml, tour, demo, output = (pathlib.Path(a) for a in sys.argv[1:5])
     shutil.rmtree(output, ignore_errors=True)
     output.mkdir(parents=True)
-    reference.write(xml, SITE / "classes", output / "reference")
+    optional = reference.write(xml, SITE / "classes", output / "reference")
     header_pages = {h: page for pages in (reference.CLASSIC, reference.ANALYSIS) for page, (_, hs) in pages.items() for h in hs}
     captions = dict(re.findall(r'<!-- tour (\w+) "([^"]*)" -->', (SITE / "pages/tour.md").read_text()))
-    subprocess.run(["/usr/bin/python3", str(SITE / "pictures.py"), str(tour), str(output / "tour")], check=True)
+    subprocess.run(["/usr/bin/python3", str(SITE / "pictures.py"), str(tour), str(ROOT / "README.md"), str(output / "tour")], check=True)
 
     sources = {str(p.relative_to(SITE / "pages")): p for p in (SITE / "pages").rglob("*.md")}
     documents = {f"docs/{p.name}": p for p in (ROOT / "docs").glob("*.md")}
@@ -128,9 +142,17 @@ def main():
             text = with_links(text, name, pages, header_pages)
         if name == "reference/index.md":
             text = text.replace("<!-- analysis -->", "\n".join(reference.ANALYSIS)).replace("<!-- classic -->", "\n".join(reference.CLASSIC))
+            text = text.replace("<!-- optional -->", OPTIONAL.format("\n".join(optional)) if optional else "")
+        if name == "index.md":
+            unnamed = sorted(d[:-3] for d in documents if d.startswith("docs/") and f"\n{d[:-3]}\n" not in text)
+            text = text.replace("<!-- other pages -->", "\n".join(unnamed))
         text = re.sub(r"<!-- part (\S+) (.*?) -->",
                       lambda m: with_links(part(m.group(2), m.group(1)), m.group(1), pages, header_pages), text)
         text = re.sub(r'<!-- tour (\w+)(?: "([^"]*)")? -->', lambda m: tour_section(m.group(1), m.group(2), tour), text)
+        if "<!-- speed -->" in text:
+            machine = re.search(r"<!-- benchmarks: begin -->\n(.*)", (ROOT / "README.md").read_text()).group(1).replace(" Times in nanoseconds.", "")
+            text = text.replace("<!-- speed -->", "\n\n".join(image(f"tour/speed-{theme}.svg", "Bars of ten operations, with the time of the "
+                                "best peer divided by ours", f"only-{theme}") for theme in ("light", "dark")) + f"\n\n{machine}")
         text = re.sub(r"<!-- file (\S+) -->", lambda m: f"```{{raw}} html\n{(ROOT / m.group(1)).read_text()}```", text)
         if "<!-- gallery -->" in text:
             text = text.replace("<!-- gallery -->", gallery(demo, captions, output))

@@ -1,10 +1,13 @@
 """Repairs of the theme as Debian packs it, done on the finished pages.
 
 Debian's package leaves the theme's program in two modules, which the pages load as one plain script, and takes one style sheet
-from the address of a Debian web server. Its style sheet has lost the rule for readers whose system is set to dark. Captions of the navigation are headings without a level.
+from the address of a Debian web server. Its style sheet has lost the rule for readers whose system is set to dark. Captions of the navigation are headings without a level. The search leaves the arguments of functions
+out, whose names would come before the pages.
 """
 import pathlib
 import re
+
+from sphinx.domains.cpp import CPPDomain
 
 NORMALIZE = pathlib.Path("/usr/share/javascript/normalize.css/normalize.css")
 
@@ -39,6 +42,12 @@ def _finish(app, exception):
         page.write_text(text.replace('class="caption" role="heading"', 'class="caption" role="heading" aria-level="2"'))
 
 
+class _Domain(CPPDomain):
+    def get_objects(self):
+        return (found for found in super().get_objects() if found[2] not in ("functionParam", "templateParam"))
+
+
 def setup(app):
+    app.add_domain(_Domain, override=True)
     app.connect("build-finished", _finish)
     return {"parallel_read_safe": True, "parallel_write_safe": True}

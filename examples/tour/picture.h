@@ -1,4 +1,4 @@
-// What a program of the tour leaves for its picture: series of numbers, as JSON, in the file that the first argument
+// The data of a picture: series of numbers, as JSON, in the file that the first argument
 // names.
 #pragma once
 
@@ -51,7 +51,8 @@ class picture {
 
  private:
   void begin(const char* kind, const std::string& label) {
-    out_ << (first_series_ ? "" : ",") << "\n{\"kind\": \"" << kind << "\", \"label\": \"" << label << "\", \"xy\": [";
+    out_ << (first_series_ ? "" : ",") << "\n{\"kind\": \"" << kind << "\", \"label\": \""
+         << label << "\", \"xy\": [";
     first_series_ = false;
     first_point_ = true;
   }
