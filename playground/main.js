@@ -3,7 +3,7 @@ import norris from '../examples/data/norris.csv';
 import pontius from '../examples/data/pontius.csv';
 import water from '../examples/data/water.csv';
 import { Charts } from './chart.js';
-import { parsePoints } from './parse.js';
+import { parsePoints, TextError } from './parse.js';
 import { svg } from './picture.js';
 import { range } from './thin.js';
 
@@ -97,6 +97,7 @@ function answer({ data }) {
   if (data.result.residuals.length !== state.x.length) return;  // of points that were replaced meanwhile
   fault('');
   state.result = data.result;
+  if (!state.result.half.every(Number.isFinite)) state.result.half.fill(0);  // as many unknowns as points: nothing tells the error
   charts.show(state, dragging);
   report(data);
   get('app').dataset.fitted = data.degree;
@@ -123,9 +124,9 @@ function report({ result, milliseconds }) {
   table.tBodies[0]?.remove();
   const body = table.createTBody();
   if (result.powersOk) {
-    result.coefficients.forEach((c, k) => row(body, [power(k), show(c, 12), `± ${show(result.errors[k], 3)}`]));
+    result.coefficients.forEach((c, k) => row(body, [power(k), show(c, 12), Number.isFinite(result.errors[k]) ? `± ${show(result.errors[k], 3)}` : 'not known']));
   }
-  get('summary').textContent = `${result.points} points, residual deviation ${show(result.deviation, 6)}, R² ${show(result.rSquared, 8)}, `
+  get('summary').textContent = `${result.points} points, residual deviation ${Number.isFinite(result.deviation) ? show(result.deviation, 6) : 'not known'}, R² ${show(result.rSquared, 8)}, `
     + `largest residual ${show(result.largestResidual, 6)} at point ${result.largestAt + 1}, ${milliseconds.toFixed(1)} ms`;
   const places = get('places');
   places.tBodies[0]?.remove();
@@ -159,6 +160,14 @@ function use(points, degree) {
   ask();
 }
 
+// Puts the cursor of the text field to the place of a fault.
+function pointAt({ line, column }) {
+  const field = get('text');
+  const before = field.value.split('\n').slice(0, line - 1).reduce((sum, text) => sum + text.length + 1, 0) + column - 1;
+  field.focus();
+  field.setSelectionRange(before, before + field.value.slice(before).search(/[,;\s]|$/));
+}
+
 function useText(text, degree) {
   try {
     const points = parsePoints(text);
@@ -167,6 +176,7 @@ function useText(text, degree) {
     say(`${points.x.length} points, separated by ${points.separator}${points.decimalComma ? ', with decimal commas' : ''}`);
   } catch (error) {
     fault(`The numbers cannot be read: ${error.message}`);
+    if (error instanceof TextError) pointAt(error);
   }
 }
 
@@ -216,6 +226,10 @@ function setUpDragging() {
     const [left, top] = place(event);
     move(state.selected, charts.main.posToVal(left, 'x'), charts.main.posToVal(top, 'y'));
   });
+  // A finger that starts on a point drags it, and scrolls the page elsewhere.
+  box.addEventListener('touchstart', (event) => {
+    if (event.touches.length === 1 && state.result && charts.nearest(...place(event.touches[0]), 24) !== null) event.preventDefault();
+  }, { passive: false });
   const drop = () => {
     if (!dragging) return;
     dragging = false;

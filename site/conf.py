@@ -26,6 +26,7 @@ html_static_path = ["static"]
 html_css_files = ["katex/katex.min.css", "site.css"]
 html_js_files = ["site.js"]
 html_copy_source = False
+html_use_index = False
 html_show_sourcelink = False
 html_show_sphinx = False
 html_show_copyright = False

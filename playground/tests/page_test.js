@@ -71,6 +71,24 @@ const tests = {
     assert.equal(await tab.$eval('#pg-degree', (e) => e.max), '3');
   },
 
+  async 'as many coefficients as points leave the errors unknown'(tab) {
+    await slide(tab, 3);
+    await fitted(tab, 3);
+    assert.match(await text(tab, 'summary'), /residual deviation not known/);
+    assert.equal((await rows(tab, 'coefficients'))[0][2], 'not known');
+    await slide(tab, 2);
+  },
+
+  async 'one point, and points without order, are taken'(tab) {
+    await enter(tab, '7 5');
+    await fitted(tab, 0);
+    assert.equal((await rows(tab, 'coefficients'))[0][1], '5');
+    await enter(tab, '3 9\n1 1\n2 4\n0 0\n4 16');
+    await slide(tab, 2);
+    await fitted(tab, 2);
+    assert.ok(Math.abs(Number((await rows(tab, 'coefficients'))[2][1]) - 1) < 1e-12);
+  },
+
   async 'the slider changes the fit'(tab) {
     await enter(tab, '0 0\n1 1\n2 8\n3 27\n4 64\n5 125');
     await fitted(tab, 2);
@@ -86,6 +104,7 @@ const tests = {
   async 'bad input is named by line and column'(tab) {
     await enter(tab, '1,2\n3,4\n5,six');
     assert.match(await text(tab, 'error'), /line 3, column 3: 'six' is not a number/);
+    assert.equal(await tab.$eval('#pg-text', (e) => e.value.slice(e.selectionStart, e.selectionEnd)), 'six');
     assert.ok(await tab.$eval('#pg-error', (e) => !e.hidden));
     await enter(tab, '3,1\n3,2\n3,3');
     await fitted(tab, 0);

@@ -40,6 +40,15 @@ async function check(tab, address, page, view) {
   await tab.goto(`${address}/${page}`, { waitUntil: 'load' });
   const wide = await tab.evaluate(() => document.scrollingElement.scrollWidth - document.scrollingElement.clientWidth);
   if (wide > 0) tab.noting.push(`scrolls sideways by ${wide} pixels`);
+  const cut = await tab.evaluate(() => {
+    const scrolls = (e) => e.closest('article') && (/auto|scroll/.test(getComputedStyle(e).overflowX) || scrolls(e.parentElement));
+    const beyond = Array.from(document.querySelectorAll('article *')).filter((e) => {
+      const place = e.getBoundingClientRect();
+      return place.width > 1 && place.right > innerWidth + 1 && !scrolls(e);
+    });
+    return beyond.length ? beyond[0].outerHTML.slice(0, 120) : '';
+  });
+  if (cut) tab.noting.push(`is cut at the right: ${cut}`);
   if (shots) {
     const name = `${page.replace(/\//g, '-').replace('.html', '')}-${view.width}-${view.scheme}.png`;
     await tab.screenshot({ path: path.join(shots, name), fullPage: false });
