@@ -8,5 +8,8 @@ function markScrolling() {
     }
   }
 }
+// Beginnings of the pages that a search finds cannot be read where the site is opened as files.
+if (location.protocol === 'file:' && window.DOCUMENTATION_OPTIONS) DOCUMENTATION_OPTIONS.SHOW_SEARCH_SUMMARY = false;
+
 window.addEventListener('load', markScrolling);
 window.addEventListener('resize', markScrolling);
