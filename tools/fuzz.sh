@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz --target fuzz_targets
-targets=(list search fit solve plane)
+targets=(list search fit solve plane files)
 share=$((${FUZZ_SECONDS:-60} / ${#targets[@]}))
 mkdir -p build/fuzz/findings
 for target in "${targets[@]}"; do

@@ -14,18 +14,23 @@ import sys
 import tempfile
 
 root, library = pathlib.Path(sys.argv[1]), sys.argv[2]
-headers = [h for h in sorted((root / "include/tessarn").glob("*.h")) if h.name != "io.h"]  # io.h declares functions
+headers = [*(root / "include/tessarn").glob("*.h"), *(root / "include/tessarn/files").glob("*.h")]
+headers = [h for h in sorted(headers) if h.name != "io.h"]  # io.h declares functions
 
-program = ["#undef NDEBUG", "#include <cassert>", "#include <cmath>", "#include <string>", "#include <vector>", "#include <tessarn/tessarn.h>"]
+program = ["#undef NDEBUG", "#include <cassert>", "#include <algorithm>", "#include <cmath>", "#include <numeric>",
+           "#include <string>", "#include <vector>", "#include <tessarn/tessarn.h>", "#include <tessarn/eigen.h>",
+           "#include <tessarn/files.h>", "#include <tessarn/std.h>"]
 calls, without = [], []
 for header in headers:
-    comment = []
+    comment, internal = [], False
     for number, line in enumerate(header.read_text().splitlines(), 1):
         if line.startswith("///"):
             comment.append((number, line[4:]))
             continue
+        if re.match(r"(?:namespace|\}  // namespace) .*\bdetail\b", line):
+            internal = line.startswith("namespace")
         shown = re.match(r"(?:template <class T>\s*)?class (?:TESSARN_API )?(\w+(?:<[\w ]+>)?) \{", line)
-        if shown and not any(text.startswith("\\code") for _, text in comment):
+        if shown and not internal and not any(text.startswith("\\code") for _, text in comment):
             without.append(f"{header.name}:{number}: {shown.group(1)}")
         if line.startswith("template <") and comment:
             continue  # the class is on the next line
@@ -84,7 +89,7 @@ with tempfile.TemporaryDirectory() as work:
     source.write_text("\n".join(program) + "\n")
     for compiler in ("g++", "clang++-22"):
         binary = str(pathlib.Path(work, "examples"))
-        subprocess.run([compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", f"-I{root}/include", str(source), library,
-                        "-o", binary], check=True)
+        subprocess.run([compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", f"-I{root}/include", "-isystem",
+                        "/usr/include/eigen3", str(source), library, "-o", binary], check=True)
         subprocess.run([binary], check=True)
         print(f"{compiler}: {len(calls)} examples of the headers and pages hold")

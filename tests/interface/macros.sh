@@ -8,8 +8,8 @@ trap 'rm -rf "$work"' EXIT
 mkdir "$work/macros" "$work/names"
 
 standard_headers=$(printf '#include <%s>\n' algorithm array atomic cmath complex cstddef cstdint cstdio cstdlib cstring \
-  functional initializer_list iosfwd iostream iterator limits memory new numeric ostream sstream stdexcept string tuple \
-  type_traits utility vector)
+  filesystem fstream functional initializer_list iosfwd iostream iterator limits memory new numeric ostream ranges sstream stdexcept \
+  string tuple type_traits utility vector)
 count=0
 for header in "$root"/include/tessarn/*.h; do
   name=$(basename "$header")
@@ -39,7 +39,7 @@ for compiler in "g++ -std=c++17" "clang++-22 -std=c++20"; do
   for kind in macros names; do
     for file in "$work/$kind"/*.cpp; do
       # shellcheck disable=SC2086
-      $compiler -Wall -Wextra -Wpedantic -fsyntax-only -I"$root/include" "$file" >"$work/log" 2>&1 && continue
+      $compiler -Wall -Wextra -Wpedantic -fsyntax-only -I"$root/include" -isystem /usr/include/eigen3 "$file" >"$work/log" 2>&1 && continue
       echo "$compiler, $kind before <tessarn/$(basename "$file" .cpp)>:"
       grep -m2 error "$work/log"
       failed=1
