@@ -10,13 +10,12 @@
 #include <filesystem>
 #include <string>
 
-#include "support/csv.h"
 #include "support/random.h"
 #include "support/report.h"
 
 namespace {
 
-using example::input_error;
+using program::input_error;
 using test::random_source;
 
 class csv_file {
@@ -155,7 +154,7 @@ int main(int argc, char** argv) {
   CLI::App app{"Writes the simulated data of the demonstrations, the same files in every run."};
   std::string folder;
   app.add_option("folder", folder, "an existing folder, where the files simulated_*.csv go")->required();
-  return example::run(app, argc, argv, [&folder](example::report&) {
+  return program::run(app, argc, argv, [&folder](program::report&) {
     for (const auto write : {profile, sensor, coil, plate, scan}) write(folder);
   });
 }

@@ -4,7 +4,7 @@ set -euo pipefail
 
 declare -A groups=(
   [build]="g++ cmake ninja-build make"
-  [demo]="libcli11-dev gnuplot-nox fonts-dejavu-core"
+  [demo]="libcli11-dev nlohmann-json3-dev gnuplot-nox fonts-dejavu-core"
   [test]="libgtest-dev libmpfr-dev libgmp-dev liblapacke-dev libeigen3-dev clang-14 clang-22 pkg-config binutils gdb valgrind python3"
   [check]="clang-tidy-14 clang-format-14"
   [coverage]="gcovr"

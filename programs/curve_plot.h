@@ -7,7 +7,7 @@
 #include "curve_analysis.h"
 #include "support/plot.h"
 
-namespace example {
+namespace program {
 
 inline constexpr int canvas_width = 1000, canvas_height = 900;
 
@@ -24,4 +24,4 @@ struct curve_marks {
 std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curve& c, double a, double b,
                                     const curve_marks& marks, bool equal);
 
-}  // namespace example
+}  // namespace program

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace example {
+namespace program {
 namespace {
 
 // Which of n equal parts of [lo, hi] holds v; n when none does. The right end belongs to the last.
@@ -94,4 +94,4 @@ std::vector<spot> means_of(const std::vector<double>& x, const std::vector<doubl
   return filled;
 }
 
-}  // namespace example
+}  // namespace program

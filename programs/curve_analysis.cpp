@@ -4,7 +4,7 @@
 #include <cmath>
 #include <set>
 
-namespace example {
+namespace program {
 namespace {
 
 // The abscissa of a reading that was lost.
@@ -19,6 +19,14 @@ binom about_centre(const tessarn::polynomial_fit& f) {
   return p;
 }
 
+// The weight of a row: as given, or one over the square of its standard deviation.
+double weight(const table& t, std::size_t row, const curve_options& options) {
+  const double v = t.at(row, 2), w = options.deviations ? 1 / (v * v) : v;
+  if (std::isfinite(w) && (options.deviations ? v > 0 : v >= 0)) return w;
+  throw input_error(t.file + ":" + std::to_string(t.lines[row]) + ": " + t.names[2] +
+                    (options.deviations ? " must be a positive standard deviation" : " must be a weight of 0 or more"));
+}
+
 }  // namespace
 
 fitted_curve fit(const table& t, const curve_options& options) {
@@ -31,16 +39,18 @@ fitted_curve fit(const table& t, const curve_options& options) {
     }
     c.points.emplace_back(t.at(i, 0), t.at(i, 1));
     c.lines.push_back(t.lines[i]);
+    if (options.weighted || options.deviations) c.weights.push_back(weight(t, i, options));
   }
   require_rows(t, c.points.size(), c.unknowns, "a curve of " + std::to_string(c.unknowns) + " coefficients");
   tessarn::fit_options o;
   if (options.odd) o.which = tessarn::powers::constant_and_odd;
+  o.weights = c.weights;
   c.fit = tessarn::fit_polynomial(c.points, options.coefficients, o);
   if (c.fit.state != tessarn::status::ok) return c;
   c.p = about_centre(c.fit);
   for (const vector& v : c.points) c.residuals.push_back(v.y - c.fit.value(v.x));
   // A curve through as many points as it has unknowns meets all of them.
-  const auto freedom = static_cast<double>(c.points.size() - c.unknowns);
+  const auto freedom = static_cast<double>(c.fit.points_used - c.unknowns);
   c.square_sum = freedom > 0 ? c.fit.residual_deviation * c.fit.residual_deviation * freedom : 0;
   return c;
 }
@@ -83,4 +93,4 @@ binom classic_scaled_fit(const std::vector<vector>& points, const curve_options&
   return p;
 }
 
-}  // namespace example
+}  // namespace program

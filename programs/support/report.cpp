@@ -8,9 +8,16 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <new>
 #include <sstream>
 
-namespace example {
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace program {
 namespace {
 
 // The number of characters of a UTF-8 string.
@@ -23,6 +30,19 @@ std::size_t width(const std::string& s) {
 std::string version() {
   return "Tessarn " + std::to_string(TESSARN_VERSION_MAJOR) + '.' + std::to_string(TESSARN_VERSION_MINOR) + '.' +
          std::to_string(TESSARN_VERSION_PATCH);
+}
+
+bool on_terminal() {
+#if defined(_WIN32)
+  return _isatty(2) != 0;
+#else
+  return isatty(2) != 0;
+#endif
+}
+
+// Takes the line of a phase away again.
+void end_phase() {
+  if (on_terminal()) std::fputs("\r\033[K", stderr);
 }
 
 // One line on the error stream, whatever the words are.
@@ -54,6 +74,10 @@ void report::line(const char* format, ...) {
   text_ += s + '\n';
 }
 
+void report::phase(const std::string& words) {
+  if (on_terminal()) std::fprintf(stderr, "\r\033[K%s ...", words.c_str());
+}
+
 void report::heading(const std::string& words) { text_ += '\n' + words + '\n' + std::string(width(words), '-') + '\n'; }
 
 void report::data_source(const table& t) {
@@ -61,6 +85,15 @@ void report::data_source(const table& t) {
   line("%s, %zu points", t.name().c_str(), t.rows());
   for (const auto& comment : t.comments)
     if (comment.rfind("title:", 0) != 0) line("  %s", comment.c_str());
+  if (t.skipped > 0)
+    note(std::to_string(t.skipped) + (t.skipped == 1 ? " row" : " rows") + " left out that could not be read, the first: " +
+         t.first_skipped);
+  findings["files"].push_back({{"name", t.name()},
+                               {"title", t.title()},
+                               {"simulated", t.simulated()},
+                               {"columns", t.names},
+                               {"points", t.rows()},
+                               {"rows_left_out", t.skipped}});
 }
 
 double finite(double v, const std::string& name) {
@@ -82,33 +115,75 @@ void report::thinned(const std::vector<std::string>& lines) {
   for (const std::string& words : lines) line("%s", words.c_str());
 }
 
+void declare_common(CLI::App& command, common_options& o, const std::string& columns, bool rows_may_be_left_out) {
+  command.add_option("--columns", o.input.columns, "the columns " + columns + ", by name or number, for example 1,3")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->type_name("LIST");
+  command.add_option("--separator", o.input.separator,
+                     "comma, semicolon, tab, blank or a character (default: recognised)")
+      ->type_name("NAME");
+  command.add_option("--decimal", o.input.decimal, "point or comma (default: recognised)")->type_name("NAME");
+  if (rows_may_be_left_out)
+    command.add_flag("--skip-bad", o.input.skip_bad, "leave rows out that cannot be read, with a note");
+  command.add_flag("--json", o.as_json, "print the findings as JSON");
+  command.add_option("--plot", o.plot, "picture to draw, .svg, .png or .pdf")->type_name("FILE");
+}
+
+std::string version_line(const std::string& program) { return program + " (" + version() + ")"; }
+
+namespace {
+
+// What is printed: the text, or the findings with the notes and the reason for which there are not more.
+std::string printed(const report& r, const std::string& reason) {
+  if (!r.as_json) return r.text();
+  json all = r.findings;
+  if (!r.notes().empty()) all["notes"] = r.notes();
+  if (!reason.empty()) all["error"] = reason;
+  return all.dump(2, ' ', false, json::error_handler_t::replace) + '\n';
+}
+
+}  // namespace
+
 int run(CLI::App& app, int argc, char** argv, const std::function<void(report&)>& job) {
-  const std::string program = std::filesystem::path(argv[0]).filename().string();
-  app.set_version_flag("--version", program + " (" + version() + ")");
+  std::string program = std::filesystem::path(argv[0]).filename().string();
+  app.set_version_flag("--version", version_line(program));
   report r;
   int code = 0;
   std::string reason;
+  const auto with_command = [&] {
+    const auto commands = app.get_subcommands();
+    return commands.empty() ? program : program + ' ' + commands[0]->get_name();
+  };
   try {
     app.parse(argc, argv);
+    program = with_command();
     job(r);
+    end_phase();
   } catch (const CLI::Success& e) {  // --help, --version
     std::ostringstream words;
     app.exit(e, words, words);
     return write(program, words.str()) ? 0 : 1;
   } catch (const CLI::ParseError& e) {
-    complain(program, e.what());
+    complain(with_command(), e.what());
     return 2;
   } catch (const input_error& e) {
+    end_phase();
     complain(program, e.what());
     return 2;
   } catch (const no_result& e) {
+    end_phase();
     code = 1;
     reason = e.what();
+  } catch (const std::bad_alloc&) {
+    end_phase();
+    complain(program, "there is not enough memory for these points");
+    return 1;
   }
-  if (!write(program, r.text())) code = 1;
+  if (!write(program, printed(r, reason))) code = 1;
   for (const std::string& words : r.notes()) complain(program, "note: " + words);
   if (!reason.empty()) complain(program, reason);
   return code;
 }
 
-}  // namespace example
+}  // namespace program

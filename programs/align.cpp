@@ -5,6 +5,7 @@
 #include <cmath>
 #include <memory>
 
+#include "commands.h"
 #include "points.h"
 #include "support/plot.h"
 #include "support/report.h"
@@ -12,11 +13,11 @@
 
 namespace {
 
-using namespace example;
+using namespace program;
 
 struct options {
   std::string a, b;
-  std::string plot;
+  common_options common;
 };
 
 // The turn of a rotation.
@@ -92,8 +93,18 @@ void print(report& r, const tessarn::space_alignment& m, const table& b, const s
   r.line("determination        %.3g  (2/3 at best, near 0 for points near a line)", m.determination);
   r.heading("Distances between corresponding points");
   r.line("root mean square     %.6g before, %.6g after", root_mean_square(before), m.root_mean_square);
-  r.line("largest              %.6g before, %.6g after, at line %zu of %s",
-         *std::max_element(before.begin(), before.end()), m.largest_residual, b.lines[m.largest_at], b.name().c_str());
+  r.line("largest              %.6g before, %.6g after, at %s %zu of %s",
+         *std::max_element(before.begin(), before.end()), m.largest_residual, b.place, b.lines[m.largest_at],
+         b.name().c_str());
+  json& found = r.findings;
+  for (tessarn::ulong y = 0; y < 3; ++y)
+    found["rotation"].push_back({m.rotation.get(0, y), m.rotation.get(1, y), m.rotation.get(2, y)});
+  found["translation"] = coordinates(m.translation);
+  found["angle_degrees"] = t.angle * degrees;
+  found["axis"] = t.axis.lenld() > 0 ? coordinates(t.axis) : json();
+  found["determination"] = m.determination;
+  found["root_mean_square"] = {{"before", root_mean_square(before)}, {"after", m.root_mean_square}};
+  found["largest"] = {{"distance", m.largest_residual}, {b.place, b.lines[m.largest_at]}};
 }
 
 // Of many points every second, third and so on is drawn: 1 when every point is.
@@ -128,6 +139,7 @@ void print_reflection(report& r, const tessarn::space_alignment& rotated, const 
   with_mirrors.reflections = true;
   const double best = tessarn::align(a, b, with_mirrors).root_mean_square;
   if (!(best < 0.99 * rotated.root_mean_square && rotated.root_mean_square - best > 1e-9 * extent(b, b))) return;
+  r.findings["reflected_root_mean_square"] = best;
   r.line("reflected            %.6g root mean square: a reflection would fit better", best);
   r.note("a reflection would fit better than the rotation: one set may be mirrored");
 }
@@ -226,33 +238,41 @@ std::vector<std::string> draw(plot& out, const table& names, const std::vector<v
 
 void job(report& r, const options& o) {
   if (o.a == "-" && o.b == "-") throw input_error("standard input can be one of the two sets, not both");
-  const table ta = read_csv(o.a, {"x", "y", "z"}), tb = read_csv(o.b, {"x", "y", "z"});
+  r.as_json = o.common.as_json;
+  r.phase("reading " + o.a);
+  const table ta = read_space_table(o.a, o.common.input);
+  r.phase("reading " + o.b);
+  const table tb = read_space_table(o.b, o.common.input);
   require_rows(ta, ta.rows(), 3, "a match");
   require_rows(tb, tb.rows(), 3, "a match");
   if (ta.rows() != tb.rows())
     throw input_error(o.b + ":" + std::to_string(tb.last_line) + ": " + std::to_string(tb.rows()) +
                       " points up to here, but " + o.a + " has " + std::to_string(ta.rows()));
   std::unique_ptr<plot> picture;
-  if (!o.plot.empty()) picture = std::make_unique<plot>(o.plot, 1200, 950);
+  if (!o.common.plot.empty()) picture = std::make_unique<plot>(o.common.plot, 1200, 950);
   const std::vector<vector3d> a = space_points(ta), b = space_points(tb);
   r.data_source(ta);
   r.blank();
   r.data_source(tb);
+  r.phase("the motion of " + std::to_string(a.size()) + " points");
   require_rotation(a, ta.name());
   require_rotation(b, tb.name());
   const tessarn::space_alignment m = find_motion(a, b);
   print(r, m, tb, distances(a, b));
   print_reflection(r, m, a, b);
-  if (picture) r.thinned(draw(*picture, ta, a, m, b));
+  if (!picture) return;
+  r.phase("drawing " + o.common.plot);
+  r.thinned(draw(*picture, ta, a, m, b));
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  CLI::App app{"Finds the rigid motion from one set of points to a second set of the same points."};
-  options o;
-  app.add_option("first", o.a, "CSV file of three columns, x, y, z; - is standard input")->required();
-  app.add_option("second", o.b, "the same points, in the same order, after the motion")->required();
-  app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
-  return run(app, argc, argv, [&o](report& r) { job(r, o); });
+command program::add_align(CLI::App& app) {
+  CLI::App* align =
+      app.add_subcommand("align", "Finds the rigid motion from one set of points to a second set of the same points.");
+  const auto o = std::make_shared<options>();
+  align->add_option("first", o->a, "three columns, x, y, z, or .ply, .xyz, .npy; - is standard input")->required();
+  align->add_option("second", o->b, "the same points, in the same order, after the motion")->required();
+  declare_common(*align, o->common, "x,y,z of both files", false);  // a row left out of one set would shift the pairs
+  return {align, [o](report& r) { job(r, *o); }};
 }

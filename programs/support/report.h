@@ -1,14 +1,17 @@
-// The text of a report, and the frame of a program: errors become one line and an exit code.
+// The text of a report, the same findings as JSON, and the frame of a program: errors become one line and an exit code.
 #pragma once
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "csv.h"
+#include "table.h"
 
-namespace example {
+namespace program {
+
+using json = nlohmann::ordered_json;
 
 // Collects the report, so that it is printed as a whole or not at all.
 class report {
@@ -23,13 +26,28 @@ class report {
   void thinned(const std::vector<std::string>& lines);
   // A remark for the error stream, where it is seen also when the report goes to a file.
   void note(const std::string& words) { notes_.push_back(words); }
+  // Says on a terminal what takes long now; nothing where the error stream is no terminal.
+  void phase(const std::string& words);
   const std::string& text() const { return text_; }
   const std::vector<std::string>& notes() const { return notes_; }
+
+  json findings = json::object();  // what --json prints
+  bool as_json = false;
 
  private:
   std::string text_;
   std::vector<std::string> notes_;
 };
+
+// The numbers of a vector, for the findings.
+template <class Vector>
+json coordinates(const Vector& v) {
+  if constexpr (requires { v.z; }) {
+    return json::array({v.x, v.y, v.z});
+  } else {
+    return json::array({v.x, v.y});
+  }
+}
 
 // The input was understood, but the computation has no result; printed after the report.
 class no_result : public std::runtime_error {
@@ -43,6 +61,26 @@ double finite(double v, const std::string& name);
 // Checks of option values, each with a short message for what it refuses.
 extern const CLI::Validator finite_number;
 
+// Declares the options that say how files are read, --json and --plot.
+struct common_options {
+  input_options input;
+  std::string plot;
+  bool as_json = false;
+};
+void declare_common(CLI::App& command, common_options& o, const std::string& columns, bool rows_may_be_left_out = true);
+
+// A command of the program: its options, and what it does with them.
+struct command {
+  CLI::App* app;
+  std::function<void(report&)> job;
+};
+
+// "tessarn (Tessarn 1.0.0)", by the version of the library that the program was compiled with.
+std::string version_line(const std::string& program);
+
+inline constexpr const char* exit_codes =
+    "Exit codes: 0 the report is printed; 1 there is no result, or it cannot be written; 2 wrong arguments or input.";
+
 // Parses the arguments, runs `job` and prints the report. Exit code 0; 1 for no_result, a failing
 // gnuplot and a report that cannot be written; 2 for wrong arguments and input_error, with one line
 // on the error stream. Every program gets --help and --version here.
@@ -50,4 +88,4 @@ int run(CLI::App& app, int argc, char** argv, const std::function<void(report&)>
 
 inline constexpr double degrees = 57.295779513082320877;
 
-}  // namespace example
+}  // namespace program

@@ -1,5 +1,4 @@
-// Reading of measured points: a CSV file of a fixed number of columns, with an optional header, #
-// comments, blank lines, and lines that end in LF or CRLF.
+// Measured points as the commands read them: by tessarn/files.h, with one line for everything that is wrong.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +6,19 @@
 #include <string>
 #include <vector>
 
-namespace example {
+namespace program {
 
 // What is wrong with the input, in one line that names the file, the line and the reason.
 class input_error : public std::runtime_error {
   using std::runtime_error::runtime_error;
+};
+
+// How the commands are told to read their files.
+struct input_options {
+  std::string separator;             // empty: recognised
+  std::string decimal;               // empty: recognised
+  std::vector<std::string> columns;  // empty: as many columns as the command needs, and no other
+  bool skip_bad = false;
 };
 
 struct table {
@@ -19,8 +26,11 @@ struct table {
   std::vector<std::string> comments;  // without the # and the blanks around
   std::vector<std::string> names;     // of the columns: the header, or the default names
   std::vector<double> values;         // row by row
-  std::vector<std::size_t> lines;     // the line of each row
+  std::vector<std::size_t> lines;     // the line of each row; in files without lines its number
   std::size_t last_line = 0;
+  std::size_t skipped = 0;     // rows that could not be read
+  std::string first_skipped;   // why the first one could not
+  const char* place = "line";  // what `lines` counts
 
   std::size_t rows() const { return lines.size(); }
   double at(std::size_t row, std::size_t column) const { return values[row * names.size() + column]; }
@@ -34,9 +44,12 @@ struct table {
 
 // Throws input_error for a file that cannot be read, a row without the right number of finite
 // numbers, and a file without rows. The name - is standard input.
-table read_csv(const std::string& file, const std::vector<std::string>& default_names);
+table read_table(const std::string& file, const std::vector<std::string>& default_names, const input_options& options);
+
+// As read_table() with three columns, and the points of .ply, .xyz and .npy files.
+table read_space_table(const std::string& file, const input_options& options);
 
 // Throws input_error unless there are at least `least` rows; `why` completes "a plane needs".
 void require_rows(const table& t, std::size_t rows, std::size_t least, const std::string& why);
 
-}  // namespace example
+}  // namespace program

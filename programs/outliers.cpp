@@ -7,19 +7,20 @@
 
 #include <tessarn/tessarn.h>
 
+#include "commands.h"
 #include "support/plot.h"
 #include "support/report.h"
 #include "support/thin.h"
 
 namespace {
 
-using namespace example;
+using namespace program;
 
 struct options {
   std::string file;
   double deviation = 0;
   std::vector<double> direction;
-  std::string plot;
+  common_options common;
 };
 
 using rows = std::vector<std::vector<double>>;
@@ -60,6 +61,10 @@ vector mean_direction(const vectormat& list) {
 
 void print_direction(report& r, const char* name, const vector& d) {
   r.line("%-20s (%.9g, %.9g), %.6g degrees", name, d.x, d.y, d.dirarc() * degrees);
+}
+
+json direction_findings(const vector& d) {
+  return {{"direction", coordinates(d)}, {"degrees", d.dirarc() * degrees}};
 }
 
 // The largest distance of the points from the line through their mean along their mean direction.
@@ -145,8 +150,7 @@ std::vector<std::string> draw(plot& out, const table& t, const result& f) {
               " center top horizontal maxcols 3 reverse Left width -4");
   out.command(y_range(f.kept));
   out.command(
-      "plot $line using 1:2 with lines lw 2 dt 2 lc rgb '#2a9d55' title 'mean direction of the "
-      "line'" +
+      "plot $line using 1:2 with lines lw 2 dt 2 lc rgb '#2a9d55' title 'mean direction'" +
       points("rest", f.rest, f.kept, dot + "#808080'", "remaining points") +
       points("chain", f.chain, f.kept, "pt 7 ps 0.6 lc rgb '#1f5fa8'", "points of the line"));
   out.command("unset multiplot");
@@ -159,6 +163,8 @@ void clean(report& r, const options& o, vectormat& list, result& f) {
   r.heading("Before");
   r.line("points               %zu", f.before.size());
   print_direction(r, "mean direction", mean_direction(list));
+  r.findings["before"] = direction_findings(mean_direction(list));
+  r.findings["before"]["points"] = f.before.size();
   list.DeleteErrors(o.deviation * o.deviation);
   f.kept = rows_of(list);
   f.dropped = removed(f.before, f.kept);
@@ -168,8 +174,11 @@ void clean(report& r, const options& o, vectormat& list, result& f) {
   if (marked > 0)
     r.note(std::to_string(marked) + (marked == 1 ? " point" : " points") + " left out (marked by x = -1)");
   for (const auto& row : f.dropped) r.line("  removed            (%.9g, %.9g)", row[0], row[1]);
+  json& after = r.findings["after"];
+  after = {{"points", f.kept.size()}, {"removed", f.dropped}};
   if (f.kept.size() < 2) throw no_result("fewer than two points are left");
   print_direction(r, "mean direction", mean_direction(list));
+  after.update(direction_findings(mean_direction(list)));
 }
 
 // Fits a line robustly through all readings between the ends of the found line, wild readings included, and prints its
@@ -183,8 +192,13 @@ void print_robust(report& r, const result& f) {
   if (robust.state != tessarn::status::ok) return;
   const double* weights = robust.weights.getData();
   print_direction(r, "fit_robust gives", vector(1, robust.fit.of_powers.get(0, 1)));
+  const auto without_weight = static_cast<std::size_t>(std::count(weights, weights + stretch.size(), 0.0));
   r.line("                     from all %zu points of the stretch as measured, %zu of them with weight 0",
-         stretch.size(), static_cast<std::size_t>(std::count(weights, weights + stretch.size(), 0.0)));
+         stretch.size(), without_weight);
+  json& found = r.findings["line"]["robust"];
+  found = direction_findings(vector(1, robust.fit.of_powers.get(0, 1)));
+  found["points"] = stretch.size();
+  found["with_weight_0"] = without_weight;
 }
 
 void follow(report& r, const options& o, vectormat& list, result& f) {
@@ -198,6 +212,13 @@ void follow(report& r, const options& o, vectormat& list, result& f) {
          f.chain.front()[1], f.chain.back()[0], f.chain.back()[1]);
   if (f.chain.size() < 2) throw no_result("no point follows the first one in this direction");
   print_direction(r, "mean direction", mean_direction(*chain));
+  json& found = r.findings["line"];
+  found = direction_findings(mean_direction(*chain));
+  found["points"] = f.chain.size();
+  found["from"] = f.chain.front();
+  found["to"] = f.chain.back();
+  found["largest_distance"] = straightness(*chain);
+  found["remaining_points"] = f.rest.size();
   print_robust(r, f);
   r.line("largest distance     %.6g from the line", straightness(*chain));
   r.line("remaining points     %zu (the second point is never examined)", f.rest.size());
@@ -208,10 +229,12 @@ void follow(report& r, const options& o, vectormat& list, result& f) {
 }
 
 void job(report& r, const options& o) {
-  const table t = read_csv(o.file, {"x", "y"});
+  r.as_json = o.common.as_json;
+  r.phase("reading " + o.file);
+  const table t = read_table(o.file, {"x", "y"}, o.common.input);
   require_rows(t, t.rows(), 2, "a curve");
   std::unique_ptr<plot> picture;
-  if (!o.plot.empty()) picture = std::make_unique<plot>(o.plot, 1000, 900);
+  if (!o.common.plot.empty()) picture = std::make_unique<plot>(o.common.plot, 1000, 900);
   if (!o.direction.empty() && o.direction[0] == 0 && o.direction[1] == 0)
     throw input_error("--direction: 0,0 is no direction");
   vectormat list;
@@ -220,9 +243,12 @@ void job(report& r, const options& o) {
   r.data_source(t);
   require_size(list);
   result f;
+  r.phase("cleaning " + std::to_string(t.rows()) + " points");
   clean(r, o, list, f);
   follow(r, o, list, f);
-  if (picture) r.thinned(draw(*picture, t, f));
+  if (!picture) return;
+  r.phase("drawing " + o.common.plot);
+  r.thinned(draw(*picture, t, f));
 }
 
 // A positive number whose square is one, too: distances are compared by their squares.
@@ -237,18 +263,22 @@ const CLI::Validator squared_number(
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  CLI::App app{"Removes wild readings from a measured curve and follows the line at its start."};
-  options o;
-  app.add_option("file", o.file, "CSV file of two columns, x and y, in the order of measurement; - is standard input")
+command program::add_outliers(CLI::App& app) {
+  CLI::App* outliers =
+      app.add_subcommand("outliers", "Removes wild readings from a measured curve and follows the line at its start.");
+  const auto o = std::make_shared<options>();
+  outliers->add_option("file", o->file, "two columns, x and y, in the order of measurement; - is standard input")
       ->required();
-  app.add_option("--deviation", o.deviation, "how far a point may lie from the mean of its neighbourhood")
+  outliers->add_option("--deviation", o->deviation, "how far a point may lie from the mean of its neighbourhood")
+      ->type_name("NUMBER")
       ->check(squared_number)
       ->required();
-  app.add_option("--direction", o.direction, "direction of the line, for example 1,0.2 (default: of its first points)")
+  outliers
+      ->add_option("--direction", o->direction, "direction of the line, for example 1,0.2 (default: of its first points)")
+      ->type_name("X,Y")
       ->delimiter(',')
       ->expected(2)
       ->check(finite_number);
-  app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
-  return run(app, argc, argv, [&o](report& r) { job(r, o); });
+  declare_common(*outliers, o->common, "x,y");
+  return {outliers, [o](report& r) { job(r, *o); }};
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace example {
+namespace program {
 
 // Pictures show up to this many points one by one, and up to so many residuals as single lines.
 inline constexpr std::size_t most_points = 5000, most_lines = 1000;
@@ -46,4 +46,4 @@ struct spot {
 std::vector<spot> means_of(const std::vector<double>& x, const std::vector<double>& y, const std::vector<double>& z,
                            const raster& r);
 
-}  // namespace example
+}  // namespace program

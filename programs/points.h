@@ -6,9 +6,9 @@
 #include <cmath>
 #include <vector>
 
-#include "support/csv.h"
+#include "support/table.h"
 
-namespace example {
+namespace program {
 
 inline std::vector<vector3d> space_points(const table& t) {
   std::vector<vector3d> points;
@@ -19,4 +19,4 @@ inline std::vector<vector3d> space_points(const table& t) {
 // The angle between two directions, exact also for very small ones, where the arc cosine is not.
 inline double small_angle(const vector3d& a, const vector3d& b) { return std::atan2(a.cross(b).lenld(), a * b); }
 
-}  // namespace example
+}  // namespace program

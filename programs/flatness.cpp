@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 
+#include "commands.h"
 #include "points.h"
 #include "support/plot.h"
 #include "support/report.h"
@@ -11,12 +12,16 @@
 
 namespace {
 
-using namespace example;
+using namespace program;
 
 struct options {
   std::string file;
-  std::string plot;
+  common_options common;
 };
+
+json plane_findings(const tessarn::reference_plane& p) {
+  return {{"normal", coordinates(p.normal)}, {"through", coordinates(p.point)}};
+}
 
 void print_plane(report& r, const tessarn::reference_plane& p) {
   r.line("normal               (%.12g, %.12g, %.12g)", p.normal.x, p.normal.y, p.normal.z);
@@ -25,13 +30,30 @@ void print_plane(report& r, const tessarn::reference_plane& p) {
 
 double residual(const tessarn::reference_plane& p, tessarn::ulong point) { return p.residuals.get(0, point); }
 
+void add_findings(report& r, const table& t, const tessarn::flatness_result& f, const std::vector<vector3d>& points) {
+  const tessarn::reference_plane& p = f.least_squares;
+  json least_squares = plane_findings(p), zone = plane_findings(f.middle);
+  least_squares["root_mean_square"] = p.root_mean_square;
+  least_squares["peak_to_valley"] = p.peak_to_valley;
+  least_squares["lowest"] = {{"deviation", residual(p, p.lowest)}, {t.place, t.lines[p.lowest]}};
+  least_squares["highest"] = {{"deviation", residual(p, p.highest)}, {t.place, t.lines[p.highest]}};
+  least_squares["state"] = tessarn::to_string(p.state);
+  zone["flatness"] = f.zone;
+  for (tessarn::ulong i = 0; i < f.touching_above + f.touching_below; ++i)
+    zone["touching"].push_back({{"side", i < f.touching_above ? "above" : "below"},
+                                {"point", coordinates(points[f.touching[i]])},
+                                {t.place, t.lines[f.touching[i]]}});
+  r.findings["least_squares"] = least_squares;
+  r.findings["minimum_zone"] = zone;
+}
+
 void print(report& r, const table& t, const tessarn::flatness_result& f, const std::vector<vector3d>& points) {
   const tessarn::reference_plane& p = f.least_squares;
   r.heading("Least-squares plane");
   print_plane(r, p);
   r.line("root mean square     %.9g", p.root_mean_square);
-  r.line("peak to valley       %.6g  (%.6g at line %zu to %.6g at line %zu)", p.peak_to_valley, residual(p, p.lowest),
-         t.lines[p.lowest], residual(p, p.highest), t.lines[p.highest]);
+  r.line("peak to valley       %.6g  (%.6g at %s %zu to %.6g at %s %zu)", p.peak_to_valley, residual(p, p.lowest),
+         t.place, t.lines[p.lowest], residual(p, p.highest), t.place, t.lines[p.highest]);
   if (p.state != tessarn::status::ok) r.line("%s", tessarn::to_string(p.state));
 
   r.heading("Minimum zone: two parallel planes that hold all points, at the smallest distance");
@@ -39,10 +61,11 @@ void print(report& r, const table& t, const tessarn::flatness_result& f, const s
   r.line("flatness (ISO 1101)  %.6g", f.zone);
   for (tessarn::ulong i = 0; i < f.touching_above + f.touching_below; ++i) {
     const vector3d& v = points[f.touching[i]];
-    r.line("  touched %s      (%.9g, %.9g, %.9g) at line %zu", i < f.touching_above ? "above" : "below", v.x, v.y, v.z,
-           t.lines[f.touching[i]]);
+    r.line("  touched %s      (%.9g, %.9g, %.9g) at %s %zu", i < f.touching_above ? "above" : "below", v.x, v.y, v.z,
+           t.place, t.lines[f.touching[i]]);
   }
   const double angle = small_angle(p.normal, f.middle.normal);
+  add_findings(r, t, f, points);
   r.line("The two normals differ by %.3g rad (%.3g arc seconds).", angle, angle * degrees * 3600);
 }
 
@@ -145,13 +168,16 @@ std::vector<std::string> draw(plot& out, const table& t, const tessarn::flatness
 }
 
 void job(report& r, const options& o) {
-  const table t = read_csv(o.file, {"x", "y", "z"});
+  r.as_json = o.common.as_json;
+  r.phase("reading " + o.file);
+  const table t = read_space_table(o.file, o.common.input);
   require_rows(t, t.rows(), 3, "a plane");
   std::unique_ptr<plot> picture;
-  if (!o.plot.empty()) picture = std::make_unique<plot>(o.plot, 1100, 740);
+  if (!o.common.plot.empty()) picture = std::make_unique<plot>(o.common.plot, 1100, 740);
   const std::vector<vector3d> points = space_points(t);
   r.data_source(t);
 
+  r.phase("the smallest zone that holds " + std::to_string(points.size()) + " points");
   const tessarn::flatness_result f = tessarn::flatness(points);
   switch (f.state == tessarn::status::ok ? f.least_squares.state : f.state) {
     case tessarn::status::too_few_distinct: throw no_result("all points are the same, they determine no plane");
@@ -161,15 +187,17 @@ void job(report& r, const options& o) {
   }
   if (f.state != tessarn::status::ok) throw no_result(tessarn::to_string(f.state));
   print(r, t, f, points);
-  if (picture) r.thinned(draw(*picture, t, f));
+  if (!picture) return;
+  r.phase("drawing " + o.common.plot);
+  r.thinned(draw(*picture, t, f));
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  CLI::App app{"Reports how flat measured points are."};
-  options o;
-  app.add_option("file", o.file, "CSV file of three columns, x, y, z; - is standard input")->required();
-  app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
-  return run(app, argc, argv, [&o](report& r) { job(r, o); });
+command program::add_flatness(CLI::App& app) {
+  CLI::App* flatness = app.add_subcommand("flatness", "Reports how flat measured points are.");
+  const auto o = std::make_shared<options>();
+  flatness->add_option("file", o->file, "three columns, x, y, z, or .ply, .xyz, .npy; - is standard input")->required();
+  declare_common(*flatness, o->common, "x,y,z");
+  return {flatness, [o](report& r) { job(r, *o); }};
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -12,15 +13,40 @@
 
 #include "report.h"
 
-namespace example {
+namespace program {
 namespace {
 
 std::string terminal(const std::string& file, int width, int height) {
   const std::string size = " size " + std::to_string(width) + "," + std::to_string(height);
   const auto suffix = std::filesystem::path(file).extension();
-  if (suffix == ".svg") return "svg noenhanced font 'DejaVu Sans,15' background 'white'" + size;
+  // The scales make text as large in all of them.
+  if (suffix == ".svg") return "svg noenhanced font 'DejaVu Sans,11' fontscale 1.33 background 'white'" + size;
   if (suffix == ".png") return "pngcairo noenhanced font 'DejaVu Sans,11' background 'white'" + size;
-  throw input_error(file + ": the name of a picture must end in .svg or .png");
+  // A sheet of the size that the other pictures have on a screen.
+  if (suffix == ".pdf")
+    return "pdfcairo noenhanced font 'DejaVu Sans,11' fontscale 0.75 linewidth 1.5 background 'white' size " + text(width / 96.0) + "in," +
+           text(height / 96.0) + "in";
+  throw input_error(file + ": the name of a picture must end in .svg, .png or .pdf");
+}
+
+// The sizes that make the marks of a terminal as large as those of the .png one.
+double mark_scale(const std::string& file) {
+  const auto suffix = std::filesystem::path(file).extension();
+  return suffix == ".png" ? 1 : 0.85;
+}
+
+// The command with every size of marks, "ps 1.5", times the scale.
+std::string scaled(const std::string& command, double scale) {
+  std::string out;
+  std::size_t at = 0;
+  for (std::size_t found; scale != 1 && (found = command.find(" ps ", at)) != command.npos;) {
+    const char* number = command.c_str() + found + 4;
+    char* end = nullptr;
+    const double size = std::strtod(number, &end);
+    out += command.substr(at, found + 4 - at) + text(size * scale, 3);
+    at = static_cast<std::size_t>(end - command.c_str());
+  }
+  return out + command.substr(at);
 }
 
 // True when the file ends as a picture does: gnuplot does not notice that a disk is full.
@@ -28,7 +54,7 @@ bool is_complete(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
   const std::string content{std::istreambuf_iterator<char>(in), {}};
   const std::string end = content.substr(content.size() - std::min<std::size_t>(content.size(), 32));
-  return end.find("</svg>") != end.npos || end.find("IEND") != end.npos;
+  return end.find("</svg>") != end.npos || end.find("IEND") != end.npos || end.find("%%EOF") != end.npos;
 }
 
 }  // namespace
@@ -45,6 +71,8 @@ plot::~plot() {
   std::error_code ignored;
   std::filesystem::remove(part_, ignored);
 }
+
+void plot::command(const std::string& line) { script_ += scaled(line, mark_scale(file_)) + '\n'; }
 
 void plot::data(const std::string& name, const std::vector<std::vector<double>>& rows) {
   script_ += "$" + name + " << EOD\n";
@@ -101,4 +129,4 @@ std::string padded_range(double lo, double hi, double share) {
   return "[" + text(lo - pad, 15) + ":" + text(hi + pad, 15) + "]";
 }
 
-}  // namespace example
+}  // namespace program

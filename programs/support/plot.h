@@ -1,10 +1,10 @@
-// A picture drawn by gnuplot into an .svg or .png file.
+// A picture drawn by gnuplot into an .svg, .png or .pdf file.
 #pragma once
 
 #include <string>
 #include <vector>
 
-namespace example {
+namespace program {
 
 class plot {
  public:
@@ -14,7 +14,7 @@ class plot {
   plot(const plot&) = delete;
   plot& operator=(const plot&) = delete;
 
-  void command(const std::string& line) { script_ += line + '\n'; }
+  void command(const std::string& line);
   // The data block $name.
   void data(const std::string& name, const std::vector<std::vector<double>>& rows);
   // Runs gnuplot; the file appears only when it is complete. Throws no_result when gnuplot fails.
@@ -37,4 +37,4 @@ double tick_step(double extent, double count);
 // A range that leaves room around the values: "[lo:hi]".
 std::string padded_range(double lo, double hi, double share = 0.05);
 
-}  // namespace example
+}  // namespace program

@@ -8,13 +8,14 @@
 #include <memory>
 #include <optional>
 
+#include "commands.h"
 #include "curve_analysis.h"
 #include "curve_plot.h"
 #include "support/report.h"
 
 namespace {
 
-using namespace example;
+using namespace program;
 
 struct options {
   std::string file;
@@ -24,27 +25,40 @@ struct options {
   std::string certified;
   std::optional<double> certified_square_sum;
   std::optional<double> accepted_extreme;
-  std::string plot;
+  std::string sigma, weights;  // names of columns
   bool equal = false;
+  common_options common;
 };
 
 void declare(CLI::App& app, options& o) {
-  app.add_option("file", o.file, "CSV file of two columns, x and y; - is standard input")->required();
-  app.add_option("-m,--coefficients", o.curve.coefficients, "number of coefficients, the degree plus one")
+  app.add_option("file", o.file, "two columns, x and y; - is standard input")->required();
+  app.add_option("-m,--coefficients", o.curve.coefficients, "number of coefficients, the degree plus one, at most 60")
+      ->type_name("N")
       ->check(CLI::Range(1, 60))
       ->capture_default_str();
   app.add_flag("--odd", o.curve.odd, "fit the constant and the odd powers only");
   app.add_option("--at", o.at, "abscissas for the table of values, for example 0,2.5,10")
       ->delimiter(',')
+      ->allow_extra_args(false)  // the file may come next
+      ->type_name("LIST")
       ->check(finite_number);
-  app.add_option("--range", o.range, "where to search, two numbers (default: where the points are)")->expected(2);
-  app.add_option("--certified", o.certified, "CSV file with columns power, coefficient to compare with");
+  app.add_option("--range", o.range, "where to search, two numbers (default: where the points are)")
+      ->expected(2)
+      ->type_name("NUMBER");
+  CLI::Option* certified = app.add_option("--certified", o.certified, "file with columns power, coefficient to compare with")
+                                   ->type_name("FILE");
   app.add_option("--certified-square-sum", o.certified_square_sum, "residual sum of squares to compare with")
+      ->type_name("NUMBER")
       ->check(finite_number);
   app.add_option("--accepted-extreme", o.accepted_extreme, "abscissa to compare the extremes of the curve with")
+      ->type_name("NUMBER")
       ->check(finite_number);
-  app.add_option("--plot", o.plot, "picture to draw, .svg or .png");
+  CLI::Option* sigma = app.add_option("--sigma", o.sigma, "column with the standard deviation of each y")->type_name("COLUMN");
+  CLI::Option* weights = app.add_option("--weights", o.weights, "column with a weight for each point, 0 or positive")->type_name("COLUMN");
+  sigma->excludes(weights);
+  certified->excludes(sigma)->excludes(weights);  // the certified coefficients are of unweighted fits
   app.add_flag("--equal", o.equal, "draw both axes to the same scale");
+  declare_common(app, o.common, "x,y");
 }
 
 void print_fit(report& r, const options& o, const fitted_curve& c) {
@@ -61,15 +75,38 @@ void print_fit(report& r, const options& o, const fitted_curve& c) {
     const std::string shown = error > 0 && std::isfinite(error) ? ", standard error " + text(error, 3) : "";
     r.line("coefficient x^%-2d     % .17g%s", static_cast<int>(i), value, shown.c_str());
   }
+  if (o.curve.deviations || o.curve.weighted)
+    r.line("weights              %s", o.curve.weighted ? "as given" : "one over the squares of the standard deviations");
   r.line("condition            %.3g, of the powers about the centre %.10g", 1 / c.fit.reciprocal_condition,
          c.fit.centre);
 }
 
-void print_residuals(report& r, const fitted_curve& c) {
+void add_fit(report& r, const options& o, const fitted_curve& c) {
+  json& found = r.findings["fit"];
+  found["points_used"] = c.points.size();
+  found["points_left_out"] = c.left_out;
+  found["kind"] = o.curve.odd ? "constant and odd powers" : "all powers";
+  for (tessarn::ulong i = 0; i < c.fit.of_powers.getHeight(); ++i)
+    found["coefficients"].push_back(
+        {{"power", i}, {"value", c.fit.of_powers.get(0, i)}, {"standard_error", c.fit.of_powers_errors.get(0, i)}});
+  found["centre"] = c.fit.centre;
+  found["condition"] = 1 / c.fit.reciprocal_condition;
+  found["sum_of_squares"] = c.square_sum;
+  found["degrees_of_freedom"] = c.fit.points_used - c.unknowns;
+  found["standard_deviation"] = c.fit.residual_deviation;
+  found["r_squared"] = c.fit.r_squared;
+  const vector worst = c.points[c.fit.largest_at];
+  found["largest_residual"] = {
+      {"value", c.fit.largest_residual}, {"point", coordinates(worst)}, {"line", c.lines[c.fit.largest_at]}};
+}
+
+void print_residuals(report& r, const options& o, const fitted_curve& c) {
+  add_fit(r, o, c);
   r.heading("Residuals (point minus curve)");
   r.line("sum of squares       %.15g", finite(c.square_sum, "the sum of squares of the residuals"));
-  if (c.points.size() > c.unknowns)
-    r.line("standard deviation   %.6g, degrees of freedom %zu", c.fit.residual_deviation, c.points.size() - c.unknowns);
+  const std::size_t freedom = c.fit.points_used - c.unknowns;
+  if (freedom > 0)
+    r.line("standard deviation   %.6g, degrees of freedom %zu", c.fit.residual_deviation, freedom);
   if (std::isfinite(c.fit.r_squared)) r.line("R squared            %.9g", c.fit.r_squared);
   const vector worst = c.points[c.fit.largest_at];
   r.line("largest              %.6g  at (%.10g, %.10g), line %zu", c.fit.largest_residual, worst.x, worst.y,
@@ -126,6 +163,12 @@ void print_values(report& r, const fitted_curve& c, const std::vector<double>& a
     const double second = finite(c.p.func_2(c.u(x)), "the second derivative" + at);
     const double curvature = finite(c.p.arc(c.u(x)), "the curvature" + at);
     const double error = c.fit.predict(x, 1).mean;
+    r.findings["values"].push_back({{"x", x},
+                                    {"value", value},
+                                    {"standard_error", error},
+                                    {"slope", slope},
+                                    {"second_derivative", second},
+                                    {"curvature", curvature}});
     r.line("%14.8g %16.9g %11s %16.9g %16.9g %16.9g %15s", x, value,
            std::isfinite(error) ? text(error, 3).c_str() : "-", slope, second, curvature, radius(c, x).c_str());
   }
@@ -133,7 +176,7 @@ void print_values(report& r, const fitted_curve& c, const std::vector<double>& a
 
 // Prints the places of a search, each by `show`, and returns their abscissas; `everywhere` describes a curve whose
 // every place is one.
-std::vector<double> print_places(report& r, const fitted_curve& c, const char* heading,
+std::vector<double> print_places(report& r, const fitted_curve& c, const char* heading, const char* key,
                                  const tessarn::curve_points& places, const char* everywhere,
                                  const std::function<void(double, const tessarn::curve_point&)>& show) {
   r.heading(heading);
@@ -144,19 +187,29 @@ std::vector<double> print_places(report& r, const fitted_curve& c, const char* h
   } else if (places.count == 0) {
     r.line("none in the interval");
   }
+  json& found = r.findings[key];
+  found = {{"state", tessarn::to_string(places.state)}, {"places", json::array()}};
   std::vector<double> abscissas;
   for (tessarn::ulong i = 0; i < places.count; ++i) {
     abscissas.push_back(c.fit.centre + places[i].at);
     show(abscissas.back(), places[i]);
+    json place = {{"x", abscissas.back()}, {"value", places[i].value}, {"multiplicity", places[i].multiplicity}};
+    if (std::string(key).find("extremes") != std::string::npos) place["maximum"] = places[i].is_maximum();
+    if (std::string(key) == "curvature_extremes") {
+      place["curvature"] = places[i].curvature;
+      place["radius"] = places[i].radius;
+    }
+    found["places"].push_back(std::move(place));
   }
   return abscissas;
 }
 
 void print_circle(report& r, const fitted_curve& c, double x) {
   const vector to_centre = c.p.normale(c.u(x));
-  r.line("largest curvature at x = %.10g: radius %.9g, centre (%.9g, %.9g)", x, to_centre.lenld(),
-         finite(x + to_centre.x, "the centre of curvature"),
-         finite(c.fit.value(x) + to_centre.y, "the centre of curvature"));
+  const vector centre(finite(x + to_centre.x, "the centre of curvature"),
+                      finite(c.fit.value(x) + to_centre.y, "the centre of curvature"));
+  r.line("largest curvature at x = %.10g: radius %.9g, centre (%.9g, %.9g)", x, to_centre.lenld(), centre.x, centre.y);
+  r.findings["largest_curvature"] = {{"x", x}, {"radius", to_centre.lenld()}, {"centre", coordinates(centre)}};
 }
 
 struct interval {
@@ -191,13 +244,13 @@ curve_marks analyse(report& r, const options& o, const fitted_curve& c, const in
   using tessarn::curve_point;
   const double a = c.u(i.a), b = c.u(i.b);
   curve_marks marks;
-  marks.zeros = print_places(r, c, "Zeros of the curve", tessarn::zeros(c.p, a, b), "the curve is 0 throughout",
+  marks.zeros = print_places(r, c, "Zeros of the curve", "zeros", tessarn::zeros(c.p, a, b), "the curve is 0 throughout",
                              [&r](double x, const curve_point& z) {
                                r.line("x = %.12g", x);
                                if (z.multiplicity > 1)
                                  r.line("  a zero of multiplicity %zu", static_cast<std::size_t>(z.multiplicity));
                              });
-  marks.extremes = print_places(r, c, "Extremes of the curve", tessarn::extremes(c.p, a, b), "none, the curve is level",
+  marks.extremes = print_places(r, c, "Extremes of the curve", "extremes", tessarn::extremes(c.p, a, b), "none, the curve is level",
                                 [&](double x, const curve_point& e) {
                                   r.line("%-8s at x = %.10g, p(x) = %.10g", e.is_maximum() ? "maximum" : "minimum", x,
                                          finite(e.value, "the curve at an extreme"));
@@ -206,13 +259,13 @@ curve_marks analyse(report& r, const options& o, const fitted_curve& c, const in
                                            x - *o.accepted_extreme);
                                 });
   marks.inflections =
-      print_places(r, c, "Inflections", tessarn::inflections(c.p, a, b), "none, the curve is a straight line",
+      print_places(r, c, "Inflections", "inflections", tessarn::inflections(c.p, a, b), "none, the curve is a straight line",
                    [&r](double x, const curve_point& f) {
                      r.line("x = %.10g, p(x) = %.10g", x, finite(f.value, "the curve at an inflection"));
                    });
   double largest = 0;
   marks.curvature_extremes =
-      print_places(r, c, "Extremes of the curvature", tessarn::curvature_extremes(c.p, a, b),
+      print_places(r, c, "Extremes of the curvature", "curvature_extremes", tessarn::curvature_extremes(c.p, a, b),
                    "none, the curve is a straight line", [&](double x, const curve_point& k) {
                      r.line("%s at x = %.10g, curvature %.9g, radius %s", k.is_maximum() ? "sharpest" : "flattest", x,
                             finite(k.curvature, "the curvature at an extreme"), radius(c, x).c_str());
@@ -227,33 +280,55 @@ curve_marks analyse(report& r, const options& o, const fitted_curve& c, const in
   return marks;
 }
 
-void job(report& r, const options& o) {
-  const table data = read_csv(o.file, {"x", "y"});
+// The table with the column of weights, if there is one, as its third.
+table read_points(options& o) {
+  std::vector<std::string> names = {"x", "y"};
+  input_options input = o.common.input;
+  const std::string& extra = o.sigma.empty() ? o.weights : o.sigma;
+  if (!extra.empty()) {
+    o.curve.deviations = !o.sigma.empty();
+    o.curve.weighted = o.sigma.empty();
+    names.push_back(o.sigma.empty() ? "weight" : "standard deviation");
+    if (input.columns.empty()) input.columns = {"1", "2"};
+    input.columns.push_back(extra);
+  }
+  return read_table(o.file, names, input);
+}
+
+void job(report& r, options& o) {
+  r.as_json = o.common.as_json;
+  r.phase("reading " + o.file);
+  const table data = read_points(o);
   std::optional<table> certified;
   if (!o.certified.empty()) {
-    certified = read_csv(o.certified, {"power", "coefficient"});
+    certified = read_table(o.certified, {"power", "coefficient"}, {});
     check_certified(*certified);
   }
+  r.phase("fitting " + std::to_string(data.rows()) + " points");
   const fitted_curve c = fit(data, o.curve);
   std::unique_ptr<plot> picture;
-  if (!o.plot.empty()) picture = std::make_unique<plot>(o.plot, canvas_width, canvas_height);
+  if (!o.common.plot.empty()) picture = std::make_unique<plot>(o.common.plot, canvas_width, canvas_height);
   const interval i = interval_of(o, c);
 
   r.data_source(data);
   check_fit(c);
   print_fit(r, o, c);
-  print_residuals(r, c);
+  print_residuals(r, o, c);
   if (certified) print_certified(r, o, *certified, c);
   print_values(r, c, o.at.empty() ? std::vector<double>{i.a, i.a + (i.b - i.a) / 2, i.b} : o.at);
+  r.phase("searching the curve");
   const curve_marks marks = analyse(r, o, c, i);
-  if (picture) r.thinned(draw_curve(*picture, data, c, i.a, i.b, marks, o.equal));
+  if (!picture) return;
+  r.phase("drawing " + o.common.plot);
+  r.thinned(draw_curve(*picture, data, c, i.a, i.b, marks, o.equal));
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  CLI::App app{"Fits a polynomial through measured points and analyses the curve."};
-  options o;
-  declare(app, o);
-  return run(app, argc, argv, [&o](report& r) { job(r, o); });
+command program::add_curve(CLI::App& app) {
+  CLI::App* curve =
+      app.add_subcommand("curve", "Fits a polynomial through measured points and analyses the curve.");
+  const auto o = std::make_shared<options>();
+  declare(*curve, *o);
+  return {curve, [o](report& r) { job(r, *o); }};
 }

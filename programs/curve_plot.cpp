@@ -5,7 +5,7 @@
 
 #include "support/thin.h"
 
-namespace example {
+namespace program {
 namespace {
 
 using rows = std::vector<std::vector<double>>;
@@ -176,4 +176,4 @@ std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curv
   return remarks;
 }
 
-}  // namespace example
+}  // namespace program
