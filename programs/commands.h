@@ -1,4 +1,5 @@
-// The commands of the program `tessarn`. Each adds itself with its options; the options live as long as the returned job.
+// The commands of the program `tessarn`. Each adds itself with its options; the options live as long as the returned
+// job.
 #pragma once
 
 #include "support/report.h"

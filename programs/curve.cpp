@@ -45,16 +45,20 @@ void declare(CLI::App& app, options& o) {
   app.add_option("--range", o.range, "where to search, two numbers (default: where the points are)")
       ->expected(2)
       ->type_name("NUMBER");
-  CLI::Option* certified = app.add_option("--certified", o.certified, "file with columns power, coefficient to compare with")
-                                   ->type_name("FILE");
+  CLI::Option* certified =
+      app.add_option("--certified", o.certified, "file with columns power, coefficient to compare with")
+          ->type_name("FILE");
   app.add_option("--certified-square-sum", o.certified_square_sum, "residual sum of squares to compare with")
       ->type_name("NUMBER")
       ->check(finite_number);
   app.add_option("--accepted-extreme", o.accepted_extreme, "abscissa to compare the extremes of the curve with")
       ->type_name("NUMBER")
       ->check(finite_number);
-  CLI::Option* sigma = app.add_option("--sigma", o.sigma, "column with the standard deviation of each y")->type_name("COLUMN");
-  CLI::Option* weights = app.add_option("--weights", o.weights, "column with a weight for each point, 0 or positive")->type_name("COLUMN");
+  CLI::Option* sigma =
+      app.add_option("--sigma", o.sigma, "column with the standard deviation of each y")->type_name("COLUMN");
+  CLI::Option* weights =
+      app.add_option("--weights", o.weights, "column with the weight of each residual, 0 or positive")
+          ->type_name("COLUMN");
   sigma->excludes(weights);
   certified->excludes(sigma)->excludes(weights);  // the certified coefficients are of unweighted fits
   app.add_flag("--equal", o.equal, "draw both axes to the same scale");
@@ -76,7 +80,7 @@ void print_fit(report& r, const options& o, const fitted_curve& c) {
     r.line("coefficient x^%-2d     % .17g%s", static_cast<int>(i), value, shown.c_str());
   }
   if (o.curve.deviations || o.curve.weighted)
-    r.line("weights              %s", o.curve.weighted ? "as given" : "one over the squares of the standard deviations");
+    r.line("weights              %s", o.curve.weighted ? "as given" : "one over the standard deviations");
   r.line("condition            %.3g, of the powers about the centre %.10g", 1 / c.fit.reciprocal_condition,
          c.fit.centre);
 }
@@ -105,8 +109,7 @@ void print_residuals(report& r, const options& o, const fitted_curve& c) {
   r.heading("Residuals (point minus curve)");
   r.line("sum of squares       %.15g", finite(c.square_sum, "the sum of squares of the residuals"));
   const std::size_t freedom = c.fit.points_used - c.unknowns;
-  if (freedom > 0)
-    r.line("standard deviation   %.6g, degrees of freedom %zu", c.fit.residual_deviation, freedom);
+  if (freedom > 0) r.line("standard deviation   %.6g, degrees of freedom %zu", c.fit.residual_deviation, freedom);
   if (std::isfinite(c.fit.r_squared)) r.line("R squared            %.9g", c.fit.r_squared);
   const vector worst = c.points[c.fit.largest_at];
   r.line("largest              %.6g  at (%.10g, %.10g), line %zu", c.fit.largest_residual, worst.x, worst.y,
@@ -244,14 +247,14 @@ curve_marks analyse(report& r, const options& o, const fitted_curve& c, const in
   using tessarn::curve_point;
   const double a = c.u(i.a), b = c.u(i.b);
   curve_marks marks;
-  marks.zeros = print_places(r, c, "Zeros of the curve", "zeros", tessarn::zeros(c.p, a, b), "the curve is 0 throughout",
-                             [&r](double x, const curve_point& z) {
+  marks.zeros = print_places(r, c, "Zeros of the curve", "zeros", tessarn::zeros(c.p, a, b),
+                             "the curve is 0 throughout", [&r](double x, const curve_point& z) {
                                r.line("x = %.12g", x);
                                if (z.multiplicity > 1)
                                  r.line("  a zero of multiplicity %zu", static_cast<std::size_t>(z.multiplicity));
                              });
-  marks.extremes = print_places(r, c, "Extremes of the curve", "extremes", tessarn::extremes(c.p, a, b), "none, the curve is level",
-                                [&](double x, const curve_point& e) {
+  marks.extremes = print_places(r, c, "Extremes of the curve", "extremes", tessarn::extremes(c.p, a, b),
+                                "none, the curve is level", [&](double x, const curve_point& e) {
                                   r.line("%-8s at x = %.10g, p(x) = %.10g", e.is_maximum() ? "maximum" : "minimum", x,
                                          finite(e.value, "the curve at an extreme"));
                                   if (o.accepted_extreme)
@@ -259,8 +262,8 @@ curve_marks analyse(report& r, const options& o, const fitted_curve& c, const in
                                            x - *o.accepted_extreme);
                                 });
   marks.inflections =
-      print_places(r, c, "Inflections", "inflections", tessarn::inflections(c.p, a, b), "none, the curve is a straight line",
-                   [&r](double x, const curve_point& f) {
+      print_places(r, c, "Inflections", "inflections", tessarn::inflections(c.p, a, b),
+                   "none, the curve is a straight line", [&r](double x, const curve_point& f) {
                      r.line("x = %.10g, p(x) = %.10g", x, finite(f.value, "the curve at an inflection"));
                    });
   double largest = 0;
@@ -326,8 +329,7 @@ void job(report& r, options& o) {
 }  // namespace
 
 command program::add_curve(CLI::App& app) {
-  CLI::App* curve =
-      app.add_subcommand("curve", "Fits a polynomial through measured points and analyses the curve.");
+  CLI::App* curve = app.add_subcommand("curve", "Fits a polynomial through measured points and analyses the curve.");
   const auto o = std::make_shared<options>();
   declare(*curve, *o);
   return {curve, [o](report& r) { job(r, *o); }};

@@ -19,9 +19,9 @@ binom about_centre(const tessarn::polynomial_fit& f) {
   return p;
 }
 
-// The weight of a row: as given, or one over the square of its standard deviation.
+// The weight of a row, which multiplies its residual: as given, or one over its standard deviation.
 double weight(const table& t, std::size_t row, const curve_options& options) {
-  const double v = t.at(row, 2), w = options.deviations ? 1 / (v * v) : v;
+  const double v = t.at(row, 2), w = options.deviations ? 1 / v : v;
   if (std::isfinite(w) && (options.deviations ? v > 0 : v >= 0)) return w;
   throw input_error(t.file + ":" + std::to_string(t.lines[row]) + ": " + t.names[2] +
                     (options.deviations ? " must be a positive standard deviation" : " must be a weight of 0 or more"));

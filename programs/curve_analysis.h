@@ -12,9 +12,9 @@ namespace program {
 
 struct curve_options {
   unsigned coefficients = 3;
-  bool odd = false;           // constant and odd powers only
-  bool weighted = false;      // the third column of the table holds weights
-  bool deviations = false;    // it holds standard deviations of the ordinates
+  bool odd = false;         // constant and odd powers only
+  bool weighted = false;    // the third column of the table holds weights
+  bool deviations = false;  // it holds standard deviations of the ordinates
 };
 
 struct fitted_curve {
@@ -26,12 +26,13 @@ struct fitted_curve {
   std::size_t left_out = 0;        // by the marker x = -1.0
   std::size_t unknowns = 0;
   std::vector<double> residuals;  // ordinate minus curve; of a fit that failed none
-  double square_sum = 0;  // of the residuals, each square times its weight
+  double square_sum = 0;          // of the residuals, each times its weight
 
   double u(double x) const { return x - fit.centre; }
 };
 
-// Throws input_error for too few points and for a weight or a deviation that is none. Whether the fit holds, fit.state says.
+// Throws input_error for too few points and for a weight or a deviation that is none. Whether the fit holds, fit.state
+// says.
 fitted_curve fit(const table& t, const curve_options& options);
 
 std::size_t distinct_abscissas(const fitted_curve& c);

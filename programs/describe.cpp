@@ -68,9 +68,12 @@ void write_options(std::ostream& out, const App& app) {
 }
 
 const char* input_words =
-    "A file is a table of numbers, one point a row: CSV with commas, semicolons, tabs or blanks between the columns and "
-    "points or commas in the numbers, both recognised unless an option says which. A first row of words names the columns; "
-    "lines that begin with # are comments, of which \"# title: ...\" heads report and picture. The text is ASCII or UTF\\-8, "
+    "A file is a table of numbers, one point a row: CSV with commas, semicolons, tabs or blanks between the columns "
+    "and "
+    "points or commas in the numbers, both recognised unless an option says which. A first row of words names the "
+    "columns; "
+    "lines that begin with # are comments, of which \"# title: ...\" heads report and picture. The text is ASCII or "
+    "UTF\\-8, "
     "with or without a byte order mark, its lines end in LF or CRLF. The name \\- is standard input.\n";
 
 void write_manual(std::ostream& out, const App& app) {
@@ -85,8 +88,10 @@ void write_manual(std::ostream& out, const App& app) {
     if (o->get_positional())
       out << ".TP\n\\fI" << o->get_name(true) << "\\fR\n" << troff(o->get_description()) << ".\n";
   write_options(out, app);
-  out << ".SH EXIT STATUS\n" << troff(program::exit_codes)
-      << "\n.PP\nWhat is wrong is told in one line on the error stream, with file, line and column. Notes beside a report "
+  out << ".SH EXIT STATUS\n"
+      << troff(program::exit_codes)
+      << "\n.PP\nWhat is wrong is told in one line on the error stream, with file, line and column. Notes beside a "
+         "report "
          "go there, too, and on a terminal what takes long.\n"
          ".SH FILES\nPictures are drawn by gnuplot, which must be found in the path.\n"
          ".SH SEE ALSO\n.BR tessarn (1)\n";

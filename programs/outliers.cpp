@@ -63,9 +63,7 @@ void print_direction(report& r, const char* name, const vector& d) {
   r.line("%-20s (%.9g, %.9g), %.6g degrees", name, d.x, d.y, d.dirarc() * degrees);
 }
 
-json direction_findings(const vector& d) {
-  return {{"direction", coordinates(d)}, {"degrees", d.dirarc() * degrees}};
-}
+json direction_findings(const vector& d) { return {{"direction", coordinates(d)}, {"degrees", d.dirarc() * degrees}}; }
 
 // The largest distance of the points from the line through their mean along their mean direction.
 double straightness(const vectormat& chain) {
@@ -149,10 +147,9 @@ std::vector<std::string> draw(plot& out, const table& t, const result& f) {
   out.command(std::string("set key at screen 0.53, ") + (many ? "0.52" : "0.51") +
               " center top horizontal maxcols 3 reverse Left width -4");
   out.command(y_range(f.kept));
-  out.command(
-      "plot $line using 1:2 with lines lw 2 dt 2 lc rgb '#2a9d55' title 'mean direction'" +
-      points("rest", f.rest, f.kept, dot + "#808080'", "remaining points") +
-      points("chain", f.chain, f.kept, "pt 7 ps 0.6 lc rgb '#1f5fa8'", "points of the line"));
+  out.command("plot $line using 1:2 with lines lw 2 dt 2 lc rgb '#2a9d55' title 'mean direction'" +
+              points("rest", f.rest, f.kept, dot + "#808080'", "remaining points") +
+              points("chain", f.chain, f.kept, "pt 7 ps 0.6 lc rgb '#1f5fa8'", "points of the line"));
   out.command("unset multiplot");
   out.draw();
   return remarks;
@@ -274,7 +271,8 @@ command program::add_outliers(CLI::App& app) {
       ->check(squared_number)
       ->required();
   outliers
-      ->add_option("--direction", o->direction, "direction of the line, for example 1,0.2 (default: of its first points)")
+      ->add_option("--direction", o->direction,
+                   "direction of the line, for example 1,0.2 (default: of its first points)")
       ->type_name("X,Y")
       ->delimiter(',')
       ->expected(2)

@@ -24,8 +24,8 @@ std::string terminal(const std::string& file, int width, int height) {
   if (suffix == ".png") return "pngcairo noenhanced font 'DejaVu Sans,11' background 'white'" + size;
   // A sheet of the size that the other pictures have on a screen.
   if (suffix == ".pdf")
-    return "pdfcairo noenhanced font 'DejaVu Sans,11' fontscale 0.75 linewidth 1.5 background 'white' size " + text(width / 96.0) + "in," +
-           text(height / 96.0) + "in";
+    return "pdfcairo noenhanced font 'DejaVu Sans,11' fontscale 0.75 linewidth 1.5 background 'white' size " +
+           text(width / 96.0) + "in," + text(height / 96.0) + "in";
   throw input_error(file + ": the name of a picture must end in .svg, .png or .pdf");
 }
 

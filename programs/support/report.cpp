@@ -86,8 +86,8 @@ void report::data_source(const table& t) {
   for (const auto& comment : t.comments)
     if (comment.rfind("title:", 0) != 0) line("  %s", comment.c_str());
   if (t.skipped > 0)
-    note(std::to_string(t.skipped) + (t.skipped == 1 ? " row" : " rows") + " left out that could not be read, the first: " +
-         t.first_skipped);
+    note(std::to_string(t.skipped) + (t.skipped == 1 ? " row" : " rows") +
+         " left out that could not be read, the first: " + t.first_skipped);
   findings["files"].push_back({{"name", t.name()},
                                {"title", t.title()},
                                {"simulated", t.simulated()},
@@ -120,8 +120,8 @@ void declare_common(CLI::App& command, common_options& o, const std::string& col
       ->delimiter(',')
       ->allow_extra_args(false)
       ->type_name("LIST");
-  command.add_option("--separator", o.input.separator,
-                     "comma, semicolon, tab, blank or a character (default: recognised)")
+  command
+      .add_option("--separator", o.input.separator, "comma, semicolon, tab, blank or a character (default: recognised)")
       ->type_name("NAME");
   command.add_option("--decimal", o.input.decimal, "point or comma (default: recognised)")->type_name("NAME");
   if (rows_may_be_left_out)

@@ -5,12 +5,12 @@
 #include <cmath>
 #include <string>
 
-#include "support/csv.h"
+#include "support/table.h"
 
 namespace {
 
-using example::read_csv;
-using example::table;
+using program::read_table;
+using program::table;
 
 long double power(long double x, int n) {
   long double p = 1;
@@ -18,7 +18,7 @@ long double power(long double x, int n) {
   return p;
 }
 
-table data(const std::string& name) { return read_csv(EXAMPLE_DATA "/" + name + ".csv", {"x", "y"}); }
+table data(const std::string& name) { return read_table(EXAMPLE_DATA "/" + name + ".csv", {"x", "y"}, {}); }
 
 long double square_sum(const std::string& name) {
   const table points = data(name), certified = data(name + "_certified");

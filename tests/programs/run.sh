@@ -30,7 +30,7 @@ if [ "$expected" -eq 0 ]; then
   grep -Eq -e "$pattern" "$scratch/out" || fail "nothing in the report matches: $pattern"
   if [ -n "${NOTE-}" ]; then
     grep -Eq -e "$NOTE" "$scratch/err" || fail "no note matches: $NOTE"
-    grep -Ev -e "^[a-z_]+: note: " "$scratch/err" && fail "more than notes on the error stream"
+    grep -Ev -e "^tessarn( [a-z]+)?: note: " "$scratch/err" && fail "more than notes on the error stream"
   else
     [ -s "$scratch/err" ] && fail "something on the error stream"
   fi
@@ -42,6 +42,7 @@ if [ "$expected" -eq 0 ]; then
   case $picture in
     -) ;;
     *.png) [ "$(head -c 4 "$picture" | tail -c 3)" = PNG ] || fail "no PNG picture" ;;
+    *.pdf) tail -c 16 "$picture" | grep -q '%%EOF' || fail "no complete PDF picture" ;;
     *.svg) tail -n 3 "$picture" | grep -q '</svg>' || fail "no complete SVG picture" ;;
   esac
 else

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace example;
+using namespace program;
 
 std::vector<double> noise(std::size_t n, unsigned seed) {
   std::mt19937 random(seed);
