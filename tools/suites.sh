@@ -59,7 +59,7 @@ write_replay_file() {
   local folder=build/release
   if [ ! -x "$folder/tests/replay/replay" ]; then
     folder=build/replay
-    quietly cmake -S . -B "$folder" -G Ninja -DTESSARN_TESTS=OFF -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF || return
+    quietly cmake -S . -B "$folder" -G Ninja -DTESSARN_TESTS=OFF -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF -DTESSARN_PROGRAMS=OFF || return
   fi
   quietly cmake --build "$folder" --target replay && mkdir -p build && "$folder/tests/replay/replay" write build/operations.bin
 }

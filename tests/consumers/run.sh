@@ -64,7 +64,7 @@ case $kind in
   shared | static)
     only=ON names="libtessarn.so libtessarn.so.1 libtessarn.so.$(sed -n 's/.*_VERSION_[A-Z]* //p' "$root/include/tessarn/version.h" | paste -sd.)"
     [ "$kind" = shared ] || only=OFF names=libtessarn.a
-    configure "$root" "$work/one" -DBUILD_SHARED_LIBS=$only -DTESSARN_TESTS=OFF -DTESSARN_EXAMPLES=OFF \
+    configure "$root" "$work/one" -DBUILD_SHARED_LIBS=$only -DTESSARN_TESTS=OFF -DTESSARN_EXAMPLES=OFF -DTESSARN_PROGRAMS=OFF \
       -DCMAKE_CXX_COMPILER_LAUNCHER="$reuse"
     make "$work/one"
     install_moved "$work/one"

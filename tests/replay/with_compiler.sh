@@ -9,6 +9,6 @@ esac
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cmake -S "$1" -B "$work" -G Ninja -DCMAKE_CXX_COMPILER="$2" -DCMAKE_CXX_FLAGS_RELEASE=$level -DTESSARN_TESTS=OFF \
-      -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF "${@:4}" >/dev/null
+      -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF -DTESSARN_PROGRAMS=OFF "${@:4}" >/dev/null
 cmake --build "$work" --target replay >/dev/null
 "$work/tests/replay/replay" check "$3"
