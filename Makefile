@@ -21,5 +21,5 @@ certify: ## repeat the operations by every compiler, instruction set, module and
 	@tools/install.sh build test windows portable && tools/certify.sh
 python: ## the wheel for Python, and its tests on the installed package
 	@tools/install.sh build python && python/wheel.sh
-package: ## the archives for Windows callers and of the sources; the descriptions for vcpkg, Conan and NuGet are checked
-	@tools/install.sh build windows && windows/package.sh && packaging/source.sh && packaging/check.sh
+package: ## archives for Windows and of the sources, Debian packages used in a bare system, vcpkg, Conan and NuGet
+	@tools/install.sh build windows package && windows/package.sh && packaging/source.sh && packaging/check.sh && packaging/debian/build.sh

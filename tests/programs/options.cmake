@@ -65,7 +65,8 @@ run(unknown_command 2 "^tessarn: " - ${tessarn} polish)
 run(exit_codes_told 0 "^Exit codes: 0 " - ${tessarn} curve --help)
 
 add_test(NAME programs/pages COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/pages_test.py ${tessarn}
-         ${PROJECT_BINARY_DIR}/programs/pages)
+         ${PROJECT_BINARY_DIR}/programs/pages $<TARGET_FILE:tessarn-selfcheck>
+         ${PROJECT_SOURCE_DIR}/selfcheck/tessarn-selfcheck.1)
 add_test(NAME programs/json COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/json_test.py ${tessarn} ${data} ${dir})
 add_test(NAME programs/progress COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/progress_test.py ${tessarn}
          ${data}/water.csv)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Every option that --help shows is in the manual page and in the completion of each shell, and no other one.
 
-usage: pages_test.py TESSARN PAGES
+usage: pages_test.py TESSARN PAGES SELFCHECK SELFCHECK_PAGE
 """
 import pathlib
 import re
@@ -10,6 +10,7 @@ import subprocess
 import sys
 
 tessarn, pages = sys.argv[1], pathlib.Path(sys.argv[2])
+selfcheck, selfcheck_page = sys.argv[3], pathlib.Path(sys.argv[4])
 commands = ["curve", "align", "flatness", "outliers"]
 option = re.compile(r"(?<![\w-])(--?[a-z][\w-]*)")
 
@@ -69,6 +70,10 @@ for command in ["", *commands]:
             wrong.append(f"{page}: groff says {said.stderr}")
 bash = subprocess.run(["bash", "-c", f'source {pages}/tessarn.bash; COMP_WORDS=(tessarn fl); COMP_CWORD=1; _tessarn; '
                        'echo "${COMPREPLY[@]}"'], capture_output=True, text=True, check=True).stdout.strip()
+usage = subprocess.run([selfcheck, "--wrong"], capture_output=True, text=True).stdout
+told = set(re.findall(r"^\\fB(--\w+)\\fR", selfcheck_page.read_text().replace("\\-", "-"), re.M))
+if told != set(option.findall(usage)) or len(told) != 2:
+    wrong.append(f"tessarn-selfcheck: its page has {sorted(told)}, it takes {usage}")
 if bash != "flatness":
     wrong.append(f"bash completes fl by {bash!r}")
 if wrong:
