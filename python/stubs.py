@@ -53,7 +53,17 @@ RESULTS = {
     "__array__": "npt.NDArray[Any]",
 }
 COMPARISONS = {"__eq__", "__ne__"}
-LEFT_OUT = {"__setstate__", "__getstate__", "__new__", "__doc__", "__module__", "__hash__", "__dict__", "__weakref__"}
+LEFT_OUT = {
+    "__setstate__",
+    "__getstate__",
+    "__new__",
+    "__doc__",
+    "__module__",
+    "__hash__",
+    "__dict__",
+    "__weakref__",
+    "__reduce_ex__",
+}
 
 
 def named(text):

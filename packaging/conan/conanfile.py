@@ -27,9 +27,25 @@ class TessarnConan(ConanFile):
         self.version = ".".join(re.findall(r"#define TESSARN_VERSION_\w+ (\d+)", header))
 
     def export_sources(self):
-        for pattern in ("CMakeLists.txt", "*.cpp", "*.h", "*.inl", "*.cmake", "*.in", "*.map", "*.py", "*.natvis", "*.rc*"):
-            copy(self, pattern, src=self._root(), dst=self.export_sources_folder,
-                 excludes=("build*", "tests/*", "bench/*", "fuzz/*", "examples/*", "packaging/*", "docs/*"))
+        for pattern in (
+            "CMakeLists.txt",
+            "*.cpp",
+            "*.h",
+            "*.inl",
+            "*.cmake",
+            "*.in",
+            "*.map",
+            "*.py",
+            "*.natvis",
+            "*.rc*",
+        ):
+            copy(
+                self,
+                pattern,
+                src=self._root(),
+                dst=self.export_sources_folder,
+                excludes=("build*", "tests/*", "bench/*", "fuzz/*", "examples/*", "packaging/*", "docs/*"),
+            )
 
     def config_options(self):
         if self.settings.os == "Windows":

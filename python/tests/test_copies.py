@@ -11,6 +11,11 @@ from results import same, same_results
 CLOUD = np.random.default_rng(4).normal(size=(20, 3))
 
 
+def pickled(o):
+    """The object by every protocol of pickling, also by the oldest, which pybind11 alone does not stand."""
+    return [pickle.loads(pickle.dumps(o, protocol)) for protocol in range(pickle.HIGHEST_PROTOCOL + 1)]
+
+
 def results():
     x, y, z = CLOUD.T
     a = CLOUD[:3]
@@ -32,7 +37,7 @@ def kinds(objects):
 
 @pytest.mark.parametrize("result", results(), ids=kinds(results()))
 def test_results(result):
-    for other in (pickle.loads(pickle.dumps(result)), copy.copy(result), copy.deepcopy(result)):
+    for other in (*pickled(result), copy.copy(result), copy.deepcopy(result)):
         assert same_results(result, other)
         assert repr(other) == repr(result)
     assert repr(result).startswith(type(result).__name__ + ":")
@@ -56,7 +61,7 @@ def classic():
 @pytest.mark.parametrize("number", range(len(classic())), ids=kinds(classic()))
 def test_classes(number):
     original = classic()[number]
-    for other in (pickle.loads(pickle.dumps(original)), copy.copy(original), copy.deepcopy(original)):
+    for other in (*pickled(original), copy.copy(original), copy.deepcopy(original)):
         assert type(other) is type(original) and repr(other) == repr(original) and str(other) == str(original)
     if not isinstance(original, (tessarn.plane, tessarn.line3d)):
         assert repr(eval(repr(original), vars(tessarn))) == repr(original)
@@ -71,3 +76,9 @@ def test_nan_survives_the_pickling_of_a_matrix():
 def test_statuses_are_pickled():
     assert pickle.loads(pickle.dumps(tessarn.Status.singular)) is not None
     assert pickle.loads(pickle.dumps(tessarn.Status.singular)) == tessarn.Status.singular
+
+
+def test_what_cannot_be_pickled_says_so():
+    for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
+        with pytest.raises(TypeError, match="cannot pickle"):
+            pickle.dumps(tessarn.selfcheck(), protocol)
