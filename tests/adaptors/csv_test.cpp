@@ -78,6 +78,7 @@ TEST(Csv, ADecimalCommaIsStrict) {
   o.decimal = ',';
   for (const char* cell : {"1.5", "1,5,5", "1,", ",", "1.000,5"})
     EXPECT_EQ(complaint(std::string("0;") + cell + "\n", o), std::string("line 1:3: '") + cell + "' is not a number");
+  EXPECT_EQ(values("0;0," + std::string(200, '0') + "1\n", o), (numbers{0, 1e-201}));
 }
 
 TEST(Csv, QuotedCells) {

@@ -370,7 +370,7 @@ class table_reader {
 /// assert(bad.state.message() == "line 2:3: 'four' is not a number");
 /// \endcode
 ///
-/// Cost: O(size of the text), some 100 nanoseconds a cell. Memory: 8 bytes a cell and 8 a row.
+/// Cost: O(size of the text). Memory: 8 bytes a cell and 8 a row.
 /// Throws: std::bad_alloc.
 [[nodiscard]] inline table parse_csv(std::string_view text, const csv_options& o = {}) {
   table t;

@@ -159,7 +159,7 @@ inline space_cloud to_space_cloud(table&& t) {
 
 /// \name Points as the content of a file
 /// Every number in text has the fewest digits that read back as the number itself; binary forms hold the 8 bytes of
-/// each. Any list of points is taken without a copy. Cost: O(n), some 100 nanoseconds a number of text.
+/// each. Any list of points is taken without a copy.
 /// Throws: std::bad_alloc.
 /// @{
 [[nodiscard]] inline std::string format_csv(const plane_points& p, const csv_format& f = {}) {

@@ -111,16 +111,13 @@ enum class parsed { number, not_finite, too_small, text };
 
 /// Reads the whole text as one number, by the rules of every country: the decimal separator is the given character.
 inline parsed parse_number(std::string_view text, char decimal, double& value) {
-  char changed[64];
+  std::string with_point;
   if (decimal != '.') {
-    if (text.size() > sizeof changed || text.find('.') != text.npos) return parsed::text;
-    std::size_t commas = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      changed[i] = text[i] == decimal ? '.' : text[i];
-      commas += text[i] == decimal;
-    }
-    if (commas > 1 || (commas > 0 && text.back() == decimal)) return parsed::text;
-    text = std::string_view(changed, text.size());
+    // A comma at the end is no decimal one: "1, 2" is separated by commas.
+    if (text.find('.') != text.npos || (!text.empty() && text.back() == decimal)) return parsed::text;
+    with_point = text;
+    std::replace(with_point.begin(), with_point.end(), decimal, '.');
+    text = with_point;
   }
   if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);  // from_chars takes no +
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
