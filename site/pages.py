@@ -18,16 +18,16 @@ SITE = pathlib.Path(__file__).resolve().parent
 ROOT = SITE.parent
 PLAIN_PAGES = ["README.md", "CONTRIBUTING.md", "CHANGELOG.md"]
 GALLERY = [  # what make demo draws: its caption, and the program that drew it
-    ("water.svg", "Density of water: eight handbook values, the fit, its residuals and the maximum", "curve_report"),
-    ("profile.png", "A profile with the circle of curvature at its sharpest bend", "curve_report"),
-    ("sensor.png", "The characteristic of a sensor, fitted by odd powers", "curve_report"),
-    ("align.png", "The motion between two sets of points in space", "align"),
-    ("flatness.png", "The flatness of a plate", "flatness"),
-    ("outliers.png", "A scan before and after its wild readings are removed", "outliers"),
-    ("norris.png", "Norris: a line through reference data with certified coefficients", "curve_report"),
-    ("pontius.png", "Pontius: a parabola through reference data", "curve_report"),
-    ("wampler1.png", "Wampler 1: a polynomial of degree five", "curve_report"),
-    ("wampler2.png", "Wampler 2: a polynomial of degree five with small coefficients", "curve_report"),
+    ("water.svg", "Density of water: eight handbook values, the fit, its residuals and the maximum", "tessarn curve"),
+    ("profile.png", "A profile with the circle of curvature at its sharpest bend", "tessarn curve"),
+    ("sensor.png", "The characteristic of a sensor, fitted by odd powers", "tessarn curve"),
+    ("align.png", "The motion between two sets of points in space", "tessarn align"),
+    ("flatness.png", "The flatness of a plate", "tessarn flatness"),
+    ("outliers.png", "A scan before and after its wild readings are removed", "tessarn outliers"),
+    ("norris.png", "Norris: a line through reference data with certified coefficients", "tessarn curve"),
+    ("pontius.png", "Pontius: a parabola through reference data", "tessarn curve"),
+    ("wampler1.png", "Wampler 1: a polynomial of degree five", "tessarn curve"),
+    ("wampler2.png", "Wampler 2: a polynomial of degree five with small coefficients", "tessarn curve"),
 ]
 
 

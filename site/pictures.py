@@ -27,14 +27,15 @@ def draw(name, series, theme, path):
     figure, axes = plt.subplots(figsize=(7, 4.2))
     figure.patch.set_alpha(0)
     axes.set_facecolor("none")
-    labels, markers = {}, iter("os^Dvx")
+    labels, markers = {}, iter("osxD^v")
     for one in series:
         known = one["label"] in labels
         colour = labels.setdefault(one["label"], colours["series"][len(labels) % 5])
         x, y = zip(*one["xy"])
         label = None if known else one["label"]
         if one["kind"] == "points":
-            axes.plot(x, y, next(markers), color=colour, label=label, markersize=6, zorder=3)
+            axes.plot(x, y, next(markers), color=colour, label=label, markersize=7, markeredgewidth=1.6,
+                      zorder=3)
         else:
             axes.plot(x, y, color=colour, label=label, linewidth=1.6)
     if name in EQUAL:
@@ -43,7 +44,7 @@ def draw(name, series, theme, path):
     axes.set_xlabel(across)
     axes.set_ylabel(up)
     axes.grid(color=colours["grid"], linewidth=0.7)
-    axes.legend(frameon=False, labelcolor=colours["ink"])
+    axes.legend(frameon=False, labelcolor=colours["ink"], loc="lower center", bbox_to_anchor=(0.5, 1), ncol=4)
     axes.tick_params(colors=colours["ink"])
     for item in (axes.xaxis.label, axes.yaxis.label):
         item.set_color(colours["ink"])

@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
                 plate[f.touching[i]].x, plate[f.touching[i]].y);
 
   picture drawing(argc, argv);
-  for (int j = 0; j <= 10; j += 5) {
+  for (int j = 0; j <= 10; j += 3) {
     vector profile[11];
     for (tessarn::ulong i = 0; i <= 10; ++i)
       profile[i] =
