@@ -44,7 +44,7 @@ def draw(name, series, theme, path):
     axes.set_xlabel(across)
     axes.set_ylabel(up)
     axes.grid(color=colours["grid"], linewidth=0.7)
-    axes.legend(frameon=False, labelcolor=colours["ink"], loc="lower center", bbox_to_anchor=(0.5, 1), ncol=4)
+    axes.legend(frameon=False, labelcolor=colours["ink"], loc="lower center", bbox_to_anchor=(0.5, 1), ncol=5)
     axes.tick_params(colors=colours["ink"])
     for item in (axes.xaxis.label, axes.yaxis.label):
         item.set_color(colours["ink"])
