@@ -89,7 +89,8 @@ void put(results& out, const shape_fit& f) {
 void put_curve(inputs& in, results& out, curve_points (*places)(column_view, real, real)) {
   real p[6];
   for (real& c : p) c = in.below(2) == 0 ? in.integer() : finite(in);
-  put(out, places({p, 6}, in.integer() - 4, in.integer() + 4));
+  const real upper = in.integer() + 4;  // compilers differ in which argument they evaluate first
+  put(out, places({p, 6}, in.integer() - 4, upper));
 }
 
 #define ANY TESSARN_MEMBER_HOSTILE

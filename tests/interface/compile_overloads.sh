@@ -49,6 +49,7 @@ fi
 echo >"$work/empty.cpp"
 for compiler in $compilers; do
   for header in "$root"/include/tessarn/*.h "$root"/include/tessarn/detail/*.h; do
-    "$compiler" -std=c++17 "${warnings[@]}" -fsyntax-only -I"$root/include" -include "$header" "$work/empty.cpp"
+    "$compiler" -std=c++17 "${warnings[@]}" -fsyntax-only -I"$root/include" -isystem /usr/include/eigen3 \
+        -include "$header" "$work/empty.cpp"
   done
 done
