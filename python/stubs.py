@@ -62,6 +62,7 @@ LEFT_OUT = {
     "__hash__",
     "__dict__",
     "__weakref__",
+    "__reduce__",
     "__reduce_ex__",
 }
 

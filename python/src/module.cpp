@@ -6,17 +6,21 @@
 
 namespace {
 
-// The two oldest protocols of pickling make an object of pybind11's base class, which ends the program. Every class
-// answers them as protocol 2.
-void refuse_old_protocols(pybind11::module_& m) {
+// The two oldest protocols of pickling, and a direct call of __reduce__, make an object of pybind11's base class, which
+// ends the program. Every class answers them as protocol 2 does: make an empty object, then set its state.
+void answer_every_protocol(pybind11::module_& m) {
   namespace py = pybind11;
-  const py::object reduce = py::module_::import("builtins").attr("object").attr("__reduce_ex__");
+  const py::object make_empty = py::module_::import("copyreg").attr("__newobj__");
+  const auto reduce = [make_empty](const py::object& self, const py::args&) {
+    if (!py::hasattr(self, "__setstate__"))
+      throw py::type_error("cannot pickle '" + py::str(py::type::of(self).attr("__name__")).cast<std::string>() +
+                           "' object");
+    return py::make_tuple(make_empty, py::make_tuple(py::type::of(self)), self.attr("__getstate__")());
+  };
   for (const auto& [name, member] : m.attr("__dict__").cast<py::dict>()) {
     if (!PyType_Check(member.ptr())) continue;
-    py::setattr(
-        member, "__reduce_ex__",
-        py::cpp_function([reduce](const py::object& self, int protocol) { return reduce(self, std::max(protocol, 2)); },
-                         py::name("__reduce_ex__"), py::is_method(member), py::arg("protocol")));
+    for (const char* call : {"__reduce__", "__reduce_ex__"})
+      py::setattr(member, call, py::cpp_function(reduce, py::name(call), py::is_method(member)));
   }
 }
 
@@ -45,5 +49,5 @@ PYBIND11_MODULE(_core, m) {
   binding::add_flat(m);
   binding::add_shapes(m);
   binding::add_selfcheck(m);
-  refuse_old_protocols(m);
+  answer_every_protocol(m);
 }
