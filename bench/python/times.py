@@ -154,6 +154,10 @@ def short(us):
     return f"{us:,.1f}" if us < 100 else f"{us:,.0f}"
 
 
+def ratio(r):
+    return f"{r:.2f}" if r >= 0.1 else f"{r:.3f}"
+
+
 def table(found):
     lines = [
         "| what | size | Tessarn, µs | best of NumPy and SciPy, µs | their time over ours |",
@@ -163,6 +167,6 @@ def table(found):
         peer = min((name for name in row["us"] if is_peer(name)), key=row["us"].get)
         ours = [name for name in row["us"] if not is_peer(name)]
         cells = " · ".join(f"`{name}` {short(row['us'][name])}" for name in ours)
-        ratios = " · ".join(f"{row['us'][peer] / row['us'][name]:.2f}" for name in ours)
+        ratios = " · ".join(ratio(row["us"][peer] / row["us"][name]) for name in ours)
         lines.append(f"| {row['what']} | {row['size']} | {cells} | `{peer}` {short(row['us'][peer])} | {ratios} |")
     return "\n".join(lines) + "\n"
