@@ -8,14 +8,18 @@ trap 'rm -rf "$work"' EXIT
 mkdir "$work/macros" "$work/names"
 
 standard_headers=$(printf '#include <%s>\n' algorithm array atomic cmath complex cstddef cstdint cstdio cstdlib cstring \
-  filesystem fstream functional initializer_list iosfwd iostream iterator limits memory new numeric ostream ranges sstream stdexcept \
-  string tuple type_traits utility vector)
+  functional initializer_list iosfwd iostream iterator limits memory new numeric ostream sstream stdexcept string tuple \
+  type_traits utility vector)
+more_headers=$(printf '#include <%s>\n' filesystem fstream ranges)
 count=0
 for header in "$root"/include/tessarn/*.h; do
   name=$(basename "$header")
+  more=
+  case $name in files.h | std.h) more=$more_headers ;; esac
   # The standard headers first: they take such macros away, and guard themselves against being read again.
   cat >"$work/macros/$name.cpp" <<end
 $standard_headers
+$more
 #define min(a, b) (((a) < (b)) ? (a) : (b))
 #define max(a, b) (((a) > (b)) ? (a) : (b))
 #define small char
