@@ -1,4 +1,4 @@
-// A polynomial through measured points, as curve_report looks at it.
+// A polynomial through measured points, as `tessarn curve` looks at it.
 #pragma once
 
 #include <tessarn/tessarn.h>

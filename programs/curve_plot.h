@@ -1,4 +1,4 @@
-// The picture of curve_report.
+// The picture of `tessarn curve`.
 #pragma once
 
 #include <string>

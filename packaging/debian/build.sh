@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the Debian packages in build/package/debian from the files under version control, looks at them with lintian, and
-# installs and uses them in a bare system (test.sh). The documentation is the site in build/docs/html, made here when
+# Makes the Debian packages in build/package/debian from the files under version control, looks at them with lintian,
+# and installs and uses them in a bare system (test.sh). The documentation is the site in build/docs/html, made here when
 # there is none. DEBFULLNAME and DEBEMAIL name the maintainer, else the last commit's author does.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
@@ -28,7 +28,9 @@ if [ -d python ]; then
   echo "usr/lib/python3*" >"$tree/debian/python3-tessarn.install"
 fi
 MAINTAINER=$maintainer BUILD=$python_build PACKAGE=$python_package awk '
-  { gsub(/@MAINTAINER@/, ENVIRON["MAINTAINER"]); gsub(/@PYTHON_BUILD@/, ENVIRON["BUILD"]); gsub(/@PYTHON_PACKAGE@/, ENVIRON["PACKAGE"]); print }
+  { gsub(/@MAINTAINER@/, ENVIRON["MAINTAINER"]) }
+  { gsub(/@PYTHON_BUILD@/, ENVIRON["BUILD"]) }
+  { gsub(/@PYTHON_PACKAGE@/, ENVIRON["PACKAGE"]); print }
 ' packaging/debian/debian/control.in | sed -e '$ { /^$/d }' >"$tree/debian/control"
 mv "$tree/debian/copyright.in" "$tree/debian/copyright"
 rm "$tree/debian/control.in" "$tree/debian/python.in"
@@ -40,7 +42,10 @@ cp -r build/docs/html "$tree/html"
 echo html >>"$tree/debian/tessarn-doc.docs"
 
 echo "== building"
-(cd "$tree" && dpkg-buildpackage -us -uc -b -j"${JOBS:-2}") >"$out/build.log" 2>&1 || { tail -40 "$out/build.log"; exit 1; }
+(cd "$tree" && dpkg-buildpackage -us -uc -b -j"${JOBS:-2}") >"$out/build.log" 2>&1 || {
+  tail -40 "$out/build.log"
+  exit 1
+}
 rm -rf "$tree"
 
 echo "== lintian"

@@ -19,7 +19,11 @@ echo "== a bare system"
 $as_root mmdebstrap --quiet --variant=apt --include="$wanted" --format=directory "$VERSION_CODENAME" "$root" \
   --customize-hook="mkdir -p '$root/packages' '$root/consumer'" \
   --customize-hook="cp '$packages'/*.deb '$root/packages/'" \
-  --customize-hook="cp '$top'/tests/consumers/CMakeLists.txt '$top'/tests/consumers/consumer.cpp '$top'/examples/data/water.csv '$here'/inside.sh '$root/consumer/'" \
+  --customize-hook="cp '$top'/tests/consumers/CMakeLists.txt '$top'/tests/consumers/consumer.cpp '$root/consumer/'" \
+  --customize-hook="cp '$top'/examples/data/water.csv '$here'/inside.sh '$root/consumer/'" \
   --customize-hook="rm -f '$root'/packages/*-dbgsym_*" \
-  --customize-hook="chroot '$root' sh /consumer/inside.sh" >"$packages/test.log" 2>&1 || { tail -40 "$packages/test.log"; exit 1; }
+  --customize-hook="chroot '$root' sh /consumer/inside.sh" >"$packages/test.log" 2>&1 || {
+  tail -40 "$packages/test.log"
+  exit 1
+}
 grep '^== ' "$packages/test.log"

@@ -18,7 +18,8 @@ def run(*arguments, code=0):
 
 
 def both(*arguments):
-    return run(*arguments), json.loads(run(*arguments, "--json"), parse_constant=lambda c: sys.exit(f"{c} in {arguments}"))
+    found = json.loads(run(*arguments, "--json"), parse_constant=lambda c: sys.exit(f"{c} in {arguments}"))
+    return run(*arguments), found
 
 
 def same(shown, number):

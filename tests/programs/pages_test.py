@@ -27,7 +27,8 @@ def of_help(arguments):
 def of_manual(name):
     text = (pages / f"{name}.1").read_text().replace("\\-", "-")
     body = text[text.index(".SH OPTIONS"):text.index(".SH EXIT STATUS")]
-    return {o for line in body.splitlines() if line.startswith("\\fB-") for o in re.findall(r"\\fB(-[\w-]+)\\fR", line)}
+    heads = [line for line in body.splitlines() if line.startswith("\\fB-")]
+    return {o for line in heads for o in re.findall(r"\\fB(-[\w-]+)\\fR", line)}
 
 
 def of_bash(command):
@@ -50,7 +51,8 @@ def of_fish(command):
     for line in (pages / "tessarn.fish").read_text().splitlines():
         if f"-n {wanted} " in line:
             head = line.split(" -d ")[0]
-            found |= {"-" + s for s in re.findall(r" -s (\S+)", head)} | {"--" + l for l in re.findall(r" -l (\S+)", head)}
+            found |= {"-" + name for name in re.findall(r" -s (\S+)", head)}
+            found |= {"--" + name for name in re.findall(r" -l (\S+)", head)}
     return found
 
 
@@ -65,7 +67,8 @@ for command in ["", *commands]:
         if found != expected:
             wrong.append(f"{page}, {where}: missing {sorted(expected - found)}, unknown {sorted(found - expected)}")
     if shutil.which("groff"):
-        said = subprocess.run(["groff", "-man", "-Tutf8", "-ww", "-z", str(pages / f"{page}.1")], capture_output=True, text=True)
+        groff = ["groff", "-man", "-Tutf8", "-ww", "-z", str(pages / f"{page}.1")]
+        said = subprocess.run(groff, capture_output=True, text=True)
         if said.stderr:
             wrong.append(f"{page}: groff says {said.stderr}")
 bash = subprocess.run(["bash", "-c", f'source {pages}/tessarn.bash; COMP_WORDS=(tessarn fl); COMP_CWORD=1; _tessarn; '
