@@ -1,6 +1,6 @@
 /// \file
-/// The whole library, but for reading and writing (tessarn/io.h). A program can as well include the headers of its
-/// classes alone, in any order:
+/// The whole library, but for printing (tessarn/io.h) and the adaptors for files, Eigen and the standard library
+/// (tessarn/files.h, eigen.h, std.h). A program can as well include the headers of its classes alone, in any order:
 ///
 /// \verbatim
 ///     angles.h     sines, cosines and their inverses with the same bits everywhere
