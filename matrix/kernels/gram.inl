@@ -84,7 +84,7 @@ TESSARN_INLINE vec by_rule(vec v) {
   return Rule ? without_nan(v) : v;
 }
 template <bool Rule>
-TESSARN_INLINE double by_rule(double v) {
+TESSARN_INLINE double entry_by_rule(double v) {
   return Rule ? kept(v) : v;
 }
 
@@ -95,7 +95,7 @@ TESSARN_INLINE void eliminate_below(double* row, const double* upper, size_t p, 
   const vec factor = broadcast(f);
   size_t c = p;
   for (; c + width <= n; c += width) store(row + c, by_rule<Rule>(load(row + c) - factor * load(upper + c)));
-  for (; c < n; ++c) row[c] = by_rule<Rule>(row[c] - f * upper[c]);
+  for (; c < n; ++c) row[c] = entry_by_rule<Rule>(row[c] - f * upper[c]);
 }
 
 // Four steps in one pass over the row; `upper` is the row of the first pivot, p its column.
@@ -108,7 +108,7 @@ TESSARN_INLINE void eliminate_four(double* row, const double* upper, size_t p, s
     const double* u = upper + s * n;
     factors[s] = row[p + s] / u[p + s];
     factor[s] = broadcast(factors[s]);
-    for (size_t c = p + s; c < p + 4; ++c) row[c] = by_rule<Rule>(row[c] - factors[s] * u[c]);
+    for (size_t c = p + s; c < p + 4; ++c) row[c] = entry_by_rule<Rule>(row[c] - factors[s] * u[c]);
   }
   size_t c = p + 4;
   for (; c + width <= n; c += width) {
@@ -119,7 +119,7 @@ TESSARN_INLINE void eliminate_four(double* row, const double* upper, size_t p, s
   }
   for (; c < n; ++c) {
     double v = row[c];
-    for (size_t s = 0; s < 4; ++s) v = by_rule<Rule>(v - factors[s] * upper[s * n + c]);
+    for (size_t s = 0; s < 4; ++s) v = entry_by_rule<Rule>(v - factors[s] * upper[s * n + c]);
     row[c] = v;
   }
 }
