@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Stages the NuGet package from the archive for Windows, as `nuget pack` would: check.py ARCHIVE STAGE
 
-Each pattern of the specification must match files of the archive, and each file that the targets name must be staged.
+Each pattern of tessarn.nuspec must match files of the archive, and each file that the targets name must be staged.
 """
 import fnmatch
 import pathlib

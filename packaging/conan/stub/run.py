@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Runs the recipes with stand-ins for Conan: run.py WORK. The package is made in WORK, and the test package takes it."""
-import importlib.util
 import inspect
 import pathlib
+import runpy
 import subprocess
 import sys
 
@@ -16,10 +16,8 @@ from conan.tools.cmake import CMakeToolchain  # noqa: E402
 
 
 def recipe(folder, shared):
-    spec = importlib.util.spec_from_file_location("recipe", folder / "conanfile.py")
-    module = importlib.util.module_from_spec(spec)
-    spec.loader.exec_module(module)
-    kinds = [k for _, k in inspect.getmembers(module, inspect.isclass) if issubclass(k, conan.ConanFile)]
+    names = runpy.run_path(str(folder / "conanfile.py")).values()
+    kinds = [k for k in names if inspect.isclass(k) and issubclass(k, conan.ConanFile)]
     return next(k for k in kinds if k is not conan.ConanFile)(folder, shared)
 
 
