@@ -60,6 +60,9 @@ class span {
 /// assert(m.column(2).size() == 2 && m.column(2)[1] == 6);
 /// m.column(0)[1] = 7;                      // writes into the matrix
 /// assert(m.get(0, 1) == 7);
+/// const auto last = m.column(2);
+/// std::sort(last.begin(), last.end(), std::greater<>());
+/// assert(m.get(2, 0) == 6);
 /// \endcode
 ///
 /// Writing through a view stores the value as it is: the rule that a matrix stores 0.0 in place of a
@@ -73,7 +76,7 @@ class strided_span {
   /// that the end of a view is no pointer beyond the storage.
   class iterator {
    public:
-    using iterator_category = std::forward_iterator_tag;
+    using iterator_category = std::random_access_iterator_tag;
     using value_type = std::remove_cv_t<T>;
     using difference_type = std::ptrdiff_t;
     using pointer = T*;
@@ -82,26 +85,44 @@ class strided_span {
     /// Belongs to no view; only to be assigned to.
     constexpr iterator() noexcept : first_(nullptr), stride_(0), i_(0) {}
     /// Object i of a view.
-    constexpr iterator(T* first, std::size_t stride, std::size_t i) noexcept : first_(first), stride_(stride), i_(i) {}
+    constexpr iterator(T* first, std::size_t stride, std::size_t i) noexcept
+        : first_(first), stride_(static_cast<difference_type>(stride)), i_(static_cast<difference_type>(i)) {}
     constexpr T& operator*() const noexcept { return first_[i_ * stride_]; }
     constexpr T* operator->() const noexcept { return first_ + i_ * stride_; }
-    constexpr iterator& operator++() noexcept {
-      ++i_;
-      return *this;
-    }
+    constexpr T& operator[](difference_type n) const noexcept { return first_[(i_ + n) * stride_]; }
+    constexpr iterator& operator++() noexcept { return *this += 1; }
+    constexpr iterator& operator--() noexcept { return *this += -1; }
     constexpr iterator operator++(int) noexcept {
       const iterator before = *this;
       ++i_;
       return before;
     }
+    constexpr iterator operator--(int) noexcept {
+      const iterator before = *this;
+      --i_;
+      return before;
+    }
+    constexpr iterator& operator+=(difference_type n) noexcept {
+      i_ += n;
+      return *this;
+    }
+    constexpr iterator& operator-=(difference_type n) noexcept { return *this += -n; }
+    friend constexpr iterator operator+(iterator a, difference_type n) noexcept { return a += n; }
+    friend constexpr iterator operator+(difference_type n, iterator a) noexcept { return a += n; }
+    friend constexpr iterator operator-(iterator a, difference_type n) noexcept { return a -= n; }
+    friend constexpr difference_type operator-(const iterator& a, const iterator& b) noexcept { return a.i_ - b.i_; }
     /// Compares numbers alone: meaningful for iterators of one view.
     friend constexpr bool operator==(const iterator& a, const iterator& b) noexcept { return a.i_ == b.i_; }
     friend constexpr bool operator!=(const iterator& a, const iterator& b) noexcept { return a.i_ != b.i_; }
+    friend constexpr bool operator<(const iterator& a, const iterator& b) noexcept { return a.i_ < b.i_; }
+    friend constexpr bool operator>(const iterator& a, const iterator& b) noexcept { return a.i_ > b.i_; }
+    friend constexpr bool operator<=(const iterator& a, const iterator& b) noexcept { return a.i_ <= b.i_; }
+    friend constexpr bool operator>=(const iterator& a, const iterator& b) noexcept { return a.i_ >= b.i_; }
 
    private:
     T* first_;
-    std::size_t stride_;
-    std::size_t i_;
+    difference_type stride_;
+    difference_type i_;
   };
 
   /// An empty view; data() is null.
@@ -116,7 +137,7 @@ class strided_span {
   constexpr bool empty() const noexcept { return size_ == 0; }
   /// The distance from one object to the next, counted in objects.
   constexpr std::size_t stride() const noexcept { return stride_; }
-  /// Forward iterators.
+  /// Iterators of random access, as std::sort wants them.
   constexpr iterator begin() const noexcept { return {first_, stride_, 0}; }
   constexpr iterator end() const noexcept { return {first_, stride_, size_}; }
   /// Object i; i must be below size().

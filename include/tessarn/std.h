@@ -7,7 +7,6 @@
 ///     x_of, y_of, z_of         one coordinate of all points of a list, as a range of numbers
 ///     rows_of, columns_of      the rows and the columns of a matrix, one after the other
 ///     coefficients_of          the coefficients of a polynomial, as a range of numbers
-///     strided_range            a column with iterators that std::sort and std::nth_element take
 ///     std_complex              a cplx as std::complex
 ///     cplx_with_parts          a cplx from std::complex, or from real and imaginary part
 ///     unit_number_at           what a plain conversion of a number to cplx makes: the unit number at that angle
@@ -44,87 +43,12 @@
 
 namespace tessarn {
 
-/// Objects at equal distances, with iterators of random access: what strided_span has, and what sorting needs besides.
-///
-/// \code
-/// mat<long double> m{{3, 1}, {1, 2}, {2, 3}};
-/// tessarn::strided_range<tessarn::real> column = m.column(0);
-/// std::sort(column.begin(), column.end());
-/// assert(m.get(0, 0) == 1 && m.get(0, 2) == 3 && m.get(1, 0) == 1);
-/// \endcode
-template <class T>
-class strided_range {
- public:
-  using value_type = std::remove_cv_t<T>;
-
-  /// Holds the first object, the distance and a number.
-  class iterator {
-   public:
-    using iterator_category = std::random_access_iterator_tag;
-    using value_type = std::remove_cv_t<T>;
-    using difference_type = std::ptrdiff_t;
-    using pointer = T*;
-    using reference = T&;
-
-    constexpr iterator() noexcept = default;
-    constexpr iterator(T* first, std::ptrdiff_t stride, std::ptrdiff_t i) noexcept
-        : first_(first), stride_(stride), i_(i) {}
-    constexpr T& operator*() const noexcept { return first_[i_ * stride_]; }
-    constexpr T* operator->() const noexcept { return first_ + i_ * stride_; }
-    constexpr T& operator[](difference_type n) const noexcept { return first_[(i_ + n) * stride_]; }
-    constexpr iterator& operator++() noexcept { return *this += 1; }
-    constexpr iterator& operator--() noexcept { return *this += -1; }
-    constexpr iterator operator++(int) noexcept {
-      const iterator before = *this;
-      ++i_;
-      return before;
-    }
-    constexpr iterator operator--(int) noexcept {
-      const iterator before = *this;
-      --i_;
-      return before;
-    }
-    constexpr iterator& operator+=(difference_type n) noexcept {
-      i_ += n;
-      return *this;
-    }
-    constexpr iterator& operator-=(difference_type n) noexcept { return *this += -n; }
-    friend constexpr iterator operator+(iterator a, difference_type n) noexcept { return a += n; }
-    friend constexpr iterator operator+(difference_type n, iterator a) noexcept { return a += n; }
-    friend constexpr iterator operator-(iterator a, difference_type n) noexcept { return a -= n; }
-    friend constexpr difference_type operator-(const iterator& a, const iterator& b) noexcept { return a.i_ - b.i_; }
-    /// Iterators of one range are compared.
-    friend constexpr bool operator==(const iterator& a, const iterator& b) noexcept { return a.i_ == b.i_; }
-    friend constexpr bool operator!=(const iterator& a, const iterator& b) noexcept { return a.i_ != b.i_; }
-    friend constexpr bool operator<(const iterator& a, const iterator& b) noexcept { return a.i_ < b.i_; }
-    friend constexpr bool operator>(const iterator& a, const iterator& b) noexcept { return a.i_ > b.i_; }
-    friend constexpr bool operator<=(const iterator& a, const iterator& b) noexcept { return a.i_ <= b.i_; }
-    friend constexpr bool operator>=(const iterator& a, const iterator& b) noexcept { return a.i_ >= b.i_; }
-
-   private:
-    T* first_ = nullptr;
-    std::ptrdiff_t stride_ = 0;
-    std::ptrdiff_t i_ = 0;
-  };
-
-  constexpr strided_range() noexcept = default;
-  constexpr strided_range(strided_span<T> s) noexcept : span_(s) {}
-  constexpr iterator begin() const noexcept { return {span_.data(), static_cast<std::ptrdiff_t>(span_.stride()), 0}; }
-  constexpr iterator end() const noexcept { return begin() + static_cast<std::ptrdiff_t>(span_.size()); }
-  constexpr std::size_t size() const noexcept { return span_.size(); }
-  constexpr bool empty() const noexcept { return span_.empty(); }
-  constexpr T& operator[](std::size_t i) const noexcept { return span_[i]; }
-
- private:
-  strided_span<T> span_;
-};
-
 namespace detail {
 
 /// The coordinate of the points at p; the reals of neighbouring points are the same number of reals apart.
 template <class Number, class Point>
-strided_range<Number> coordinate(Point* p, std::size_t n, Number* first) noexcept {
-  return strided_span<Number>(p == nullptr ? nullptr : first, p == nullptr ? 0 : n, sizeof(Point) / sizeof(real));
+strided_span<Number> coordinate(Point* p, std::size_t n, Number* first) noexcept {
+  return {p == nullptr ? nullptr : first, p == nullptr ? 0 : n, sizeof(Point) / sizeof(real)};
 }
 
 /// The number type of a coordinate of the points of a container: const where the points are.
@@ -207,18 +131,18 @@ using column_type = decltype(std::declval<Matrix&>().column(0));
 /// \endcode
 /// @{
 template <class Points>
-strided_range<detail::coordinate_of<Points>> x_of(Points& points) noexcept {
+strided_span<detail::coordinate_of<Points>> x_of(Points& points) noexcept {
   using number = detail::coordinate_of<Points>;
   return detail::coordinate<number>(points.data(), points.size(), points.size() > 0 ? &points.data()->x : nullptr);
 }
 template <class Points>
-strided_range<detail::coordinate_of<Points>> y_of(Points& points) noexcept {
+strided_span<detail::coordinate_of<Points>> y_of(Points& points) noexcept {
   using number = detail::coordinate_of<Points>;
   return detail::coordinate<number>(points.data(), points.size(), points.size() > 0 ? &points.data()->y : nullptr);
 }
 /// Of points of space alone.
 template <class Points>
-strided_range<detail::coordinate_of<Points>> z_of(Points& points) noexcept {
+strided_span<detail::coordinate_of<Points>> z_of(Points& points) noexcept {
   using number = detail::coordinate_of<Points>;
   return detail::coordinate<number>(points.data(), points.size(), points.size() > 0 ? &points.data()->z : nullptr);
 }
@@ -292,10 +216,6 @@ template <class T>
 inline constexpr bool std::ranges::enable_borrowed_range<tessarn::strided_span<T>> = true;
 template <class T>
 inline constexpr bool std::ranges::enable_view<tessarn::strided_span<T>> = true;
-template <class T>
-inline constexpr bool std::ranges::enable_borrowed_range<tessarn::strided_range<T>> = true;
-template <class T>
-inline constexpr bool std::ranges::enable_view<tessarn::strided_range<T>> = true;
 template <class Line, class Matrix, Line (*Get)(Matrix&, tessarn::ulong)>
 inline constexpr bool std::ranges::enable_borrowed_range<tessarn::detail::lines_of<Line, Matrix, Get>> = true;
 template <class Line, class Matrix, Line (*Get)(Matrix&, tessarn::ulong)>

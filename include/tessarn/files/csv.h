@@ -383,11 +383,7 @@ class table_reader {
 
 /// Reads a table from a file, which is held in memory as a whole meanwhile.
 [[nodiscard]] inline table read_csv(const std::filesystem::path& file, const csv_options& o = {}) {
-  const file_bytes loaded = load(file);
-  table t;
-  t.state = loaded.state;
-  if (t.state.ok()) t = parse_csv(loaded.bytes, o);
-  detail::name_file(t.state, file);
+  table t = detail::parse_file(file, [&](std::string_view bytes) { return parse_csv(bytes, o); });
   for (file_state& reason : t.reasons) detail::name_file(reason, file);
   return t;
 }

@@ -266,23 +266,13 @@ inline file_state read_entries(std::string_view bytes, const matrix_options& o, 
 
 /// Reads a matrix of reals from a file; the content tells the format.
 [[nodiscard]] inline real_matrix read_matrix(const std::filesystem::path& file, const matrix_options& o = {}) {
-  const file_bytes loaded = load(file);
-  real_matrix result;
-  result.state = loaded.state;
-  if (result.state.ok()) result = parse_matrix(loaded.bytes, o);
-  detail::name_file(result.state, file);
-  return result;
+  return detail::parse_file(file, [&](std::string_view bytes) { return parse_matrix(bytes, o); });
 }
 
 /// Reads a matrix of complex numbers from a file; the content tells the format.
 [[nodiscard]] inline complex_matrix read_complex_matrix(const std::filesystem::path& file,
                                                         const matrix_options& o = {}) {
-  const file_bytes loaded = load(file);
-  complex_matrix result;
-  result.state = loaded.state;
-  if (result.state.ok()) result = parse_complex_matrix(loaded.bytes, o);
-  detail::name_file(result.state, file);
-  return result;
+  return detail::parse_file(file, [&](std::string_view bytes) { return parse_complex_matrix(bytes, o); });
 }
 
 /// \name Matrices as the content of a file

@@ -201,12 +201,7 @@ inline std::size_t c_place(std::size_t i, const std::vector<std::size_t>& shape)
 
 /// Reads an array from a file, whose bytes are held in memory meanwhile.
 [[nodiscard]] inline array read_npy(const std::filesystem::path& file) {
-  const file_bytes loaded = load(file);
-  array a;
-  a.state = loaded.state;
-  if (a.state.ok()) a = parse_npy(loaded.bytes);
-  detail::name_file(a.state, file);
-  return a;
+  return detail::parse_file(file, [](std::string_view bytes) { return parse_npy(bytes); });
 }
 
 namespace detail {

@@ -114,47 +114,49 @@ inline space_cloud to_space_cloud(table&& t) {
   return c;
 }
 
+namespace detail {
+
+/// Points of the plane from the bytes of a .npy file.
+inline plane_cloud plane_points_of_npy(std::string_view bytes) {
+  plane_cloud c;
+  const array a = parse_npy(bytes);
+  c.state = check_points(a, 2);
+  for (std::size_t i = 0; c.state.ok() && i + 1 < a.values.size(); i += 2) {
+    c.points.emplace_back(a.values[i], a.values[i + 1]);
+    c.marked += a.values[i] == -1;
+  }
+  return c;
+}
+
+/// Points of space from the bytes of a .npy file.
+inline space_cloud space_points_of_npy(std::string_view bytes) {
+  space_cloud c;
+  const array a = parse_npy(bytes);
+  c.state = check_points(a, 3);
+  for (std::size_t i = 0; c.state.ok() && i + 2 < a.values.size(); i += 3)
+    c.points.emplace_back(a.values[i], a.values[i + 1], a.values[i + 2]);
+  return c;
+}
+
+}  // namespace detail
+
 /// Reads points of the plane from a .npy file with an n x 2 array, or from a table (any other ending).
 [[nodiscard]] inline plane_cloud read_plane_points(const std::filesystem::path& file, const csv_options& options = {}) {
-  const file_bytes loaded = load(file);
-  plane_cloud c;
-  c.state = loaded.state;
-  if (c.state.ok() && detail::ending(file) == ".npy") {
-    const array a = parse_npy(loaded.bytes);
-    c.state = detail::check_points(a, 2);
-    for (std::size_t i = 0; c.state.ok() && i + 1 < a.values.size(); i += 2) {
-      c.points.emplace_back(a.values[i], a.values[i + 1]);
-      c.marked += a.values[i] == -1;
-    }
-  } else if (c.state.ok()) {
-    c = parse_plane_points(loaded.bytes, options);
-  }
-  detail::name_file(c.state, file);
-  return c;
+  return detail::parse_file(file, [&](std::string_view bytes) {
+    return detail::ending(file) == ".npy" ? detail::plane_points_of_npy(bytes) : parse_plane_points(bytes, options);
+  });
 }
 
 /// Reads points of space by the ending of the name: .ply, .xyz, .npy with an n x 3 array, or a table (any other
 /// ending), for which alone the options count.
 [[nodiscard]] inline space_cloud read_space_points(const std::filesystem::path& file, const csv_options& options = {}) {
-  const file_bytes loaded = load(file);
-  const std::string ending = detail::ending(file);
-  space_cloud c;
-  c.state = loaded.state;
-  if (!c.state.ok()) return c;
-  if (ending == ".ply") {
-    c = parse_ply(loaded.bytes);
-  } else if (ending == ".xyz") {
-    c = parse_xyz(loaded.bytes);
-  } else if (ending == ".npy") {
-    const array a = parse_npy(loaded.bytes);
-    c.state = detail::check_points(a, 3);
-    for (std::size_t i = 0; c.state.ok() && i + 2 < a.values.size(); i += 3)
-      c.points.emplace_back(a.values[i], a.values[i + 1], a.values[i + 2]);
-  } else {
-    c = parse_space_points(loaded.bytes, options);
-  }
-  detail::name_file(c.state, file);
-  return c;
+  return detail::parse_file(file, [&](std::string_view bytes) {
+    const std::string ending = detail::ending(file);
+    return ending == ".ply"   ? parse_ply(bytes)
+           : ending == ".xyz" ? parse_xyz(bytes)
+           : ending == ".npy" ? detail::space_points_of_npy(bytes)
+                              : parse_space_points(bytes, options);
+  });
 }
 
 /// \name Points as the content of a file

@@ -253,6 +253,22 @@ inline file_bytes load(const std::filesystem::path& file) {
   return result;
 }
 
+namespace detail {
+
+/// What `parse` makes of the bytes of a file, or a result that tells why the file cannot be read; the state has its
+/// name.
+template <class Parse>
+auto parse_file(const std::filesystem::path& file, Parse&& parse) {
+  const file_bytes loaded = load(file);
+  decltype(parse(std::string_view())) result;
+  result.state = loaded.state;
+  if (result.state.ok()) result = parse(std::string_view(loaded.bytes));
+  name_file(result.state, file);
+  return result;
+}
+
+}  // namespace detail
+
 /// Writes a file as a whole; what it held before is lost. After a failure the file may hold a part of the bytes.
 [[nodiscard]] inline file_state save(const std::filesystem::path& file, std::string_view bytes) {
   file_state state;
