@@ -86,7 +86,7 @@ class doubled_matrix {
                std::size_t first = 0) noexcept {
     add_row(to, factor, other, from, first, columns_);
   }
-  // As above, for the columns from `first` to below `last`.
+  // Adds in the columns from `first` to below `last` alone.
   void add_row(std::size_t to, doubled factor, const doubled_matrix& other, std::size_t from, std::size_t first,
                std::size_t last) noexcept {
     if (factor.high == 0) return;

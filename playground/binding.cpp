@@ -1,4 +1,4 @@
-// What the playground calls of the library. Points are kept here, so that a fit takes the degree alone.
+// The calls of the library that the playground makes. Points are kept here, so that a fit takes the degree alone.
 #include <emscripten/bind.h>
 #include <tessarn/tessarn.h>
 

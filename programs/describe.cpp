@@ -69,12 +69,10 @@ void write_options(std::ostream& out, const App& app) {
 
 const char* input_words =
     "A file is a table of numbers, one point a row: CSV with commas, semicolons, tabs or blanks between the columns "
-    "and "
-    "points or commas in the numbers, both recognised unless an option says which. A first row of words names the "
-    "columns; "
-    "lines that begin with # are comments, of which \"# title: ...\" heads report and picture. The text is ASCII or "
-    "UTF\\-8, "
-    "with or without a byte order mark, its lines end in LF or CRLF. The name \\- is standard input.\n";
+    "and points or commas in the numbers, both recognised unless an option says which. A first row of words names the "
+    "columns; lines that begin with # are comments, of which \"# title: ...\" heads report and picture. The text is "
+    "ASCII or UTF\\-8, with or without a byte order mark, its lines end in LF or CRLF. The name \\- is standard "
+    "input.\n";
 
 void write_manual(std::ostream& out, const App& app) {
   const std::string& name = app.get_name();

@@ -53,7 +53,7 @@ class CMakeBuild(build_ext):
         shutil.copy2(built, target)
 
 
-# What setuptools writes on its way stays out of the sources.
+# setuptools writes its intermediate files outside of the sources.
 scratch = BUILD / "setuptools"
 scratch.mkdir(parents=True, exist_ok=True)
 

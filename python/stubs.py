@@ -27,7 +27,7 @@ __version__: str
 Numbers = Any
 """
 
-# What the docstrings of pybind11 say, and what a type checker is told.
+# Types as the docstrings of pybind11 name them, and as type checkers know them.
 TYPES = [
     (r"tessarn\._core\.", ""),
     (r"numpy\.ndarray\[numpy\.float64\]", "npt.NDArray[np.float64]"),

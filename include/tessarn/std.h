@@ -1,7 +1,7 @@
 /// \file
-/// What the standard library's algorithms, ranges and complex numbers expect, for programs that want it; tessarn.h
-/// leaves it out. The classes are containers already: point lists, rows and columns have begin(), end() and size()
-/// (tessarn/list.h, tessarn/span.h). This header adds
+/// Ranges of coordinates, lines and coefficients for the standard library's algorithms, and conversions with
+/// std::complex. tessarn.h leaves this header out. The classes are containers already: point lists, rows and columns
+/// have begin(), end() and size() (tessarn/list.h, tessarn/span.h). This header adds
 ///
 /// \verbatim
 ///     x_of, y_of, z_of         one coordinate of all points of a list, as a range of numbers

@@ -1,5 +1,5 @@
 #!/bin/sh
-# What test.sh does within the bare system.
+# The steps of test.sh within the bare system: install the packages, use them, remove them.
 set -eu
 export DEBIAN_FRONTEND=noninteractive HOME=/root LC_ALL=C.UTF-8
 apt-get install -y --no-install-recommends /packages/*.deb

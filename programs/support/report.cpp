@@ -134,7 +134,7 @@ std::string version_line(const std::string& program) { return program + " (" + v
 
 namespace {
 
-// What is printed: the text, or the findings with the notes and the reason for which there are not more.
+// The text of the report, or as JSON its findings, its notes, and the reason where the work ended early.
 std::string printed(const report& r, const std::string& reason) {
   if (!r.as_json) return r.text();
   json all = r.findings;

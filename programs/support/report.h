@@ -22,7 +22,7 @@ class report {
   void heading(const std::string& words);
   // Title, file, comments and the number of rows.
   void data_source(const table& t);
-  // What a picture leaves out, one line each; nothing is written when it shows everything.
+  // Lines that tell which points a picture leaves out; none when it shows every point.
   void thinned(const std::vector<std::string>& lines);
   // A remark for the error stream, where it is seen also when the report goes to a file.
   void note(const std::string& words) { notes_.push_back(words); }

@@ -8,7 +8,7 @@
 
 namespace program {
 
-// What is wrong with the input, in one line that names the file, the line and the reason.
+// Wrong input, told in one line: the file, the line and the reason.
 class input_error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };

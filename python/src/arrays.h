@@ -29,7 +29,7 @@ struct array_like {
 };
 using optional_array = std::optional<array_like>;
 
-// What a function of numbers gives: a float for a number, an array of the same shape for an array.
+// The result of a function of numbers: a float for a number, an array of the same shape for an array.
 struct numbers {
   py::object object;
 };

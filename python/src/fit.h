@@ -1,4 +1,4 @@
-// What the fits and the curves of the module share.
+// Conversions that the fits and the curves of the module share.
 #pragma once
 
 #include "record.h"

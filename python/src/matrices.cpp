@@ -11,7 +11,7 @@ namespace {
 using real_matrix = mat<long double>;
 using complex_matrix = mat<cplx>;
 
-// What matrices of reals and of complex numbers have in common.
+// Members that matrices of reals and of complex numbers have in common.
 template <class M, class Entry>
 void add_access(py::class_<M>& type) {
   type.def(

@@ -1,4 +1,4 @@
-// What the rectangular and the square matrices of the module share.
+// Conversions and members that rectangular and square matrices share.
 #pragma once
 
 #include <algorithm>

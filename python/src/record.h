@@ -110,7 +110,7 @@ class record {
     return *this;
   }
 
-  // What follows from the status, for structures that have one.
+  // `ok` and `message`, for structures that have a status.
   record& with_status(tessarn::status R::*state) {
     class_.def_property_readonly(
         "ok", [state](const R& r) { return r.*state == tessarn::status::ok; }, "Whether the status is `ok`.");

@@ -46,7 +46,8 @@ py::array_t<std::complex<double>> to_array(const complex_square& m) {
   return from_complex(n == 0 ? nullptr : m.row(0).data(), n, n);
 }
 
-// What square matrices of reals and of complex numbers have in common. The product of two waits without the lock.
+// Members that square matrices of reals and of complex numbers have in common. The product of two waits without the
+// lock.
 template <class S, class Entry, class Column>
 void add_common(py::class_<S>& type, const char* name) {
   type.def(

@@ -9,7 +9,7 @@ namespace binding {
 
 namespace {
 
-// What every class of values has: copies, a text as the library prints it, unary minus.
+// Members that every class of values has: copies, a text as the library prints it, unary minus.
 template <class T>
 void add_common(py::class_<T>& type) {
   type.def("__str__", [](const T& v) { return printed(v); })

@@ -56,7 +56,7 @@ assert found["after"]["points"] == 212 and len(found["after"]["removed"]) == 9
 same(re.search(r"^largest distance +(\S+)", text, re.M).group(1), found["line"]["largest_distance"])
 assert found["line"]["robust"]["with_weight_0"] == 5
 
-# What ends without a result says so in the JSON, too; wrong input prints nothing.
+# A run that ends without a result says so in the JSON, too; wrong input prints no JSON.
 failed = json.loads(run("curve", f"{simulated}/one_abscissa.csv", "-m", "2", "--json", code=1))
 assert "the fit failed" in failed["error"], failed
 assert run("curve", "/nonexistent.csv", "--json", code=2) == ""

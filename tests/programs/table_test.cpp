@@ -20,7 +20,7 @@ class Table : public ::testing::Test {
     std::ofstream(path_, std::ios::binary) << content;
     return read_table(path_.string(), {"x", "y"}, o);
   }
-  // What is said after the name of the file.
+  // The message behind the name of the file.
   std::string complaint(const std::string& content, const input_options& o = {}) {
     try {
       read(content, o);

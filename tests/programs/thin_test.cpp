@@ -1,4 +1,4 @@
-// What a picture shows of many points.
+// The points that a picture shows of many.
 #include "support/thin.h"
 
 #include <gtest/gtest.h>

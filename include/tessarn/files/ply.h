@@ -210,7 +210,7 @@ class ply_text {
     const std::string_view word = next_word(line, at, column);
     if (word.empty()) return failure(problem::wrong_columns, "fewer numbers than properties", in_.number());
     const parsed p = parse_number(word, '.', v);
-    // What is infinite or no number is judged where it is a coordinate.
+    // Infinities and NaN are refused only in coordinates.
     if (p == parsed::number || (p == parsed::not_finite && word.size() < 10)) {
       if (p == parsed::not_finite && std::isfinite(v)) v = std::numeric_limits<double>::infinity();
       return {};

@@ -1,5 +1,5 @@
 /// \file
-/// What reading and writing a file answer, and the parts that all formats share: whole files, numbers as text,
+/// The state of a file that was read or written, and the parts that all formats share: whole files, numbers as text,
 /// messages. A part of tessarn/files.h.
 #pragma once
 
@@ -41,7 +41,7 @@ enum class problem : int {
   too_large,       ///< the sizes in the file exceed what is allowed
 };
 
-/// What became of reading or writing: the kind of failure, where, and a reason in plain words.
+/// Whether reading or writing succeeded: the kind of failure, where, and a reason in plain words.
 struct file_state {
   problem what = problem::none;
   std::string file;        ///< the name of the file as it was given; empty for text in memory
@@ -255,8 +255,8 @@ inline file_bytes load(const std::filesystem::path& file) {
 
 namespace detail {
 
-/// What `parse` makes of the bytes of a file, or a result that tells why the file cannot be read; the state has its
-/// name.
+/// Gives the bytes of a file to `parse`; where the file cannot be read, the result has the reason alone. A state that
+/// is not ok has the name of the file.
 template <class Parse>
 auto parse_file(const std::filesystem::path& file, Parse&& parse) {
   const file_bytes loaded = load(file);
