@@ -22,4 +22,4 @@ certify: ## repeat the operations by every compiler, instruction set, module and
 python: ## the wheel for Python, and its tests on the installed package
 	@tools/install.sh build python && python/wheel.sh
 package: ## archives for Windows and of the sources, Debian packages used in a bare system, vcpkg, Conan and NuGet
-	@tools/install.sh build windows package && windows/package.sh && packaging/source.sh && packaging/check.sh && packaging/debian/build.sh
+	@tools/install.sh build demo docs windows package && windows/package.sh && packaging/source.sh && packaging/check.sh && packaging/debian/build.sh

@@ -15,7 +15,7 @@ declare -A groups=(
   [fuzz]="clang-22 libclang-rt-22-dev"
   [docs]="doxygen python3-sphinx furo python3-myst-parser python3-sphinx-copybutton python3-matplotlib chromium nodejs emscripten"
   [npm]="npm"
-  [package]="debhelper dpkg-dev lintian mmdebstrap libcli11-dev nlohmann-json3-dev doxygen graphviz"
+  [package]="debhelper dh-python dpkg-dev lintian mmdebstrap libcli11-dev nlohmann-json3-dev pybind11-dev python3-dev python3-numpy"
 )
 
 missing=()
