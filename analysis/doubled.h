@@ -73,6 +73,20 @@ inline doubled operator/(doubled a, doubled b) noexcept {
   return ordered_sum(q, r.high / b.high);
 }
 
+// 1 / a, as the quotient above, by one division of doubles and a step of Newton's method.
+inline doubled reciprocal(doubled a) noexcept {
+  const double q = 1 / a.high;
+  const doubled p = exact_product(q, a.high);
+  return ordered_sum(q, q * (((1 - p.high) - p.low) - q * a.low));
+}
+
+// sum + a b, of which a few units of |sum| + |a b| may be lost: that of the product is normalised once, with the sum.
+inline doubled with_product(doubled sum, doubled a, doubled b) noexcept {
+  const doubled p = exact_product(a.high, b.high);
+  const doubled s = exact_sum(sum.high, p.high);
+  return ordered_sum(s.high, s.low + (sum.low + (p.low + (a.high * b.low + a.low * b.high))));
+}
+
 inline doubled& operator+=(doubled& a, doubled b) noexcept { return a = a + b; }
 inline doubled& operator-=(doubled& a, doubled b) noexcept { return a = a - b; }
 inline doubled& operator*=(doubled& a, doubled b) noexcept { return a = a * b; }

@@ -11,10 +11,10 @@
 
 namespace tessarn::analysis {
 
-// n values, zeros at first: inside the object up to 512 bytes of them, since a fit of few coefficients has a dozen such
-// arrays and would else spend a quarter of its time on allocating them. Sizes that cannot be allocated throw as new[]
-// does.
-template <class T>
+// n values, zeros at first: inside the object up to some bytes of them, since a fit of few coefficients has a dozen
+// such arrays and would else spend a quarter of its time on allocating them. Sizes that cannot be allocated throw as
+// new[] does.
+template <class T, std::size_t Inside = 512>
 class numbers {
  public:
   explicit numbers(std::size_t n) : size_(n) {
@@ -40,7 +40,7 @@ class numbers {
   std::size_t size() const noexcept { return size_; }
 
  private:
-  static constexpr std::size_t few = 512 / sizeof(T);
+  static constexpr std::size_t few = Inside / sizeof(T);
 
   std::unique_ptr<T[]> many_;
   std::size_t size_;
@@ -96,6 +96,22 @@ class doubled_matrix {
     const double* ol = other.low(from);
     for (std::size_t c = first; c < last; ++c) {
       const doubled v = doubled(h[c], l[c]) + factor * doubled(oh[c], ol[c]);
+      h[c] = v.high;
+      l[c] = v.low;
+    }
+  }
+
+  // As add_row, but losing some units of the magnitudes of both terms, as `with_product` does. Where the terms cancel
+  // that is more than add_row loses.
+  void add_products(std::size_t to, doubled factor, const doubled_matrix& other, std::size_t from, std::size_t first,
+                    std::size_t last) noexcept {
+    if (factor.high == 0) return;
+    double* h = high(to);
+    double* l = low(to);
+    const double* oh = other.high(from);
+    const double* ol = other.low(from);
+    for (std::size_t c = first; c < last; ++c) {
+      const doubled v = with_product({h[c], l[c]}, factor, {oh[c], ol[c]});
       h[c] = v.high;
       l[c] = v.low;
     }

@@ -90,30 +90,30 @@ normal_solution solve_normal(const fit_data& data, const basis& b) {
 mat<long double> column(std::size_t n) { return mat<long double>(std::size_t{1}, n); }
 
 // The coefficients of the powers of x and their standard errors; deviation is that of the scaled residuals.
-void expand(const fit_data& data, const normal_solution& s, const basis& b, doubled deviation, polynomial_fit& f) {
+void expand(const fit_data& data, const normal_solution& s, const basis& b, double deviation, polynomial_fit& f) {
   const std::size_t m = b.fixed.size();
   const doubled_matrix e = expansion(m, data.x());
   f.of_powers = column(m);
   f.of_powers_errors = column(m);
   f.powers_state = status::ok;
   doubled_matrix sums(1, m), vectors(b.unknowns, m);
-  for (std::size_t k = 0; k < m; ++k) sums.add_row(0, s.coefficients[k], e, k, 0, k + 1);
-  for (std::size_t i = 0; i < b.unknowns; ++i) vectors.add_row(i, 1.0, e, b.exponents[i]);
-  const numbers<doubled> forms = s.equations.forms(vectors, [&](std::size_t i) { return b.exponents[i] + 1; });
+  for (std::size_t k = 0; k < m; ++k) sums.add_products(0, s.coefficients[k], e, k, 0, k + 1);
+  for (std::size_t i = 0; i < b.unknowns; ++i)
+    for (std::size_t j = 0; j <= b.exponents[i]; ++j) vectors.set(i, j, e.get(b.exponents[i], j));
+  const numbers<double> forms = s.equations.forms(vectors, [&](std::size_t i) { return b.exponents[i] + 1; });
   for (std::size_t j = 0; j < m; ++j) {
-    const doubled form = forms[j];
+    const double form = forms[j];
     const int exponent = data.y_exponent() - static_cast<int>(j) * data.x().exponent;
     f.of_powers.getData()[j] = scaled(sums.get(0, j).high, exponent);
-    f.of_powers_errors.getData()[j] = form.high == 0 ? 0
-                                      : is_finite(deviation.high)
-                                          ? scaled((deviation * square_root(form)).high, exponent)
-                                          : infinite;
+    f.of_powers_errors.getData()[j] = form == 0              ? 0
+                                      : is_finite(deviation) ? scaled(deviation * std::sqrt(form), exponent)
+                                                             : infinite;
     if (!is_finite(f.of_powers.getData()[j])) f.powers_state = status::out_of_range;
   }
 }
 
 // Residuals, the largest of them, and R^2; gives the deviation of the scaled residuals.
-doubled judge_fit(const fit_data& data, const normal_solution& s, const basis& b, polynomial_fit& f) {
+double judge_fit(const fit_data& data, const normal_solution& s, const basis& b, polynomial_fit& f) {
   const std::size_t m = s.coefficients.size();
   numbers<double> high(m), low(m);
   for (std::size_t k = 0; k < m; ++k) {
@@ -133,7 +133,7 @@ doubled judge_fit(const fit_data& data, const normal_solution& s, const basis& b
 }
 
 // Coefficients, errors and covariance about the centre.
-void store(const fit_data& data, const normal_solution& s, const basis& b, doubled deviation, polynomial_fit& f) {
+void store(const fit_data& data, const normal_solution& s, const basis& b, double deviation, polynomial_fit& f) {
   const std::size_t m = b.fixed.size();
   f.centre = data.x().centre;
   f.scale = power_of_two(data.x().exponent);
@@ -144,8 +144,8 @@ void store(const fit_data& data, const normal_solution& s, const basis& b, doubl
     f.coefficients.getData()[k] = scaled(s.coefficients[k].high, data.y_exponent());
     if (!is_finite(f.coefficients.getData()[k])) f.state = status::out_of_range;
   }
-  const bool told = is_finite(deviation.high);
-  const double variance = deviation.high * deviation.high;
+  const bool told = is_finite(deviation);
+  const double variance = deviation * deviation;
   for (std::size_t r = 0; r < b.unknowns; ++r)
     for (std::size_t c = 0; c <= r; ++c) {
       const double entry = s.equations.inverse(r, c);
@@ -154,7 +154,7 @@ void store(const fit_data& data, const normal_solution& s, const basis& b, doubl
       f.covariance.getData()[b.exponents[c] * m + b.exponents[r]] = covariance;
       if (r == c)
         f.standard_errors.getData()[b.exponents[r]] =
-            told ? scaled(deviation.high * std::sqrt(entry), data.y_exponent()) : infinite;
+            told ? scaled(deviation * std::sqrt(entry), data.y_exponent()) : infinite;
     }
 }
 
@@ -191,7 +191,7 @@ polynomial_fit fit_polynomial(plane_points points, ulong coefficients, const fit
     return f;
   }
   f.reciprocal_condition = s.equations.reciprocal_condition();
-  const doubled deviation = judge_fit(data, s, b, f);
+  const double deviation = judge_fit(data, s, b, f);
   store(data, s, b, deviation, f);
   if (f.state != status::ok) {
     polynomial_fit none;

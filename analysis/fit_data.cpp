@@ -227,7 +227,7 @@ bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
   }
   if (block.used == 0) return false;
   if (block.used == block.padded()) return true;
-  if (!weighted_) std::fill_n(block.weights.copy, block.used, 1.0);
+  if (!weighted_) std::fill_n(block.weights.copy + block.padded() - fit_partial_sums, fit_partial_sums, 1.0);
   pad(block.weights, block, 0);
   pad(block.x, block, x_.centre);
   pad(block.second, block, second_.centre);
@@ -235,17 +235,38 @@ bool fit_data::next(std::size_t& i, fit_block& block) const noexcept {
   return true;
 }
 
-// As the kernels add: the errors of the high parts go to the low ones, and the pair is normalised in the end.
+std::size_t fit_block::largest_residual(double expected, double limit) const noexcept {
+  std::size_t k = 0;
+  while (k < used && std::fabs(residuals[k]) != expected) ++k;
+  if (k < used) return k;
+  for (std::size_t i = 0; i < used; ++i)
+    if (std::fabs(residuals[i]) > limit) limit = std::fabs(residuals[k = i]);
+  return k;
+}
+
+namespace {
+
+// The upper half of the partial sums goes to the lower half, as the kernels add: the errors of the high parts go to the
+// low ones.
+template <std::size_t Half>
+void fold(double* high, double* low) noexcept {
+  for (std::size_t i = 0; i < Half; ++i) {
+    const doubled s = exact_sum(high[i], high[i + Half]);
+    high[i] = s.high;
+    low[i] = (low[i] + low[i + Half]) + s.low;
+  }
+}
+
+}  // namespace
+
 doubled total(const double* partial_sums) noexcept {
+  static_assert(fit_partial_sums == 8);
   double high[fit_partial_sums], low[fit_partial_sums];
   std::copy(partial_sums, partial_sums + fit_partial_sums, high);
   std::copy(partial_sums + fit_partial_sums, partial_sums + 2 * fit_partial_sums, low);
-  for (std::size_t half = fit_partial_sums / 2; half > 0; half /= 2)
-    for (std::size_t i = 0; i < half; ++i) {
-      const doubled s = exact_sum(high[i], high[i + half]);
-      high[i] = s.high;
-      low[i] = (low[i] + low[i + half]) + s.low;
-    }
+  fold<4>(high, low);
+  fold<2>(high, low);
+  fold<1>(high, low);
   return exact_sum(high[0], low[0]);
 }
 
@@ -256,7 +277,7 @@ doubled_matrix expansion(std::size_t m, const fit_abscissa& x) {
   for (std::size_t k = 0; k < m; ++k)
     for (std::size_t j = 0; j <= k; ++j) {
       doubled v = j > 0 ? e.get(k - 1, j - 1) : doubled(k == 0 ? 1.0 : 0.0);
-      if (j < k) v -= doubled(centre) * e.get(k - 1, j);
+      if (j < k) v = with_product(v, -centre, e.get(k - 1, j));
       e.set(k, j, v);
     }
   return e;

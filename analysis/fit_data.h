@@ -35,7 +35,7 @@ struct fit_abscissa {
 struct fit_block_column {
   static constexpr std::size_t capacity = 256;  // a multiple of fit_partial_sums
 
-  double copy[capacity];
+  alignas(64) double copy[capacity];  // no vector lies across two cache lines
   const double* at = copy;
 
   fit_block_column() noexcept {}
@@ -47,7 +47,7 @@ struct fit_block {
   static constexpr std::size_t capacity = fit_block_column::capacity;
 
   fit_block_column x, y, weights, second;
-  double residuals[capacity];
+  alignas(64) double residuals[capacity];
   std::size_t used = 0;           // without those that fill up the last partial sums
   std::size_t first = 0;          // the number of the first point
   std::size_t numbers[capacity];  // what the caller calls the points, where some are left out
@@ -57,6 +57,9 @@ struct fit_block {
   std::size_t padded() const noexcept {
     return (used + detail::fit_partial_sums - 1) / detail::fit_partial_sums * detail::fit_partial_sums;
   }
+  // The number of the first residual of the largest magnitude, if that is above a limit, else `used`. `expected` is
+  // that magnitude, unless a point that fills up has a larger one.
+  std::size_t largest_residual(double expected, double limit) const noexcept;
   detail::fit_columns columns(const detail::fit_scales& scales) const noexcept {
     return {x.at, y.at, weights.at, second.at, padded(), used, weighted, &scales};
   }
@@ -113,7 +116,7 @@ doubled total(const double* partial_sums) noexcept;
 // The sums that a kernel makes over all blocks. `kernel(block, columns, sums)` adds a block to the partial sums.
 template <class Kernel>
 numbers<doubled> sum_blocks(const fit_data& data, std::size_t count, Kernel&& kernel) {
-  numbers<double> sums(detail::checked_product(2 * detail::fit_partial_sums, count));
+  numbers<double, 4096> sums(detail::checked_product(2 * detail::fit_partial_sums, count));  // of 11 coefficients
   fit_block block;
   for (std::size_t i = 0; data.next(i, block);) kernel(block, block.columns(data.scales()), sums.data());
   numbers<doubled> totals(count);
@@ -135,7 +138,7 @@ struct fit_quality {
   std::size_t largest_at = 0;
   double r_squared = 1;
   double residual_deviation = 0;
-  doubled scaled_deviation = 0.0;  // in the units of the blocks; infinite where there are no more points than unknowns
+  double scaled_deviation = 0;  // in the units of the blocks; infinite where there are no more points than unknowns
 };
 
 // `kernel(columns, residuals, sums)` forms the residuals of a block, adds their squares, and those of y - mean, to two
@@ -145,20 +148,19 @@ fit_quality judge(const fit_data& data, std::size_t unknowns, Kernel&& kernel) {
   fit_quality q;
   double largest = -1;
   const auto residuals = [&](fit_block& block, const detail::fit_columns& columns, double* sums) {
-    if (!(kernel(columns, block.residuals, sums) > largest)) return;
-    for (std::size_t k = 0; k < block.used; ++k) {
-      if (!(std::fabs(block.residuals[k]) > largest)) continue;
-      largest = std::fabs(block.residuals[k]);
-      q.largest_residual = scaled(block.residuals[k], data.y_exponent());
-      q.largest_at = block.number(k);
-    }
+    const double of_block = kernel(columns, block.residuals, sums);
+    if (!(of_block > largest)) return;
+    const std::size_t k = block.largest_residual(of_block, largest);
+    if (k == block.used) return;
+    largest = std::fabs(block.residuals[k]);
+    q.largest_residual = scaled(block.residuals[k], data.y_exponent());
+    q.largest_at = block.number(k);
   };
   const numbers<doubled> squares = sum_blocks(data, 2, residuals);
   if (squares[1].high > 0) q.r_squared = (doubled(1.0) - squares[0] / squares[1]).high;
   const double freedom = static_cast<double>(data.used() - unknowns);
-  q.scaled_deviation =
-      freedom == 0 ? doubled(std::numeric_limits<double>::infinity()) : square_root(squares[0] / doubled(freedom));
-  q.residual_deviation = scaled(q.scaled_deviation.high, data.y_exponent() + data.weight_exponent());
+  q.scaled_deviation = freedom == 0 ? std::numeric_limits<double>::infinity() : std::sqrt(squares[0].high / freedom);
+  q.residual_deviation = scaled(q.scaled_deviation, data.y_exponent() + data.weight_exponent());
   return q;
 }
 

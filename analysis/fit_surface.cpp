@@ -57,7 +57,7 @@ surface_solution solve_normal(const fit_data& data, const surface_basis& b) {
 
 mat<long double> column(std::size_t n) { return mat<long double>(std::size_t{1}, n); }
 
-doubled judge_fit(const fit_data& data, const surface_solution& s, const surface_basis& b, surface_fit& f) {
+double judge_fit(const fit_data& data, const surface_solution& s, const surface_basis& b, surface_fit& f) {
   const std::size_t m = s.coefficients.size();
   numbers<double> high(m), low(m);
   for (std::size_t k = 0; k < m; ++k) {
@@ -77,7 +77,7 @@ doubled judge_fit(const fit_data& data, const surface_solution& s, const surface
 }
 
 // Coefficients, errors and covariance about the centre.
-void store(const fit_data& data, const surface_solution& s, const surface_basis& b, doubled deviation, surface_fit& f) {
+void store(const fit_data& data, const surface_solution& s, const surface_basis& b, double deviation, surface_fit& f) {
   const std::size_t m = s.coefficients.size();
   f.centre_x = data.x().centre;
   f.centre_y = data.second().centre;
@@ -86,15 +86,15 @@ void store(const fit_data& data, const surface_solution& s, const surface_basis&
   f.coefficients = column(m);
   f.standard_errors = column(m);
   f.covariance = mat<long double>(m, m);
-  const bool told = is_finite(deviation.high);
-  const double variance = deviation.high * deviation.high;
+  const bool told = is_finite(deviation);
+  const double variance = deviation * deviation;
   for (std::size_t r = 0; r < b.unknowns; ++r) {
     const std::size_t at = b.terms[r].place;
     const double coefficient = scaled(s.coefficients[at].high, data.y_exponent());
     if (!is_finite(coefficient)) f.state = status::out_of_range;
     f.coefficients.getData()[at] = coefficient;
     f.standard_errors.getData()[at] =
-        told ? scaled(deviation.high * std::sqrt(s.equations.inverse(r, r)), data.y_exponent()) : infinite;
+        told ? scaled(deviation * std::sqrt(s.equations.inverse(r, r)), data.y_exponent()) : infinite;
     for (std::size_t c = 0; c < b.unknowns; ++c)
       f.covariance.getData()[at * m + b.terms[c].place] =
           told ? scaled(variance * s.equations.inverse(r, c), 2 * data.y_exponent()) : infinite;
@@ -102,8 +102,7 @@ void store(const fit_data& data, const surface_solution& s, const surface_basis&
 }
 
 // The coefficients of the powers of x and y, and their standard errors.
-void expand(const fit_data& data, const surface_solution& s, const surface_basis& b, doubled deviation,
-            surface_fit& f) {
+void expand(const fit_data& data, const surface_solution& s, const surface_basis& b, double deviation, surface_fit& f) {
   const doubled_matrix of_x = expansion(b.grade, data.x()), of_y = expansion(b.grade, data.second());
   f.of_powers = column(s.coefficients.size());
   f.of_powers_errors = column(s.coefficients.size());
@@ -114,15 +113,15 @@ void expand(const fit_data& data, const surface_solution& s, const surface_basis
     for (std::size_t r = 0; r <= k; ++r) vectors.set(k, r, of_x.get(of.i, b.terms[r].i) * of_y.get(of.j, b.terms[r].j));
     sums.add_row(0, s.coefficients[of.place], vectors, k, 0, k + 1);
   }
-  const numbers<doubled> forms = s.equations.forms(vectors, [](std::size_t i) { return i + 1; });
+  const numbers<double> forms = s.equations.forms(vectors, [](std::size_t i) { return i + 1; });
   for (std::size_t r = 0; r < b.unknowns; ++r) {
     const term& power = b.terms[r];
-    const doubled sum = sums.get(0, r), form = forms[r];
+    const doubled sum = sums.get(0, r);
     const int exponent = data.y_exponent() - static_cast<int>(power.i) * data.x().exponent -
                          static_cast<int>(power.j) * data.second().exponent;
     f.of_powers.getData()[power.place] = scaled(sum.high, exponent);
     f.of_powers_errors.getData()[power.place] =
-        is_finite(deviation.high) ? scaled((deviation * square_root(form)).high, exponent) : infinite;
+        is_finite(deviation) ? scaled(deviation * std::sqrt(forms[r]), exponent) : infinite;
     if (!is_finite(f.of_powers.getData()[power.place])) f.powers_state = status::out_of_range;
   }
 }
@@ -163,7 +162,7 @@ surface_fit fit_surface(space_points points, ulong grade, const surface_options&
   }
   f.grade = grade;
   f.reciprocal_condition = s.equations.reciprocal_condition();
-  const doubled deviation = judge_fit(data, s, b, f);
+  const double deviation = judge_fit(data, s, b, f);
   store(data, s, b, deviation, f);
   if (f.state != status::ok) {
     surface_fit none;

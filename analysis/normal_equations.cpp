@@ -20,9 +20,9 @@ void normal_equations::factorise() {
       regular_ = false;
       return;
     }
-    reciprocals_[k] = doubled(1.0) / pivot;
+    reciprocals_[k] = reciprocal(pivot);
     for (std::size_t c = k + 1; c < n; ++c) row.set(0, c, upper_.get(k, c) * reciprocals_[k]);
-    for (std::size_t r = k + 1; r < n; ++r) upper_.add_row(r, -row.get(0, r), upper_, k, r);
+    for (std::size_t r = k + 1; r < n; ++r) upper_.add_products(r, -row.get(0, r), upper_, k, r, n);
     for (std::size_t c = k + 1; c < n; ++c) upper_.set(k, c, row.get(0, c));
   }
 }
@@ -31,7 +31,7 @@ void normal_equations::factorise() {
 void normal_equations::invert_lower() {
   for (std::size_t r = 0; r < size_; ++r) {
     for (std::size_t c = 0; c < r; ++c) lower_.set(r, c, upper_.get(c, r));
-    for (std::size_t k = 1; k < r; ++k) lower_.add_row(r, upper_.get(k, r), lower_, k, 0, k);
+    for (std::size_t k = 1; k < r; ++k) lower_.add_products(r, upper_.get(k, r), lower_, k, 0, k);
     for (std::size_t c = 0; c < r; ++c) lower_.set(r, c, -lower_.get(r, c));
     lower_.set(r, r, 1.0);
   }
@@ -58,10 +58,10 @@ void normal_equations::solve(numbers<doubled>& right) const {
   numbers<doubled> z(n);
   for (std::size_t r = 0; r < n; ++r) z[r] = right[r];
   for (std::size_t k = 0; k < n; ++k)
-    for (std::size_t r = k + 1; r < n; ++r) z[r] += lower_.get(r, k) * right[k];
+    for (std::size_t r = k + 1; r < n; ++r) z[r] = with_product(z[r], lower_.get(r, k), right[k]);
   for (std::size_t r = 0; r < n; ++r) right[r] = z[r] * reciprocals_[r];
   for (std::size_t k = 1; k < n; ++k)
-    for (std::size_t r = 0; r < k; ++r) right[r] += lower_.get(k, r) * right[k];
+    for (std::size_t r = 0; r < k; ++r) right[r] = with_product(right[r], lower_.get(k, r), right[k]);
 }
 
 double normal_equations::reciprocal_condition() const noexcept {

@@ -35,24 +35,25 @@ class normal_equations {
   double inverse(std::size_t r, std::size_t c) const noexcept { return inverse_[r * size_ + c]; }
   // v' M^-1 v for the vector with the entries v(0), v(1), ...
   template <class Vector>
-  doubled form(Vector&& v) const {
+  double form(Vector&& v) const {
     doubled_matrix one(size_, 1);
     for (std::size_t i = 0; i < size_; ++i) one.set(i, 0, v(i));
     return forms(one, [](std::size_t) { return std::size_t{1}; })[0];
   }
   // v' M^-1 v for each of the vectors that stand in columns. In row i the vectors from number reached(i) on are 0, as
-  // they are in the rows above; reached() does not fall.
+  // they are in the rows above; reached() does not fall. The sums of L^-1 v may cancel and are formed in doubled
+  // precision; of their squares, which do not, a double keeps all but the last bits.
   template <class Reached>
-  numbers<doubled> forms(const doubled_matrix& vectors, Reached&& reached) const {
-    numbers<doubled> totals(vectors.columns());
+  numbers<double> forms(const doubled_matrix& vectors, Reached&& reached) const {
+    numbers<double> totals(vectors.columns());
     doubled_matrix sum(1, vectors.columns());
     for (std::size_t i = 0; i < size_; ++i) {
       const std::size_t count = reached(i);
       for (std::size_t j = 0; j < count; ++j) sum.set(0, j, vectors.get(i, j));  // L^-1 has ones on its diagonal
-      for (std::size_t k = 0; k < i; ++k) sum.add_row(0, lower_.get(i, k), vectors, k, 0, reached(k));
+      for (std::size_t k = 0; k < i; ++k) sum.add_products(0, lower_.get(i, k), vectors, k, 0, reached(k));
       for (std::size_t j = 0; j < count; ++j) {
-        const doubled v = sum.get(0, j);
-        totals[j] += v * v * reciprocals_[i];
+        const double v = sum.get(0, j).high;
+        totals[j] += v * v * reciprocals_[i].high;
       }
     }
     return totals;

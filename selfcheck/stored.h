@@ -202,7 +202,7 @@ constexpr stored_hash_line stored_hashes[] = {
     {"plane::rotate", "hostile", 0x19c8c98da88447f1u},
     {"plane(points)", "ordinary", 0xdbad9e6944751020u},
     {"plane::CalcNormale", "ordinary", 0x9d486b208405b0fau},
-    {"fit_polynomial", "ordinary", 0x9ba1ff99431d46b0u},
+    {"fit_polynomial", "ordinary", 0x58a830bfb7327d37u},
     {"fit_polynomial", "hostile", 0x7f089d9fe0039e82u},
     {"polynomial_fit::value, predict", "ordinary", 0xd8b0390a9f4c2f4eu},
     {"polynomial_fit::value, predict", "hostile", 0x93dbad9530eba29eu},

@@ -83,8 +83,11 @@ TESSARN_INLINE compensated horner_step(compensated v, doubled x, doubled x_parts
   return {s.high, (v.error * x.high + v.value * x.low) + ((p.low + s.low) + c.low)};
 }
 
+TESSARN_INLINE vec sum(const vec (&v)[1]) { return v[0]; }
+TESSARN_INLINE vec sum(const vec (&v)[4]) { return (v[0] + v[1]) + (v[2] + v[3]); }
+
 // Stores the residual of each point from its fitted value, adds the two squares, and gives the larger of `largest` and
-// the residuals. The sums of squares are wanted as doubles: each term may be rounded.
+// the residuals. The sums of squares are wanted as doubles: each term, and the sum of G terms, may be rounded.
 template <size_t G, bool Weighted>
 TESSARN_INLINE vec judge(const fit_columns& points, size_t i, const compensated (&v)[G], double mean, double* residuals,
                          double* lane, vec largest) {
@@ -106,8 +109,9 @@ TESSARN_INLINE vec judge(const fit_columns& points, size_t i, const compensated 
     const vec magnitude = absolute(r);
     largest = select(magnitude > largest, magnitude, largest);
   }
-  add(lane, squares);
-  add(lane + 2 * fit_partial_sums, all);
+  const vec sums[2][1] = {{sum(squares)}, {sum(all)}};
+  add(lane, sums[0]);
+  add(lane + 2 * fit_partial_sums, sums[1]);
   return largest;
 }
 
@@ -142,10 +146,11 @@ TESSARN_INLINE double largest_lane(vec v) {
 template <bool Weighted>
 double all_residuals(const fit_columns& points, const fitted& f, double* residuals, double* sums) {
   constexpr size_t together = 4 * fit_partial_sums;
-  const size_t end = Weighted ? points.size : points.used / fit_partial_sums * fit_partial_sums;
+  // Points that fill up are not taken together with others, so that weights of 1 change no bit.
+  const size_t whole = points.used / fit_partial_sums * fit_partial_sums, end = Weighted ? points.size : whole;
   vec largest = broadcast(0);
   size_t i = 0;
-  for (; i + together <= end; i += together)
+  for (; i + together <= whole; i += together)
     for (size_t l = 0; l < fit_partial_sums; l += width)
       largest = residuals_of<4, Weighted>(points, i + l, f, residuals, sums + l, largest);
   for (; i < end; i += width)

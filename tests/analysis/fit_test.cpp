@@ -321,7 +321,7 @@ TEST(Fit, DigitsNearTheLimitOfTheCondition) {
     rational det;
     ASSERT_TRUE(test::eliminate(normal, x, det));
     for (std::size_t k = 0; k < m; ++k)
-      EXPECT_GT(test::digits(x[k][0], f.coefficients.getData()[k]), m == 24 ? 15.8 : 13.4);
+      EXPECT_GT(test::digits(x[k][0], f.coefficients.getData()[k]), m == 24 ? 15.8 : 13.3);
   }
 }
 
