@@ -60,6 +60,7 @@ if(NOT WIN32)
       file(INSTALL \"${PROJECT_SOURCE_DIR}/tools/gdb/tessarn.py\" DESTINATION \"\${views}\"
            RENAME libtessarn.so.${PROJECT_VERSION}-gdb.py)")
   endif()
+  install(FILES tools/lldb/tessarn_lldb.py DESTINATION ${CMAKE_INSTALL_DATADIR}/tessarn)  # loaded by a line in ~/.lldbinit
   list(JOIN TESSARN_CALLER_FLAGS " " package_flags)
   if(package_flags)
     string(PREPEND package_flags " ")

@@ -5,7 +5,7 @@ set -euo pipefail
 declare -A groups=(
   [build]="g++ cmake ninja-build make"
   [demo]="libcli11-dev nlohmann-json3-dev gnuplot-nox fonts-dejavu-core"
-  [test]="libgtest-dev libmpfr-dev libgmp-dev liblapacke-dev libeigen3-dev clang-14 clang-22 pkg-config binutils gdb valgrind python3"
+  [test]="libgtest-dev libmpfr-dev libgmp-dev liblapacke-dev libeigen3-dev clang-14 clang-22 pkg-config binutils gdb lldb-22 python3-lldb-22 valgrind python3"
   [check]="clang-tidy-14 clang-format-14"
   [coverage]="gcovr"
   [windows]="clang-22 lld-22 llvm-22 libc++-22-dev libwine-dev wine wine64 wine64-preloader g++-mingw-w64-x86-64-posix libgtest-dev libeigen3-dev zip unzip python3"

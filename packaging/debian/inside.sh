@@ -36,6 +36,7 @@ g++ -g -O0 view.cpp -ltessarn -o view
 gdb -q -batch -ex 'break main' -ex run -ex 'print v' ./view | tee view.txt
 grep -q '^\$1 = .*(3, 4)' view.txt
 echo "== gdb: shows a vector by itself"
+test -f /usr/share/tessarn/tessarn_lldb.py && test -f /usr/share/tessarn/tessarn.natvis
 
 # The reference must be whole: every file that a page names is there.
 test -f /usr/share/doc/tessarn-doc/html/index.html

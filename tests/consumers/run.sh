@@ -98,14 +98,14 @@ case $kind in
     make "$work/parent"
     cmake --install "$work/parent" --prefix "$work/moved" >/dev/null
     consume -DCMAKE_PREFIX_PATH="$work/moved" ;;
-  debugger)  # gdb loads the views by itself
+  debugger)  # gdb loads the views by itself, LLDB when told
     install_moved "$build"
     libdir=$(dirname "$(find "$work/moved" -name libtessarn.so)")
     ${CXX:-c++} -std=c++17 -g -O0 -I"$work/moved/include" "$root/tests/debugger/shown.cpp" -L"$libdir" -ltessarn \
       -Wl,-rpath,"$libdir" -o "$work/shown"
-    gdb -q -nx -batch -iex "add-auto-load-safe-path $work/moved" -x "$root/tests/debugger/commands.gdb" "$work/shown" 2>&1 |
-      sed -n '/^\$1 = /,$p' >"$work/output"
-    diff -u "$root/tests/debugger/expected.txt" "$work/output"
+    "$root/tests/debugger/run.sh" gdb-finds "$work/moved" "$root/tests/debugger" "$work/shown"
+    lldb=$(command -v lldb-22 || command -v lldb || true)
+    [ -z "$lldb" ] || LLDB=$lldb "$root/tests/debugger/run.sh" lldb "$work/moved/share/tessarn/tessarn_lldb.py" "$root/tests/debugger" "$work/shown"
     # Under /usr they are where gdb looks without being told.
     DESTDIR=$work/root cmake --install "$build" --prefix /usr >/dev/null
     library=$(cd "$work/root" && find usr/lib* -type f -name 'libtessarn.so.*')

@@ -4,6 +4,8 @@ set print pretty off
 set confirm off
 break stop_here
 run
+print by_reference
+print *by_pointer
 up
 print z
 print v
@@ -19,5 +21,7 @@ print h
 print list
 print line
 print upward
+echo rows:\n
 set print pretty on
-print m
+output m
+echo \n

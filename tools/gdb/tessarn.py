@@ -12,6 +12,8 @@ LONGEST_LIST = 200  # entries of a row, terms of a polynomial
 
 def number(value):
     """The shortest digits that read back as the same real."""
+    if value.is_optimized_out:
+        return "<optimized out>"
     text = repr(float(value))
     return text[:-2] if text.endswith(".0") else text
 
@@ -21,7 +23,7 @@ def array(pointer, count):
     return pointer.dereference().cast(pointer.type.target().array(int(count) - 1))
 
 
-# Where the fields of the owning classes stand. A compiler describes these classes only where their virtual tables
+# Where the fields of the larger classes stand. A compiler describes these classes only where their virtual tables
 # are, in the library, and a library without debug information leaves the debugger without the names.
 LAYOUTS = {
     "mat": {"data": (8, "entry"), "width": (16, "count"), "height": (20, "count")},
@@ -29,6 +31,13 @@ LAYOUTS = {
     "binom": {"cofcnt": (8, "count"), "cof": (16, "entry")},
     "hyperbinom": {"grade": (8, "count"), "cof": (16, "entry")},
     "vectormat": {"points": (8, "entry"), "count": (16, "count"), "capacity": (20, "count")},
+    "line3d": {"start": (8, "vector3d"), "end": (40, "vector3d")},
+    "plane": {
+        "origin": (8, "vector3d"),
+        "normal": (40, "vector3d"),
+        "axis1": (72, "vector3d"),
+        "axis2": (104, "vector3d"),
+    },
 }
 
 
@@ -38,13 +47,19 @@ def entry_type(name):
     return gdb.lookup_type("vector" if name == "vectormat" else "double")
 
 
+def class_name(value):
+    return value.type.strip_typedefs().unqualified().name
+
+
 def field(value, name):
     """A field by its name, or by its place."""
+    if value.type.strip_typedefs().code in (gdb.TYPE_CODE_REF, gdb.TYPE_CODE_RVALUE_REF):
+        value = value.referenced_value()
     if value.type.strip_typedefs().fields():
         return value[name]
-    full_name = value.type.strip_typedefs().unqualified().name
+    full_name = class_name(value)
     offset, kind = LAYOUTS[full_name.split("<")[0]][name]
-    target = entry_type(full_name).pointer() if kind == "entry" else gdb.lookup_type("int")
+    target = entry_type(full_name).pointer() if kind == "entry" else gdb.lookup_type({"count": "int"}.get(kind, kind))
     bytes_at = value.address.cast(gdb.lookup_type("char").pointer()) + offset
     return bytes_at.cast(target.pointer()).dereference()
 
@@ -88,13 +103,22 @@ class Complex(Fields):
 class Frame:
     """Lines and planes: their vectors, without the virtual table."""
 
+    names = ()
+
     def __init__(self, value):
         self.value = value
 
     def children(self):
-        for field in self.value.type.fields():
-            if not field.name.startswith("_vptr"):
-                yield field.name, self.value[field.name]
+        for name in self.names:
+            yield name, field(self.value, name)
+
+
+class Line(Frame):
+    names = ("start", "end")
+
+
+class Plane(Frame):
+    names = ("origin", "normal", "axis1", "axis2")
 
 
 class PointList:
@@ -188,8 +212,8 @@ def build():
         ("sqmat<(long double|cplx)>", SquareRows),
         ("binom", Polynomial),
         ("hyperbinom", Table),
-        ("line3d", Frame),
-        ("plane", Frame),
+        ("line3d", Line),
+        ("plane", Plane),
     ):
         printers.add_printer(name, "^%s$" % name, printer)
     return printers
