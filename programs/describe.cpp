@@ -74,25 +74,31 @@ const char* input_words =
     "ASCII or UTF\\-8, with or without a byte order mark, its lines end in LF or CRLF. The name \\- is standard "
     "input.\n";
 
-void write_manual(std::ostream& out, const App& app) {
+void write_manual(std::ostream& out, const program::command& command) {
+  const App& app = *command.app;
   const std::string& name = app.get_name();
+  bool reads_files = false;
+  for (const CLI::Option* o : app.get_options()) reads_files = reads_files || o->get_positional();
+  const bool draws = app.get_option_no_throw("--plot") != nullptr;
   out << ".\\\" Written by the program's build from the options that it declares.\n.TH TESSARN\\-" << upper(name)
       << " 1 \"\" \"Tessarn " << version() << "\" \"User commands\"\n.SH NAME\ntessarn\\-" << name << " \\- "
       << troff(app.get_description()) << "\n.SH SYNOPSIS\n\\fBtessarn " << name << "\\fR [\\fIoptions\\fR]";
   for (const CLI::Option* o : app.get_options())
     if (o->get_positional()) out << " \\fI" << o->get_name(true) << "\\fR";
-  out << "\n.SH DESCRIPTION\n" << troff(app.get_description()) << "\n.PP\n" << input_words << ".SH ARGUMENTS\n";
+  out << "\n.SH DESCRIPTION\n" << troff(app.get_description()) << '\n';
+  if (!command.details.empty()) out << ".PP\n" << troff(command.details) << '\n';
+  if (reads_files) out << ".PP\n" << input_words << ".SH ARGUMENTS\n";
   for (const CLI::Option* o : app.get_options())
     if (o->get_positional())
       out << ".TP\n\\fI" << o->get_name(true) << "\\fR\n" << troff(o->get_description()) << ".\n";
   write_options(out, app);
   out << ".SH EXIT STATUS\n"
-      << troff(program::exit_codes)
+      << troff(app.get_footer())
       << "\n.PP\nWhat is wrong is told in one line on the error stream, with file, line and column. Notes beside a "
          "report "
-         "go there, too, and on a terminal what takes long.\n"
-         ".SH FILES\nPictures are drawn by gnuplot, which must be found in the path.\n"
-         ".SH SEE ALSO\n.BR tessarn (1)\n";
+         "go there, too, and on a terminal what takes long.\n";
+  if (draws) out << ".SH FILES\nPictures are drawn by gnuplot, which must be found in the path.\n";
+  out << ".SH SEE ALSO\n.BR tessarn (1)\n";
 }
 
 void write_overview(std::ostream& out, const App& app, const std::vector<program::command>& commands) {
@@ -203,7 +209,7 @@ int main(int argc, char** argv) {
   };
   file("tessarn.1", [&](std::ostream& out) { write_overview(out, app, commands); });
   for (const program::command& c : commands)
-    file("tessarn-" + c.app->get_name() + ".1", [&](std::ostream& out) { write_manual(out, *c.app); });
+    file("tessarn-" + c.app->get_name() + ".1", [&](std::ostream& out) { write_manual(out, c); });
   file("tessarn.bash", [&](std::ostream& out) { write_bash(out, app, commands); });
   file("_tessarn", [&](std::ostream& out) { write_zsh(out, app, commands); });
   file("tessarn.fish", [&](std::ostream& out) { write_fish(out, app, commands); });

@@ -69,10 +69,11 @@ struct common_options {
 };
 void declare_common(CLI::App& command, common_options& o, const std::string& columns, bool rows_may_be_left_out = true);
 
-// A command of the program: its options, and what it does with them.
+// A command of the program: its options, what it does with them, and a paragraph for its manual page.
 struct command {
   CLI::App* app;
   std::function<void(report&)> job;
+  std::string details = {};
 };
 
 // "tessarn (Tessarn 1.0.0)", by the version of the library that the program was compiled with.

@@ -70,4 +70,7 @@ add_test(NAME programs/pages COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURC
 add_test(NAME programs/json COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/json_test.py ${tessarn} ${data} ${dir})
 add_test(NAME programs/progress COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/progress_test.py ${tessarn}
          ${data}/water.csv)
+add_library(rounding_upward MODULE rounding_upward.cpp)
+add_test(NAME programs/selfcheck COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/selfcheck_test.py ${tessarn}
+         $<TARGET_FILE:tessarn-selfcheck> $<TARGET_FILE:rounding_upward>)
 set_tests_properties(programs/json PROPERTIES FIXTURES_REQUIRED simulated)

@@ -11,7 +11,7 @@ import sys
 
 tessarn, pages = sys.argv[1], pathlib.Path(sys.argv[2])
 selfcheck, selfcheck_page = sys.argv[3], pathlib.Path(sys.argv[4])
-commands = ["curve", "align", "flatness", "outliers"]
+commands = ["curve", "align", "flatness", "outliers", "selfcheck"]
 option = re.compile(r"(?<![\w-])(--?[a-z][\w-]*)")
 
 
@@ -81,4 +81,4 @@ if bash != "flatness":
     wrong.append(f"bash completes fl by {bash!r}")
 if wrong:
     sys.exit("\n".join(wrong))
-print("the options of five helps are those of the manual pages and of three completions")
+print("the options of six helps are those of the manual pages and of three completions")
