@@ -98,6 +98,88 @@ def polar():
     ]
 
 
+def direction():
+    """Two vectors at 120 degrees to the x axis, one up and one down: what the signed and the unsigned angle say."""
+    ox, oy, far, near = 150, 135, 115, 42
+    cx, sy = -0.5, 0.75 ** 0.5
+    up, down = (ox + far * cx, oy - far * sy), (ox + far * cx, oy + far * sy)
+    out = [arrow(30, oy, 290, oy), text(280, oy - 10, "+x"), arrow(ox, 262, ox, 12), text(ox + 10, 20, "+y", "start"),
+           arrow(ox, oy, *up, "accent"), text(up[0] - 8, up[1] + 4, "a", "end"),
+           arrow(ox, oy, *down, "accent"), text(down[0] - 8, down[1] + 4, "b", "end"),
+           f'<path class="accent" d="M{ox + near} {oy} A{near} {near} 0 0 0 {ox + near * cx} {oy - near * sy:.1f}"/>',
+           f'<path class="accent" d="M{ox + near} {oy} A{near} {near} 0 0 1 {ox + near * cx} {oy + near * sy:.1f}"/>',
+           text(188, 92, "+2π/3", "start"), text(188, 190, "−2π/3", "start")]
+    lines = ["a.dirarc() = +2π/3", "b.dirarc() = −2π/3", "a.arc() = b.arc() = 2π/3", "a.dirarc(b) = +2π/3", "b.dirarc(a) = −2π/3"]
+    return "0 0 520 270", out + [text(328, (40, 64, 100, 176, 200)[i], words, "start") for i, words in enumerate(lines)]
+
+
+def moving_mean():
+    """Points, the mean of up to eleven neighbours around each, and the band of sqrt(limit) about it; one point lies outside."""
+    ys = [2.0, 2.3, 2.1, 2.7, 2.6, 3.1, 2.9, 3.5, 3.3, 7.2, 3.9, 3.7, 4.3, 4.1, 4.6, 4.4, 4.9, 4.7, 5.2, 5.0]
+    limit = 4
+    means = [sum(ys[max(i - 5, 0):i + 6]) / len(ys[max(i - 5, 0):i + 6]) for i in range(len(ys))]
+    left, bottom, step, unit = 40, 225, 19.5, 27
+
+    def at(i, y):
+        return f"{left + step * i:.1f} {bottom - unit * y:.1f}"
+
+    upper = [at(i, m + limit ** 0.5) for i, m in enumerate(means)]
+    lower = [at(i, m - limit ** 0.5) for i, m in enumerate(means)]
+    out = [f'<path class="face" d="M{" L".join(upper)} L{" L".join(reversed(lower))} Z"/>',
+           f'<path class="thin" stroke-dasharray="5 4" d="M{" L".join(upper)}"/>',
+           f'<path class="thin" stroke-dasharray="5 4" d="M{" L".join(lower)}"/>',
+           f'<path class="ink" d="M{" L".join(at(i, m) for i, m in enumerate(means))}"/>']
+    for i, (y, mean) in enumerate(zip(ys, means)):
+        x, height = (float(v) for v in at(i, y).split())
+        if abs(y - mean) > limit ** 0.5:
+            out += [f'<path class="accent" d="M{x - 6} {height - 6} l12 12 m0 -12 l-12 12"/>',
+                    text(x + 14, height + 5, "removed", "start")]
+        else:
+            out.append(dot(x, height))
+    right = left + step * (len(ys) - 1) + 8
+    heights = [bottom - unit * (means[-1] + d * limit ** 0.5) + 5 for d in (1, 0, -1)]
+    return "0 0 520 230", out + [text(right, h, words, "start") for h, words in zip(heights, ("+ √limit", "mean", "− √limit"))]
+
+
+def terms():
+    """The table of a polynomial in two variables of the grade 3: its terms, and the order in which they stand."""
+    size, left, top = (104, 50), 92, 42
+    powers = lambda name, n: "" if n == 0 else name if n == 1 else name + "²"
+    out = []
+    for j in range(3):
+        for i in range(3):
+            x, y = left + size[0] * i, top + size[1] * j
+            out += [f'<rect class="face" x="{x}" y="{y}" width="{size[0]}" height="{size[1]}"/>' if j == 0 else "",
+                    f'<rect class="ink" x="{x}" y="{y}" width="{size[0]}" height="{size[1]}"/>',
+                    text(x + size[0] // 2, y + 31, f"c({i}, {j}) {powers('x', i)} {powers('y', j)}".strip())]
+    out += [text(left + size[0] * i + size[0] // 2, 30, f"i = {i}") for i in range(3)]
+    out += [text(left - 12, top + size[1] * j + 31, f"j = {j}", "end") for j in range(3)]
+    out += [text(418, top + 22, "pure powers of x:", "start"), text(418, top + 42, "resize keeps", "start"),
+            text(418, top + 62, "these alone", "start")]
+    return "0 0 560 205", out
+
+
+def entries():
+    """A square matrix written in rows, and the entry that get(2, 0) reads: the column comes first."""
+    side, left, top = 58, 80, 44
+    out = []
+    for y in range(3):
+        for x in range(3):
+            at = (left + side * x, top + side * y)
+            if (x, y) == (2, 0):
+                out.append(f'<rect class="face" x="{at[0]}" y="{at[1]}" width="{side}" height="{side}"/>')
+            out += [f'<rect class="ink" x="{at[0]}" y="{at[1]}" width="{side}" height="{side}"/>',
+                    text(at[0] + side // 2, at[1] + 35, str(3 * y + x + 1))]
+    out.append(f'<rect class="accent" x="{left + 2 * side}" y="{top}" width="{side}" height="{side}"/>')
+    out += [text(left + side * i + side // 2, 32, f"x = {i}") for i in range(3)]
+    out += [text(left - 10, top + side * i + 35, f"y = {i}", "end") for i in range(3)]
+    return "0 0 560 228", out + [
+        text(286, top + 24, "a{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}", "start"), text(286, top + 48, "is written row by row,", "start"),
+        text(286, top + 94, "a.get(2, 0) == 3", "start"), text(286, top + 118, "reads column 2 of row 0.", "start"),
+        arrow(278, top + 89, left + 3 * side + 2, top + side // 2 + 6, "accent"),
+    ]
+
+
 def html(name, alternative):
     box, lines = globals()[name]()
     return (f'<figure class="drawing"><svg viewBox="{box}" role="img" aria-label="{alternative}">' + "".join(lines) +
