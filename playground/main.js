@@ -55,7 +55,7 @@ let worker;
 let busy = false;
 let waiting = false;
 let asked = 0;
-let dragging = false;
+let dragging = null;  // the pointer that drags, since a second finger is none
 
 function say(text) { get('live').textContent = text; }
 
@@ -98,7 +98,7 @@ function answer({ data }) {
   fault('');
   state.result = data.result;
   if (!state.result.half.every(Number.isFinite)) state.result.half.fill(0);  // as many unknowns as points: nothing tells the error
-  charts.show(state, dragging);
+  charts.show(state, dragging !== null);
   report(data);
   get('app').dataset.fitted = data.degree;
 }
@@ -211,18 +211,18 @@ function setUpDragging() {
     return [event.clientX - frame.left, event.clientY - frame.top];
   };
   box.addEventListener('pointerdown', (event) => {
-    if (!state.result) return;
+    if (!state.result || dragging !== null) return;
     const point = charts.nearest(...place(event), event.pointerType === 'touch' ? 24 : 12);
     if (point === null) return;
     event.preventDefault();
     box.focus({ preventScroll: true });
     state.selected = point;
-    dragging = true;
+    dragging = event.pointerId;
     box.setPointerCapture(event.pointerId);
     charts.show(state, true);
   });
   box.addEventListener('pointermove', (event) => {
-    if (!dragging) return;
+    if (event.pointerId !== dragging) return;
     const [left, top] = place(event);
     move(state.selected, charts.main.posToVal(left, 'x'), charts.main.posToVal(top, 'y'));
   });
@@ -230,9 +230,9 @@ function setUpDragging() {
   box.addEventListener('touchstart', (event) => {
     if (event.touches.length === 1 && state.result && charts.nearest(...place(event.touches[0]), 24) !== null) event.preventDefault();
   }, { passive: false });
-  const drop = () => {
-    if (!dragging) return;
-    dragging = false;
+  const drop = (event) => {
+    if (event.pointerId !== dragging) return;
+    dragging = null;
     showText();
     ask();
   };

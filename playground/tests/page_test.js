@@ -1,4 +1,4 @@
-// The playground in Chromium: examples, pasted text, files, the slider, faults, the keyboard, dragging, saving, a narrow screen, many
+// The playground in Chromium: examples, pasted text, files, the slider, faults, the keyboard, dragging, fingers, saving, a narrow screen, many
 // points, and the self-check beside that of the library on this machine. usage: page_test.js SITE SELFCHECK [SCREENSHOTS]
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
@@ -28,12 +28,12 @@ async function slide(tab, degree) {
   await tab.$eval('#pg-degree', (e, v) => { e.value = v; e.dispatchEvent(new Event('input')); }, degree);
 }
 
-async function open(browser, address, width, scheme) {
+async function open(browser, address, size, scheme) {
   const tab = await browser.newPage();
   tab.faults = [];
   tab.on('pageerror', (error) => tab.faults.push(error.message));
   tab.on('console', (m) => m.type() === 'error' && tab.faults.push(m.text()));
-  await tab.setViewport({ width, height: 1000 });
+  await tab.setViewport(typeof size === 'number' ? { width: size, height: 1000 } : size);
   await tab.emulateMediaFeatures([{ name: 'prefers-color-scheme', value: scheme }]);
   await tab.goto(address, { waitUntil: 'load' });
   await fitted(tab, 5);
@@ -183,6 +183,51 @@ const tests = {
   },
 };
 
+// A telephone: the first finger drags a point while the page stays, a second one changes nothing, and a finger that begins
+// beside the points scrolls the page.
+async function fingers(browser, address) {
+  const tab = await open(browser, address, { width: 390, height: 844, isMobile: true, hasTouch: true }, 'light');
+  const client = await tab.createCDPSession();
+  const touch = (type, ...points) => client.send('Input.dispatchTouchEvent', { type, touchPoints: points.map(([x, y], id) => ({ x, y, id })) });
+  const glide = async (from, to, steps, ...others) => {
+    for (let i = 1; i <= steps; ++i) {
+      await touch('touchMove', [from[0] + ((to[0] - from[0]) * i) / steps, from[1] + ((to[1] - from[1]) * i) / steps], ...others);
+      await new Promise((r) => setTimeout(r, 20));
+    }
+  };
+  const scrolled = () => tab.evaluate(() => scrollY);
+  const slope = async () => Number((await rows(tab, 'coefficients'))[1][1]);
+  const lastPoint = async () => (await tab.$eval('#pg-text', (e) => e.value)).trim().split('\n').pop().split(/[,;]/).map(Number);
+  await enter(tab, '0,0\n1,1\n2,2\n3,3\n4,4');
+  await slide(tab, 1);
+  await fitted(tab, 1);
+  const frame = await tab.$eval('#pg-chart .u-over', (e) => { e.scrollIntoView({ block: 'center', behavior: 'instant' }); const r = e.getBoundingClientRect(); return { x: r.x, y: r.y, w: r.width, h: r.height }; });
+  const at = (x, y) => [frame.x + ((x + 0.2) / 4.4) * frame.w, frame.y + ((4.2 - y) / 4.4) * frame.h];
+  const before = await scrolled();
+
+  await touch('touchStart', at(4, 4));
+  await glide(at(4, 4), at(4, 1), 8);
+  await touch('touchMove', at(4, 1), at(0.5, 3));
+  await glide(at(4, 1), at(4, 1), 3, at(0.5, 2));
+  await touch('touchEnd');
+  await tab.waitForFunction(() => Number(document.querySelector('#pg-coefficients tbody tr:nth-child(2) td:nth-child(2)').textContent) < 0.6);
+  const [x, y] = await lastPoint();
+  assert.ok(Math.abs(x - 4) < 0.1 && Math.abs(y - 1) < 0.1, `the point was left at ${x}, ${y}`);
+  assert.equal(await scrolled(), before, 'the page scrolled while a point was dragged');
+
+  const kept = await slope();
+  const free = [at(2, 4), [at(2, 4)[0], at(2, 4)[1] - 200]];
+  await touch('touchStart', free[0]);
+  await glide(...free, 10);
+  await touch('touchEnd');
+  for (let i = 0; i < 50 && await scrolled() === before; ++i) await new Promise((r) => setTimeout(r, 100));
+  assert.notEqual(await scrolled(), before, 'a finger beside the points does not scroll the page');
+  assert.equal(await slope(), kept, 'a finger beside the points moved one');
+  assert.deepEqual(tab.faults, []);
+  if (shots) await tab.screenshot({ path: path.join(shots, 'playground-fingers.png') });
+  await tab.close();
+}
+
 const server = await start(path.resolve(site));
 const browser = await puppeteer.launch({ executablePath: '/usr/bin/chromium', headless: true, args: ['--no-sandbox', '--allow-file-access-from-files'] });
 let failed = 0;
@@ -197,6 +242,13 @@ try {
       failed += 1;
       console.error(`FAILED: ${name}: ${error.message}`);
     }
+  }
+  try {
+    await fingers(browser, address);
+    console.log('points move by a finger');
+  } catch (error) {
+    failed += 1;
+    console.error(`FAILED: points move by a finger: ${error.message}`);
   }
   const views = [[1280, 'light', address], [1280, 'dark', address], [390, 'light', address], [390, 'dark', address],
     [1280, 'light', pathToFileURL(path.resolve(site, 'playground.html')).href]];
@@ -214,7 +266,7 @@ try {
     failed += 1;
     console.error(`FAILED: ${tab.faults.join('; ')}`);
   }
-  console.log(`playground: ${Object.keys(tests).length + views.length - failed} checks passed, ${failed} failed`);
+  console.log(`playground: ${Object.keys(tests).length + 1 + views.length - failed} checks passed, ${failed} failed`);
 } finally {
   await browser.close();
   server.stop();
