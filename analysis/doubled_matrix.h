@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "analysis/doubled.h"
+#include "analysis/kernels/systems.h"
 #include "core/storage.h"
 
 namespace tessarn::analysis {
@@ -90,11 +91,16 @@ class doubled_matrix {
   void add_row(std::size_t to, doubled factor, const doubled_matrix& other, std::size_t from, std::size_t first,
                std::size_t last) noexcept {
     if (factor.high == 0) return;
-    double* h = high(to);
-    double* l = low(to);
-    const double* oh = other.high(from);
-    const double* ol = other.low(from);
-    for (std::size_t c = first; c < last; ++c) {
+    double* h = high(to) + first;
+    double* l = low(to) + first;
+    const double* oh = other.high(from) + first;
+    const double* ol = other.low(from) + first;
+    const std::size_t count = first < last ? last - first : 0;
+    if (count >= worth_a_call) {
+      detail::system_kernels_in_use().add_row(h, l, factor.high, factor.low, oh, ol, count);
+      return;
+    }
+    for (std::size_t c = 0; c < count; ++c) {
       const doubled v = doubled(h[c], l[c]) + factor * doubled(oh[c], ol[c]);
       h[c] = v.high;
       l[c] = v.low;
@@ -118,6 +124,8 @@ class doubled_matrix {
   }
 
  private:
+  static constexpr std::size_t worth_a_call = 8;  // entries; fewer are added before a kernel is called
+
   std::size_t rows_, columns_;
   numbers<double> high_, low_;
 };

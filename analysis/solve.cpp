@@ -3,6 +3,7 @@
 
 #include <limits>
 
+#include "analysis/double_system.h"
 #include "analysis/scaled_system.h"
 #include "analysis/verified_inverse.h"
 #include "core/storage.h"
@@ -83,39 +84,63 @@ bounded_solution solve_scaled(const scaled_matrix& a, const numbers<doubled>& b)
 
 namespace {
 
-// All rows get the power of two that makes the largest entry of the right-hand side at most 1, besides those of the
-// matrix.
-template <class Entry, class Right>
-bounded_solution solve_entries(std::size_t n, Entry&& entry, Right&& right) {
-  const scaled_matrix a = scale(n, entry);
+// The power of two that divides the right-hand side besides those of the rows of the matrix, so that its largest entry
+// is between 1 and 2.
+template <class Right, class Exponent>
+int right_exponent(std::size_t n, Right&& right, Exponent&& row_exponent) {
   int shift = -5000;  // below every exponent
   for (std::size_t r = 0; r < n; ++r)
-    if (right(r) != 0) shift = std::max(shift, exponent_of(right(r)) - a.rows[r]);
-  if (shift == -5000) shift = 0;
-  numbers<doubled> b(n);
-  for (std::size_t r = 0; r < n; ++r) b[r] = scaled(right(r), -a.rows[r] - shift);
-  bounded_solution s = solve_scaled(a, b);
-  if (s.state == status::singular) return s;
-  for (std::size_t i = 0; i < n; ++i) {
+    if (right(r) != 0) shift = std::max(shift, exponent_of(right(r)) - row_exponent(r));
+  return shift == -5000 ? 0 : shift;
+}
+
+// Undoes the scaling.
+template <class Exponent>
+void store_solution(bounded_solution& s, int shift, Exponent&& column_exponent) {
+  for (std::size_t i = 0; i < s.x.size(); ++i) {
     double value, bound;
-    if (!store_scaled(s.x[i], s.error[i], shift - a.columns[i], value, bound)) {
+    if (!store_scaled(s.x[i], s.error[i], shift - column_exponent(i), value, bound)) {
       s.state = status::out_of_range;
-      return s;
+      return;
     }
     s.x[i] = value;
     s.error[i] = bound;
     if (!is_finite(bound)) s.state = status::nearly_singular;
   }
+}
+
+// By factors in double precision; false where these prove too little.
+template <class Right>
+bool solve_plainly(const rows_in_memory& m, Right&& right, bounded_solution& s) {
+  double_system a(m.size);
+  if (!a.factorise(m)) return false;
+  const auto row_exponent = [&](std::size_t r) { return a.row_exponent(r); };
+  const int shift = right_exponent(m.size, right, row_exponent);
+  numbers<double> b(m.size);
+  for (std::size_t r = 0; r < m.size; ++r) b[r] = scaled(right(r), -a.row_exponent(r) - shift);
+  if (!a.solve(b, s)) return false;
+  store_solution(s, shift, [&](std::size_t c) { return a.column_exponent(c); });
+  return true;
+}
+
+// Where double precision does not prove enough, in doubled precision.
+template <class Right>
+bounded_solution solve_rows(const rows_in_memory& m, Right&& right) {
+  const std::size_t n = m.size;
+  bounded_solution fast(n);
+  if (solve_plainly(m, right, fast)) return fast;
+  const scaled_matrix a = scale(n, [&](std::size_t r, std::size_t c) { return m.entries[r * m.stride + c]; });
+  const int shift = right_exponent(n, right, [&](std::size_t r) { return a.rows[r]; });
+  numbers<doubled> b(n);
+  for (std::size_t r = 0; r < n; ++r) b[r] = scaled(right(r), -a.rows[r] - shift);
+  bounded_solution s = solve_scaled(a, b);
+  if (s.state != status::singular) store_solution(s, shift, [&](std::size_t c) { return a.columns[c]; });
   return s;
 }
 
-template <class View>
-bool all_finite(const View& m) {
-  for (std::size_t r = 0; r < m.rows(); ++r)
-    for (std::size_t c = 0; c < m.columns(); ++c)
-      if (!is_finite(m(r, c))) return false;
-  return true;
-}
+rows_in_memory memory_of(const matrix_view& m) { return {detail::as_doubles(m.data()), m.rows(), m.stride()}; }
+
+bool all_finite(const matrix_view& m) { return all_finite(memory_of(m)); }
 bool all_finite(const complex_view& m) {
   for (std::size_t r = 0; r < m.rows(); ++r)
     for (std::size_t c = 0; c < m.columns(); ++c)
@@ -139,6 +164,15 @@ status check_square(const View& a) {
 }
 
 bool has_solution(status s) { return s == status::ok || s == status::nearly_singular; }
+
+// That matrix, row by row.
+numbers<double> parts_in_memory(const complex_view& a) {
+  const std::size_t n = detail::checked_product(2, a.rows());
+  numbers<double> entries(detail::checked_product(n, n));
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t c = 0; c < n; ++c) entries[r * n + c] = part(a, r, c);
+  return entries;
+}
 
 // The inverse of the scaled matrix, each entry with the bound max |R e_c| (d_r + d^2 / (1 - d)), where d_r bounds the
 // sum of row r of |I - R A| and d is the largest: the inverse is R + (I - R A) R + (I - R A)^2 R + ...
@@ -197,7 +231,7 @@ linear_solution solve(matrix_view a, column_view b) {
   for (std::size_t i = 0; i < n; ++i)
     if (!is_finite(b[i])) s.state = status::not_finite;
   if (s.state != status::ok) return s;
-  const bounded_solution found = solve_entries(n, a, [&](std::size_t i) { return static_cast<double>(b[i]); });
+  const bounded_solution found = solve_rows(memory_of(a), [&](std::size_t i) { return static_cast<double>(b[i]); });
   s.state = found.state;
   s.reciprocal_condition = found.reciprocal_condition;
   if (!has_solution(s.state)) return s;
@@ -217,9 +251,9 @@ complex_solution solve(complex_view a, complex_view b) {
   if (s.state == status::ok && !all_finite(b)) s.state = status::not_finite;
   if (s.state != status::ok) return s;
   const std::size_t n = a.rows();
-  const auto entry = [&](std::size_t r, std::size_t c) { return part(a, r, c); };
+  const numbers<double> parts = parts_in_memory(a);
   const auto right = [&](std::size_t i) { return static_cast<double>(i < n ? b(i, 0).re : b(i - n, 0).im); };
-  const bounded_solution found = solve_entries(detail::checked_product(2, n), entry, right);
+  const bounded_solution found = solve_rows({parts.data(), 2 * n, 2 * n}, right);
   s.state = found.state;
   s.reciprocal_condition = found.reciprocal_condition;
   if (!has_solution(s.state)) return s;

@@ -17,6 +17,7 @@ set(TESSARN_SOURCES
   matrix/adjugate.cpp
   matrix/complex_elimination.cpp
   matrix/determinant.cpp
+  matrix/factors.cpp
   matrix/gram.cpp
   matrix/kernels/in_use.cpp
   matrix/linear.cpp
@@ -54,6 +55,7 @@ set(TESSARN_SOURCES
   analysis/bernstein.cpp
   analysis/curve.cpp
   analysis/determinant.cpp
+  analysis/double_system.cpp
   analysis/eigen3.cpp
   analysis/exact_polynomial.cpp
   analysis/fit.cpp

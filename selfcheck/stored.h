@@ -210,7 +210,7 @@ constexpr stored_hash_line stored_hashes[] = {
     {"fit_surface", "hostile", 0x6430855db68b6680u},
     {"fit_robust", "ordinary", 0x3e985f196d1abda4u},
     {"fit_robust", "hostile", 0x53573aa8acfc5ce0u},
-    {"tessarn::solve", "ordinary", 0x5c783749c8800f74u},
+    {"tessarn::solve", "ordinary", 0x2ae005c3903198f3u},
     {"tessarn::solve", "hostile", 0xc501bba48d00da65u},
     {"tessarn::solve, complex", "ordinary", 0xa11f463aad401aceu},
     {"tessarn::solve, complex", "hostile", 0xefed4f8df4dd1884u},

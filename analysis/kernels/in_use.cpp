@@ -1,5 +1,6 @@
-// The build of the kernels that is in use.
+// The builds of the kernels that are in use.
 #include "analysis/kernels/kernels.h"
+#include "analysis/kernels/systems.h"
 #include "simd/dispatch.h"
 
 namespace tessarn::detail {
@@ -7,6 +8,13 @@ namespace tessarn::detail {
 const fit_kernels& fit_kernels_in_use() noexcept {
 #define TESSARN_TABLE_OF(set) &set::fit_table,
   static constexpr const fit_kernels* builds[] = {TESSARN_FOR_EACH_SET(TESSARN_TABLE_OF)};
+#undef TESSARN_TABLE_OF
+  return table_in_use(builds);
+}
+
+const system_kernels& system_kernels_in_use() noexcept {
+#define TESSARN_TABLE_OF(set) &set::system_table,
+  static constexpr const system_kernels* builds[] = {TESSARN_FOR_EACH_SET(TESSARN_TABLE_OF)};
 #undef TESSARN_TABLE_OF
   return table_in_use(builds);
 }

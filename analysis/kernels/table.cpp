@@ -1,8 +1,10 @@
-// The kernels of the fits; compiled once for each instruction set.
+// The kernels of the fits and of square systems; compiled once for each instruction set.
 #include "analysis/kernels/curve.inl"
 #include "analysis/kernels/kernels.h"
 #include "analysis/kernels/ranges.inl"
 #include "analysis/kernels/surface.inl"
+#include "analysis/kernels/systems.h"
+#include "analysis/kernels/systems.inl"
 
 namespace tessarn::detail::TESSARN_ISA {
 
@@ -12,5 +14,13 @@ const fit_kernels fit_table = {.include = include,
                                .residuals = residuals,
                                .add_surface_moments = add_surface_moments,
                                .surface_residuals = surface_residuals};
+
+const system_kernels system_table = {.add_row = add_row,
+                                     .residual = residual,
+                                     .column_sums = column_sums,
+                                     .row_sums = row_sums,
+                                     .row_largest = row_largest,
+                                     .column_largest = column_largest,
+                                     .scale = scale};
 
 }  // namespace tessarn::detail::TESSARN_ISA

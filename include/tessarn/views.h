@@ -137,6 +137,10 @@ class matrix_view {
   std::size_t columns() const noexcept { return columns_; }
   /// The entry in a row and a column, both below their numbers.
   real operator()(std::size_t row, std::size_t column) const noexcept { return first_[row * stride_ + column]; }
+  /// The first entry.
+  const real* data() const noexcept { return first_; }
+  /// The entries from one row to the next.
+  std::size_t stride() const noexcept { return stride_; }
 
  private:
   const real* first_;

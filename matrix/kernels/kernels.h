@@ -24,8 +24,15 @@ struct matrix_kernels {
   // 0, or when the factorisation meets a NaN: that spreads until a column of candidates holds nothing else. w begins at
   // a whole cache line; workspace holds lu_workspace(n) doubles.
   bool (*factorise)(double* w, size_t n, double* b, double* workspace);
+  // The same factorisation with both factors in w, the multipliers below the diagonal; row i of w is then a row of L
+  // and U for row order[i] of the matrix. Without the quiet-NaN rule.
+  bool (*factorise_kept)(double* w, size_t n, size_t* order, double* workspace);
   size_t (*lu_stride)(size_t n);
   size_t (*lu_workspace)(size_t n);
+  // The transposed inverses of the factors that factorise_kept left in w, in rows of lu_stride(n) with zeros beside the
+  // triangles. Each row of an inverse solves its triangular system by substitution, with sums in a fixed order; the
+  // entries of the factors are finite.
+  void (*invert_triangles)(const double* w, size_t n, double* lower, double* upper);
 
   // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, with the
   // factors left in place of the eliminated entries. Without the quiet-NaN rule. workspace holds

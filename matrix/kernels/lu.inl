@@ -200,14 +200,24 @@ TESSARN_INLINE void exchange(double* a, double* b, size_t n) {
   }
 }
 
+// The panel's columns back into the matrix: down to the diagonal, or with KEEP the multipliers below it, too.
+template <bool KEEP>
+TESSARN_INLINE void return_panel(const lu_panel_view& p, double* corner, size_t stride) {
+  for (size_t r = 0; r < (KEEP ? p.rows : p.columns); ++r)
+    for (size_t c = KEEP ? 0 : r; c < p.columns; ++c) corner[r * stride + c] = p.at(c)[r];
+}
+
 // Panel by panel: the panel is copied transposed and factorised, its exchanges are made in the columns right of it and
 // in b, its upper triangle goes back to w, and then the columns right of it see its steps. Columns left of a panel are
-// not read again, so their rows are not exchanged.
-static bool factorise(double* w, size_t n, double* b, double* workspace) {
+// not read again, so their rows are exchanged only where the multipliers are kept. Then order takes the exchanges, and
+// there is no b.
+template <bool KEEP>
+static bool factorise_all(double* w, size_t n, double* b, size_t* order, double* workspace) {
   const size_t stride = lu_stride(n), room = lu_column(n);
   double* sums = workspace + lu_panel(n) * room;
   double* packed = sums + room;
-  for (size_t r = 0; r < room; ++r) sums[r] = 0;
+  if (!KEEP)
+    for (size_t r = 0; r < room; ++r) sums[r] = 0;
   for (size_t first = 0; first < n; first += lu_panel(n)) {
     const size_t columns = n - first < lu_panel(n) ? n - first : lu_panel(n);
     const lu_panel_view p = {workspace, room, n - first, columns};
@@ -221,20 +231,35 @@ static bool factorise(double* w, size_t n, double* b, double* workspace) {
     if (!factorise_panel(p, exchanged)) return false;
     for (size_t c = 0; c < columns; ++c) {
       const size_t r = exchanged[c];
-      if (r != c) {
-        exchange(corner + c * stride + columns, corner + r * stride + columns, right);
+      if (r == c) continue;
+      exchange(corner + c * stride + columns, corner + r * stride + columns, right);
+      if (KEEP) {
+        exchange(corner + c * stride - first, corner + r * stride - first, first);
+        const size_t t = order[first + c];
+        order[first + c] = order[first + r];
+        order[first + r] = t;
+      } else {
         const double t = b[first + c], s = sums[first + c];
         b[first + c] = b[first + r];
         b[first + r] = t;
         sums[first + c] = sums[first + r];
         sums[first + r] = s;
       }
-      for (size_t above = 0; above <= c; ++above) corner[above * stride + c] = p.at(c)[above];
     }
-    substitute_panel(p, b + first, sums + first);
+    return_panel<KEEP>(p, corner, stride);
+    if (!KEEP) substitute_panel(p, b + first, sums + first);
     update_right(p, corner + columns, stride, right, packed);
   }
   return true;
+}
+
+static bool factorise(double* w, size_t n, double* b, double* workspace) {
+  return factorise_all<false>(w, n, b, nullptr, workspace);
+}
+
+static bool factorise_kept(double* w, size_t n, size_t* order, double* workspace) {
+  for (size_t r = 0; r < n; ++r) order[r] = r;
+  return factorise_all<true>(w, n, nullptr, order, workspace);
 }
 
 }  // namespace tessarn::detail::TESSARN_ISA

@@ -8,6 +8,7 @@
 #include "matrix/kernels/match.inl"
 #include "matrix/kernels/normal_equations.inl"
 #include "matrix/kernels/product.inl"
+#include "matrix/kernels/triangles.inl"
 
 namespace tessarn::detail::TESSARN_ISA {
 
@@ -56,8 +57,10 @@ const matrix_kernels matrix_table = {
     .multiply = multiply,
     .multiply_workspace = multiply_workspace,
     .factorise = factorise,
+    .factorise_kept = factorise_kept,
     .lu_stride = lu_stride,
     .lu_workspace = lu_workspace,
+    .invert_triangles = invert_triangles,
     .eliminate = eliminate,
     .elimination_workspace = elimination_workspace,
     .orthogonalize = orthogonalize,

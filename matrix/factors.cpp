@@ -1,0 +1,19 @@
+#include "matrix/factors.h"
+
+#include "core/workspace.h"
+#include "matrix/kernels/kernels.h"
+
+namespace tessarn::detail {
+
+std::size_t factors_stride(std::size_t n) { return matrix_kernels_in_use().lu_stride(n); }
+
+bool factorise(double* w, std::size_t n, std::size_t* order) {
+  workspace<double, 1024> work(matrix_kernels_in_use().lu_workspace(n));
+  return matrix_kernels_in_use().factorise_kept(w, n, order, work.data());
+}
+
+void invert_factors(const double* w, std::size_t n, double* lower, double* upper) {
+  matrix_kernels_in_use().invert_triangles(w, n, lower, upper);
+}
+
+}  // namespace tessarn::detail
