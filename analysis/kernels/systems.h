@@ -25,6 +25,17 @@ struct residual_column {
   double* magnitude;   // the sum of the magnitudes of a row's products and of its right-hand side
 };
 
+// What columns are multiplied by: doubled numbers, and weights for the sums of magnitudes. Without low parts there are
+// no weights either.
+struct column_of_products {
+  const double *high, *low, *weights;
+};
+
+// So many rows, or columns, lie between two steps that add to a rounded sum what its roundings lost. Of n terms in such
+// a chain, with at most m = 64 between two steps, the sum loses at most (n + 3) min(n + 3, m + 3) u^2 of the
+// magnitudes.
+inline constexpr size_t columns_between_sums = 64, rows_between_sums = columns_between_sums * row_partial_sums;
+
 struct system_kernels {
   // The doubled numbers high + low take factor * other for each of n entries, by the operations of analysis/doubled.h.
   void (*add_row)(double* high, double* low, double factor_high, double factor_low, const double* other_high,
@@ -42,6 +53,16 @@ struct system_kernels {
   // sums[r] = sum of Y_rc v_c, or of |Y_rc| v_c, over the columns from r on where `upper` is set, else over those
   // before r. The other triangle is not read.
   void (*row_sums)(const square_rows& y, bool upper, bool magnitudes, const double* v, double* sums);
+
+  // high + low = the sum of the products of each column with v, over the rows, a multiple of 8; row r in partial sum r
+  // mod
+  // 8. weighted takes the sum of the magnitudes of each column times the weights.
+  void (*products)(const double* const* columns, size_t count, size_t rows, const column_of_products& v, double* high,
+                   double* low, double* weighted);
+
+  // As `residual`, for a matrix whose columns are given; the rows are a multiple of 8. Each row is one sum.
+  void (*tall_residual)(const double* const* columns, size_t count, size_t rows, const double* b, const double* x_high,
+                        const double* x_low, const residual_column& r);
 
   // The largest magnitude of each of the rows, and of all numbers the sum of v - v, which is 0 where all are finite.
   double (*row_largest)(const double* rows, size_t count, size_t columns, size_t stride, double* largest);

@@ -1,4 +1,5 @@
 // The kernels of the fits and of square systems; compiled once for each instruction set.
+#include "analysis/kernels/columns.inl"
 #include "analysis/kernels/curve.inl"
 #include "analysis/kernels/kernels.h"
 #include "analysis/kernels/ranges.inl"
@@ -19,6 +20,8 @@ const system_kernels system_table = {.add_row = add_row,
                                      .residual = residual,
                                      .column_sums = column_sums,
                                      .row_sums = row_sums,
+                                     .products = products,
+                                     .tall_residual = tall_residual,
                                      .row_largest = row_largest,
                                      .column_largest = column_largest,
                                      .scale = scale};
