@@ -13,6 +13,7 @@ namespace {
 // The columns of the workspace.
 enum : std::size_t {
   ones,
+  upper_sums,
   departures,
   right_hand_side,
   x_high,
@@ -31,8 +32,6 @@ enum : std::size_t {
 
 constexpr double upwards = 1.01;  // above what the sums of bounds lose, three after each other
 constexpr int largest_exponent = 500;
-
-double tiny(std::size_t n) { return 4 * static_cast<double>(n) * static_cast<double>(n + 1) * 0x1p-1000; }
 
 }  // namespace
 
@@ -58,10 +57,19 @@ double_system::double_system(std::size_t n)
   columns_of_work_ = upper_ + n * stride_;
 }
 
+// Where |U| is large the rest is not worth the work, and where it is not finite the inverses would depend on the number
+// of lanes.
 bool double_system::factorise(const rows_in_memory& m) {
   if (!rounds_to_nearest() || !scale(m)) return false;
   std::copy(a_, a_ + size_ * stride_, factors_);
-  return detail::factorise(factors_, size_, order_.data()) && prove();
+  if (!detail::factorise(factors_, size_, order_.data())) return false;
+  double* u = column(upper_sums);
+  std::fill_n(column(ones), stride_, 1.0);
+  kernels_.row_sums(rows_of(factors_), true, true, column(ones), u);
+  for (std::size_t r = 0; r < size_; ++r)
+    if (!(u[r] < 0x1p70)) return false;
+  detail::invert_factors(factors_, size_, lower_, upper_);
+  return true;
 }
 
 // As scale() of scaled_system.h does, in one multiplication of each entry by a power of two.
@@ -87,18 +95,13 @@ bool double_system::scale(const rows_in_memory& m) {
 
 // Row sums of |U|, |L| |U|, |X_L| (2 g |L| |U| + ...) and |X_U| (... + g |U|), one after the other.
 bool double_system::prove() {
-  double *u = column(x_high), *lu = column(x_low), *inner = column(r_high), *bound = column(departures);
+  double *u = column(upper_sums), *lu = column(x_low), *inner = column(r_high), *bound = column(departures);
   const double lost = tiny(size_);
-  std::fill_n(column(ones), stride_, 1.0);
-  kernels_.row_sums(rows_of(factors_), true, true, column(ones), u);
-  for (std::size_t r = 0; r < size_; ++r)
-    if (!(u[r] < 0x1p70)) return false;
   kernels_.row_sums(rows_of(factors_), false, true, u, lu);
-  detail::invert_factors(factors_, size_, lower_, upper_);
   for (std::size_t r = 0; r < size_; ++r) lu[r] = 2 * gamma_ * (lu[r] + u[r]) + lost;
-  kernels_.column_sums(rows_of(lower_), true, true, lu, inner);
+  kernels_.column_sums(rows_of(lower_), detail::matrix_shape::upper, true, lu, inner);
   for (std::size_t r = 0; r < size_; ++r) inner[r] += gamma_ * u[r] + lost;
-  kernels_.column_sums(rows_of(upper_), false, true, inner, bound);
+  kernels_.column_sums(rows_of(upper_), detail::matrix_shape::lower, true, inner, bound);
   for (std::size_t r = 0; r < size_; ++r) {
     bound[r] = (bound[r] + lost) * upwards;
     if (!(bound[r] < 0.25)) return false;
@@ -111,14 +114,14 @@ bool double_system::prove() {
 void double_system::apply(const double* v, double* result) {
   double *permuted = column(spare), *half = column(between);
   for (std::size_t i = 0; i < size_; ++i) permuted[i] = v[order_[i]];
-  kernels_.column_sums(rows_of(lower_), true, false, permuted, half);
-  kernels_.column_sums(rows_of(upper_), false, false, half, result);
+  kernels_.column_sums(rows_of(lower_), detail::matrix_shape::upper, false, permuted, half);
+  kernels_.column_sums(rows_of(upper_), detail::matrix_shape::lower, false, half, result);
 }
 void double_system::apply_magnitudes(const double* v, double* result) {
   double *permuted = column(spare), *half = column(between);
   for (std::size_t i = 0; i < size_; ++i) permuted[i] = v[order_[i]];
-  kernels_.column_sums(rows_of(lower_), true, true, permuted, half);
-  kernels_.column_sums(rows_of(upper_), false, true, half, result);
+  kernels_.column_sums(rows_of(lower_), detail::matrix_shape::upper, true, permuted, half);
+  kernels_.column_sums(rows_of(upper_), detail::matrix_shape::lower, true, half, result);
 }
 
 // 1 / (|A| |R|) in the norm of the largest sum of a row. The row of R is searched: from the one with the largest bound
@@ -140,8 +143,8 @@ double double_system::reciprocal_condition() {
     }
     if (!(sum > largest)) break;
     largest = sum;
-    kernels_.column_sums(rows_of(lower_), true, false, signs, half);
-    kernels_.column_sums(rows_of(upper_), false, false, half, unit);
+    kernels_.column_sums(rows_of(lower_), detail::matrix_shape::upper, false, signs, half);
+    kernels_.column_sums(rows_of(upper_), detail::matrix_shape::lower, false, half, unit);
     std::size_t next = best;
     for (std::size_t i = 0; i < size_; ++i)
       if (std::fabs(unit[i]) > std::fabs(unit[next])) next = i;

@@ -16,6 +16,18 @@ struct rows_in_memory {
   std::size_t size, stride;
 };
 
+// What rounding may lose below the range of normal numbers, many times over, in sums of n products of numbers near 1.
+inline double tiny(std::size_t n) noexcept {
+  return 4 * static_cast<double>(n) * static_cast<double>(n + 1) * 0x1p-1000;
+}
+
+// A bound, in units of 2^-106 of the magnitudes, of what a sum of n exact products in one chain loses, and a tree of
+// eight such sums behind it.
+inline double chain_loss(std::size_t n) noexcept {
+  const double terms = static_cast<double>(n) + 3;
+  return terms * std::min(terms, static_cast<double>(detail::columns_between_sums) + 6) + 40;
+}
+
 // Whether all are finite.
 bool all_finite(const rows_in_memory& m);
 
@@ -30,22 +42,32 @@ class double_system {
  public:
   explicit double_system(std::size_t n);
 
-  // Scales, factorises and proves. False when nothing is proved: exponents too far apart to scale in one step, a pivot
-  // that vanishes, a bound of |I - R A| that is not below 1/4, or a rounding mode for which the bounds do not hold.
+  // Scales, factorises, and inverts the factors. False for exponents too far apart to scale in one step, a pivot that
+  // vanishes, or a rounding mode for which bounds do not hold.
   bool factorise(const rows_in_memory& m);
+
+  // False when the bound of |I - R A| is not below 1/4.
+  bool prove();
 
   // The solution of the scaled system for a right-hand side of at most 1. False when refinement does not reach bounds
   // of 2^-58 of the largest unknown.
   bool solve(const numbers<double>& right, bounded_solution& s);
 
+  std::size_t size() const noexcept { return size_; }
+  std::size_t stride() const noexcept { return stride_; }
+  const double* scaled_entries() const noexcept { return a_; }
+  const double* factors() const noexcept { return factors_; }  // L below the diagonal, and U
+  const double* lower() const noexcept { return lower_; }      // the transposed inverses
+  const double* upper() const noexcept { return upper_; }
+  std::size_t order(std::size_t i) const noexcept { return order_[i]; }  // the row of A that became row i of L U
+  double gamma() const noexcept { return gamma_; }
   int row_exponent(std::size_t r) const noexcept { return rows_[r]; }
   int column_exponent(std::size_t c) const noexcept { return columns_[c]; }
 
  private:
   bool scale(const rows_in_memory& m);
-  bool prove();
   double reciprocal_condition();
-  double residual_bounds(const double* x_high);
+  double residual_bounds(const double* x);
   void apply(const double* v, double* result);
   void apply_magnitudes(const double* v, double* result);
   detail::square_rows rows_of(const double* entries) const noexcept { return {entries, size_, stride_}; }
@@ -57,7 +79,7 @@ class double_system {
   double *a_, *factors_, *lower_, *upper_, *columns_of_work_;
   numbers<std::size_t> order_;
   numbers<int> rows_, columns_;
-  double gamma_ = 0, departure_ = 0, norm_ = 0;
+  double gamma_ = 0, departure_ = 0;
 };
 
 }  // namespace tessarn::analysis

@@ -1,6 +1,7 @@
 // Least squares for any matrix: normal equations in doubled precision, with a proved bound of the error.
 #include <limits>
 
+#include "analysis/double_system.h"
 #include "analysis/scaled_system.h"
 #include "analysis/verified_inverse.h"
 
@@ -62,11 +63,7 @@ struct scaled_problem {
   const double* column(std::size_t c) const noexcept { return entries.data() + c * height; }
 };
 
-// A bound, in units of 2^-106 of the magnitudes, of what a chain of n exact products loses, and the tree behind it.
-double chain_loss(std::size_t n) {
-  const double terms = static_cast<double>(n) + 3;
-  return terms * std::min(terms, static_cast<double>(detail::columns_between_sums) + 6) + 40;
-}
+// Of sums over the rows.
 double rows_loss(std::size_t rows) { return chain_loss(in_eights(rows) / detail::row_partial_sums); }
 
 // A'A; the lower half mirrors the upper one.

@@ -1,8 +1,10 @@
 // Square systems and inverses with proved bounds, real and complex.
 #include "tessarn/solve.h"
 
+#include <cstdlib>
 #include <limits>
 
+#include "analysis/dense_inverse.h"
 #include "analysis/double_system.h"
 #include "analysis/scaled_system.h"
 #include "analysis/verified_inverse.h"
@@ -113,7 +115,7 @@ void store_solution(bounded_solution& s, int shift, Exponent&& column_exponent) 
 template <class Right>
 bool solve_plainly(const rows_in_memory& m, Right&& right, bounded_solution& s) {
   double_system a(m.size);
-  if (!a.factorise(m)) return false;
+  if (!a.factorise(m) || !a.prove()) return false;
   const auto row_exponent = [&](std::size_t r) { return a.row_exponent(r); };
   const int shift = right_exponent(m.size, right, row_exponent);
   numbers<double> b(m.size);
@@ -174,21 +176,69 @@ numbers<double> parts_in_memory(const complex_view& a) {
   return entries;
 }
 
-// The inverse of the scaled matrix, each entry with the bound max |R e_c| (d_r + d^2 / (1 - d)), where d_r bounds the
-// sum of row r of |I - R A| and d is the largest: the inverse is R + (I - R A) R + (I - R A)^2 R + ...
+// The inverse and the bounds, row by row.
 struct bounded_inverse {
-  doubled_matrix entries;
-  doubled_matrix error;  // in the high parts
+  numbers<double> entries, errors;
   double reciprocal_condition = 0;
   status state = status::ok;
 
-  explicit bounded_inverse(std::size_t n) : entries(n, n), error(n, n) {}
+  explicit bounded_inverse(std::size_t n) : entries(detail::checked_product(n, n)), errors(n * n) {}
+
+  // Entry i from the inverse of the scaled matrix; false when it is out of range.
+  bool store(std::size_t i, doubled v, double off, int exponent) {
+    if (!store_scaled(v, off, exponent, entries[i], errors[i])) {
+      state = status::out_of_range;
+      return false;
+    }
+    if (!is_finite(errors[i])) state = status::nearly_singular;
+    return true;
+  }
 };
 
-template <class Entry>
-bounded_inverse invert_entries(std::size_t n, Entry&& entry) {
+// Undoes the scaling of one entry after the other, by powers of two that one product of two factors holds; false where
+// exponents are too large for that.
+bool store_inverse(const double_system& a, const dense_inverse& inverse, bounded_inverse& s) {
+  constexpr int most = 350;
+  const std::size_t n = a.size();
+  numbers<double> row_factors(n), column_factors(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    if (std::abs(a.column_exponent(i)) > most || std::abs(a.row_exponent(i)) > most) return false;
+    row_factors[i] = power_of_two(-a.column_exponent(i));
+    column_factors[i] = power_of_two(-a.row_exponent(i));
+  }
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t c = 0; c < n; ++c) {
+      const doubled v = inverse.entry(r, c);
+      const double factor = row_factors[r] * column_factors[c];
+      s.entries[r * n + c] = v.high * factor;
+      s.errors[r * n + c] = (std::fabs(v.low) + inverse.error(r, c)) * 1.0001 * factor + 0x1p-1073;
+    }
+  return true;
+}
+
+// By factors in double precision; false where these prove too little.
+bool invert_plainly(const rows_in_memory& m, bounded_inverse& s) {
+  const std::size_t n = m.size;
+  double_system a(n);
+  if (!a.factorise(m)) return false;
+  dense_inverse inverse(a);
+  if (!inverse.prove(true) || !inverse.refine()) return false;
+  s.reciprocal_condition = inverse.reciprocal_condition();
+  if (store_inverse(a, inverse, s)) return true;
+  for (std::size_t r = 0; r < n; ++r)
+    for (std::size_t c = 0; c < n; ++c)
+      if (!s.store(r * n + c, inverse.entry(r, c), inverse.error(r, c), -a.column_exponent(r) - a.row_exponent(c)))
+        return true;
+  return true;
+}
+
+// In doubled precision, each entry with the bound max |R e_c| (d_r + d^2 / (1 - d)), where d_r bounds the sum of row r
+// of |I - R A| and d is the largest: the inverse is R + (I - R A) R + (I - R A)^2 R + ...
+bounded_inverse invert_rows(const rows_in_memory& m) {
+  const std::size_t n = m.size;
   bounded_inverse s(n);
-  const scaled_matrix a = scale(n, entry);
+  if (invert_plainly(m, s)) return s;
+  const scaled_matrix a = scale(n, [&](std::size_t r, std::size_t c) { return m.entries[r * m.stride + c]; });
   const factorisation factors(a.entries);
   if (!factors.regular()) {
     s.state = status::singular;
@@ -202,14 +252,7 @@ bounded_inverse invert_entries(std::size_t n, Entry&& entry) {
     for (std::size_t r = 0; r < n; ++r) largest = std::max(largest, magnitude(v.inverse.get(r, c)));
     for (std::size_t r = 0; r < n; ++r) {
       const double off = v.proved() ? largest * (v.departures[r] + v.departure * v.amplification()) * 1.001 : infinite;
-      double value, bound;
-      if (!store_scaled(v.inverse.get(r, c), off, -a.columns[r] - a.rows[c], value, bound)) {
-        s.state = status::out_of_range;
-        return s;
-      }
-      s.entries.set(r, c, value);
-      s.error.set(r, c, bound);
-      if (!is_finite(bound)) s.state = status::nearly_singular;
+      if (!s.store(r * n + c, v.inverse.get(r, c), off, -a.columns[r] - a.rows[c])) return s;
     }
   }
   return s;
@@ -272,17 +315,14 @@ inverse_matrix inverse(matrix_view a) {
   s.state = check_square(a);
   if (s.state != status::ok) return s;
   const std::size_t n = a.rows();
-  const bounded_inverse found = invert_entries(n, a);
+  const bounded_inverse found = invert_rows(memory_of(a));
   s.state = found.state;
   s.reciprocal_condition = found.reciprocal_condition;
   if (!has_solution(s.state)) return s;
   s.inverse = mat<long double>(n, n);
   s.error = mat<long double>(n, n);
-  for (std::size_t r = 0; r < n; ++r)
-    for (std::size_t c = 0; c < n; ++c) {
-      s.inverse.getData()[r * n + c] = found.entries.get(r, c).high;
-      s.error.getData()[r * n + c] = found.error.get(r, c).high;
-    }
+  std::copy(found.entries.data(), found.entries.data() + n * n, s.inverse.getData());
+  std::copy(found.errors.data(), found.errors.data() + n * n, s.error.getData());
   return s;
 }
 
@@ -292,8 +332,9 @@ complex_inverse_matrix inverse(complex_view a) {
   s.state = check_square(a);
   if (s.state != status::ok) return s;
   const std::size_t n = a.rows();
-  const bounded_inverse found =
-      invert_entries(detail::checked_product(2, n), [&](std::size_t r, std::size_t c) { return part(a, r, c); });
+  const numbers<double> parts = parts_in_memory(a);
+  const std::size_t twice = 2 * n;
+  const bounded_inverse found = invert_rows({parts.data(), twice, twice});
   s.state = found.state;
   s.reciprocal_condition = found.reciprocal_condition;
   if (!has_solution(s.state)) return s;
@@ -302,9 +343,10 @@ complex_inverse_matrix inverse(complex_view a) {
   for (std::size_t r = 0; r < n; ++r)
     for (std::size_t c = 0; c < n; ++c) {
       cplx& v = s.inverse.getData()[r * n + c];
-      v.re = found.entries.get(r, c).high;
-      v.im = found.entries.get(n + r, c).high;
-      s.error.getData()[r * n + c] = std::max(found.error.get(r, c).high, found.error.get(n + r, c).high);
+      const std::size_t re = r * twice + c, im = (n + r) * twice + c;
+      v.re = found.entries[re];
+      v.im = found.entries[im];
+      s.error.getData()[r * n + c] = std::max(found.errors[re], found.errors[im]);
     }
   return s;
 }

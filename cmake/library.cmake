@@ -54,6 +54,7 @@ set(TESSARN_SOURCES
   analysis/align.cpp
   analysis/bernstein.cpp
   analysis/curve.cpp
+  analysis/dense_inverse.cpp
   analysis/determinant.cpp
   analysis/double_system.cpp
   analysis/eigen3.cpp

@@ -16,4 +16,15 @@ void invert_factors(const double* w, std::size_t n, double* lower, double* upper
   matrix_kernels_in_use().invert_triangles(w, n, lower, upper);
 }
 
+void multiply_inverses(const double* lower, const double* upper, std::size_t n, double* product) {
+  matrix_kernels_in_use().multiply_triangles(lower, upper, product, n);
+}
+
+void add_product(const double* a, const double* b, std::size_t n, double* c) {
+  matrix_kernels_in_use().add_square(a, false, false, b, c, n);
+}
+void subtract_transposed_product(const double* a, const double* b, std::size_t n, double* c) {
+  matrix_kernels_in_use().add_square(a, true, true, b, c, n);
+}
+
 }  // namespace tessarn::detail

@@ -16,4 +16,11 @@ bool factorise(double* w, std::size_t n, std::size_t* order);
 // The transposed inverses of the two factors, row by row as w, with zeros beside the triangles. The factors are finite.
 void invert_factors(const double* w, std::size_t n, double* lower, double* upper);
 
+// product = lower upper, of these transposed inverses: its row i is row order[i] of the transposed inverse of A.
+void multiply_inverses(const double* lower, const double* upper, std::size_t n, double* product);
+
+// c += a b, and c -= a' b.
+void add_product(const double* a, const double* b, std::size_t n, double* c);
+void subtract_transposed_product(const double* a, const double* b, std::size_t n, double* c);
+
 }  // namespace tessarn::detail

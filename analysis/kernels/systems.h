@@ -19,6 +19,8 @@ struct square_rows {
   size_t size, stride;
 };
 
+enum class matrix_shape { upper, lower, full };
+
 // Columns of doubled numbers, `stride` of the matrix each, zeros at their ends.
 struct residual_column {
   double *high, *low;  // the residual
@@ -36,6 +38,18 @@ struct column_of_products {
 // magnitudes.
 inline constexpr size_t columns_between_sums = 64, rows_between_sums = columns_between_sums * row_partial_sums;
 
+// The matrix c - a b, which takes the place of c, of n x n matrices in rows of `stride`, a multiple of 8, with zeros
+// behind them. a = a_high + a_low are the parts of half the digits; entry (i, k) of each stands at i row_stride +
+// k k_stride. Where a is a lower and b an upper triangle with zeros beside them, `triangles` saves two thirds.
+struct accurate_product {
+  const double *a, *a_high, *a_low;
+  size_t row_stride, k_stride;
+  const double* b;
+  double* c;
+  size_t size, stride;
+  bool triangles;
+};
+
 struct system_kernels {
   // The doubled numbers high + low take factor * other for each of n entries, by the operations of analysis/doubled.h.
   void (*add_row)(double* high, double* low, double factor_high, double factor_low, const double* other_high,
@@ -46,9 +60,14 @@ struct system_kernels {
   void (*residual)(const square_rows& a, const double* b, const double* x_high, const double* x_low,
                    const residual_column& r, double* workspace);
 
-  // sums[c] = sum of Y_kc v_k over the rows in ascending order, for a triangular Y with zeros beside the triangle:
-  // `upper` tells which. Where `magnitudes` is set, of |Y_kc| v_k.
-  void (*column_sums)(const square_rows& y, bool upper, bool magnitudes, const double* v, double* sums);
+  // c - a b, each entry one sum with exact products, k ascending, rounded to a double at the end.
+  void (*subtract_accurately)(const accurate_product& p);
+  // The parts of v, n doubles, a multiple of 8.
+  void (*split_all)(const double* v, size_t n, double* high, double* low);
+
+  // sums[c] = sum of Y_kc v_k over the rows in ascending order, for a Y of that shape with zeros beside the triangle.
+  // Where `magnitudes` is set, of |Y_kc| v_k.
+  void (*column_sums)(const square_rows& y, matrix_shape shape, bool magnitudes, const double* v, double* sums);
 
   // sums[r] = sum of Y_rc v_c, or of |Y_rc| v_c, over the columns from r on where `upper` is set, else over those
   // before r. The other triangle is not read.

@@ -140,11 +140,12 @@ TESSARN_INLINE void sums_of_columns(const double* y, size_t stride, const double
 
 // In columns x to `next` of an upper triangle the rows from `next` on are 0, of a lower one those before x.
 template <bool MAGNITUDES>
-void sums_of_columns(const square_rows& y, bool upper, const double* v, double* sums) {
+void sums_of_columns(const square_rows& y, matrix_shape shape, const double* v, double* sums) {
   const size_t end = (y.size + 7) / 8 * 8;
   for (size_t x = 0; x < end;) {
     const size_t vectors = x + 4 * width <= end ? 4 : 1, next = x + vectors * width;
-    const size_t first = upper ? 0 : x, last = upper && next < y.size ? next : y.size;
+    const size_t first = shape == matrix_shape::lower ? x : 0;
+    const size_t last = shape == matrix_shape::upper && next < y.size ? next : y.size;
     if (vectors == 4)
       sums_of_columns<4, MAGNITUDES>(y.entries + x, y.stride, v, first, last, sums + x);
     else
@@ -153,8 +154,8 @@ void sums_of_columns(const square_rows& y, bool upper, const double* v, double* 
   }
 }
 
-void column_sums(const square_rows& y, bool upper, bool magnitudes, const double* v, double* sums) {
-  (magnitudes ? sums_of_columns<true> : sums_of_columns<false>)(y, upper, v, sums);
+void column_sums(const square_rows& y, matrix_shape shape, bool magnitudes, const double* v, double* sums) {
+  (magnitudes ? sums_of_columns<true> : sums_of_columns<false>)(y, shape, v, sums);
 }
 
 // The sum over the columns from first to below last: single numbers up to whole groups of eight, and behind them.

@@ -1,4 +1,5 @@
 // The kernels of the fits and of square systems; compiled once for each instruction set.
+#include "analysis/kernels/accurate_product.inl"
 #include "analysis/kernels/columns.inl"
 #include "analysis/kernels/curve.inl"
 #include "analysis/kernels/kernels.h"
@@ -18,6 +19,8 @@ const fit_kernels fit_table = {.include = include,
 
 const system_kernels system_table = {.add_row = add_row,
                                      .residual = residual,
+                                     .subtract_accurately = subtract_accurately,
+                                     .split_all = split_all,
                                      .column_sums = column_sums,
                                      .row_sums = row_sums,
                                      .products = products,

@@ -33,6 +33,10 @@ struct matrix_kernels {
   // triangles. Each row of an inverse solves its triangular system by substitution, with sums in a fixed order; the
   // entries of the factors are finite.
   void (*invert_triangles)(const double* w, size_t n, double* lower, double* upper);
+  // c = a b for an upper triangle a and a lower triangle b of that form, k ascending.
+  void (*multiply_triangles)(const double* a, const double* b, double* c, size_t n);
+  // c += a b, or -= a b, of n x n matrices in rows of lu_stride(n), k ascending; a may be given transposed.
+  void (*add_square)(const double* a, bool transposed, bool subtract, const double* b, double* c, size_t n);
 
   // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, with the
   // factors left in place of the eliminated entries. Without the quiet-NaN rule. workspace holds

@@ -102,4 +102,35 @@ static void invert_triangles(const double* w, size_t n, double* lower, double* u
   invert_upper(w, n, lu_stride(n), upper);
 }
 
+// c = a b for an upper triangle a and a lower triangle b: entry (i, j) has products from the larger of i and j on.
+static void multiply_triangles(const double* a, const double* b, double* c, size_t n) {
+  const size_t stride = lu_stride(n), end = (n + 7) / 8 * 8;
+  for (size_t x = 0; x < end;) {
+    const size_t vectors = vectors_from(x, end);
+    for (size_t first = 0; first < n; first += triangle_block) {
+      const size_t rows = n - first < triangle_block ? n - first : triangle_block, k = x < first ? first : x;
+      tile_columns<from_zero, add_products>(vectors, a + first * stride + k, stride, 1, b + k * stride + x, stride,
+                                            k < n ? n - k : 0, c + first * stride + x, stride, rows, false);
+    }
+    x += vectors * width;
+  }
+}
+
+template <tile_mode MODE>
+static void add_square_product(const double* a, size_t row_stride, size_t k_stride, const double* b, double* c,
+                               size_t n) {
+  const size_t stride = lu_stride(n), end = (n + 7) / 8 * 8;
+  for (size_t x = 0; x < end;) {
+    const size_t vectors = vectors_from(x, end);
+    tile_columns<from_stored, MODE>(vectors, a, row_stride, k_stride, b + x, stride, n, c + x, stride, n, false);
+    x += vectors * width;
+  }
+}
+
+static void add_square(const double* a, bool transposed, bool subtract, const double* b, double* c, size_t n) {
+  const size_t stride = lu_stride(n);
+  (subtract ? add_square_product<subtract_products>
+            : add_square_product<add_products>)(a, transposed ? 1 : stride, transposed ? stride : 1, b, c, n);
+}
+
 }  // namespace tessarn::detail::TESSARN_ISA
