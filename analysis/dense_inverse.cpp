@@ -17,12 +17,11 @@ dense_inverse::dense_inverse(const double_system& s)
       kernels_(detail::system_kernels_in_use()),
       size_(s.size()),
       stride_(s.stride()),
-      work_(detail::checked_product(stride_, 4 * size_ + column_count)) {
-  inverse_ = work_.data();
-  rest_ = inverse_ + size_ * stride_;
-  correction_ = rest_ + size_ * stride_;
-  spare_ = correction_ + size_ * stride_;
-  columns_ = spare_ + size_ * stride_;
+      columns_(column_count * stride_),
+      inverse_(s.room(0)),
+      rest_(s.room(1)),
+      correction_(s.room(2)),
+      spare_(s.room(3)) {
   detail::multiply_inverses(s.lower(), s.upper(), size_, rest_);
   for (std::size_t i = 0; i < size_; ++i) {
     double* row = inverse_ + s.order(i) * stride_;
@@ -89,8 +88,7 @@ bool dense_inverse::refine() {
   std::fill_n(correction_, size_ * stride_, 0.0);
   detail::add_product(inverse_, rest_, size_, correction_);
   if (terms > 1) {
-    detail::workspace<double, 256, 64> first_term(size_ * stride_);
-    double* kept = first_term.data();
+    double* kept = system_.lower();
     std::copy(correction_, correction_ + size_ * stride_, kept);
     for (int k = 1; k < terms; ++k) {
       std::copy(kept, kept + size_ * stride_, spare_);

@@ -11,6 +11,9 @@ namespace tessarn::analysis {
 // transposed, row by row, since the lanes run along the rows of R'.
 class dense_inverse {
  public:
+  // Takes the matrices of the system's room, of which there are four, and of the inverses of the factors. The last
+  // three and those of the inverses hold nothing that is needed after prove() alone.
+  static constexpr std::size_t matrices = 4;
   explicit dense_inverse(const double_system& s);
 
   // Forms E, in double precision or as if in doubled precision, and bounds it, with what E itself is off. False when
@@ -39,13 +42,14 @@ class dense_inverse {
 
   void subtract_product(bool accurately);
   detail::square_rows rows_of(const double* entries) const noexcept { return {entries, size_, stride_}; }
-  double* column(std::size_t i) const noexcept { return columns_ + i * stride_; }
+  double* column(std::size_t i) noexcept { return columns_.data() + i * stride_; }
+  const double* column(std::size_t i) const noexcept { return columns_.data() + i * stride_; }
 
   const double_system& system_;
   const detail::system_kernels& kernels_;
   std::size_t size_, stride_;
-  detail::workspace<double, 1024, 64> work_;
-  double *inverse_, *rest_, *correction_, *spare_, *columns_;
+  detail::workspace<double, 256, 64> columns_;
+  double *inverse_, *rest_, *correction_, *spare_;
   double departure_ = 0, uncertainty_ = 0, reciprocal_condition_ = 0;
 };
 

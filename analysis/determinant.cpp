@@ -74,26 +74,27 @@ struct plain_determinant {
   long long shift = 0;  // of the scaling
 };
 
-// The factors of a double_system in arrays of their own, and D = P A - L U in doubled precision.
+// D = P A - L U in doubled precision, with the factors in arrays of their own: those of the system that dense_inverse
+// does not need any more.
 class factor_residual {
  public:
   explicit factor_residual(const double_system& s)
-      : size_(s.size()), stride_(s.stride()), work_(detail::checked_product(5 * size_, stride_)) {
-    double *lower = work_.data(), *high = part(1), *low = part(2), *upper = part(3), *rest = part(4);
-    std::fill_n(lower, size_ * stride_, 0.0);
-    std::fill_n(upper, size_ * stride_, 0.0);
+      : size_(s.size()), stride_(s.stride()), lower_(s.lower()), upper_(s.upper()), rest_(s.room(3)) {
+    std::fill_n(lower_, size_ * stride_, 0.0);
+    std::fill_n(upper_, size_ * stride_, 0.0);
     for (std::size_t r = 0; r < size_; ++r) {
       const double *row = s.factors() + r * stride_, *given = s.scaled_entries() + s.order(r) * stride_;
-      std::copy(row, row + r, lower + r * stride_);
-      lower[r * stride_ + r] = 1;
-      std::copy(row + r, row + size_, upper + r * stride_ + r);
-      std::copy(given, given + stride_, rest + r * stride_);
+      std::copy(row, row + r, lower_ + r * stride_);
+      lower_[r * stride_ + r] = 1;
+      std::copy(row + r, row + size_, upper_ + r * stride_ + r);
+      std::copy(given, given + stride_, rest_ + r * stride_);
     }
     const detail::system_kernels& kernels = detail::system_kernels_in_use();
-    kernels.split_all(lower, size_ * stride_, high, low);
-    kernels.subtract_accurately({lower, high, low, stride_, 1, upper, rest, size_, stride_, true});
+    double *high = s.room(1), *low = s.room(2);
+    kernels.split_all(lower_, size_ * stride_, high, low);
+    kernels.subtract_accurately({lower_, high, low, stride_, 1, upper_, rest_, size_, stride_, true});
   }
-  const double* row(std::size_t r) const noexcept { return part(4) + r * stride_; }
+  const double* row(std::size_t r) const noexcept { return rest_ + r * stride_; }
 
   // sums = |D| e, with what D itself is off: what its sums lose of |L| |U| + |P A|, and its last rounding.
   void bound_rows(const double_system& s, numbers<double>& sums, numbers<double>& off) const {
@@ -106,10 +107,10 @@ class factor_residual {
     };
     numbers<double> ones(size_), upper(size_), given(size_);
     std::fill_n(ones.data(), size_, 1.0);
-    whole(part(3), ones.data(), upper);
-    whole(part(0), upper.data(), off);
+    whole(upper_, ones.data(), upper);
+    whole(lower_, upper.data(), off);
     whole(s.scaled_entries(), ones.data(), given);
-    whole(part(4), ones.data(), sums);
+    whole(rest_, ones.data(), sums);
     const double unit = chain_loss(size_ + 1) * 0x1p-106;
     for (std::size_t r = 0; r < size_; ++r) {
       off[r] = (unit * (off[r] + given[s.order(r)]) + 0x1p-53 * sums[r] + tiny(size_)) * 1.01;
@@ -118,11 +119,8 @@ class factor_residual {
   }
 
  private:
-  double* part(std::size_t i) noexcept { return work_.data() + i * size_ * stride_; }
-  const double* part(std::size_t i) const noexcept { return work_.data() + i * size_ * stride_; }
-
   std::size_t size_, stride_;
-  detail::workspace<double, 512, 64> work_;
+  double *lower_, *upper_, *rest_;
 };
 
 // det(L U) = det(P A) det(I - H) for H = (P A)^-1 D, and with R near the inverse of P A and E = I - R A,
@@ -160,12 +158,12 @@ double inverse_correction(const double_system& s, const dense_inverse& inverse, 
          1.01;
 }
 
-// By factors in double precision; false where they do not prove 2^-56, and for few rows, which doubled precision does in
-// less time.
+// By factors in double precision; false where they do not prove 2^-56, and for few rows, which doubled precision does
+// in less time.
 bool expand_plainly(const rows_in_memory& m, plain_determinant& d) {
   const std::size_t n = m.size;
   if (n < 5) return false;
-  double_system s(n);
+  double_system s(n, dense_inverse::matrices);
   if (!s.factorise(m)) return false;
   dense_inverse inverse(s);
   if (!inverse.prove(false)) return false;

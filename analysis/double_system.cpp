@@ -40,12 +40,13 @@ bool all_finite(const rows_in_memory& m) {
   return detail::system_kernels_in_use().row_largest(m.entries, m.size, m.size, m.stride, largest.data()) == 0;
 }
 
-double_system::double_system(std::size_t n)
+double_system::double_system(std::size_t n, std::size_t more)
     : kernels_(detail::system_kernels_in_use()),
       size_(n),
       stride_(detail::factors_stride(n)),
-      work_(detail::checked_sum(detail::checked_product(stride_, detail::checked_sum(4 * n, column_count)),
-                                detail::residual_workspace)),
+      work_(detail::checked_sum(
+          detail::checked_product(stride_, detail::checked_sum(detail::checked_product(4 + more, n), column_count)),
+          detail::residual_workspace)),
       order_(n),
       rows_(n),
       columns_(n),
@@ -54,7 +55,8 @@ double_system::double_system(std::size_t n)
   factors_ = a_ + n * stride_;
   lower_ = factors_ + n * stride_;
   upper_ = lower_ + n * stride_;
-  columns_of_work_ = upper_ + n * stride_;
+  room_ = upper_ + n * stride_;
+  columns_of_work_ = room(more);
 }
 
 // Where |U| is large the rest is not worth the work, and where it is not finite the inverses would depend on the number

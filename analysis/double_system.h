@@ -40,7 +40,9 @@ bool all_finite(const rows_in_memory& m);
 // normal ones lose.
 class double_system {
  public:
-  explicit double_system(std::size_t n);
+  // `more` matrices besides its own are for what is done with the factors: one piece of memory for all spares calls of
+  // the operating system.
+  explicit double_system(std::size_t n, std::size_t more = 0);
 
   // Scales, factorises, and inverts the factors. False for exponents too far apart to scale in one step, a pivot that
   // vanishes, or a rounding mode for which bounds do not hold.
@@ -57,8 +59,9 @@ class double_system {
   std::size_t stride() const noexcept { return stride_; }
   const double* scaled_entries() const noexcept { return a_; }
   const double* factors() const noexcept { return factors_; }  // L below the diagonal, and U
-  const double* lower() const noexcept { return lower_; }      // the transposed inverses
-  const double* upper() const noexcept { return upper_; }
+  double* lower() const noexcept { return lower_; }            // the transposed inverses
+  double* upper() const noexcept { return upper_; }
+  double* room(std::size_t i) const noexcept { return room_ + i * size_ * stride_; }
   std::size_t order(std::size_t i) const noexcept { return order_[i]; }  // the row of A that became row i of L U
   double gamma() const noexcept { return gamma_; }
   int row_exponent(std::size_t r) const noexcept { return rows_[r]; }
@@ -76,7 +79,7 @@ class double_system {
   const detail::system_kernels& kernels_;
   std::size_t size_, stride_;
   detail::workspace<double, 2048, 64> work_;
-  double *a_, *factors_, *lower_, *upper_, *columns_of_work_;
+  double *a_, *factors_, *lower_, *upper_, *room_, *columns_of_work_;
   numbers<std::size_t> order_;
   numbers<int> rows_, columns_;
   double gamma_ = 0, departure_ = 0;

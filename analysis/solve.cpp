@@ -219,7 +219,7 @@ bool store_inverse(const double_system& a, const dense_inverse& inverse, bounded
 // By factors in double precision; false where these prove too little.
 bool invert_plainly(const rows_in_memory& m, bounded_inverse& s) {
   const std::size_t n = m.size;
-  double_system a(n);
+  double_system a(n, dense_inverse::matrices);
   if (!a.factorise(m)) return false;
   dense_inverse inverse(a);
   if (!inverse.prove(true) || !inverse.refine()) return false;
