@@ -8,6 +8,8 @@
 #include <tessarn/shapes.h>
 #include <tessarn/solve.h>
 
+#include <cmath>
+
 #include "replay/draw.h"
 
 namespace replay {
@@ -46,9 +48,7 @@ void put_solution(output& out, const Solution& s) {
   out.put(s.reciprocal_condition);
 }
 
-void run_solve(input& in, output& out) {
-  const ulong size = size_of(in);
-  const real_mat a = matrix_of(in, size, size), b = matrix_of(in, 1, size);
+void put_square(output& out, const real_mat& a, const real_mat& b) {
   put_solution(out, tessarn::solve(a, b));
   const tessarn::inverse_matrix i = tessarn::inverse(a);
   out.put(i.inverse);
@@ -56,6 +56,21 @@ void run_solve(input& in, output& out) {
   const tessarn::determinant_value d = tessarn::determinant(a);
   out.put(d.value);
   out.put(d.error);
+}
+
+void run_solve(input& in, output& out) {
+  const ulong size = size_of(in);
+  const real_mat a = matrix_of(in, size, size);
+  put_square(out, a, matrix_of(in, 1, size));
+}
+
+// Sizes with several panels and blocks; one of three is so nearly singular that doubled precision decides.
+void run_larger(input& in, output& out) {
+  const ulong size = static_cast<ulong>(in.integer(8, 70));
+  real_mat a = matrix_of(in, size, size);
+  if (in.integer(0, 2) == 0)
+    for (ulong c = 0; c < size; ++c) a.set(c, 1, a.get(c, 0) + std::ldexp(a.get(c, 1), -40));
+  put_square(out, a, matrix_of(in, 1, size));
 }
 
 void run_complex(input& in, output& out) {
@@ -70,6 +85,16 @@ void run_complex(input& in, output& out) {
 // Now and then with fewer rows than columns.
 void run_least_squares(input& in, output& out) {
   const ulong columns = size_of(in), rows = columns + static_cast<ulong>(in.integer(0, 5)) - (columns > 1 ? 1 : 0);
+  const real_mat a = matrix_of(in, columns, rows), b = matrix_of(in, 1, rows);
+  const tessarn::linear_solution s = tessarn::least_squares(a, b);
+  put_solution(out, s);
+  out.put(s.residual);
+  out.put(s.standard_errors);
+}
+
+// More rows than are summed between two steps that renew a sum.
+void run_tall(input& in, output& out) {
+  const ulong columns = size_of(in), rows = static_cast<ulong>(in.integer(500, 600));
   const real_mat a = matrix_of(in, columns, rows), b = matrix_of(in, 1, rows);
   const tessarn::linear_solution s = tessarn::least_squares(a, b);
   put_solution(out, s);
@@ -325,8 +350,10 @@ void run_cylinder(input& in, output& out) {
 
 const operation analysis_table[] = {
     {"solve, inverse, determinant", n, run_solve},
+    {"solve, inverse, determinant of larger systems", n / 10, run_larger},
     {"solve, inverse of complex numbers", n, run_complex},
     {"least_squares", n, run_least_squares},
+    {"least_squares of many rows", n / 20, run_tall},
     {"fit_polynomial, fit_robust", 2 * n, run_polynomial},
     {"fit_surface, fit_robust", n, run_surface},
     {"align", 2 * n, run_align},
