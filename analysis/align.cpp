@@ -1,6 +1,7 @@
 // The best motion between two sets of points.
 #include "tessarn/align.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "analysis/doubled_matrix.h"
@@ -20,20 +21,22 @@ constexpr double no_number = std::numeric_limits<double>::quiet_NaN();
 template <int D>
 class pairs {
  public:
-  pairs(const point_columns<D>& a, const point_columns<D>& b, const align_options& options) noexcept
+  pairs(const point_columns<D>& a, const point_columns<D>& b, const align_options& options)
       : a_(a), b_(b), weights_(options.weights), leave_out_(options.leave_out_not_finite) {
     const bool weighted = !weights_.empty();
     if (!a.sizes_agree() || !b.sizes_agree() || a.size() != b.size() || (weighted && weights_.size() != a.size()))
       state_ = status::sizes_differ;
     else if (a.size() == 0)
       state_ = status::no_points;
-    else
+    else if (!take_all())
       look();
     if (state_ != status::ok) return;
     if (used_ == 0)
       state_ = weighted && !leave_out_ ? status::bad_weight : status::no_points;
     else if (used_ < D)
       state_ = status::too_few_points;
+    else if (!all_)
+      take_some();
   }
 
   status state() const noexcept { return state_; }
@@ -44,15 +47,40 @@ class pairs {
   bool counts(std::size_t i) const noexcept { return weight_of(i) > 0 && finite(i); }
   const point_columns<D>& a() const noexcept { return a_; }
   const point_columns<D>& b() const noexcept { return b_; }
-  // The weight in units of the power of two of the largest one.
-  double weight(std::size_t i) const noexcept { return weights_.empty() ? 1 : scaled(weight_of(i), -weight_exponent_); }
-  doubled squared_weight(std::size_t i) const noexcept {
-    const double w = weight(i);
-    return exact_product(w, w);
-  }
+  // The pairs that count: their coordinates, their weights in units of the power of two of the largest one, or null where
+  // all are 1, and whether these are all pairs; if not, the number of each.
+  const point_arrays& arrays_a() const noexcept { return arrays_a_; }
+  const point_arrays& arrays_b() const noexcept { return arrays_b_; }
+  const double* scaled_weights() const noexcept { return weights_.empty() ? nullptr : scaled_weights_.data(); }
+  bool all() const noexcept { return all_; }
+  std::size_t number(std::size_t i) const noexcept { return all_ ? i : numbers_[i]; }
 
  private:
   double weight_of(std::size_t i) const noexcept { return weights_.empty() ? 1 : static_cast<double>(weights_[i]); }
+
+  // Without weights, and with all pairs finite, there is nothing to look for.
+  bool take_all() {
+    if (!weights_.empty()) return false;
+    arrays_a_.copy(a_.c, D, size());
+    arrays_b_.copy(b_.c, D, size());
+    all_ = arrays_a_.finite() && arrays_b_.finite();
+    used_ = all_ ? size() : 0;
+    return all_;
+  }
+
+  void take_some() {
+    numbers_ = numbers<std::size_t>(used_);
+    double* const w = weights_.empty() ? nullptr : scaled_weights_.take(whole_vectors(used_));
+    std::size_t to = 0;
+    for (std::size_t i = 0; i < size(); ++i) {
+      if (!counts(i)) continue;
+      if (w) w[to] = scaled(weight_of(i), -weight_exponent_);
+      numbers_[to++] = i;
+    }
+    for (; w && to < whole_vectors(used_); ++to) w[to] = 0;
+    arrays_a_.copy(a_.c, D, used_, numbers_.data());
+    arrays_b_.copy(b_.c, D, used_, numbers_.data());
+  }
 
   // Counts the pairs that are finite and have a weight.
   void look() noexcept {
@@ -81,19 +109,34 @@ class pairs {
   status state_ = status::ok;
   std::size_t used_ = 0, first_ = 0;
   int weight_exponent_ = 0;
+  point_arrays arrays_a_, arrays_b_;
+  scratch scaled_weights_;
+  bool all_ = false;
+  numbers<std::size_t> numbers_{0};
 };
 
-// One of the two sets: its local coordinates, their weighted mean and their scatter about it.
+// One of the two sets: its local coordinates, their weighted mean and their scatter about it. The kernels take them about
+// a double near the mean, which is `rest` farther on.
 template <int D>
 struct centred_set {
+  const point_arrays& arrays;
   local_points<D> points;
-  doubled mean[D], scatter[D][D];
+  detail::local_columns columns{};
+  doubled mean[D], rest[D], scatter[D][D];
 
-  centred_set(const point_columns<D>& columns, std::size_t first) noexcept : points(columns, first) {
-    for (int r = 0; r < D; ++r) {
-      mean[r] = 0.0;
-      for (int c = 0; c < D; ++c) scatter[r][c] = 0.0;
-    }
+  centred_set(const point_columns<D>& all, std::size_t first, const point_arrays& counted) noexcept
+      : arrays(counted), points(all, first, counted) {}
+
+  // The weighted mean; gives the sum of the squared weights.
+  doubled find_mean(const double* weights) noexcept {
+    for (doubled& v : mean) v = 0.0;
+    columns = points.kernel_columns(arrays, mean, rest);
+    kernel_sums<D + 1> sums;
+    detail::shape_kernels_in_use().add_means(columns, D, weights, arrays.size(), sums.partial);
+    const doubled total = weights ? sums.sum(D) : doubled(static_cast<double>(arrays.size()));
+    for (int k = 0; k < D; ++k) mean[k] = sums.sum(static_cast<std::size_t>(k)) / total;
+    columns = points.kernel_columns(arrays, mean, rest);
+    return total;
   }
   doubled centred(int k, std::size_t i) const noexcept { return points.local_of(k, i) - mean[k]; }
   doubled trace() const noexcept {
@@ -103,12 +146,12 @@ struct centred_set {
   }
 };
 
-// The sums over all pairs, in ascending order, and what follows from them. Local coordinates are below 4 in magnitude.
+// The sums over all pairs, and what follows from them. Local coordinates are below 4 in magnitude.
 template <int D>
 class motion {
  public:
   motion(const pairs<D>& p, const align_options& options) noexcept
-      : pairs_(p), a_(p.a(), p.first()), b_(p.b(), p.first()), options_(options) {
+      : pairs_(p), a_(p.a(), p.first(), p.arrays_a()), b_(p.b(), p.first(), p.arrays_b()), options_(options) {
     if (!choose_units()) {
       state_ = status::too_few_distinct;
       return;
@@ -144,6 +187,8 @@ class motion {
     }
   }
   int exponent() const noexcept { return exponent_; }
+  // All differences of the pairs that count, in units of the caller, and their lengths.
+  detail::residual_range differences(double* differences, double* lengths, doubled& mean_square) const noexcept;
   bool place(double (&centre)[D], double (&image)[D], double (&translation)[D]) const noexcept;
 
  private:
@@ -154,61 +199,27 @@ class motion {
     return sum;
   }
 
-  // Widths follow the shifts, and units the widths: each is a pass of its own over the points.
   bool choose_units() noexcept {
-    for (std::size_t i = 0; i < pairs_.size(); ++i) {
-      if (!pairs_.counts(i)) continue;
-      a_.points.include(i);
-      b_.points.include(i);
-    }
-    a_.points.choose_shifts();
-    b_.points.choose_shifts();
-    for (std::size_t i = 0; i < pairs_.size(); ++i) {
-      if (!pairs_.counts(i)) continue;
-      a_.points.widen(i);
-      b_.points.widen(i);
-    }
     const bool wide_a = a_.points.choose_unit(), wide_b = b_.points.choose_unit();
     return wide_a && wide_b;
   }
 
   void centre() noexcept {
-    weights_ = 0.0;
-    for (std::size_t i = 0; i < pairs_.size(); ++i) {
-      if (!pairs_.counts(i)) continue;
-      const doubled w = pairs_.squared_weight(i);
-      weights_ += w;
-      for (int k = 0; k < D; ++k) {
-        a_.mean[k] += w * a_.points.local_of(k, i);
-        b_.mean[k] += w * b_.points.local_of(k, i);
-      }
-    }
-    for (int k = 0; k < D; ++k) {
-      a_.mean[k] = a_.mean[k] / weights_;
-      b_.mean[k] = b_.mean[k] / weights_;
-    }
+    weights_ = a_.find_mean(pairs_.scaled_weights());
+    b_.find_mean(pairs_.scaled_weights());
   }
 
+  // The sums are about the doubles near the means, and are moved to the means.
   void multiply() noexcept {
-    for (auto& row : h_)
-      for (doubled& v : row) v = 0.0;
-    for (std::size_t i = 0; i < pairs_.size(); ++i) {
-      if (!pairs_.counts(i)) continue;
-      const doubled w = pairs_.squared_weight(i);
-      doubled a[D], b[D];
-      for (int k = 0; k < D; ++k) {
-        a[k] = a_.centred(k, i);
-        b[k] = b_.centred(k, i);
-      }
-      for (int r = 0; r < D; ++r) {
-        const doubled wa = w * a[r], wb = w * b[r];
-        for (int c = 0; c < D; ++c) h_[r][c] += wb * a[c];
-        for (int c = r; c < D; ++c) {
-          a_.scatter[r][c] += wa * a[c];
-          b_.scatter[r][c] += wb * b[c];
-        }
-      }
-    }
+    kernel_sums<2 * D * D + D> sums;
+    detail::shape_kernels_in_use().add_pair_products(a_.columns, b_.columns, D, pairs_.scaled_weights(), pairs_.used(),
+                                                     sums.partial);
+    std::size_t next = 0;
+    for (centred_set<D>* s : {&a_, &b_})
+      for (int r = 0; r < D; ++r)
+        for (int c = r; c < D; ++c) s->scatter[r][c] = sums.sum(next++) - weights_ * s->rest[r] * s->rest[c];
+    for (int r = 0; r < D; ++r)
+      for (int c = 0; c < D; ++c) h_[r][c] = sums.sum(next++) - weights_ * b_.rest[r] * a_.rest[c];
   }
 
   void rotate() noexcept;
@@ -341,38 +352,60 @@ double length(const doubled (&d)[D]) noexcept {
   return scaled(square_root(sum).high, e);
 }
 
+template <int D>
+detail::residual_range motion<D>::differences(double* differences, double* lengths,
+                                              doubled& mean_square) const noexcept {
+  detail::number_pair matrix[D * D], offset[D];
+  for (int r = 0; r < D; ++r) {
+    doubled sum = doubled(b_unit_) * b_.rest[r];
+    for (int c = 0; c < D; ++c) {
+      const doubled entry = rotation_.entries[r][c] * scale_;
+      matrix[D * r + c] = pair_of(entry);
+      sum -= entry * a_.rest[c];
+    }
+    offset[r] = pair_of(sum);
+  }
+  const detail::residual_output out{lengths, scale_of(exponent_), noise_, pairs_.scaled_weights()};
+  kernel_sums<1> squares;
+  const detail::residual_range range = detail::shape_kernels_in_use().motion_residuals(
+      a_.columns, b_.columns, D, b_unit_, matrix, offset, pairs_.used(), out, differences, squares.partial);
+  mean_square = squares.sum(0) / weights_;
+  return range;
+}
+
 // Differences and distances of all pairs, and their summary; false when one is too large for a real.
 template <int D, class Alignment>
 bool judge(const pairs<D>& p, const motion<D>& m, Alignment& r) {
-  numbers<double> lengths(p.size());  // in units of 2^exponent()
   r.differences = mat<long double>(std::size_t{D}, p.size());
   r.distances = mat<long double>(std::size_t{1}, p.size());
-  double largest = -1;
-  bool fits = true;
-  for (std::size_t i = 0; i < p.size(); ++i) {
-    doubled d[D];
-    const bool finite = p.finite(i);
-    if (finite) m.difference(i, d);
-    for (int k = 0; k < D; ++k)
-      r.differences.getData()[D * i + static_cast<std::size_t>(k)] =
-          finite ? scaled(d[k].high, m.exponent()) : no_number;
-    lengths[i] = finite ? length(d) : no_number;
-    r.distances.getData()[i] = scaled(lengths[i], m.exponent());
-    if (!p.counts(i)) continue;
-    fits = fits && is_finite(r.distances.getData()[i]);
-    if (!(lengths[i] > largest)) continue;
-    largest = lengths[i];
-    r.largest_at = static_cast<ulong>(i);
+  double* const differences = detail::as_doubles(r.differences.getData());
+  double* const distances = detail::as_doubles(r.distances.getData());
+  doubled mean_square;
+  detail::residual_range range;
+  if (p.all()) {
+    range = m.differences(differences, distances, mean_square);
+  } else {
+    numbers<double> some(detail::checked_product(std::size_t{D}, p.used())), lengths(p.used());
+    range = m.differences(some.data(), lengths.data(), mean_square);
+    // The others: those with a weight of 0, and those that are not finite.
+    for (std::size_t i = 0, next = 0; i < p.size(); ++i) {
+      if (p.counts(i)) {
+        std::copy_n(some.data() + D * next, D, differences + D * i);
+        distances[i] = lengths[next++];
+        continue;
+      }
+      doubled d[D];
+      const bool finite = p.finite(i);
+      if (finite) m.difference(i, d);
+      for (int k = 0; k < D; ++k)
+        differences[D * i + static_cast<std::size_t>(k)] = finite ? scaled(d[k].high, m.exponent()) : no_number;
+      distances[i] = finite ? scaled(length(d), m.exponent()) : no_number;
+    }
   }
-  r.largest_residual = scaled(largest, m.exponent());
-  doubled squares = 0.0, weights = 0.0;
-  for (std::size_t i = 0; i < p.size(); ++i) {
-    if (!p.counts(i)) continue;
-    squares += p.squared_weight(i) * exact_product(lengths[i], lengths[i]);
-    weights += p.squared_weight(i);
-  }
-  r.root_mean_square = scaled(square_root(squares / weights).high, m.exponent());
-  return fits && is_finite(r.root_mean_square);
+  r.largest_at = static_cast<ulong>(p.number(range.largest_at));
+  r.largest_residual = scaled(range.largest, m.exponent());
+  r.root_mean_square = scaled(square_root(mean_square).high, m.exponent());
+  return is_finite(r.largest_residual) && is_finite(r.root_mean_square);
 }
 
 template <int D, class Alignment>

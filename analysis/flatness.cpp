@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "analysis/doubled_matrix.h"
 #include "analysis/eigen3.h"
 #include "analysis/point_set.h"
 #include "analysis/rounding_mode.h"
@@ -39,13 +40,13 @@ bool orient(doubled (&normal)[3]) noexcept {
 
 class flat_points {
  public:
-  flat_points(const space_points& points, const flatness_options& options) noexcept : columns_(columns_of(points)) {
+  flat_points(const space_points& points, const flatness_options& options) : columns_(columns_of(points)) {
     if (!columns_.sizes_agree())
       state_ = status::sizes_differ;
     else if (size() == 0)
       state_ = status::no_points;
     else
-      look(options.leave_out_not_finite);
+      take(options.leave_out_not_finite);
     if (state_ == status::ok) measure();
   }
 
@@ -59,6 +60,23 @@ class flat_points {
   status find_zone(flatness_result& r) const;
 
  private:
+  void take(bool leave_out) {
+    arrays_.copy(columns_.c, 3, size());
+    all_ = arrays_.finite();
+    used_ = all_ ? size() : 0;
+    if (!all_) look(leave_out);
+    if (state_ != status::ok) return;
+    if (used_ == 0)
+      state_ = status::no_points;
+    else if (used_ < 3)
+      state_ = status::too_few_points;
+    if (state_ != status::ok || all_) return;
+    numbers_ = numbers<std::size_t>(used_);
+    std::size_t to = 0;
+    for (std::size_t i = 0; i < size(); ++i)
+      if (counts(i)) numbers_[to++] = i;
+    arrays_.copy(columns_.c, 3, used_, numbers_.data());
+  }
   void look(bool leave_out) noexcept {
     for (std::size_t i = 0; i < size(); ++i) {
       if (counts(i)) {
@@ -68,30 +86,25 @@ class flat_points {
         return;
       }
     }
-    if (used_ == 0)
-      state_ = status::no_points;
-    else if (used_ < 3)
-      state_ = status::too_few_points;
   }
 
   // Units and the centroid.
   void measure() noexcept {
-    local_ = local_points<3>(columns_, first_);
-    for (std::size_t i = 0; i < size(); ++i)
-      if (counts(i)) local_.include(i);
-    local_.choose_shifts();
-    for (std::size_t i = 0; i < size(); ++i)
-      if (counts(i)) local_.widen(i);
+    local_ = local_points<3>(columns_, first_, arrays_);
     if (!local_.choose_unit()) {
       state_ = status::too_few_distinct;
       return;
     }
     for (doubled& v : mean_) v = 0.0;
-    for (std::size_t i = 0; i < size(); ++i)
-      for (int k = 0; counts(i) && k < 3; ++k) mean_[k] += local_.local_of(k, i);
-    for (doubled& v : mean_) v = v / doubled(static_cast<double>(used_));
+    kernel_columns_ = local_.kernel_columns(arrays_, mean_, rest_);
+    kernel_sums<4> sums;
+    detail::shape_kernels_in_use().add_means(kernel_columns_, 3, nullptr, used_, sums.partial);
+    for (std::size_t k = 0; k < 3; ++k) mean_[k] = sums.sum(k) / doubled(static_cast<double>(used_));
+    kernel_columns_ = local_.kernel_columns(arrays_, mean_, rest_);
   }
 
+  // The number that the caller has given the point.
+  std::size_t number(std::size_t i) const noexcept { return all_ ? i : numbers_[i]; }
   doubled residual(const local_plane& p, std::size_t i) const noexcept {
     doubled d[3];
     for (int k = 0; k < 3; ++k) d[k] = local_.local_of(k, i) - p.point[k];
@@ -108,22 +121,23 @@ class flat_points {
   local_points<3> local_;
   status state_ = status::ok;
   std::size_t used_ = 0, first_ = 0;
-  doubled mean_[3];
+  point_arrays arrays_;              // the points that count
+  bool all_ = false;                 // which are all points
+  numbers<std::size_t> numbers_{0};  // or those with these numbers
+  detail::local_columns kernel_columns_{};
+  doubled mean_[3], rest_[3];  // the second relative to the centre of the kernels' columns
 };
 
 // The rounding of the coordinates, by at most 2^-53 of their sizes |A|, moves an entry of the scatter matrix in the
 // direction of the second value s by at most 2^-52 |A| sqrt(n s); four times that is taken for no difference.
 status flat_points::find_least_squares(local_plane& p, double& determination, double& noise) const noexcept {
   doubled scatter[3][3];
-  for (auto& row : scatter)
-    for (doubled& v : row) v = 0.0;
-  for (std::size_t i = 0; i < size(); ++i) {
-    if (!counts(i)) continue;
-    doubled d[3];
-    for (int k = 0; k < 3; ++k) d[k] = local_.local_of(k, i) - mean_[k];
-    for (int r = 0; r < 3; ++r)
-      for (int c = r; c < 3; ++c) scatter[r][c] += d[r] * d[c];
-  }
+  kernel_sums<6> sums;
+  detail::shape_kernels_in_use().add_products(kernel_columns_, 3, nullptr, used_, sums.partial);
+  std::size_t next = 0;
+  for (int r = 0; r < 3; ++r)
+    for (int c = r; c < 3; ++c)
+      scatter[r][c] = sums.sum(next++) - doubled(static_cast<double>(used_)) * rest_[r] * rest_[c];
   const eigen_system<3> e = eigen_of_symmetric(scatter);
   for (int k = 0; k < 3; ++k) {
     p.normal[k] = e.vectors[0][k];
@@ -167,29 +181,29 @@ void flat_points::place(const local_plane& p, double noise, reference_plane& r) 
 void flat_points::fill(const local_plane& p, double noise, reference_plane& r) const {
   place(p, noise, r);
   r.residuals = mat<long double>(std::size_t{1}, size());
-  doubled high = 0.0, low = 0.0, squares = 0.0;
-  bool any = false;
-  for (std::size_t i = 0; i < size(); ++i) {
-    if (!counts(i)) {
-      r.residuals.getData()[i] = no_number;
-      continue;
-    }
-    doubled v = residual(p, i);
-    if (magnitude(v) < noise) v = 0.0;
-    squares += v * v;
-    r.residuals.getData()[i] = scaled(v.high, local_.exponent());
-    if (!any || v.high > high.high) {
-      high = v;
-      r.highest = static_cast<ulong>(i);
-    }
-    if (!any || v.high < low.high) {
-      low = v;
-      r.lowest = static_cast<ulong>(i);
-    }
-    any = true;
+  double* const residuals = detail::as_doubles(r.residuals.getData());
+  numbers<double> some(all_ ? 0 : used_);
+  detail::number_pair normal[3];
+  doubled offset = 0.0;
+  for (int k = 0; k < 3; ++k) {
+    normal[k] = pair_of(p.normal[k]);
+    offset += p.normal[k] * (p.point[k] - mean_[k] + rest_[k]);
   }
-  r.root_mean_square = scaled(square_root(squares / doubled(static_cast<double>(used_))).high, local_.exponent());
-  r.peak_to_valley = scaled((high - low).high, local_.exponent());
+  const detail::residual_output out{all_ ? residuals : some.data(), scale_of(local_.exponent()), noise, nullptr};
+  kernel_sums<1> sums;
+  const detail::residual_range range = detail::shape_kernels_in_use().plane_residuals(
+      kernel_columns_, normal, pair_of(offset), used_, out, sums.partial);
+  if (!all_) {
+    for (std::size_t i = 0, next = 0; i < size(); ++i) residuals[i] = counts(i) ? some[next++] : no_number;
+  }
+  r.highest = static_cast<ulong>(number(range.highest_at));
+  r.lowest = static_cast<ulong>(number(range.lowest_at));
+  const doubled square = sums.sum(0) / doubled(static_cast<double>(used_));
+  r.root_mean_square = scaled(square_root(square).high, local_.exponent());
+  const doubled highest = range.highest == 0 ? doubled(0.0) : residual(p, r.highest);  // 0: below the noise
+  const doubled lowest = range.lowest == 0 ? doubled(0.0) : residual(p, r.lowest);
+  const doubled apart = highest - lowest;
+  r.peak_to_valley = scaled(apart.high, local_.exponent());
   if (!is_finite(r.peak_to_valley) || !is_finite(r.root_mean_square) || !is_finite(r.offset))
     r.state = status::out_of_range;
 }
@@ -197,9 +211,9 @@ void flat_points::fill(const local_plane& p, double noise, reference_plane& r) c
 // Of the largest coordinate in magnitude, without those in which all points agree.
 int flat_points::lattice_exponent() const noexcept {
   double largest = 0;
-  for (std::size_t i = 0; i < size(); ++i)
-    for (int k = 0; counts(i) && k < 3; ++k)
-      if (!local_.constant(k)) largest = std::max(largest, magnitude(static_cast<double>(columns_.c[k][i])));
+  for (int k = 0; k < 3; ++k)
+    if (!local_.constant(k))
+      largest = std::max({largest, magnitude(arrays_.least(k)), magnitude(arrays_.greatest(k))});
   return exponent_of(largest);
 }
 
@@ -213,12 +227,11 @@ void flat_points::make_lattice(std::vector<lattice_point>& places, std::vector<s
   std::vector<owned> all;
   all.reserve(used_);
   const int e = lattice_exponent();
-  for (std::size_t i = 0; i < size(); ++i) {
-    if (!counts(i)) continue;
-    owned o{{{0, 0, 0}}, i};
+  for (std::size_t i = 0; i < used_; ++i) {
+    owned o{{{0, 0, 0}}, number(i)};
     for (int k = 0; k < 3; ++k) {
       if (local_.constant(k)) continue;
-      const double v = scaled(static_cast<double>(columns_.c[k][i]), -e);
+      const double v = scaled(arrays_.column(k)[i], -e);
       if (magnitude(v) >= 0x1p-270) o.place.c[k] = v;
     }
     all.push_back(o);

@@ -3,8 +3,7 @@
 
 #include <cstddef>
 
-#include "analysis/doubled.h"
-#include "tessarn/views.h"
+#include "analysis/point_arrays.h"
 
 namespace tessarn::analysis {
 
@@ -37,27 +36,19 @@ class local_points {
  public:
   // No points.
   local_points() noexcept = default;
-  // The reference is point number `first`. Points are added by include(), which choose_unit() ends.
-  local_points(const point_columns<D>& columns, std::size_t first) noexcept : columns_(columns) {
-    for (int k = 0; k < D; ++k) reference_[k] = columns.c[k][first];
+  // The reference is point number `first` of the caller. The points that count are those of the arrays.
+  local_points(const point_columns<D>& columns, std::size_t first, const point_arrays& points) noexcept
+      : columns_(columns) {
+    for (int k = 0; k < D; ++k) {
+      reference_[k] = columns.c[k][first];
+      largest_[k] = std::max(std::fabs(points.least(k)), std::fabs(points.greatest(k)));
+      // Differences of coordinates above 2^1000 are formed in units of 2^60, in which they do not overflow.
+      shift_[k] = largest_[k] > 0x1p1000 ? 60 : 0;
+      widths_[k] =
+          std::max(magnitude(difference(k, points.least(k))), magnitude(difference(k, points.greatest(k))));
+    }
   }
 
-  void include(std::size_t i) noexcept {
-    for (int k = 0; k < D; ++k) {
-      const double v = columns_.c[k][i], size = std::fabs(v);
-      largest_[k] = size > largest_[k] ? size : largest_[k];
-    }
-  }
-  // Differences of coordinates above 2^1000 are formed in units of 2^60, in which they do not overflow.
-  void choose_shifts() noexcept {
-    for (int k = 0; k < D; ++k) shift_[k] = largest_[k] > 0x1p1000 ? 60 : 0;
-  }
-  void widen(std::size_t i) noexcept {
-    for (int k = 0; k < D; ++k) {
-      const double size = magnitude(difference(k, columns_.c[k][i]));
-      widths_[k] = size > widths_[k] ? size : widths_[k];
-    }
-  }
   // False when all points are equal.
   bool choose_unit() noexcept {
     bool any = false;
@@ -77,6 +68,22 @@ class local_points {
   doubled global(int k, doubled v) const noexcept {
     return doubled(scaled(reference_[k], -shift_[k])) + scaled(v, exponent_ - shift_[k]);
   }
+  // The points as the kernels take them, about a double that is near `centre`; `rest` is what is left of the centre.
+  // (No product overflows: a coordinate that is not constant is at most 2^54 times as large as its width.)
+  detail::local_columns kernel_columns(const point_arrays& points, const doubled (&centre)[D],
+                                       doubled (&rest)[D]) const noexcept {
+    const detail::result_scale unit = scale_of(-exponent_);
+    detail::local_columns c{};
+    for (int k = 0; k < D; ++k) {
+      c.c[k] = points.column(k);
+      for (int i = 0; i < 2; ++i) c.factors[k][i] = constant(k) ? 0 : unit.factors[i];
+      const double reference = reference_[k] * c.factors[k][0] * c.factors[k][1];
+      c.origin[k] = (doubled(reference) + centre[k]).high;
+      rest[k] = centre[k] - exact_sum(c.origin[k], -reference);
+    }
+    return c;
+  }
+
   // Whether all points agree in this coordinate.
   bool constant(int k) const noexcept { return widths_[k] == 0; }
   int shift(int k) const noexcept { return shift_[k]; }

@@ -99,6 +99,7 @@ set(TESSARN_KERNELS
   poly/kernels/table.cpp
   geometry/kernels/table.cpp
   vectors/kernels/table.cpp
+  analysis/kernels/shape_table.cpp
   analysis/kernels/table.cpp)
 
 # The chains of powers are written in an order that hides the latency of their steps, which GCC is to keep, and their

@@ -45,6 +45,31 @@ TESSARN_INLINE doubled loose_product(doubled a, doubled a_parts, doubled b, doub
   return {p.high, p.low + (a.high * b.low + a.low * b.high)};
 }
 
+// The operations of analysis/doubled.h: their results are normalised.
+TESSARN_INLINE doubled operator+(doubled a, doubled b) {
+  const doubled s = exact_sum(a.high, b.high), t = exact_sum(a.low, b.low);
+  const doubled v = ordered_sum(s.high, s.low + t.high);
+  return ordered_sum(v.high, t.low + v.low);
+}
+TESSARN_INLINE doubled operator-(doubled a) { return {-a.high, -a.low}; }
+TESSARN_INLINE doubled operator-(doubled a, doubled b) { return a + -b; }
+TESSARN_INLINE doubled operator*(doubled a, doubled b) {
+  const doubled p = loose_product(a, split(a.high), b, split(b.high));
+  return ordered_sum(p.high, p.low);
+}
+TESSARN_INLINE doubled operator/(doubled a, doubled b) {
+  const vec q = a.high / b.high;
+  const doubled r = a - b * doubled{q, broadcast(0)};
+  return ordered_sum(q, r.high / b.high);
+}
+// 0 for what is not positive.
+TESSARN_INLINE doubled root_of(doubled a) {
+  const vec zero = broadcast(0), r = square_root(a.high);
+  const doubled parts = split(r), rest = a - exact_product(r, parts, r, parts);
+  const doubled v = ordered_sum(r, rest.high / (r + r));
+  return {select(a.high > zero, v.high, zero), select(a.high > zero, v.low, zero)};
+}
+
 // Each product without normalising adds some 2^-53 to the low part beside the high one; so every fourth power is
 // normalised.
 TESSARN_INLINE doubled next_power(doubled power, doubled power_parts, doubled x, doubled x_parts, size_t exponent) {
