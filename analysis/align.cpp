@@ -49,8 +49,8 @@ class pairs {
   const point_columns<D>& b() const noexcept { return b_; }
   // The pairs that count: their coordinates, their weights in units of the power of two of the largest one, or null where
   // all are 1, and whether these are all pairs; if not, the number of each.
-  const point_arrays& arrays_a() const noexcept { return arrays_a_; }
-  const point_arrays& arrays_b() const noexcept { return arrays_b_; }
+  point_arrays& arrays_a() noexcept { return arrays_a_; }
+  point_arrays& arrays_b() noexcept { return arrays_b_; }
   const double* scaled_weights() const noexcept { return weights_.empty() ? nullptr : scaled_weights_.data(); }
   bool all() const noexcept { return all_; }
   std::size_t number(std::size_t i) const noexcept { return all_ ? i : numbers_[i]; }
@@ -61,8 +61,8 @@ class pairs {
   // Without weights, and with all pairs finite, there is nothing to look for.
   bool take_all() {
     if (!weights_.empty()) return false;
-    arrays_a_.copy(a_.c, D, size());
-    arrays_b_.copy(b_.c, D, size());
+    arrays_a_.take(a_.c, D, size());
+    arrays_b_.take(b_.c, D, size());
     all_ = arrays_a_.finite() && arrays_b_.finite();
     used_ = all_ ? size() : 0;
     return all_;
@@ -78,8 +78,8 @@ class pairs {
       numbers_[to++] = i;
     }
     for (; w && to < whole_vectors(used_); ++to) w[to] = 0;
-    arrays_a_.copy(a_.c, D, used_, numbers_.data());
-    arrays_b_.copy(b_.c, D, used_, numbers_.data());
+    arrays_a_.take(a_.c, D, used_, numbers_.data());
+    arrays_b_.take(b_.c, D, used_, numbers_.data());
   }
 
   // Counts the pairs that are finite and have a weight.
@@ -115,16 +115,19 @@ class pairs {
   numbers<std::size_t> numbers_{0};
 };
 
+// The weights from number i on, if there are any.
+const double* from(const double* weights, std::size_t i) noexcept { return weights ? weights + i : nullptr; }
+
 // One of the two sets: its local coordinates, their weighted mean and their scatter about it. The kernels take them about
 // a double near the mean, which is `rest` farther on.
 template <int D>
 struct centred_set {
-  const point_arrays& arrays;
+  point_arrays& arrays;
   local_points<D> points;
   detail::local_columns columns{};
   doubled mean[D], rest[D], scatter[D][D];
 
-  centred_set(const point_columns<D>& all, std::size_t first, const point_arrays& counted) noexcept
+  centred_set(const point_columns<D>& all, std::size_t first, point_arrays& counted) noexcept
       : arrays(counted), points(all, first, counted) {}
 
   // The weighted mean; gives the sum of the squared weights.
@@ -132,11 +135,23 @@ struct centred_set {
     for (doubled& v : mean) v = 0.0;
     columns = points.kernel_columns(arrays, mean, rest);
     kernel_sums<D + 1> sums;
-    detail::shape_kernels_in_use().add_means(columns, D, weights, arrays.size(), sums.partial);
+    for_each_part(arrays, [&](std::size_t i, std::size_t count) {
+      detail::shape_kernels_in_use().add_means(columns, D, from(weights, i), count, sums.partial);
+    });
     const doubled total = weights ? sums.sum(D) : doubled(static_cast<double>(arrays.size()));
     for (int k = 0; k < D; ++k) mean[k] = sums.sum(static_cast<std::size_t>(k)) / total;
     columns = points.kernel_columns(arrays, mean, rest);
     return total;
+  }
+  // The scatter, in doubled precision.
+  void find_scatter(const double* weights, doubled total) noexcept {
+    kernel_sums<D*(D + 1) / 2> sums;
+    for_each_part(arrays, [&](std::size_t i, std::size_t count) {
+      detail::shape_kernels_in_use().add_products(columns, D, from(weights, i), count, sums.partial);
+    });
+    std::size_t next = 0;
+    for (int r = 0; r < D; ++r)
+      for (int c = r; c < D; ++c) scatter[r][c] = sums.sum(next++) - total * rest[r] * rest[c];
   }
   doubled centred(int k, std::size_t i) const noexcept { return points.local_of(k, i) - mean[k]; }
   doubled trace() const noexcept {
@@ -150,7 +165,7 @@ struct centred_set {
 template <int D>
 class motion {
  public:
-  motion(const pairs<D>& p, const align_options& options) noexcept
+  motion(pairs<D>& p, const align_options& options) noexcept
       : pairs_(p), a_(p.a(), p.first(), p.arrays_a()), b_(p.b(), p.first(), p.arrays_b()), options_(options) {
     if (!choose_units()) {
       state_ = status::too_few_distinct;
@@ -188,7 +203,7 @@ class motion {
   }
   int exponent() const noexcept { return exponent_; }
   // All differences of the pairs that count, in units of the caller, and their lengths.
-  detail::residual_range differences(double* differences, double* lengths, doubled& mean_square) const noexcept;
+  detail::residual_range differences(double* differences, double* lengths, doubled& mean_square) noexcept;
   bool place(double (&centre)[D], double (&image)[D], double (&translation)[D]) const noexcept;
 
  private:
@@ -209,17 +224,25 @@ class motion {
     b_.find_mean(pairs_.scaled_weights());
   }
 
-  // The sums are about the doubles near the means, and are moved to the means.
+  // The sums are about the doubles near the means, and are moved to the means. The scatters tell how long and how thick
+  // the sets are, for which double precision does except near a line.
   void multiply() noexcept {
-    kernel_sums<2 * D * D + D> sums;
-    detail::shape_kernels_in_use().add_pair_products(a_.columns, b_.columns, D, pairs_.scaled_weights(), pairs_.used(),
-                                                     sums.partial);
+    kernel_sums<D * D> sums;
+    kernel_sums<D*(D + 1)> rounded;
+    const double* weights = pairs_.scaled_weights();
+    for_each_part(a_.arrays, [&](std::size_t i, std::size_t count) {
+      b_.arrays.load(i);
+      detail::shape_kernels_in_use().add_pair_products(a_.columns, b_.columns, D, from(weights, i), count, sums.partial,
+                                                       rounded.partial);
+    });
     std::size_t next = 0;
     for (centred_set<D>* s : {&a_, &b_})
       for (int r = 0; r < D; ++r)
-        for (int c = r; c < D; ++c) s->scatter[r][c] = sums.sum(next++) - weights_ * s->rest[r] * s->rest[c];
+        for (int c = r; c < D; ++c) s->scatter[r][c] = rounded.sum(next++) - weights_ * s->rest[r] * s->rest[c];
     for (int r = 0; r < D; ++r)
-      for (int c = 0; c < D; ++c) h_[r][c] = sums.sum(next++) - weights_ * b_.rest[r] * a_.rest[c];
+      for (int c = 0; c < D; ++c)
+        h_[r][c] = sums.sum(static_cast<std::size_t>(D * r + c)) - weights_ * b_.rest[r] * a_.rest[c];
+    if (options_.scale) a_.find_scatter(weights, weights_);
   }
 
   void rotate() noexcept;
@@ -245,17 +268,27 @@ struct thickness {
   bool on_a_line = false;
 };
 
-thickness thickness_of(const centred_set<3>& s, doubled weights, double sums) noexcept {
-  const eigen_system<3> e = eigen_of_symmetric(s.scatter);
-  const double across = ((e.values[0] + e.values[1]) / weights).high;
+thickness thickness_of(centred_set<3>& s, const double* scaled_weights, doubled weights, double sums) noexcept {
   thickness t;
+  double rounded[3][3];
+  for (int r = 0; r < 3; ++r)
+    for (int c = r; c < 3; ++c) rounded[r][c] = s.scatter[r][c].high;
+  const eigen_system<3, double> near = eigen_of_symmetric(rounded);
+  double across = near.values[0] + near.values[1];
+  if (across > 0x1p-20 * near.values[2]) {  // far from a line: the rounding of the scatter is a part of 2^-25 of it
+    t.mean_square = across / weights.high;
+    return t;
+  }
+  s.find_scatter(scaled_weights, weights);
+  const eigen_system<3> e = eigen_of_symmetric(s.scatter);
+  across = ((e.values[0] + e.values[1]) / weights).high;
   t.mean_square = across > 0 ? across : 0;
   t.on_a_line = across <= 0x1p-104 * s.points.squared_magnitude() + sums * (s.trace() / weights).high;
   return t;
 }
 
 // In the plane it is the whole set that is turned.
-thickness thickness_of(const centred_set<2>& s, doubled weights, double) noexcept {
+thickness thickness_of(centred_set<2>& s, const double*, doubled weights, double) noexcept {
   return {(s.trace() / weights).high, false};
 }
 
@@ -265,7 +298,8 @@ thickness thickness_of(const centred_set<2>& s, doubled weights, double) noexcep
 template <int D>
 void motion<D>::rotate() noexcept {
   const double n = static_cast<double>(pairs_.used()), sums = 0x1p-90 + n * 0x1p-100;
-  const thickness ta = thickness_of(a_, weights_, sums), tb = thickness_of(b_, weights_, sums);
+  const double* w = pairs_.scaled_weights();
+  const thickness ta = thickness_of(a_, w, weights_, sums), tb = thickness_of(b_, w, weights_, sums);
   const double rounding = std::sqrt(b_.points.squared_magnitude()) * std::sqrt(ta.mean_square) +
                           std::sqrt(a_.points.squared_magnitude()) * std::sqrt(tb.mean_square);
   const double product = std::sqrt(a_.trace().high) * std::sqrt(b_.trace().high);
@@ -354,7 +388,7 @@ double length(const doubled (&d)[D]) noexcept {
 
 template <int D>
 detail::residual_range motion<D>::differences(double* differences, double* lengths,
-                                              doubled& mean_square) const noexcept {
+                                              doubled& mean_square) noexcept {
   detail::number_pair matrix[D * D], offset[D];
   for (int r = 0; r < D; ++r) {
     doubled sum = doubled(b_unit_) * b_.rest[r];
@@ -365,17 +399,23 @@ detail::residual_range motion<D>::differences(double* differences, double* lengt
     }
     offset[r] = pair_of(sum);
   }
-  const detail::residual_output out{lengths, scale_of(exponent_), noise_, pairs_.scaled_weights()};
   kernel_sums<1> squares;
-  const detail::residual_range range = detail::shape_kernels_in_use().motion_residuals(
-      a_.columns, b_.columns, D, b_unit_, matrix, offset, pairs_.used(), out, differences, squares.partial);
+  detail::residual_range range{};
+  for_each_part(a_.arrays, [&](std::size_t i, std::size_t count) {
+    b_.arrays.load(i);
+    const detail::residual_output out{lengths + i, scale_of(exponent_), noise_, from(pairs_.scaled_weights(), i)};
+    include(range,
+            detail::shape_kernels_in_use().motion_residuals(a_.columns, b_.columns, D, b_unit_, matrix, offset, count,
+                                                            out, differences + D * i, squares.partial),
+            i);
+  });
   mean_square = squares.sum(0) / weights_;
   return range;
 }
 
 // Differences and distances of all pairs, and their summary; false when one is too large for a real.
 template <int D, class Alignment>
-bool judge(const pairs<D>& p, const motion<D>& m, Alignment& r) {
+bool judge(const pairs<D>& p, motion<D>& m, Alignment& r) {
   r.differences = mat<long double>(std::size_t{D}, p.size());
   r.distances = mat<long double>(std::size_t{1}, p.size());
   double* const differences = detail::as_doubles(r.differences.getData());
@@ -411,12 +451,12 @@ bool judge(const pairs<D>& p, const motion<D>& m, Alignment& r) {
 template <int D, class Alignment>
 Alignment find(const point_columns<D>& a, const point_columns<D>& b, const align_options& options) {
   Alignment r;
-  const pairs<D> p(a, b, options);
+  pairs<D> p(a, b, options);
   r.state = p.state();
   r.points_used = static_cast<ulong>(p.used());
   r.points_left_out = static_cast<ulong>(p.state() == status::sizes_differ ? 0 : p.size() - p.used());
   if (r.state != status::ok) return r;
-  const motion<D> m(p, options);
+  motion<D> m(p, options);
   r.state = m.state();
   if (r.state == status::too_few_distinct || r.state == status::out_of_range) return r;
   double centre[D], image[D], translation[D];

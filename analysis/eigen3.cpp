@@ -12,38 +12,44 @@ constexpr int most_sweeps = 40;
 constexpr double negligible = 0x1p-220;
 
 // A plane rotation by the angle whose tangent is t: c = 1 / sqrt(1 + t^2), s = t c, tau = s / (1 + c).
+template <class T>
 struct rotation {
-  doubled t, s, tau;
+  T t, s, tau;
 
   // (u, v) becomes (c u - s v, s u + c v). With tau the small change of each number is added to it.
-  void turn(doubled& u, doubled& v) const noexcept {
-    const doubled old_u = u, old_v = v;
+  void turn(T& u, T& v) const noexcept {
+    const T old_u = u, old_v = v;
     u = old_u - s * (old_v + tau * old_u);
     v = old_v + s * (old_u - tau * old_v);
   }
 };
 
+double leading(double v) noexcept { return v; }
+double leading(doubled v) noexcept { return v.high; }
+double square_root(double v) noexcept { return std::sqrt(v); }
+
 // The rotation, by at most 45 degrees, after which the entry beside the diagonal is 0.
-rotation annihilating(doubled first, doubled second, doubled beside) noexcept {
-  const doubled theta = (second - first) / (doubled(2.0) * beside);
-  const doubled positive = theta.high < 0 ? -theta : theta;
-  const doubled t = doubled(1.0) / (positive + square_root(positive * positive + doubled(1.0)));
-  rotation r;
-  r.t = theta.high < 0 ? -t : t;
-  const doubled c = doubled(1.0) / square_root(t * t + doubled(1.0));
+template <class T>
+rotation<T> annihilating(T first, T second, T beside) noexcept {
+  const T theta = (second - first) / (T(2.0) * beside);
+  const T positive = leading(theta) < 0 ? -theta : theta;
+  const T t = T(1.0) / (positive + square_root(positive * positive + T(1.0)));
+  rotation<T> r;
+  r.t = leading(theta) < 0 ? -t : t;
+  const T c = T(1.0) / square_root(t * t + T(1.0));
   r.s = r.t * c;
-  r.tau = r.s / (doubled(1.0) + c);
+  r.tau = r.s / (T(1.0) + c);
   return r;
 }
 
 // One rotation: makes the entry (p, q) 0, p < q, in the upper triangle.
-template <int N>
-void annihilate(doubled (&a)[N][N], doubled (&vectors)[N][N], int p, int q) noexcept {
-  const rotation r = annihilating(a[p][p], a[q][q], a[p][q]);
-  const doubled change = r.t * a[p][q];
+template <int N, class T>
+void annihilate(T (&a)[N][N], T (&vectors)[N][N], int p, int q) noexcept {
+  const rotation<T> r = annihilating(a[p][p], a[q][q], a[p][q]);
+  const T change = r.t * a[p][q];
   a[p][p] -= change;
   a[q][q] += change;
-  a[p][q] = 0.0;
+  a[p][q] = T(0.0);
   for (int k = 0; k < N; ++k) {
     if (k != p && k != q) r.turn(k < p ? a[k][p] : a[p][k], k < q ? a[k][q] : a[q][k]);
     r.turn(vectors[p][k], vectors[q][k]);
@@ -51,8 +57,8 @@ void annihilate(doubled (&a)[N][N], doubled (&vectors)[N][N], int p, int q) noex
 }
 
 // Each pair (p, q) once, row by row; false when all entries beside the diagonal were negligible.
-template <int N>
-bool sweep(doubled (&a)[N][N], doubled (&vectors)[N][N]) noexcept {
+template <int N, class T>
+bool sweep(T (&a)[N][N], T (&vectors)[N][N]) noexcept {
   bool any = false;
   for (int p = 0; p < N - 1; ++p)
     for (int q = p + 1; q < N; ++q) {
@@ -63,22 +69,23 @@ bool sweep(doubled (&a)[N][N], doubled (&vectors)[N][N]) noexcept {
   return any;
 }
 
+bool smaller(double a, double b) noexcept { return a < b; }
 bool smaller(doubled a, doubled b) noexcept { return a.high < b.high || (a.high == b.high && a.low < b.low); }
 
 }  // namespace
 
 // The matrix is scaled by a power of two, so that its largest entry is between 1 and 2.
-template <int N>
-eigen_system<N> eigen_of_symmetric(const doubled (&matrix)[N][N]) noexcept {
+template <int N, class T>
+eigen_system<N, T> eigen_of_symmetric(const T (&matrix)[N][N]) noexcept {
   double largest = 0;
   for (int r = 0; r < N; ++r)
     for (int c = r; c < N; ++c) largest = magnitude(matrix[r][c]) > largest ? magnitude(matrix[r][c]) : largest;
   const int exponent = largest > 0 && is_finite(largest) ? exponent_of(largest) : 0;
-  doubled a[N][N], vectors[N][N];
+  T a[N][N], vectors[N][N];
   for (int r = 0; r < N; ++r)
     for (int c = 0; c < N; ++c) {
       a[r][c] = scaled(matrix[r][c], -exponent);
-      vectors[r][c] = r == c ? 1.0 : 0.0;
+      vectors[r][c] = T(r == c ? 1.0 : 0.0);
     }
   for (int i = 0; i < most_sweeps && sweep(a, vectors); ++i) continue;
   int order[N];
@@ -88,7 +95,7 @@ eigen_system<N> eigen_of_symmetric(const doubled (&matrix)[N][N]) noexcept {
       order[place] = order[place - 1];
     order[place] = k;
   }
-  eigen_system<N> result;
+  eigen_system<N, T> result;
   for (int k = 0; k < N; ++k) {
     result.values[k] = scaled(a[order[k]][order[k]], exponent);
     for (int c = 0; c < N; ++c) result.vectors[k][c] = vectors[order[k]][c];
@@ -96,6 +103,7 @@ eigen_system<N> eigen_of_symmetric(const doubled (&matrix)[N][N]) noexcept {
   return result;
 }
 
+template eigen_system<3, double> eigen_of_symmetric(const double (&)[3][3]) noexcept;
 template eigen_system<3> eigen_of_symmetric(const doubled (&)[3][3]) noexcept;
 template eigen_system<4> eigen_of_symmetric(const doubled (&)[4][4]) noexcept;
 

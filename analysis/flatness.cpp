@@ -55,13 +55,13 @@ class flat_points {
   std::size_t used() const noexcept { return used_; }
   bool counts(std::size_t i) const noexcept { return columns_.finite(i); }
 
-  status find_least_squares(local_plane& p, double& determination, double& noise) const noexcept;
-  void fill(const local_plane& p, double noise, reference_plane& r) const;
-  status find_zone(flatness_result& r) const;
+  status find_least_squares(local_plane& p, double& determination, double& noise) noexcept;
+  void fill(const local_plane& p, double noise, reference_plane& r);
+  status find_zone(flatness_result& r);
 
  private:
   void take(bool leave_out) {
-    arrays_.copy(columns_.c, 3, size());
+    arrays_.take(columns_.c, 3, size());
     all_ = arrays_.finite();
     used_ = all_ ? size() : 0;
     if (!all_) look(leave_out);
@@ -75,7 +75,7 @@ class flat_points {
     std::size_t to = 0;
     for (std::size_t i = 0; i < size(); ++i)
       if (counts(i)) numbers_[to++] = i;
-    arrays_.copy(columns_.c, 3, used_, numbers_.data());
+    arrays_.take(columns_.c, 3, used_, numbers_.data());
   }
   void look(bool leave_out) noexcept {
     for (std::size_t i = 0; i < size(); ++i) {
@@ -98,7 +98,9 @@ class flat_points {
     for (doubled& v : mean_) v = 0.0;
     kernel_columns_ = local_.kernel_columns(arrays_, mean_, rest_);
     kernel_sums<4> sums;
-    detail::shape_kernels_in_use().add_means(kernel_columns_, 3, nullptr, used_, sums.partial);
+    for_each_part(arrays_, [&](std::size_t, std::size_t count) {
+      detail::shape_kernels_in_use().add_means(kernel_columns_, 3, nullptr, count, sums.partial);
+    });
     for (std::size_t k = 0; k < 3; ++k) mean_[k] = sums.sum(k) / doubled(static_cast<double>(used_));
     kernel_columns_ = local_.kernel_columns(arrays_, mean_, rest_);
   }
@@ -112,10 +114,10 @@ class flat_points {
   }
   int lattice_exponent() const noexcept;
   void place(const local_plane& p, double noise, reference_plane& r) const noexcept;
-  void make_lattice(std::vector<lattice_point>& places, std::vector<std::size_t>& owners) const;
-  status store_zone(const width_of_body& w, const std::vector<std::size_t>& owners, flatness_result& r) const;
+  void make_lattice(std::vector<lattice_point>& places, std::vector<std::size_t>& owners);
+  status store_zone(const width_of_body& w, const std::vector<std::size_t>& owners, flatness_result& r);
   status store_plane(const std::vector<lattice_point>& places, const hull_facet& f,
-                     const std::vector<std::size_t>& owners, flatness_result& r) const;
+                     const std::vector<std::size_t>& owners, flatness_result& r);
 
   point_columns<3> columns_;
   local_points<3> local_;
@@ -130,10 +132,12 @@ class flat_points {
 
 // The rounding of the coordinates, by at most 2^-53 of their sizes |A|, moves an entry of the scatter matrix in the
 // direction of the second value s by at most 2^-52 |A| sqrt(n s); four times that is taken for no difference.
-status flat_points::find_least_squares(local_plane& p, double& determination, double& noise) const noexcept {
+status flat_points::find_least_squares(local_plane& p, double& determination, double& noise) noexcept {
   doubled scatter[3][3];
   kernel_sums<6> sums;
-  detail::shape_kernels_in_use().add_products(kernel_columns_, 3, nullptr, used_, sums.partial);
+  for_each_part(arrays_, [&](std::size_t, std::size_t count) {
+    detail::shape_kernels_in_use().add_products(kernel_columns_, 3, nullptr, count, sums.partial);
+  });
   std::size_t next = 0;
   for (int r = 0; r < 3; ++r)
     for (int c = r; c < 3; ++c)
@@ -178,7 +182,7 @@ void flat_points::place(const local_plane& p, double noise, reference_plane& r) 
 }
 
 // Residuals and their summary.
-void flat_points::fill(const local_plane& p, double noise, reference_plane& r) const {
+void flat_points::fill(const local_plane& p, double noise, reference_plane& r) {
   place(p, noise, r);
   r.residuals = mat<long double>(std::size_t{1}, size());
   double* const residuals = detail::as_doubles(r.residuals.getData());
@@ -189,10 +193,15 @@ void flat_points::fill(const local_plane& p, double noise, reference_plane& r) c
     normal[k] = pair_of(p.normal[k]);
     offset += p.normal[k] * (p.point[k] - mean_[k] + rest_[k]);
   }
-  const detail::residual_output out{all_ ? residuals : some.data(), scale_of(local_.exponent()), noise, nullptr};
   kernel_sums<1> sums;
-  const detail::residual_range range = detail::shape_kernels_in_use().plane_residuals(
-      kernel_columns_, normal, pair_of(offset), used_, out, sums.partial);
+  detail::residual_range range{};
+  for_each_part(arrays_, [&](std::size_t i, std::size_t count) {
+    const detail::residual_output out{(all_ ? residuals : some.data()) + i, scale_of(local_.exponent()), noise, nullptr};
+    include(range,
+            detail::shape_kernels_in_use().plane_residuals(kernel_columns_, normal, pair_of(offset), count, out,
+                                                           sums.partial),
+            i);
+  });
   if (!all_) {
     for (std::size_t i = 0, next = 0; i < size(); ++i) residuals[i] = counts(i) ? some[next++] : no_number;
   }
@@ -218,7 +227,7 @@ int flat_points::lattice_exponent() const noexcept {
 }
 
 // The places of the points, without repetitions and in ascending order, and for each place the first point there.
-void flat_points::make_lattice(std::vector<lattice_point>& places, std::vector<std::size_t>& owners) const {
+void flat_points::make_lattice(std::vector<lattice_point>& places, std::vector<std::size_t>& owners) {
   if (used_ > static_cast<std::size_t>(std::numeric_limits<int>::max())) throw std::bad_alloc();
   struct owned {
     lattice_point place;
@@ -227,15 +236,17 @@ void flat_points::make_lattice(std::vector<lattice_point>& places, std::vector<s
   std::vector<owned> all;
   all.reserve(used_);
   const int e = lattice_exponent();
-  for (std::size_t i = 0; i < used_; ++i) {
-    owned o{{{0, 0, 0}}, number(i)};
-    for (int k = 0; k < 3; ++k) {
-      if (local_.constant(k)) continue;
-      const double v = scaled(arrays_.column(k)[i], -e);
-      if (magnitude(v) >= 0x1p-270) o.place.c[k] = v;
+  for_each_part(arrays_, [&](std::size_t first, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      owned o{{{0, 0, 0}}, number(first + i)};
+      for (int k = 0; k < 3; ++k) {
+        if (local_.constant(k)) continue;
+        const double v = scaled(arrays_.column(k)[i], -e);
+        if (magnitude(v) >= 0x1p-270) o.place.c[k] = v;
+      }
+      all.push_back(o);
     }
-    all.push_back(o);
-  }
+  });
   const auto order = [](const owned& a, const owned& b) {
     for (int k = 0; k < 3; ++k)
       if (a.place.c[k] != b.place.c[k]) return a.place.c[k] < b.place.c[k];
@@ -258,7 +269,7 @@ void through_foot(const doubled (&mean)[3], const doubled (&anchor)[3], doubled 
 }
 
 status flat_points::store_zone(const width_of_body& w, const std::vector<std::size_t>& owners,
-                               flatness_result& r) const {
+                               flatness_result& r) {
   const int e = lattice_exponent();
   local_plane p;
   for (int k = 0; k < 3; ++k) p.normal[k] = w.normal[k];
@@ -280,7 +291,7 @@ status flat_points::store_zone(const width_of_body& w, const std::vector<std::si
 
 // Points in one plane: the zone is 0, and so are the residuals, since all of them are below an infinite noise.
 status flat_points::store_plane(const std::vector<lattice_point>& places, const hull_facet& f,
-                                const std::vector<std::size_t>& owners, flatness_result& r) const {
+                                const std::vector<std::size_t>& owners, flatness_result& r) {
   const auto at = [&](int i) -> const lattice_point& { return places[static_cast<std::size_t>(f.v[i])]; };
   const direction n = rounded_cross_product({at(1), at(0)}, {at(2), at(0)});
   const double largest = std::max({magnitude(n.c[0]), magnitude(n.c[1]), magnitude(n.c[2])});
@@ -301,7 +312,7 @@ status flat_points::store_plane(const std::vector<lattice_point>& places, const 
   return r.middle.state;
 }
 
-status flat_points::find_zone(flatness_result& r) const {
+status flat_points::find_zone(flatness_result& r) {
   std::vector<lattice_point> places;
   std::vector<std::size_t> owners;
   make_lattice(places, owners);
@@ -315,7 +326,7 @@ status flat_points::find_zone(flatness_result& r) const {
 
 flatness_result flatness(space_points points, const flatness_options& options) {
   flatness_result r;
-  const flat_points p(points, options);
+  flat_points p(points, options);
   r.state = r.middle.state = r.least_squares.state = p.state();
   if (r.state == status::sizes_differ) return r;
   r.points_used = static_cast<ulong>(p.used());

@@ -36,56 +36,100 @@ class scratch {
 // n rounded up to whole vectors of the kernels.
 inline std::size_t whole_vectors(std::size_t n) { return detail::checked_sum(n, 7) / 8 * 8; }
 
-// The points that count, one array for each coordinate. Behind the last one stand copies of the first.
+// The points that count, part by part in arrays, one for each coordinate: whole copies of many points would cost more
+// time, by their fresh memory, than copying the parts anew for every pass. Behind the last point stand copies of the
+// first one of the part.
 class point_arrays {
  public:
-  // All points, or those whose numbers are given.
-  void copy(const column_view* columns, int dimension, std::size_t used, const std::size_t* numbers = nullptr) {
+  static constexpr std::size_t part = 2048;
+
+  // Looks at all points, or at those whose numbers are given; the views and the numbers must stay.
+  void take(const column_view* columns, int dimension, std::size_t used, const std::size_t* numbers = nullptr) {
+    std::copy_n(columns, dimension, columns_);
+    numbers_ = numbers;
+    dimension_ = dimension;
     used_ = used;
-    room_ = whole_vectors(used);
-    double* to = values_.take(detail::checked_product(static_cast<std::size_t>(dimension), room_));
-    finite_ = true;
-    for (int k = 0; k < dimension; ++k, to += room_) {
-      const column_view& v = columns[k];
-      if (numbers)
-        for (std::size_t i = 0; i < used; ++i) to[i] = v[numbers[i]];
-      else
-        copy_all(v, to);
-      for (std::size_t i = used; i < room_; ++i) to[i] = to[0];
-      look(to, k);
+    loaded_ = 0;
+    room_ = whole_vectors(std::min(used, part));
+    values_.take(static_cast<std::size_t>(dimension) * room_);
+    std::fill_n(partial_[0], sizeof partial_ / sizeof(double), 0.0);
+    for (int k = 0; k < dimension; ++k) {
+      std::fill_n(partial_[k], 8, std::numeric_limits<double>::infinity());
+      std::fill_n(partial_[k] + 8, 8, -std::numeric_limits<double>::infinity());
+    }
+    for (std::size_t i = 0; i < used; i += part) {
+      load(i);
+      for (int k = 0; k < dimension; ++k)
+        detail::fit_kernels_in_use().include(column(k), whole_vectors(loaded_), partial_[k]);
     }
   }
 
+  // Copies the points from number i on, a multiple of `part`, and gives how many these are.
+  std::size_t load(std::size_t i) noexcept {
+    if (loaded_ > 0 && begin_ == i) return loaded_;
+    begin_ = i;
+    loaded_ = std::min(used_ - i, part);
+    double* to = values_.data();
+    for (int k = 0; k < dimension_; ++k, to += room_) {
+      const column_view& v = columns_[k];
+      if (numbers_)
+        for (std::size_t j = 0; j < loaded_; ++j) to[j] = static_cast<double>(v[numbers_[i + j]]);
+      else
+        copy(v.address() + i * v.bytes(), v.bytes(), loaded_, to);
+      for (std::size_t j = loaded_; j < whole_vectors(loaded_); ++j) to[j] = to[0];
+    }
+    return loaded_;
+  }
+
   std::size_t size() const noexcept { return used_; }
+  // Of the points loaded.
   const double* column(int k) const noexcept { return values_.data() + static_cast<std::size_t>(k) * room_; }
   // Whether all numbers are finite; the ranges hold only then.
-  bool finite() const noexcept { return finite_; }
-  double least(int k) const noexcept { return least_[k]; }
-  double greatest(int k) const noexcept { return greatest_[k]; }
+  bool finite() const noexcept {
+    for (const double* p : {partial_[0], partial_[1], partial_[2]})
+      if (std::any_of(p + 16, p + 24, [](double v) { return v != 0; })) return false;
+    return true;
+  }
+  double least(int k) const noexcept { return *std::min_element(partial_[k], partial_[k] + 8); }
+  double greatest(int k) const noexcept { return *std::max_element(partial_[k] + 8, partial_[k] + 16); }
 
  private:
-  static void copy_all(const column_view& v, double* to) noexcept {
-    const unsigned char* from = v.address();
-    const std::size_t n = v.size(), step = v.bytes();
+  static void copy(const unsigned char* from, std::size_t step, std::size_t n, double* to) noexcept {
     for (std::size_t i = 0; i < n; ++i, from += step) std::memcpy(to + i, from, sizeof *to);
   }
-  void look(const double* v, int k) noexcept {
-    constexpr double infinite = std::numeric_limits<double>::infinity();
-    double ranges[24];
-    std::fill_n(ranges, 8, infinite);
-    std::fill_n(ranges + 8, 8, -infinite);
-    std::fill_n(ranges + 16, 8, 0.0);
-    detail::fit_kernels_in_use().include(v, room_, ranges);
-    least_[k] = *std::min_element(ranges, ranges + 8);
-    greatest_[k] = *std::max_element(ranges + 8, ranges + 16);
-    for (int l = 16; l < 24; ++l) finite_ = finite_ && ranges[l] == 0;
-  }
 
+  column_view columns_[3];
+  const std::size_t* numbers_ = nullptr;
+  int dimension_ = 0;
+  std::size_t used_ = 0, room_ = 0, begin_ = 0, loaded_ = 0;
   scratch values_;
-  std::size_t used_ = 0, room_ = 0;
-  double least_[3] = {}, greatest_[3] = {};
-  bool finite_ = true;
+  double partial_[3][24];
 };
+
+// Runs over all points: f(i, count) when the points from number i on are loaded.
+template <class F>
+void for_each_part(point_arrays& a, F&& f) {
+  for (std::size_t i = 0; i < a.size(); i += point_arrays::part) {
+    const std::size_t count = a.load(i);
+    f(i, count);
+  }
+}
+
+// The extremes of the points before and of `next`, whose points are counted from i on.
+inline void include(detail::residual_range& all, const detail::residual_range& next, std::size_t i) noexcept {
+  if (i == 0) {
+    all = next;
+    return;
+  }
+  const auto take = [i](bool better, double& v, std::size_t& at, double w, std::size_t place) {
+    if (!better) return;
+    v = w;
+    at = i + place;
+  };
+  take(next.lowest < all.lowest, all.lowest, all.lowest_at, next.lowest, next.lowest_at);
+  take(next.highest > all.highest, all.highest, all.highest_at, next.highest, next.highest_at);
+  take(next.largest > all.largest, all.largest, all.largest_at, next.largest, next.largest_at);
+}
 
 // The sum that partial sums make up: in the order of a tree.
 inline doubled whole_sum(const double* partial) noexcept {

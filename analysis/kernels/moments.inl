@@ -159,34 +159,46 @@ struct product_terms {
   }
 };
 
+// Adds the products of the leading parts, k <= l, and gives the place behind these sums.
+template <size_t D>
+TESSARN_INLINE double* add_rounded_products(const split_point<D>& x, const split_point<D>& y, double* lane) {
+  TESSARN_UNROLL
+  for (size_t k = 0; k < D; ++k)
+    TESSARN_UNROLL
+    for (size_t l = k; l < D; ++l) {
+      const vec product = x.v[k].high * y.v[l].high;
+      if (k == l)
+        add_one(lane, doubled{product, broadcast(0)});
+      else
+        store(lane, load(lane) + product);
+      lane += 2 * shape_partial_sums;
+    }
+  return lane;
+}
+
 template <size_t D, bool Weighted>
 struct pair_terms {
-  static constexpr size_t most_sums = D * (D + 1) + D * D;
+  static constexpr size_t most_sums = D * D;
   const local_columns &a, &b;
   const double* weights;
   size_t n;
+  double* rounded;
 
   template <bool Tail>
   TESSARN_MEMBER void add(size_t i, double* lane) const {
     const split_point<D> x = point_at<D, Tail>(a, i, n), y = point_at<D, Tail>(b, i, n);
+    split_point<D> wx = x, wy = y;
     if (Weighted) {
       const doubled w = squared_weight_of<Tail>(weights, i, n);
-      const split_point<D> wy = weighted_point(y, w);
-      lane = add_own_products(weighted_point(x, w), x, lane);
-      lane = add_own_products(wy, y, lane);
-      add_mixed(wy, x, lane);
-    } else {
-      lane = add_own_products(x, x, lane);
-      lane = add_own_products(y, y, lane);
-      add_mixed(y, x, lane);
+      wx = weighted_point(x, w);
+      wy = weighted_point(y, w);
     }
-  }
-  static TESSARN_MEMBER void add_mixed(const split_point<D>& y, const split_point<D>& x, double* lane) {
+    add_rounded_products(wy, y, add_rounded_products(wx, x, rounded + i % shape_partial_sums));
     TESSARN_UNROLL
     for (size_t k = 0; k < D; ++k)
       TESSARN_UNROLL
       for (size_t l = 0; l < D; ++l)
-        add_one(lane + 2 * shape_partial_sums * (D * k + l), loose_product(y.v[k], y.parts[k], x.v[l], x.parts[l]));
+        add_one(lane + 2 * shape_partial_sums * (D * k + l), loose_product(wy.v[k], wy.parts[k], x.v[l], x.parts[l]));
   }
 };
 
@@ -214,15 +226,15 @@ void add_products(const local_columns& p, size_t dimension, const double* weight
 
 template <size_t D>
 void add_pair_products_of(const local_columns& a, const local_columns& b, const double* weights, size_t n,
-                          double* sums) {
+                          double* sums, double* rounded) {
   if (weights)
-    add_in_blocks(pair_terms<D, true>{a, b, weights, n}, D * (D + 1) + D * D, n, sums);
+    add_in_blocks(pair_terms<D, true>{a, b, weights, n, rounded}, D * D, n, sums);
   else
-    add_in_blocks(pair_terms<D, false>{a, b, weights, n}, D * (D + 1) + D * D, n, sums);
+    add_in_blocks(pair_terms<D, false>{a, b, weights, n, rounded}, D * D, n, sums);
 }
 void add_pair_products(const local_columns& a, const local_columns& b, size_t dimension, const double* weights,
-                       size_t n, double* sums) {
-  (dimension == 2 ? add_pair_products_of<2> : add_pair_products_of<3>)(a, b, weights, n, sums);
+                       size_t n, double* sums, double* rounded) {
+  (dimension == 2 ? add_pair_products_of<2> : add_pair_products_of<3>)(a, b, weights, n, sums, rounded);
 }
 
 }  // namespace

@@ -195,19 +195,22 @@ struct from_partner {
   TESSARN_MEMBER doubled at(size_t i) const {
     const split_point<D> x = point_at<D, false>(a, i, 0);
     double lanes[D][width];
-    doubled sum = {broadcast(0), broadcast(0)};
+    vec squares = broadcast(0), errors = broadcast(0);
     TESSARN_UNROLL
     for (size_t r = 0; r < D; ++r) {
-      const doubled y = local(b, r, i);
-      const doubled image = linear(matrix[r], x, doubled{y.high * unit, y.low * unit});
-      const doubled d = without_noise(-(image + offset[r]), noise);
+      const doubled y = local(b, r, i), from = exact_sum(y.high * unit, -offset[r].high);
+      const vec low = from.low + (y.low * unit - offset[r].low);
+      const doubled d = without_noise(-linear(matrix[r], x, doubled{from.high, low}), noise);
       store(lanes[r], scaled(d.high, scale));
-      sum = sum + d * d;
+      const doubled parts = split(d.high), square = loose_product(d, parts, d, parts);
+      const doubled sum = exact_sum(squares, square.high);
+      squares = sum.high;
+      errors += sum.low + square.low;
     }
     const size_t used = Tail ? n - i : width;
     for (size_t l = 0; l < used; ++l)
       for (size_t r = 0; r < D; ++r) differences[D * (i + l) + r] = lanes[r][l];
-    return root_of(sum);
+    return root_of(ordered_sum(squares, errors));
   }
 };
 
