@@ -9,6 +9,7 @@
 
 #include "analysis/doubled_matrix.h"
 #include "analysis/eigen3.h"
+#include "analysis/outermost.h"
 #include "analysis/point_set.h"
 #include "analysis/rounding_mode.h"
 #include "analysis/width.h"
@@ -113,6 +114,7 @@ class flat_points {
     return dot(p.normal, d);
   }
   int lattice_exponent() const noexcept;
+  detail::local_columns lattice_columns() const noexcept;
   void place(const local_plane& p, double noise, reference_plane& r) const noexcept;
   void make_lattice(std::vector<lattice_point>& places, std::vector<std::size_t>& owners);
   status store_zone(const width_of_body& w, const std::vector<std::size_t>& owners, flatness_result& r);
@@ -127,6 +129,7 @@ class flat_points {
   bool all_ = false;                 // which are all points
   numbers<std::size_t> numbers_{0};  // or those with these numbers
   detail::local_columns kernel_columns_{};
+  eigen_system<3> axes_;  // of the scatter
   doubled mean_[3], rest_[3];  // the second relative to the centre of the kernels' columns
 };
 
@@ -142,7 +145,7 @@ status flat_points::find_least_squares(local_plane& p, double& determination, do
   for (int r = 0; r < 3; ++r)
     for (int c = r; c < 3; ++c)
       scatter[r][c] = sums.sum(next++) - doubled(static_cast<double>(used_)) * rest_[r] * rest_[c];
-  const eigen_system<3> e = eigen_of_symmetric(scatter);
+  const eigen_system<3>& e = axes_ = eigen_of_symmetric(scatter);
   for (int k = 0; k < 3; ++k) {
     p.normal[k] = e.vectors[0][k];
     p.point[k] = mean_[k];
@@ -226,7 +229,19 @@ int flat_points::lattice_exponent() const noexcept {
   return exponent_of(largest);
 }
 
-// The places of the points, without repetitions and in ascending order, and for each place the first point there.
+// The lattice, with the first point as the origin of the kernels.
+detail::local_columns flat_points::lattice_columns() const noexcept {
+  const detail::result_scale unit = scale_of(-lattice_exponent());
+  detail::local_columns lattice{};
+  for (int k = 0; k < 3; ++k) {
+    lattice.c[k] = arrays_.column(k);
+    for (int i = 0; i < 2; ++i) lattice.factors[k][i] = local_.constant(k) ? 0 : unit.factors[i];
+    lattice.origin[k] = lattice_coordinate(lattice, k, columns_.c[k][first_]);
+  }
+  return lattice;
+}
+
+// The places of the points that can be corners of the hull, without repetitions and in ascending order, and for each place the first point there.
 void flat_points::make_lattice(std::vector<lattice_point>& places, std::vector<std::size_t>& owners) {
   if (used_ > static_cast<std::size_t>(std::numeric_limits<int>::max())) throw std::bad_alloc();
   struct owned {
@@ -234,19 +249,13 @@ void flat_points::make_lattice(std::vector<lattice_point>& places, std::vector<s
     std::size_t owner;
   };
   std::vector<owned> all;
-  all.reserve(used_);
-  const int e = lattice_exponent();
-  for_each_part(arrays_, [&](std::size_t first, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-      owned o{{{0, 0, 0}}, number(first + i)};
-      for (int k = 0; k < 3; ++k) {
-        if (local_.constant(k)) continue;
-        const double v = scaled(arrays_.column(k)[i], -e);
-        if (magnitude(v) >= 0x1p-270) o.place.c[k] = v;
-      }
-      all.push_back(o);
-    }
-  });
+  const detail::local_columns lattice = lattice_columns();
+  for (const std::size_t i : outermost_points(arrays_, lattice, axes_)) {
+    owned o;
+    o.owner = number(i);
+    for (int k = 0; k < 3; ++k) o.place.c[k] = lattice_coordinate(lattice, k, columns_.c[k][o.owner]);
+    all.push_back(o);
+  }
   const auto order = [](const owned& a, const owned& b) {
     for (int k = 0; k < 3; ++k)
       if (a.place.c[k] != b.place.c[k]) return a.place.c[k] < b.place.c[k];

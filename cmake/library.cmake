@@ -75,6 +75,7 @@ set(TESSARN_SOURCES
   analysis/multiplicities.cpp
   analysis/normal_equations.cpp
   analysis/orientation.cpp
+  analysis/outermost.cpp
   analysis/polytope.cpp
   analysis/refinement.cpp
   analysis/rotation.cpp

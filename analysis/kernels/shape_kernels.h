@@ -99,6 +99,17 @@ struct shape_kernels {
   // w^2 (r_i r_j + r r_ij). In double precision each sum has its partial sums alone.
   void (*round_sums)(const centred_columns& p, const round_numbers& m, double* sums);
   void (*round_sums_doubled)(const centred_columns& p, const round_numbers& m, double* sums);
+
+  // Of each direction d the points with the greatest and the least product with it: values[16 d + l] and
+  // values[16 d + 8 + l] take the products of the points whose number is l modulo 8, `places` the numbers of the first of
+  // them, counted from `begin` on. Points are taken as in the next, and behind the last one stand copies of others.
+  void (*find_extremes)(const local_columns& p, const double (*directions)[3], size_t count, size_t n, double begin,
+                        double* values, double* places);
+
+  // Stores the numbers of the points for which f0 x + f1 y + f2 z - f3 is not below 0 for some facet f, and gives how many
+  // they are. (x, y, z) are the products with the factors, of which those below 2^-270 become 0, less the origins, all
+  // rounded to doubles.
+  size_t (*keep_outside)(const local_columns& p, const double (*facets)[4], size_t count, size_t n, size_t* kept);
 };
 
 #define TESSARN_TABLE(set)                \

@@ -1,4 +1,5 @@
 // The kernels of motions and shapes; compiled once for each instruction set.
+#include "analysis/kernels/inside.inl"
 #include "analysis/kernels/moments.inl"
 #include "analysis/kernels/residuals.inl"
 #include "analysis/kernels/rounds.inl"
@@ -15,6 +16,8 @@ const shape_kernels shape_table = {.add_means = add_means,
                                    .centre = centre,
                                    .round_residuals = round_residuals,
                                    .round_sums = round_sums,
-                                   .round_sums_doubled = round_sums_doubled};
+                                   .round_sums_doubled = round_sums_doubled,
+                                   .find_extremes = find_extremes,
+                                   .keep_outside = keep_outside};
 
 }  // namespace tessarn::detail::TESSARN_ISA
