@@ -53,7 +53,14 @@ class width_search {
   void find_opposite_corners();
   void try_edge(int from, const polytope_edge& e);
   int follow(int from, const polytope_edge& e, bool try_pairs);
+  // When the turning plane touches a corner: a / b as below.
+  struct meeting {
+    int corner;
+    double earliest, latest;
+  };
+  meeting estimated_meeting(int x, const difference& d, const polytope_edge& e, const estimate& b) const noexcept;
   int first_edge(int v, const polytope_edge& e);
+  void keep_first_touched(int v, const polytope_edge& e) noexcept;
   void try_face(int f);
   void try_edges(int a, int b, int c, int d);
   void consider(const candidate& c);
@@ -64,6 +71,7 @@ class width_search {
   std::vector<int> first_, start_, edge_;  // of each face: its edges, with their starts and numbers
   std::vector<int> opposite_;              // for each face the corner that is farthest below it
   std::vector<int> crossed_;               // ends of the edges over which the opposite corner moves, next to each other
+  std::vector<meeting> near_;              // the neighbours of a corner
   width_of_body best_;
 };
 
@@ -130,25 +138,52 @@ int width_search::follow(int from, const polytope_edge& e, bool try_pairs) {
   }
 }
 
+// Bounds of the time at which the turning plane touches a neighbour, in double precision, where b > 0 is known.
+width_search::meeting width_search::estimated_meeting(int x, const difference& d, const polytope_edge& e,
+                                                      const estimate& b) const noexcept {
+  const estimate a = estimated_determinant(side(e.left, 1), side(e.left, 2), d);
+  const double low = -a.value - a.error, high = -a.value + a.error;
+  return {x, low > 0 ? low / (b.value + b.error) * (1 - 0x1p-48) : 0,
+          b.value > b.error ? high / (b.value - b.error) * (1 + 0x1p-48) : std::numeric_limits<double>::infinity()};
+}
+
 // The neighbour of corner v that the turning plane touches first. For a neighbour x the heights h of x above v, of both
 // faces, are a <= 0 and b > 0, and the plane touches x when the right face has the part a / (a - b). Neighbours that
-// are touched within 2^-50 of the same time are all kept in crossed_.
+// are touched within 2^-50 of the same time are all kept in crossed_. Those of which estimates tell that they are
+// touched later than another by more than that need no more digits.
 int width_search::first_edge(int v, const polytope_edge& e) {
-  crossed_.clear();
-  doubled least = 0.0;
+  near_.clear();
+  double soonest = std::numeric_limits<double>::infinity();
+  const difference right[2] = {side(e.right, 1), side(e.right, 2)};
   for (int k = body_.first[index(v)]; k < body_.first[index(v) + 1]; ++k) {
     const int x = body_.edges[index(k)].to;
     const difference d = step(v, x);  // turned round: below is positive
-    if (sign_of_determinant(side(e.right, 1), side(e.right, 2), d) <= 0) continue;
+    const estimate b = estimated_determinant(right[0], right[1], d);
+    if (magnitude(b.value) > b.error ? b.value < 0 : sign_of_determinant(right[0], right[1], d) <= 0) continue;
+    near_.push_back(estimated_meeting(x, d, e, b));
+    soonest = std::min(soonest, near_.back().latest);
+  }
+  crossed_.clear();
+  for (const meeting& m : near_)
+    if (!(m.earliest > soonest * (1 + 0x1p-49))) crossed_.push_back(m.corner);
+  if (crossed_.size() > 1) keep_first_touched(v, e);
+  return crossed_.empty() ? none : crossed_[0];
+}
+
+void width_search::keep_first_touched(int v, const polytope_edge& e) noexcept {
+  std::size_t kept = 0;
+  doubled least = 0.0;
+  for (const int x : crossed_) {
+    const difference d = step(v, x);
     const doubled a = determinant_for_comparison(side(e.left, 1), side(e.left, 2), d);
     const doubled b = determinant_for_comparison(side(e.right, 1), side(e.right, 2), d);
     const doubled part = -a / b;
-    if (!crossed_.empty() && part.high > least.high * (1 + 0x1p-50)) continue;
-    if (!crossed_.empty() && part.high < least.high * (1 - 0x1p-50)) crossed_.clear();
-    if (crossed_.empty()) least = part;
-    crossed_.push_back(x);
+    if (kept > 0 && part.high > least.high * (1 + 0x1p-50)) continue;
+    if (kept > 0 && part.high < least.high * (1 - 0x1p-50)) kept = 0;
+    if (kept == 0) least = part;
+    crossed_[kept++] = x;
   }
-  return crossed_.empty() ? none : crossed_[0];
+  crossed_.resize(kept);
 }
 
 void width_search::try_face(int f) {
