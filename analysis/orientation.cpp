@@ -39,6 +39,18 @@ double permanent(const difference& u, const difference& v, const difference& w) 
   return sum;
 }
 
+// Whether w is u, -u or 0: a corner of the plane of u and v is often asked whether it lies there.
+bool multiple(const difference& w, const difference& u) noexcept {
+  bool zero = true, equal = true, opposite = true;
+  for (int k = 0; k < 3; ++k) {
+    const doubled a = w.c[k], b = u.c[k];
+    zero = zero && a.high == 0;
+    equal = equal && a.high == b.high && a.low == b.low;
+    opposite = opposite && a.high == -b.high && a.low == -b.low;
+  }
+  return zero || equal || opposite;
+}
+
 // Sixteen operations of at most 15 * 2^-106 each, of the permanent, with room to spare.
 constexpr double doubled_error = 0x1p-97;
 
@@ -70,6 +82,7 @@ estimate estimated_determinant(const difference& u, const difference& v, const d
 int sign_of_determinant(const difference& u, const difference& v, const difference& w) noexcept {
   const estimate e = estimated_determinant(u, v, w);
   if (magnitude(e.value) > e.error) return e.value > 0 ? 1 : -1;
+  if (multiple(w, u) || multiple(w, v)) return 0;
   const doubled d = doubled_determinant(u, v, w);
   if (magnitude(d) > doubled_error * permanent(u, v, w)) return d.high > 0 ? 1 : -1;
   return exact_determinant(u, v, w).sign();
