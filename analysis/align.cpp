@@ -47,8 +47,8 @@ class pairs {
   bool counts(std::size_t i) const noexcept { return weight_of(i) > 0 && finite(i); }
   const point_columns<D>& a() const noexcept { return a_; }
   const point_columns<D>& b() const noexcept { return b_; }
-  // The pairs that count: their coordinates, their weights in units of the power of two of the largest one, or null where
-  // all are 1, and whether these are all pairs; if not, the number of each.
+  // The pairs that count: their coordinates, their weights in units of the power of two of the largest one, or null
+  // where all are 1, and whether these are all pairs; if not, the number of each.
   point_arrays& arrays_a() noexcept { return arrays_a_; }
   point_arrays& arrays_b() noexcept { return arrays_b_; }
   const double* scaled_weights() const noexcept { return weights_.empty() ? nullptr : scaled_weights_.data(); }
@@ -118,8 +118,8 @@ class pairs {
 // The weights from number i on, if there are any.
 const double* from(const double* weights, std::size_t i) noexcept { return weights ? weights + i : nullptr; }
 
-// One of the two sets: its local coordinates, their weighted mean and their scatter about it. The kernels take them about
-// a double near the mean, which is `rest` farther on.
+// One of the two sets: its local coordinates, their weighted mean and their scatter about it. The kernels take them
+// about a double near the mean, which is `rest` farther on.
 template <int D>
 struct centred_set {
   point_arrays& arrays;
@@ -387,8 +387,7 @@ double length(const doubled (&d)[D]) noexcept {
 }
 
 template <int D>
-detail::residual_range motion<D>::differences(double* differences, double* lengths,
-                                              doubled& mean_square) noexcept {
+detail::residual_range motion<D>::differences(double* differences, double* lengths, doubled& mean_square) noexcept {
   detail::number_pair matrix[D * D], offset[D];
   for (int r = 0; r < D; ++r) {
     doubled sum = doubled(b_unit_) * b_.rest[r];

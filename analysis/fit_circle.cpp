@@ -15,12 +15,13 @@ struct centre_and_radius {
 
 // In steps: the lowest of the sums from all starts in double precision, its refinement, and the results in the caller's
 // units. On failure the status and the counts alone are told.
-void fit(const shape_data& data, int dimension, ulong most_steps, shape_fit& f, centre_and_radius& r) {
+void fit(shape_data&& data, int dimension, ulong most_steps, shape_fit& f, centre_and_radius& r) {
   f.state = data.state();
   f.points_used = static_cast<ulong>(data.used());
   f.points_left_out = static_cast<ulong>(data.left_out());
   f.unknowns = static_cast<ulong>(dimension) + 1;
   if (f.state != status::ok) return;
+  data.copy();
   const extents e(data);
   f.state = check_rank(e.rank, dimension);
   if (f.state != status::ok) return;
@@ -39,7 +40,8 @@ void fit(const shape_data& data, int dimension, ulong most_steps, shape_fit& f, 
     if (!is_finite(v)) f.state = status::out_of_range;
   if (f.state != status::ok) return;
   f.reciprocal_condition = s.equations().reciprocal_condition();
-  const doubled deviation = judge(data, 1, f, [&](const doubled* p) { return s.distance(p); });
+  const doubled deviation =
+      judge(data, 1, f, [&](double* to, double* squares) { return s.distances(data, to, squares); });
   const auto error = [&](auto&& change) { return length_error(data, deviation, s.equations().form(change)); };
   r.radius_error = error([&](std::size_t i) { return s.radius_change(i); });
   for (std::size_t k = 0; k < data.dimension(); ++k)

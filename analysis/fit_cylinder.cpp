@@ -80,7 +80,8 @@ void store(const shape_data& data, const round_solution& s, cylinder_fit& f) {
   f.point = vector3d(point[0], point[1], point[2]);
   f.direction = vector3d(direction[0], direction[1], direction[2]);
   f.reciprocal_condition = s.equations().reciprocal_condition();
-  const doubled deviation = judge(data, 1, f, [&](const doubled* p) { return s.distance(p); });
+  const doubled deviation =
+      judge(data, 1, f, [&](double* to, double* squares) { return s.distances(data, to, squares); });
   f.radius_error = length_error(data, deviation, s.equations().form([&](std::size_t i) { return s.radius_change(i); }));
   // The unknowns from number 3 on turn the axis: u by one of the directions across it, and these by minus u.
   for (std::size_t k = 0; k < 3; ++k) {
@@ -102,12 +103,13 @@ void store(const shape_data& data, const round_solution& s, cylinder_fit& f) {
 // lowest sum, and the results in the caller's units.
 cylinder_fit fit_cylinder(space_points points, const shape_options& options) {
   cylinder_fit f;
-  const shape_data data({{points.x, points.y, points.z}, 3, options}, 6, 6);
+  shape_data data({{points.x, points.y, points.z}, 3, options}, 6, 6);
   f.state = data.state();
   f.points_used = static_cast<ulong>(data.used());
   f.points_left_out = static_cast<ulong>(data.left_out());
   f.unknowns = 5;
   if (f.state != status::ok) return f;
+  data.copy();
   const extents e(data);
   f.state = check_rank(e.rank, 3);
   if (f.state != status::ok) return f;

@@ -18,15 +18,23 @@ void choose_direction(const eigen_system<3>& axes, doubled (&u)[3]) noexcept {
   for (doubled& component : u) component = -component;
 }
 
-// The distance of a point from the line through the origin: the length of its part across.
-doubled distance_from(const doubled (&u)[3], const doubled* p) noexcept {
-  const doubled along = u[0] * p[0] + u[1] * p[1] + u[2] * p[2];
-  doubled square = 0.0;
-  for (std::size_t k = 0; k < 3; ++k) {
-    const doubled across = p[k] - along * u[k];
-    square += across * across;
+// The distances from the line through the centroid: the lengths of the points' parts along the two other axes.
+detail::residual_range distances_from(shape_data& data, const eigen_system<3>& axes, double* to, double* squares) {
+  detail::number_pair across[2][3], offsets[2];
+  for (std::size_t r = 0; r < 2; ++r) {
+    doubled offset = 0.0;
+    for (std::size_t k = 0; k < 3; ++k) {
+      across[r][k] = pair_of(axes.vectors[r][k]);
+      offset += axes.vectors[r][k] * data.rest()[k];
+    }
+    offsets[r] = pair_of(offset);
   }
-  return square_root(square);
+  detail::residual_range all{};
+  data.for_each([&](const detail::local_columns& c, const double* w, std::size_t i, std::size_t count) {
+    const detail::residual_output out{to + i, scale_of(data.exponent()), 0, w};
+    include(all, detail::shape_kernels_in_use().line_residuals(c, across, offsets, count, out, squares), i);
+  });
+  return all;
 }
 
 }  // namespace
@@ -35,7 +43,7 @@ doubled distance_from(const doubled (&u)[3], const doubled* p) noexcept {
 // variance s^2 / (largest eigenvalue), and the centroid across the line s^2 / (sum of w^2).
 line_fit fit_line(space_points points, const shape_options& options) {
   line_fit f;
-  const shape_data data({{points.x, points.y, points.z}, 3, options}, 2, 2);
+  shape_data data({{points.x, points.y, points.z}, 3, options}, 2, 2);
   f.state = data.state();
   f.points_used = static_cast<ulong>(data.used());
   f.points_left_out = static_cast<ulong>(data.left_out());
@@ -53,7 +61,8 @@ line_fit fit_line(space_points points, const shape_options& options) {
   choose_direction(axes, u);
   f.point = vector3d(data.original(0, 0.0), data.original(1, 0.0), data.original(2, 0.0));
   f.direction = vector3d(u[0].high, u[1].high, u[2].high);
-  const doubled deviation = judge(data, 2, f, [&](const doubled* p) { return distance_from(u, p); });
+  const doubled deviation =
+      judge(data, 2, f, [&](double* to, double* squares) { return distances_from(data, axes, to, squares); });
   f.peak_to_valley = 2 * f.largest_residual;
   f.reciprocal_condition = ((longest - second) / longest).high;
   double point_errors[3], direction_errors[3];

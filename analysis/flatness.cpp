@@ -129,7 +129,7 @@ class flat_points {
   bool all_ = false;                 // which are all points
   numbers<std::size_t> numbers_{0};  // or those with these numbers
   detail::local_columns kernel_columns_{};
-  eigen_system<3> axes_;  // of the scatter
+  eigen_system<3> axes_;       // of the scatter
   doubled mean_[3], rest_[3];  // the second relative to the centre of the kernels' columns
 };
 
@@ -199,7 +199,8 @@ void flat_points::fill(const local_plane& p, double noise, reference_plane& r) {
   kernel_sums<1> sums;
   detail::residual_range range{};
   for_each_part(arrays_, [&](std::size_t i, std::size_t count) {
-    const detail::residual_output out{(all_ ? residuals : some.data()) + i, scale_of(local_.exponent()), noise, nullptr};
+    const detail::residual_output out{(all_ ? residuals : some.data()) + i, scale_of(local_.exponent()), noise,
+                                      nullptr};
     include(range,
             detail::shape_kernels_in_use().plane_residuals(kernel_columns_, normal, pair_of(offset), count, out,
                                                            sums.partial),
@@ -224,8 +225,7 @@ void flat_points::fill(const local_plane& p, double noise, reference_plane& r) {
 int flat_points::lattice_exponent() const noexcept {
   double largest = 0;
   for (int k = 0; k < 3; ++k)
-    if (!local_.constant(k))
-      largest = std::max({largest, magnitude(arrays_.least(k)), magnitude(arrays_.greatest(k))});
+    if (!local_.constant(k)) largest = std::max({largest, magnitude(arrays_.least(k)), magnitude(arrays_.greatest(k))});
   return exponent_of(largest);
 }
 
@@ -241,7 +241,8 @@ detail::local_columns flat_points::lattice_columns() const noexcept {
   return lattice;
 }
 
-// The places of the points that can be corners of the hull, without repetitions and in ascending order, and for each place the first point there.
+// The places of the points that can be corners of the hull, without repetitions and in ascending order, and for each
+// place the first point there.
 void flat_points::make_lattice(std::vector<lattice_point>& places, std::vector<std::size_t>& owners) {
   if (used_ > static_cast<std::size_t>(std::numeric_limits<int>::max())) throw std::bad_alloc();
   struct owned {
@@ -277,8 +278,7 @@ void through_foot(const doubled (&mean)[3], const doubled (&anchor)[3], doubled 
   for (int k = 0; k < 3; ++k) p.point[k] = mean[k] - height * p.normal[k];
 }
 
-status flat_points::store_zone(const width_of_body& w, const std::vector<std::size_t>& owners,
-                               flatness_result& r) {
+status flat_points::store_zone(const width_of_body& w, const std::vector<std::size_t>& owners, flatness_result& r) {
   const int e = lattice_exponent();
   local_plane p;
   for (int k = 0; k < 3; ++k) p.normal[k] = w.normal[k];

@@ -11,8 +11,8 @@ namespace {
 
 // Directions of the axes, of the edges and of the corners of a cube.
 constexpr int directions = 13;
-constexpr int cube[directions][3] = {{1, 0, 0},  {0, 1, 0}, {0, 0, 1},  {1, 1, 0},  {1, -1, 0}, {1, 0, 1},  {1, 0, -1},
-                                     {0, 1, 1},  {0, 1, -1}, {1, 1, 1}, {1, 1, -1}, {1, -1, 1}, {1, -1, -1}};
+constexpr int cube[directions][3] = {{1, 0, 0}, {0, 1, 0},  {0, 0, 1}, {1, 1, 0},  {1, -1, 0}, {1, 0, 1},  {1, 0, -1},
+                                     {0, 1, 1}, {0, 1, -1}, {1, 1, 1}, {1, 1, -1}, {1, -1, 1}, {1, -1, -1}};
 
 // For fewer points the hull of all is found sooner.
 constexpr std::size_t few = 64;
@@ -119,8 +119,8 @@ std::vector<std::size_t> outermost_points(point_arrays& points, const detail::lo
   }
   std::vector<std::size_t> kept, some(std::min(points.size(), point_arrays::part));
   for_each_part(points, [&](std::size_t i, std::size_t count) {
-    const std::size_t found = detail::shape_kernels_in_use().keep_outside(
-        lattice, &facets[0].c, facets.size(), count, some.data());
+    const std::size_t found =
+        detail::shape_kernels_in_use().keep_outside(lattice, &facets[0].c, facets.size(), count, some.data());
     for (std::size_t k = 0; k < found; ++k) kept.push_back(i + some[k]);
   });
   return kept;

@@ -9,10 +9,10 @@
 
 namespace tessarn::analysis {
 
-// Numbers of points, ascending, among which are all points on the boundary of the convex hull: those left out are proved
-// to lie strictly inside. `lattice` takes the coordinates to those of lattice points less the origins, which are lattice
-// coordinates too. The axes are those of the scatter; they decide only how many points are left out. Cost: O(n), as
-// often as there are directions and facets, some 13 and 48, for some operations in double precision each.
+// Numbers of points, ascending, among which are all points on the boundary of the convex hull: those left out are
+// proved to lie strictly inside. `lattice` takes the coordinates to those of lattice points less the origins, which are
+// lattice coordinates too. The axes are those of the scatter; they decide only how many points are left out. Cost:
+// O(n), as often as there are directions and facets, some 13 and 48, for some operations in double precision each.
 std::vector<std::size_t> outermost_points(point_arrays& points, const detail::local_columns& lattice,
                                           const eigen_system<3>& axes);
 

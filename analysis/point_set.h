@@ -44,8 +44,7 @@ class local_points {
       largest_[k] = std::max(std::fabs(points.least(k)), std::fabs(points.greatest(k)));
       // Differences of coordinates above 2^1000 are formed in units of 2^60, in which they do not overflow.
       shift_[k] = largest_[k] > 0x1p1000 ? 60 : 0;
-      widths_[k] =
-          std::max(magnitude(difference(k, points.least(k))), magnitude(difference(k, points.greatest(k))));
+      widths_[k] = std::max(magnitude(difference(k, points.least(k))), magnitude(difference(k, points.greatest(k))));
     }
   }
 

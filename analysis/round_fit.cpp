@@ -58,25 +58,36 @@ bool about(const round_shape<double>& m, const double* centre, double radius_squ
 
 }  // namespace
 
-// The sums of the covariance are in the order of the points.
-extents::extents(const shape_data& data) noexcept {
-  doubled covariance[3][3] = {};
-  shape_point<doubled> v;
-  for (std::size_t i = 0; i < data.used(); ++i) {
-    data.get(i, v);
-    for (std::size_t r = 0; r < 3; ++r)
-      for (std::size_t c = r; c < 3; ++c) covariance[r][c] += v.weight * v.p[r] * v.p[c];
-  }
+// No point is farther along an axis than rounding hides only where their mean square is not larger than that; then each
+// point is asked.
+extents::extents(shape_data& data) {
+  doubled covariance[3][3];
+  data.covariance(covariance);
   axes = eigen_of_symmetric(covariance);
-  double largest[3] = {};
-  for (std::size_t i = 0; i < data.used(); ++i) {
-    data.get(i, v);
-    for (std::size_t k = 0; k < 3; ++k) {
-      const doubled* a = axes.vectors[k];
-      largest[k] = std::max(largest[k], magnitude(a[0] * v.p[0] + a[1] * v.p[1] + a[2] * v.p[2]));
+  const double hidden = data.hidden();
+  for (std::size_t k = 0; k < 3; ++k) {
+    const doubled* a = axes.vectors[k];
+    double largest = 0;
+    if ((axes.values[k] / data.total_weight()).high > 4 * hidden * hidden) {
+      ++rank;
+      continue;
     }
+    data.for_each([&](const detail::local_columns& c, const double*, std::size_t, std::size_t count) {
+      numbers<double> along(count);
+      detail::number_pair direction[3];
+      doubled offset = 0.0;
+      for (std::size_t i = 0; i < 3; ++i) {
+        direction[i] = pair_of(a[i]);
+        offset += a[i] * data.rest()[i];
+      }
+      kernel_sums<1> squares;
+      const detail::residual_output out{along.data(), scale_of(0), 0, nullptr};
+      largest = std::max(largest, detail::shape_kernels_in_use()
+                                      .plane_residuals(c, direction, pair_of(offset), count, out, squares.partial)
+                                      .largest);
+    });
+    rank += largest > hidden ? 1 : 0;
   }
-  for (const double l : largest) rank += l > data.hidden() ? 1 : 0;
 }
 
 status check_rank(int rank, int needed) noexcept {
@@ -184,15 +195,26 @@ round_solution::round_solution(const shape_data& data, const round_result<double
 // distance from the centroid; where rounding hides it, the shape is a line or plane.
 status round_solution::judge(const shape_data& data, const round_result<doubled>& found) const noexcept {
   double farthest = 0;
-  shape_point<doubled> v;
+  round_shape<double> axes{};
+  axes.dimension = shape_.dimension;
+  axes.has_axis = shape_.has_axis;
+  for (std::size_t r = 0; r < 3; ++r)
+    for (std::size_t k = 0; k < 3; ++k) axes.axes[r][k] = shape_.axes[r][k].high;
+  shape_point<double> v;
   for (std::size_t i = 0; i < data.used(); ++i) {
     data.get(i, v);
-    farthest = std::max(farthest, place(shape_, v.p).square.high);
+    farthest = std::max(farthest, place(axes, v.p).square);
   }
   if (!found.converged && found.determined) return status::not_converged;
   if (!(shape_.a().high * farthest > data.hidden())) return status::not_determined;
   const bool told = found.determined && equations_.regular() && equations_.reciprocal_condition() >= least_condition;
   return told ? status::ok : status::not_determined;
+}
+
+detail::residual_range round_solution::distances(const shape_data& data, double* to, double* squares) const noexcept {
+  const detail::residual_output out{to, scale_of(data.exponent()), 0, data.weights()};
+  return detail::shape_kernels_in_use().round_residuals(data.centred(), kernel_numbers(shape_, tangents_), out,
+                                                        squares);
 }
 
 // The centre is -B / (2 A), and the radius 1 / (2 A).

@@ -13,7 +13,7 @@ struct extents {
   eigen_system<3> axes;
   int rank = 0;
 
-  explicit extents(const shape_data& data) noexcept;
+  explicit extents(shape_data& data);
 };
 
 // `collinear` or `coplanar` when the points extend in fewer directions than `needed`.
@@ -65,7 +65,8 @@ class round_solution {
   status state() const noexcept { return state_; }
   const round_shape<doubled>& shape() const noexcept { return shape_; }
   const normal_equations& equations() const noexcept { return equations_; }
-  doubled distance(const doubled* p) const noexcept { return place(shape_, p).distance; }
+  // Stores the distances of the points, adds their squares with the weights, and gives their range.
+  detail::residual_range distances(const shape_data& data, double* to, double* squares) const noexcept;
   // Coordinate k of the centre in the coordinates of q, the radius, and how they change with unknown i.
   doubled centre(std::size_t k) const noexcept { return -shape_.b()[k] * radius_; }
   doubled radius() const noexcept { return radius_; }

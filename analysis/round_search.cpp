@@ -107,30 +107,67 @@ round_result<T> descend(const shape_data& data, const round_shape<T>& start, con
 
 }  // namespace
 
+namespace {
+
+detail::number_pair pair_of(double v) noexcept { return {v, 0}; }
+using analysis::pair_of;
+
 template <class T>
-round_sums<T>::round_sums(const shape_data& data, const round_shape<T>& m, const tangents<T>& t) noexcept
-    : squares(0.0) {
-  const std::size_t n = m.unknowns(), entries = n * (n + 1) / 2;
-  for (std::size_t k = 0; k < n; ++k) gradient[k] = 0.0;
-  for (std::size_t k = 0; k < entries; ++k) normal[k] = hessian[k] = 0.0;
-  shape_point<T> v;
-  distance_derivatives<T> d;
-  for (std::size_t i = 0; i < data.used(); ++i) {
-    data.get(i, v);
-    const placed_point<T> x = place(m, v.p);
-    derive(m, t, x, d);
-    const T weighted = v.weight * x.distance;
-    squares += weighted * x.distance;
-    for (std::size_t r = 0; r < n; ++r) {
-      gradient[r] += weighted * d.first[r];
-      const T row = v.weight * d.first[r];
-      for (std::size_t c = 0; c <= r; ++c) {
-        const T product = row * d.first[c];
-        normal[entry_at(r, c)] += product;
-        hessian[entry_at(r, c)] += product + weighted * d.second[entry_at(r, c)];
-      }
-    }
+detail::round_numbers numbers_of(const round_shape<T>& m, const tangents<T>& t) noexcept {
+  detail::round_numbers n{};
+  n.dimension = m.dimension;
+  n.has_axis = m.has_axis;
+  n.left_out = t.left_out;
+  for (std::size_t k = 0; k < m.parts(); ++k) n.v[k] = pair_of(m.v[k]);
+  for (std::size_t r = 0; m.has_axis && r < 3; ++r)
+    for (std::size_t k = 0; k < 3; ++k) n.axes[r][k] = pair_of(m.axes[r][k]);
+  for (std::size_t i = 0; i <= m.dimension; ++i) {
+    n.part[i] = t.part[i];
+    n.ratio[i] = pair_of(t.ratio[i]);
+    n.curvature[i] = pair_of(t.curvature[i]);
+    for (std::size_t j = 0; j <= m.dimension; ++j) n.bend[i][j] = pair_of(t.bend[i][j]);
   }
+  return n;
+}
+
+constexpr std::size_t most_sums = 1 + most_unknowns + 2 * most_entries;
+
+double partial_sum(const double* p, double) noexcept {
+  return ((p[0] + p[1]) + (p[2] + p[3])) + ((p[4] + p[5]) + (p[6] + p[7]));
+}
+doubled partial_sum(const double* p, doubled) noexcept { return whole_sum(p); }
+void add_sums(const shape_data& data, const detail::round_numbers& m, double* partial, double) noexcept {
+  detail::shape_kernels_in_use().round_sums(data.centred(), m, partial);
+}
+void add_sums(const shape_data& data, const detail::round_numbers& m, double* partial, doubled) noexcept {
+  detail::shape_kernels_in_use().round_sums_doubled(data.centred(), m, partial);
+}
+
+}  // namespace
+
+detail::round_numbers kernel_numbers(const round_shape<double>& m, const tangents<double>& t) noexcept {
+  return numbers_of(m, t);
+}
+detail::round_numbers kernel_numbers(const round_shape<doubled>& m, const tangents<doubled>& t) noexcept {
+  return numbers_of(m, t);
+}
+
+template <class T>
+round_sums<T>::round_sums(const shape_data& data, const round_shape<T>& m, const tangents<T>& t) noexcept {
+  const std::size_t n = m.unknowns(), entries = n * (n + 1) / 2;
+  constexpr std::size_t size = detail::shape_partial_sums * (sizeof(T) / sizeof(double));
+  double partial[most_sums * size] = {};
+  add_sums(data, numbers_of(m, t), partial, T());
+  const double* next = partial;
+  const auto take = [&next]() noexcept {
+    const T sum = partial_sum(next, T());
+    next += size;
+    return sum;
+  };
+  squares = take();
+  for (std::size_t k = 0; k < n; ++k) gradient[k] = take();
+  for (std::size_t k = 0; k < entries; ++k) normal[k] = take();
+  for (std::size_t k = 0; k < entries; ++k) hessian[k] = take();
 }
 
 template struct round_sums<double>;

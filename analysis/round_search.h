@@ -5,7 +5,7 @@
 
 namespace tessarn::analysis {
 
-// The sum of w^2 r^2 over the points, and what a step needs of it. Sums are in the order of the points.
+// The sum of w^2 r^2 over the points, and what a step needs of it. The sums are those of the kernels.
 template <class T>
 struct round_sums {
   T squares;
@@ -15,6 +15,10 @@ struct round_sums {
 
   round_sums(const shape_data& data, const round_shape<T>& m, const tangents<T>& t) noexcept;
 };
+
+// The shape and its directions as the kernels take them.
+detail::round_numbers kernel_numbers(const round_shape<double>& m, const tangents<double>& t) noexcept;
+detail::round_numbers kernel_numbers(const round_shape<doubled>& m, const tangents<doubled>& t) noexcept;
 
 // Where a search ended.
 template <class T>

@@ -2,10 +2,9 @@
 
 namespace tessarn::analysis {
 
-shape_data::shape_data(const shape_input& input, std::size_t points_needed, std::size_t distinct_needed)
-    : in_(input), high_(0), low_(0), numbers_(0) {
+shape_data::shape_data(const shape_input& input, std::size_t points_needed, std::size_t distinct_needed) : in_(input) {
   state_ = check_sizes();
-  if (state_ == status::ok) look();
+  if (state_ == status::ok) take();
   if (state_ != status::ok) return;
   if (used_ == 0)
     state_ = !in_.options.weights.empty() && !in_.options.leave_out_not_finite ? status::bad_weight : status::no_points;
@@ -17,7 +16,7 @@ shape_data::shape_data(const shape_input& input, std::size_t points_needed, std:
     state_ = status::out_of_range;
   if (state_ != status::ok) return;
   choose_unit();
-  copy();
+  find_mean();
 }
 
 status shape_data::check_sizes() const noexcept {
@@ -35,7 +34,31 @@ bool shape_data::finite(std::size_t i) const noexcept {
   return is_finite(weight(i));
 }
 
-// Counts the points that are finite and have a weight, and finds the ranges of their numbers.
+// Without weights, and with all points finite, there is nothing to look for.
+void shape_data::take() {
+  const int dimension = static_cast<int>(in_.dimension);
+  if (in_.options.weights.empty()) {
+    points_.take(in_.coordinates, dimension, size());
+    all_ = points_.finite();
+    used_ = all_ ? size() : 0;
+    largest_weight_ = smallest_weight_ = 1;
+  }
+  if (!all_) look();
+  if (state_ != status::ok || used_ == 0) return;
+  if (!all_) {
+    numbers_ = numbers<std::size_t>(used_);
+    std::size_t to = 0;
+    for (std::size_t i = 0; i < size(); ++i)
+      if (finite(i) && weight(i) != 0) numbers_[to++] = i;
+    points_.take(in_.coordinates, dimension, used_, numbers_.data());
+  }
+  for (int k = 0; k < dimension; ++k) {
+    lowest_[k] = points_.least(k);
+    highest_[k] = points_.greatest(k);
+  }
+}
+
+// Counts the points that are finite and have a weight, and finds the range of the weights.
 void shape_data::look() {
   for (std::size_t i = 0; i < size(); ++i) {
     if (!finite(i)) {
@@ -52,11 +75,6 @@ void shape_data::look() {
     const bool first = used_++ == 0;
     largest_weight_ = first ? w : std::max(largest_weight_, w);
     smallest_weight_ = first ? w : std::min(smallest_weight_, w);
-    for (std::size_t k = 0; k < in_.dimension; ++k) {
-      const double v = coordinate(k, i);
-      lowest_[k] = first ? v : std::min(lowest_[k], v);
-      highest_[k] = first ? v : std::max(highest_[k], v);
-    }
   }
 }
 
@@ -81,7 +99,7 @@ bool shape_data::has_distinct(std::size_t wanted) const {
 void shape_data::choose_unit() noexcept {
   double half = 0, largest = 0;
   for (std::size_t k = 0; k < in_.dimension; ++k) {
-    middle_[k] = lowest_[k] / 2 + highest_[k] / 2;
+    middle_[k] = lowest_[k] == highest_[k] ? lowest_[k] : lowest_[k] / 2 + highest_[k] / 2;
     half = std::max({half, highest_[k] - middle_[k], middle_[k] - lowest_[k]});
     largest = std::max({largest, std::fabs(lowest_[k]), std::fabs(highest_[k])});
   }
@@ -90,51 +108,89 @@ void shape_data::choose_unit() noexcept {
   hidden_ = scaled(largest, -exponent_ - 50);
 }
 
-// Differences from the middle are exact, and so is their scaling; then the centroid is subtracted. Sums are in the
-// order of the points.
-void shape_data::copy() {
-  const std::size_t stride = in_.dimension + 1;
-  high_ = numbers<double>(detail::checked_product(stride, used_));
-  low_ = numbers<double>(high_.size());
-  numbers_ = numbers<std::size_t>(used_);
-  for (std::size_t k = 0; k < in_.dimension; ++k) mean_[k] = 0.0;
-  std::size_t to = 0;
-  for (std::size_t i = 0; i < size(); ++i) {
-    if (!finite(i) || weight(i) == 0) continue;
-    const double w = scaled(weight(i), -weight_exponent_);
-    const doubled square = exact_product(w, w);
-    total_weight_ += square;
-    for (std::size_t k = 0; k <= in_.dimension; ++k) {
-      const doubled v = k < in_.dimension ? scaled(exact_sum(coordinate(k, i), -middle_[k]), -exponent_) : square;
-      if (k < in_.dimension) mean_[k] += square * v;
-      high_[to * stride + k] = v.high;
-      low_[to * stride + k] = v.low;
-    }
-    numbers_[to++] = i;
-  }
+// Local coordinates are differences from the middle in units of 2^exponent, which are exact. The kernels take them
+// about a double near `centre`; `rest` is what is left of the centre.
+detail::local_columns shape_data::columns_about(const doubled (&centre)[3], doubled (&rest)[3]) const noexcept {
+  const detail::result_scale unit = scale_of(-exponent_);
+  detail::local_columns c{};
+  for (double const*& column : c.c) column = points_.column(0);  // a coordinate that points of the plane lack is 0
   for (std::size_t k = 0; k < in_.dimension; ++k) {
-    mean_[k] = mean_[k] / total_weight_;
-    for (std::size_t i = 0; i < used_; ++i) {
-      const std::size_t at = i * stride + k;
-      const doubled v = doubled(high_[at], low_[at]) - mean_[k];
-      high_[at] = v.high;
-      low_[at] = v.low;
-    }
+    c.c[k] = points_.column(static_cast<int>(k));
+    for (int i = 0; i < 2; ++i) c.factors[k][i] = lowest_[k] == highest_[k] ? 0 : unit.factors[i];
+    const double middle = middle_[k] * c.factors[k][0] * c.factors[k][1];
+    c.origin[k] = (doubled(middle) + centre[k]).high;
+    rest[k] = centre[k] - exact_sum(c.origin[k], -middle);
   }
+  return c;
+}
+
+void shape_data::find_mean() {
+  if (!in_.options.weights.empty()) {
+    double* const w = weights_.take(whole_vectors(used_));
+    for (std::size_t i = 0; i < whole_vectors(used_); ++i)
+      w[i] = i < used_ ? scaled(weight(number(i)), -weight_exponent_) : 0;
+  }
+  for (std::size_t k = 0; k < 3; ++k) mean_[k] = rest_[k] = 0.0;
+  columns_ = columns_about(mean_, rest_);
+  kernel_sums<4> sums;
+  for_each([&](const detail::local_columns& c, const double* w, std::size_t, std::size_t count) {
+    detail::shape_kernels_in_use().add_means(c, in_.dimension, w, count, sums.partial);
+  });
+  total_weight_ = weights() ? sums.sum(in_.dimension) : doubled(static_cast<double>(used_));
+  for (std::size_t k = 0; k < in_.dimension; ++k) mean_[k] = sums.sum(k) / total_weight_;
+  columns_ = columns_about(mean_, rest_);
+}
+
+void shape_data::covariance(doubled (&result)[3][3]) {
+  kernel_sums<6> sums;
+  for_each([&](const detail::local_columns& c, const double* w, std::size_t, std::size_t count) {
+    detail::shape_kernels_in_use().add_products(c, in_.dimension, w, count, sums.partial);
+  });
+  std::size_t next = 0;
+  for (std::size_t r = 0; r < 3; ++r)
+    for (std::size_t c = r; c < 3; ++c)
+      result[r][c] = c < in_.dimension ? sums.sum(next++) - total_weight_ * rest_[r] * rest_[c] : doubled(0.0);
+}
+
+void shape_data::copy() {
+  const std::size_t room = whole_vectors(used_), arrays = 2 * in_.dimension + (weights() ? 2 : 0);
+  double* to = copies_.take(detail::checked_product(arrays, room));
+  double *high[3] = {}, *low[3] = {};
+  for (std::size_t k = 0; k < in_.dimension; ++k) {
+    centred_.high[k] = high[k] = to;
+    centred_.low[k] = low[k] = to += room;
+    to += room;
+    for (std::size_t i = used_; i < room; ++i) high[k][i] = low[k][i] = 0;
+  }
+  detail::number_pair centroid[3];
+  for (std::size_t k = 0; k < 3; ++k) centroid[k] = pair_of(rest_[k]);
+  for_each([&](const detail::local_columns& c, const double*, std::size_t i, std::size_t count) {
+    double* const some_high[] = {high[0] + i, high[1] + i, high[2] ? high[2] + i : nullptr};
+    double* const some_low[] = {low[0] + i, low[1] + i, low[2] ? low[2] + i : nullptr};
+    detail::shape_kernels_in_use().centre(c, in_.dimension, centroid, count, some_high, some_low);
+  });
+  centred_.size = used_;
+  if (!weights()) return;
+  double *const weight = to, *const weight_low = to + room;
+  for (std::size_t i = 0; i < room; ++i) {
+    const doubled square = exact_product(weights()[i], weights()[i]);
+    weight[i] = square.high;
+    weight_low[i] = square.low;
+  }
+  centred_.weight = weight;
+  centred_.weight_low = weight_low;
 }
 
 void shape_data::get(std::size_t i, shape_point<doubled>& v) const noexcept {
-  const std::size_t first = i * (in_.dimension + 1);
   v.p[2] = 0.0;
-  for (std::size_t k = 0; k < in_.dimension; ++k) v.p[k] = {high_[first + k], low_[first + k]};
-  v.weight = {high_[first + in_.dimension], low_[first + in_.dimension]};
+  for (std::size_t k = 0; k < in_.dimension; ++k) v.p[k] = {centred_.high[k][i], centred_.low[k][i]};
+  v.weight = centred_.weight ? doubled(centred_.weight[i], centred_.weight_low[i]) : doubled(1.0);
 }
 
 void shape_data::get(std::size_t i, shape_point<double>& v) const noexcept {
-  const std::size_t first = i * (in_.dimension + 1);
   v.p[2] = 0;
-  for (std::size_t k = 0; k < in_.dimension; ++k) v.p[k] = high_[first + k];
-  v.weight = high_[first + in_.dimension];
+  for (std::size_t k = 0; k < in_.dimension; ++k) v.p[k] = centred_.high[k][i];
+  v.weight = centred_.weight ? centred_.weight[i] : 1;
 }
 
 double shape_data::original(std::size_t k, doubled v) const noexcept {

@@ -47,8 +47,8 @@ TESSARN_INLINE void add_block(const double* block, size_t sums, double* totals) 
     for (size_t l = 0; l < shape_partial_sums; l += width) {
       const double* from = block + 2 * shape_partial_sums * s + l;
       double* to = totals + 2 * shape_partial_sums * s + l;
-      const doubled sum = doubled{load(to), load(to + shape_partial_sums)} +
-                          ordered_sum(load(from), load(from + shape_partial_sums));
+      const doubled sum =
+          doubled{load(to), load(to + shape_partial_sums)} + ordered_sum(load(from), load(from + shape_partial_sums));
       store(to, sum.high);
       store(to + shape_partial_sums, sum.low);
     }
@@ -133,12 +133,11 @@ TESSARN_INLINE split_point<D> weighted_point(const split_point<D>& x, doubled w)
 template <size_t D>
 TESSARN_INLINE double* add_own_products(const split_point<D>& x, const split_point<D>& y, double* lane) {
   TESSARN_UNROLL
-  for (size_t k = 0; k < D; ++k)
-    TESSARN_UNROLL
-    for (size_t l = k; l < D; ++l) {
-      add_one(lane, loose_product(x.v[k], x.parts[k], y.v[l], y.parts[l]));
-      lane += 2 * shape_partial_sums;
-    }
+  for (size_t k = 0; k < D; ++k) TESSARN_UNROLL
+  for (size_t l = k; l < D; ++l) {
+    add_one(lane, loose_product(x.v[k], x.parts[k], y.v[l], y.parts[l]));
+    lane += 2 * shape_partial_sums;
+  }
   return lane;
 }
 
@@ -163,16 +162,15 @@ struct product_terms {
 template <size_t D>
 TESSARN_INLINE double* add_rounded_products(const split_point<D>& x, const split_point<D>& y, double* lane) {
   TESSARN_UNROLL
-  for (size_t k = 0; k < D; ++k)
-    TESSARN_UNROLL
-    for (size_t l = k; l < D; ++l) {
-      const vec product = x.v[k].high * y.v[l].high;
-      if (k == l)
-        add_one(lane, doubled{product, broadcast(0)});
-      else
-        store(lane, load(lane) + product);
-      lane += 2 * shape_partial_sums;
-    }
+  for (size_t k = 0; k < D; ++k) TESSARN_UNROLL
+  for (size_t l = k; l < D; ++l) {
+    const vec product = x.v[k].high * y.v[l].high;
+    if (k == l)
+      add_one(lane, doubled{product, broadcast(0)});
+    else
+      store(lane, load(lane) + product);
+    lane += 2 * shape_partial_sums;
+  }
   return lane;
 }
 
@@ -195,10 +193,9 @@ struct pair_terms {
     }
     add_rounded_products(wy, y, add_rounded_products(wx, x, rounded + i % shape_partial_sums));
     TESSARN_UNROLL
-    for (size_t k = 0; k < D; ++k)
-      TESSARN_UNROLL
-      for (size_t l = 0; l < D; ++l)
-        add_one(lane + 2 * shape_partial_sums * (D * k + l), loose_product(wy.v[k], wy.parts[k], x.v[l], x.parts[l]));
+    for (size_t k = 0; k < D; ++k) TESSARN_UNROLL
+    for (size_t l = 0; l < D; ++l)
+      add_one(lane + 2 * shape_partial_sums * (D * k + l), loose_product(wy.v[k], wy.parts[k], x.v[l], x.parts[l]));
   }
 };
 
@@ -225,8 +222,8 @@ void add_products(const local_columns& p, size_t dimension, const double* weight
 }
 
 template <size_t D>
-void add_pair_products_of(const local_columns& a, const local_columns& b, const double* weights, size_t n,
-                          double* sums, double* rounded) {
+void add_pair_products_of(const local_columns& a, const local_columns& b, const double* weights, size_t n, double* sums,
+                          double* rounded) {
   if (weights)
     add_in_blocks(pair_terms<D, true>{a, b, weights, n, rounded}, D * D, n, sums);
   else

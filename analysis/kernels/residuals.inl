@@ -47,7 +47,7 @@ struct lane_range {
 
 TESSARN_INLINE void include_in(lane_range& r, vec v, vec numbers) {
   const vec size = absolute(v);
-  const auto lower = v < r.lowest, higher = v > r.highest, larger = size > r.largest;
+  const auto lower = v<r.lowest, higher = v> r.highest, larger = size > r.largest;
   r.lowest = select(lower, v, r.lowest);
   r.lowest_at = select(lower, numbers, r.lowest_at);
   r.highest = select(higher, v, r.highest);
@@ -132,8 +132,7 @@ template <class Distance>
 TESSARN_INLINE residual_range all_residuals(const Distance& distance, size_t n, const residual_output& out,
                                             double* sum) {
   constexpr double infinite = 0x1.fffffffffffffp1023;  // of all that residuals can be in local units
-  lane_range range{broadcast(infinite), broadcast(-infinite), broadcast(-1),
-                   broadcast(0),        broadcast(0),         broadcast(0)};
+  lane_range range{broadcast(infinite), broadcast(-infinite), broadcast(-1), broadcast(0), broadcast(0), broadcast(0)};
   range.lowest_at = range.highest_at = range.largest_at = broadcast(static_cast<double>(n));
   add_in_blocks(residual_terms<Distance>{distance, out, n, range}, 1, n, sum);
   return range_of(range);

@@ -114,23 +114,22 @@ struct round_lanes {
       for (size_t k = 0; k < 2; ++k) first[count + k] = -(x.axial * (two_a * x.q[k] + b[k]) * inverse);
     }
     TESSARN_UNROLL
-    for (size_t i = 0; i < all; ++i)
-      TESSARN_UNROLL
-      for (size_t j = 0; j <= i; ++j) {
-        T sum = -(two_a * first[i] * first[j]);
-        if (i < count) {
-          sum = sum - (two_r * (curvature[i] * first[j] + curvature[j] * first[i]) + bend[i][j] * r);
-        } else if (j < count) {
-          const size_t k = i - count;
-          sum = sum - (two_r * curvature[j] * first[i] +
-                       x.axial * (is::twice(curvature[j] * x.q[k]) + component(j, k + 1)));
-        } else {
-          const size_t k = i - count, l = j - count;
-          sum = sum - (two_a * (x.q[k] * x.q[l]) + is::of_double(0.5) * (b[k] * x.q[l] + b[l] * x.q[k]));
-          if (k == l) sum = sum + two_a * x.axial * x.axial;
-        }
-        second[round_entry(i, j)] = sum * inverse;
+    for (size_t i = 0; i < all; ++i) TESSARN_UNROLL
+    for (size_t j = 0; j <= i; ++j) {
+      T sum = -(two_a * first[i] * first[j]);
+      if (i < count) {
+        sum = sum - (two_r * (curvature[i] * first[j] + curvature[j] * first[i]) + bend[i][j] * r);
+      } else if (j < count) {
+        const size_t k = i - count;
+        sum = sum -
+              (two_r * curvature[j] * first[i] + x.axial * (is::twice(curvature[j] * x.q[k]) + component(j, k + 1)));
+      } else {
+        const size_t k = i - count, l = j - count;
+        sum = sum - (two_a * (x.q[k] * x.q[l]) + is::of_double(0.5) * (b[k] * x.q[l] + b[l] * x.q[k]));
+        if (k == l) sum = sum + two_a * x.axial * x.axial;
       }
+      second[round_entry(i, j)] = sum * inverse;
+    }
   }
 
   // The squares of the weights, 0 behind the last point.
@@ -174,8 +173,9 @@ void round_sums_of(const centred_columns& p, const round_numbers& m, double* sum
   for (size_t i = 0; i < p.size; i += width) terms.add_points(i, sums + i % shape_partial_sums);
 }
 void round_sums(const centred_columns& p, const round_numbers& m, double* sums) {
-  (m.has_axis ? round_sums_of<2, true> : m.dimension == 2 ? round_sums_of<2, false> : round_sums_of<3, false>)(p, m,
-                                                                                                           sums);
+  (m.has_axis         ? round_sums_of<2, true>
+   : m.dimension == 2 ? round_sums_of<2, false>
+                      : round_sums_of<3, false>)(p, m, sums);
 }
 
 template <size_t N, bool Axis>

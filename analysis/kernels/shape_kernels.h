@@ -9,8 +9,8 @@
 namespace tessarn::detail {
 
 // Each sum over the points is kept as this many partial sums, point i in partial sum i mod 8. The terms of 256 points
-// are added with one number for what their roundings lost; these sums are added in doubled precision, block by block. So
-// the sum is off by at most 2^-97 of the sum of the magnitudes of its terms, however many there are.
+// are added with one number for what their roundings lost; these sums are added in doubled precision, block by block.
+// So the sum is off by at most 2^-97 of the sum of the magnitudes of its terms, however many there are.
 inline constexpr size_t shape_partial_sums = 8;
 
 // Points in arrays, an array for each coordinate, of which numbers up to a multiple of eight may be read. Coordinate k
@@ -68,8 +68,9 @@ struct shape_kernels {
   // The sums take w^2 times the products of the local coordinates k <= l: (0, 0), (0, 1), ...
   void (*add_products)(const local_columns& p, size_t dimension, const double* weights, size_t n, double* sums);
 
-  // Coordinate k of b times l of a: (0, 0), (0, 1), ... `rounded` takes the products of a, then those of b, each product
-  // in double precision; only the sums of the squares have low parts, and are right to a few 2^-53 of themselves.
+  // Coordinate k of b times l of a: (0, 0), (0, 1), ... `rounded` takes the products of a, then those of b, each
+  // product in double precision; only the sums of the squares have low parts, and are right to a few 2^-53 of
+  // themselves.
   void (*add_pair_products)(const local_columns& a, const local_columns& b, size_t dimension, const double* weights,
                             size_t n, double* sums, double* rounded);
 
@@ -81,8 +82,8 @@ struct shape_kernels {
   residual_range (*line_residuals)(const local_columns& p, const number_pair (&across)[2][3],
                                    const number_pair (&offsets)[2], size_t n, const residual_output& out, double* sum);
 
-  // The differences b unit - matrix a - offset, point after point, and their lengths as residuals. `matrix` is row after
-  // row; `noise` acts on each coordinate.
+  // The differences b unit - matrix a - offset, point after point, and their lengths as residuals. `matrix` is row
+  // after row; `noise` acts on each coordinate.
   residual_range (*motion_residuals)(const local_columns& a, const local_columns& b, size_t dimension, double unit,
                                      const number_pair* matrix, const number_pair* offset, size_t n,
                                      const residual_output& out, double* differences, double* sum);
@@ -101,14 +102,14 @@ struct shape_kernels {
   void (*round_sums_doubled)(const centred_columns& p, const round_numbers& m, double* sums);
 
   // Of each direction d the points with the greatest and the least product with it: values[16 d + l] and
-  // values[16 d + 8 + l] take the products of the points whose number is l modulo 8, `places` the numbers of the first of
-  // them, counted from `begin` on. Points are taken as in the next, and behind the last one stand copies of others.
+  // values[16 d + 8 + l] take the products of the points whose number is l modulo 8, `places` the numbers of the first
+  // of them, counted from `begin` on. Points are taken as in the next, and behind the last one stand copies of others.
   void (*find_extremes)(const local_columns& p, const double (*directions)[3], size_t count, size_t n, double begin,
                         double* values, double* places);
 
-  // Stores the numbers of the points for which f0 x + f1 y + f2 z - f3 is not below 0 for some facet f, and gives how many
-  // they are. (x, y, z) are the products with the factors, of which those below 2^-270 become 0, less the origins, all
-  // rounded to doubles.
+  // Stores the numbers of the points for which f0 x + f1 y + f2 z - f3 is not below 0 for some facet f, and gives how
+  // many they are. (x, y, z) are the products with the factors, of which those below 2^-270 become 0, less the origins,
+  // all rounded to doubles.
   size_t (*keep_outside)(const local_columns& p, const double (*facets)[4], size_t count, size_t n, size_t* kept);
 };
 

@@ -294,7 +294,8 @@ TEST(ShapesJudged, NoLowerCylinderIsFound) {
     const tessarn::cylinder_fit f = tessarn::fit_cylinder(s.points, o);
     if (f.state != status::ok) continue;
     const tessarn::space_points view = s.points;
-    const analysis::shape_data data({{view.x, view.y, view.z}, 3, o}, 6, 6);
+    analysis::shape_data data({{view.x, view.y, view.z}, 3, o}, 6, 6);
+    data.copy();
     const double root = std::ldexp(f.root_mean_square, -data.exponent());
     const double found = root * root * data.total_weight().high;
     for (int k = 0; k < 30; ++k) {

@@ -90,7 +90,8 @@ TEST(ShapeSearch, SearchesEndAtAMinimum) {
     const tessarn::space_points view = p;
     const tessarn::shape_options options;
     const std::size_t dimension = i % 2 == 0 ? 2 : 3;
-    const shape_data data({{view.x, view.y, view.z}, dimension, options}, 3, 3);
+    shape_data data({{view.x, view.y, view.z}, dimension, options}, 3, 3);
+    data.copy();
     round_result<double> start;
     start.shape = draw(random, i % 4 == 1 ? 2 : dimension, i % 4 == 1);
     double before = squares_of(data, start.shape);
