@@ -7,9 +7,10 @@ namespace {
 
 // Six sweeps are usual. The limit ends the loop for a matrix with a NaN.
 constexpr int most_sweeps = 40;
-// An entry beside the diagonal of less than this, where the largest entry is between 1 and 2, changes no value any
-// more.
-constexpr double negligible = 0x1p-220;
+// An entry beside the diagonal of at most this, where the largest entry is between 1 and 2, counts as 0: it turns a
+// vector by less than the bound that eigen3.h states.
+constexpr double negligible(double) noexcept { return 0x1p-104; }
+constexpr double negligible(doubled) noexcept { return 0x1p-112; }
 
 // A plane rotation by the angle whose tangent is t: c = 1 / sqrt(1 + t^2), s = t c, tau = s / (1 + c).
 template <class T>
@@ -62,7 +63,7 @@ bool sweep(T (&a)[N][N], T (&vectors)[N][N]) noexcept {
   bool any = false;
   for (int p = 0; p < N - 1; ++p)
     for (int q = p + 1; q < N; ++q) {
-      if (magnitude(a[p][q]) <= negligible) continue;
+      if (magnitude(a[p][q]) <= negligible(a[p][q])) continue;
       any = true;
       annihilate(a, vectors, p, q);
     }
@@ -71,6 +72,45 @@ bool sweep(T (&a)[N][N], T (&vectors)[N][N]) noexcept {
 
 bool smaller(double a, double b) noexcept { return a < b; }
 bool smaller(doubled a, doubled b) noexcept { return a.high < b.high || (a.high == b.high && a.low < b.low); }
+
+// The eigenvectors in double precision, made orthogonal in doubled precision (by the method of Gram and Schmidt), and
+// the matrix in their coordinates: nearly diagonal, so that two sweeps are left of the usual six.
+template <int N>
+void begin(doubled (&a)[N][N], doubled (&vectors)[N][N]) noexcept {
+  double rounded[N][N];
+  for (int r = 0; r < N; ++r)
+    for (int c = r; c < N; ++c) rounded[r][c] = a[r][c].high;
+  const eigen_system<N, double> near = eigen_of_symmetric(rounded);
+  for (int r = 0; r < N; ++r) {
+    doubled square = 0.0;
+    for (int c = 0; c < N; ++c) vectors[r][c] = near.vectors[r][c];
+    for (int k = 0; k < r; ++k) {
+      doubled along = 0.0;
+      for (int c = 0; c < N; ++c) along += vectors[r][c] * vectors[k][c];
+      for (int c = 0; c < N; ++c) vectors[r][c] -= along * vectors[k][c];
+    }
+    for (int c = 0; c < N; ++c) square += vectors[r][c] * vectors[r][c];
+    const doubled factor = doubled(1.0) / square_root(square);
+    for (int c = 0; c < N; ++c) vectors[r][c] *= factor;
+  }
+  doubled image[N][N];  // of each vector
+  for (int r = 0; r < N; ++r)
+    for (int c = 0; c < N; ++c) {
+      image[r][c] = 0.0;
+      for (int k = 0; k < N; ++k) image[r][c] += (k < c ? a[k][c] : a[c][k]) * vectors[r][k];
+    }
+  for (int r = 0; r < N; ++r)
+    for (int c = r; c < N; ++c) {
+      a[r][c] = 0.0;
+      for (int k = 0; k < N; ++k) a[r][c] += image[r][k] * vectors[c][k];
+    }
+}
+
+template <int N>
+void begin(double (&)[N][N], double (&vectors)[N][N]) noexcept {
+  for (int r = 0; r < N; ++r)
+    for (int c = 0; c < N; ++c) vectors[r][c] = r == c ? 1 : 0;
+}
 
 }  // namespace
 
@@ -83,10 +123,8 @@ eigen_system<N, T> eigen_of_symmetric(const T (&matrix)[N][N]) noexcept {
   const int exponent = largest > 0 && is_finite(largest) ? exponent_of(largest) : 0;
   T a[N][N], vectors[N][N];
   for (int r = 0; r < N; ++r)
-    for (int c = 0; c < N; ++c) {
-      a[r][c] = scaled(matrix[r][c], -exponent);
-      vectors[r][c] = T(r == c ? 1.0 : 0.0);
-    }
+    for (int c = 0; c < N; ++c) a[r][c] = r <= c ? scaled(matrix[r][c], -exponent) : T(0.0);
+  begin(a, vectors);
   for (int i = 0; i < most_sweeps && sweep(a, vectors); ++i) continue;
   int order[N];
   for (int k = 0; k < N; ++k) {
@@ -104,6 +142,7 @@ eigen_system<N, T> eigen_of_symmetric(const T (&matrix)[N][N]) noexcept {
 }
 
 template eigen_system<3, double> eigen_of_symmetric(const double (&)[3][3]) noexcept;
+template eigen_system<4, double> eigen_of_symmetric(const double (&)[4][4]) noexcept;
 template eigen_system<3> eigen_of_symmetric(const doubled (&)[3][3]) noexcept;
 template eigen_system<4> eigen_of_symmetric(const doubled (&)[4][4]) noexcept;
 

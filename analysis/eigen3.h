@@ -26,6 +26,7 @@ template <int N, class T>
 eigen_system<N, T> eigen_of_symmetric(const T (&matrix)[N][N]) noexcept;
 
 extern template eigen_system<3, double> eigen_of_symmetric(const double (&)[3][3]) noexcept;
+extern template eigen_system<4, double> eigen_of_symmetric(const double (&)[4][4]) noexcept;
 extern template eigen_system<3> eigen_of_symmetric(const doubled (&)[3][3]) noexcept;
 extern template eigen_system<4> eigen_of_symmetric(const doubled (&)[4][4]) noexcept;
 

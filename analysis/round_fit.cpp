@@ -40,9 +40,15 @@ round_shape<double> flat(round_shape<double> m) noexcept {
   return m;
 }
 
-normal_equations equations_of(const shape_data& data, const round_shape<doubled>& m, const tangents<doubled>& t) {
-  const round_sums<doubled> sums(data, m, t);
-  return normal_equations(m.unknowns(), [&](std::size_t r, std::size_t c) { return sums.normal[entry_at(r, c)]; });
+// Where A is negative the shape is turned inside out, see above: distances change their sign, and with them their
+// derivatives for turns of the axis, while those for A, B and D, which change their signs too, stay.
+normal_equations equations_of(const round_result<doubled>& found) {
+  const bool turned = found.shape.a().high < 0;
+  const std::size_t first_turn = found.shape.dimension + 1;
+  return normal_equations(found.shape.unknowns(), [&](std::size_t r, std::size_t c) {
+    const doubled v = found.normal[entry_at(r, c)];
+    return turned && r >= first_turn && c < first_turn ? -v : v;
+  });
 }
 
 // A shape about a centre, given relative to the centroid, with the square of its radius.
@@ -100,30 +106,21 @@ status check_rank(int rank, int needed) noexcept {
 // A. The points are given relative to their centroid, so that the means of q are 0.
 algebraic_starts::algebraic_starts(const shape_data& data, const round_shape<double>& m) noexcept {
   const std::size_t n = m.dimension;
-  const round_shape<double> axes = flat(m);
-  shape_point<double> v;
-  double weights = 0;
-  for (std::size_t i = 0; i < data.used(); ++i) {
-    data.get(i, v);
-    weights += v.weight;
-    mean_square_ += v.weight * place(axes, v.p).square;
-  }
-  mean_square_ = mean_square_ / weights;
+  const detail::round_numbers axes = kernel_numbers(flat(m));
+  constexpr std::size_t lanes = detail::shape_partial_sums;
+  double sums[10 * lanes] = {};
+  detail::shape_kernels_in_use().square_sums(data.centred(), axes, sums);
+  mean_square_ = partial_sum(sums + lanes) / partial_sum(sums);
   if (!(mean_square_ > 0)) return;
-  const double factor = 0.5 / std::sqrt(mean_square_);
-  double moments[4][4] = {};
-  for (std::size_t i = 0; i < data.used(); ++i) {
-    data.get(i, v);
-    const placed_point<double> x = place(axes, v.p);
-    const double column[4] = {(x.square - mean_square_) * factor, x.q[0], x.q[1], x.q[2]};
-    for (std::size_t r = 0; r <= n; ++r)
-      for (std::size_t c = r; c <= n; ++c) moments[r][c] += v.weight * column[r] * column[c];
-  }
-  doubled three[3][3], four[4][4];
-  for (std::size_t r = 0; r < 4; ++r)
-    for (std::size_t c = 0; c < 4; ++c) {
-      four[r][c] = moments[r][c];
-      if (r < 3 && c < 3) three[r][c] = moments[r][c];
+  std::fill_n(sums, 2 * lanes, 0.0);
+  detail::shape_kernels_in_use().algebraic_sums(data.centred(), axes, mean_square_, 0.5 / std::sqrt(mean_square_),
+                                                sums);
+  double three[3][3] = {}, four[4][4] = {};
+  const double* next = sums;
+  for (std::size_t r = 0; r <= n; ++r)
+    for (std::size_t c = r; c <= n; ++c, next += lanes) {
+      four[r][c] = partial_sum(next);
+      if (r < 3 && c < 3) three[r][c] = four[r][c];
     }
   if (n == 2)
     of_three_ = eigen_of_symmetric(three);
@@ -133,9 +130,9 @@ algebraic_starts::algebraic_starts(const shape_data& data, const round_shape<dou
 
 bool algebraic_starts::get(std::size_t which, round_shape<double>& m) const noexcept {
   if (!(mean_square_ > 0) || which > m.dimension) return false;
-  const doubled* v = m.dimension == 2 ? of_three_.vectors[which] : of_four_.vectors[which];
-  m.v[0] = v[0].high * 0.5 / std::sqrt(mean_square_);
-  for (std::size_t k = 1; k <= m.dimension; ++k) m.v[k] = v[k].high;
+  const double* v = m.dimension == 2 ? of_three_.vectors[which] : of_four_.vectors[which];
+  m.v[0] = v[0] * 0.5 / std::sqrt(mean_square_);
+  for (std::size_t k = 1; k <= m.dimension; ++k) m.v[k] = v[k];
   m.v[m.dimension + 1] = -mean_square_ * m.v[0];
   return normalise(m);
 }
@@ -186,25 +183,21 @@ round_result<doubled> refine_lowest(const shape_data& data, const round_shape<do
 
 round_solution::round_solution(const shape_data& data, const round_result<doubled>& found)
     : shape_(curved_outwards(found.shape)),
-      tangents_(shape_),
-      equations_(equations_of(data, shape_, tangents_)),
+      tangents_(found.at),
+      equations_(equations_of(found)),
       radius_(doubled(0.5) / shape_.a()),
       state_(judge(data, found)) {}
 
 // The arc or cap of the shape over the points is as high as half of the curvature times the square of their largest
 // distance from the centroid; where rounding hides it, the shape is a line or plane.
 status round_solution::judge(const shape_data& data, const round_result<doubled>& found) const noexcept {
-  double farthest = 0;
   round_shape<double> axes{};
   axes.dimension = shape_.dimension;
   axes.has_axis = shape_.has_axis;
   for (std::size_t r = 0; r < 3; ++r)
     for (std::size_t k = 0; k < 3; ++k) axes.axes[r][k] = shape_.axes[r][k].high;
-  shape_point<double> v;
-  for (std::size_t i = 0; i < data.used(); ++i) {
-    data.get(i, v);
-    farthest = std::max(farthest, place(axes, v.p).square);
-  }
+  double sums[2 * detail::shape_partial_sums] = {};
+  const double farthest = detail::shape_kernels_in_use().square_sums(data.centred(), kernel_numbers(axes), sums);
   if (!found.converged && found.determined) return status::not_converged;
   if (!(shape_.a().high * farthest > data.hidden())) return status::not_determined;
   const bool told = found.determined && equations_.regular() && equations_.reciprocal_condition() >= least_condition;

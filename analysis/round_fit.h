@@ -31,8 +31,8 @@ class algebraic_starts {
 
  private:
   double mean_square_ = 0;
-  eigen_system<3> of_three_;
-  eigen_system<4> of_four_;
+  eigen_system<3, double> of_three_;
+  eigen_system<4, double> of_four_;
 };
 
 // The lowest sum found so far.

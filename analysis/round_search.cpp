@@ -13,7 +13,7 @@ struct limits {
   double near, floor, level, level_floor, trusted;
   bool undamped;
 };
-constexpr limits in_double{0x1p-20, 0x1p-40, 0x1p-20, 0x1p-40, 0x1p-30, false};
+constexpr limits in_double{0x1p-40, 0x1p-48, 0x1p-20, 0x1p-40, 0x1p-30, false};
 constexpr limits in_doubled{0x1p-66, 0x1p-92, 0x1p-40, 0x1p-60, 0x1p-50, true};
 
 // Solves (H + damping diag N) x = g by L D L'; false when the matrix is not positive.
@@ -61,6 +61,11 @@ round_result<T> descend(const shape_data& data, const round_shape<T>& start, con
   const double weight = data.total_weight().high;
   tangents<T> t(start);
   round_sums<T> sums(data, start, t);
+  const auto ended = [&]() -> round_result<T>& {
+    std::copy_n(sums.normal, most_entries, result.normal);
+    result.at = t;
+    return result;
+  };
   double last = std::numeric_limits<double>::infinity();  // the promise of the Newton step before
   while (result.steps < most_steps && damping < 0x1p60) {
     result.squares = leading(sums.squares);
@@ -82,7 +87,7 @@ round_result<T> descend(const shape_data& data, const round_shape<T>& start, con
     if (may_end && (below(limit.near, limit.floor) || (promised > last / 4 && below(limit.level, limit.level_floor)))) {
       result.converged = true;
       result.shape = next;
-      return result;
+      return ended();
     }
     ++result.steps;
     const tangents<T> next_tangents(next);
@@ -96,13 +101,13 @@ round_result<T> descend(const shape_data& data, const round_shape<T>& start, con
       damping = damping < 0x1p-16 ? 0 : damping / 16;
     } else if (may_end && below(limit.level, limit.level_floor)) {
       result.converged = true;
-      return result;
+      return ended();
     } else {
       damping = damping == 0 ? 0x1p-10 : damping * 8;
     }
   }
   result.squares = leading(sums.squares);
-  return result;
+  return ended();
 }
 
 }  // namespace
@@ -132,9 +137,7 @@ detail::round_numbers numbers_of(const round_shape<T>& m, const tangents<T>& t) 
 
 constexpr std::size_t most_sums = 1 + most_unknowns + 2 * most_entries;
 
-double partial_sum(const double* p, double) noexcept {
-  return ((p[0] + p[1]) + (p[2] + p[3])) + ((p[4] + p[5]) + (p[6] + p[7]));
-}
+double partial_sum(const double* p, double) noexcept { return analysis::partial_sum(p); }
 doubled partial_sum(const double* p, doubled) noexcept { return whole_sum(p); }
 void add_sums(const shape_data& data, const detail::round_numbers& m, double* partial, double) noexcept {
   detail::shape_kernels_in_use().round_sums(data.centred(), m, partial);
@@ -145,8 +148,14 @@ void add_sums(const shape_data& data, const detail::round_numbers& m, double* pa
 
 }  // namespace
 
-detail::round_numbers kernel_numbers(const round_shape<double>& m, const tangents<double>& t) noexcept {
-  return numbers_of(m, t);
+detail::round_numbers kernel_numbers(const round_shape<double>& m) noexcept {
+  detail::round_numbers n{};
+  n.dimension = m.dimension;
+  n.has_axis = m.has_axis;
+  for (std::size_t k = 0; k < m.parts(); ++k) n.v[k] = pair_of(m.v[k]);
+  for (std::size_t r = 0; m.has_axis && r < 3; ++r)
+    for (std::size_t k = 0; k < 3; ++k) n.axes[r][k] = pair_of(m.axes[r][k]);
+  return n;
 }
 detail::round_numbers kernel_numbers(const round_shape<doubled>& m, const tangents<doubled>& t) noexcept {
   return numbers_of(m, t);
@@ -194,14 +203,9 @@ round_result<doubled> refine(const shape_data& data, const round_result<double>&
 }
 
 double squares_of(const shape_data& data, const round_shape<double>& m) noexcept {
-  double sum = 0;
-  shape_point<double> v;
-  for (std::size_t i = 0; i < data.used(); ++i) {
-    data.get(i, v);
-    const double r = place(m, v.p).distance;
-    sum += v.weight * r * r;
-  }
-  return sum;
+  double partial[detail::shape_partial_sums] = {};
+  detail::shape_kernels_in_use().round_squares(data.centred(), kernel_numbers(m), partial);
+  return partial_sum(partial);
 }
 
 }  // namespace tessarn::analysis

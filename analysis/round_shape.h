@@ -95,6 +95,7 @@ struct tangents {
   T ratio[4], curvature[4];  // `curvature`: the change of A
   T bend[4][4];
 
+  tangents() = default;
   explicit tangents(const round_shape<T>& m) noexcept {
     const std::size_t last = m.dimension + 1;
     T derivative[5];

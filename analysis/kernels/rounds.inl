@@ -88,6 +88,18 @@ struct round_lanes {
     x.distance = is::twice(value) / (one + x.slope);
     return x;
   }
+  // The coordinates of q, and |q|^2.
+  TESSARN_MEMBER T across(size_t i, T* q) const {
+    T v[3];
+    TESSARN_UNROLL
+    for (size_t k = 0; k < (Axis ? 3 : N); ++k) v[k] = is::at(p.high[k], p.low[k], i);
+    TESSARN_UNROLL
+    for (size_t k = 0; k < N; ++k) q[k] = Axis ? along(k, v) : v[k];
+    T square = q[0] * q[0];
+    TESSARN_UNROLL
+    for (size_t k = 1; k < N; ++k) square = square + q[k] * q[k];
+    return square;
+  }
   TESSARN_MEMBER T along(size_t k, const T* v) const {
     return axes[k][0] * v[0] + axes[k][1] * v[1] + axes[k][2] * v[2];
   }
@@ -176,6 +188,64 @@ void round_sums(const centred_columns& p, const round_numbers& m, double* sums) 
   (m.has_axis         ? round_sums_of<2, true>
    : m.dimension == 2 ? round_sums_of<2, false>
                       : round_sums_of<3, false>)(p, m, sums);
+}
+
+template <size_t N, bool Axis>
+void round_squares_of(const centred_columns& p, const round_numbers& m, double* sum) {
+  const round_lanes<in_double, N, Axis> lanes(p, m);
+  for (size_t i = 0; i < p.size; i += width) {
+    const vec r = lanes.place(i).distance;
+    in_double::add(sum + i % shape_partial_sums, lanes.weight(i) * r * r);
+  }
+}
+void round_squares(const centred_columns& p, const round_numbers& m, double* sum) {
+  (m.has_axis         ? round_squares_of<2, true>
+   : m.dimension == 2 ? round_squares_of<2, false>
+                      : round_squares_of<3, false>)(p, m, sum);
+}
+
+template <size_t N, bool Axis>
+double square_sums_of(const centred_columns& p, const round_numbers& m, double* sums) {
+  const round_lanes<in_double, N, Axis> lanes(p, m);
+  vec farthest = broadcast(0);
+  for (size_t i = 0; i < p.size; i += width) {
+    vec q[N];
+    const vec square = lanes.across(i, q), w = lanes.weight(i);
+    farthest = select(square > farthest, square, farthest);
+    in_double::add(sums + i % shape_partial_sums, w);
+    in_double::add(sums + shape_partial_sums + i % shape_partial_sums, w * square);
+  }
+  double values[width], largest = 0;
+  store(values, farthest);
+  for (size_t k = 0; k < width; ++k) largest = values[k] > largest ? values[k] : largest;
+  return largest;
+}
+double square_sums(const centred_columns& p, const round_numbers& m, double* sums) {
+  return (m.has_axis         ? square_sums_of<2, true>
+          : m.dimension == 2 ? square_sums_of<2, false>
+                             : square_sums_of<3, false>)(p, m, sums);
+}
+
+template <size_t N, bool Axis>
+void algebraic_sums_of(const centred_columns& p, const round_numbers& m, double mean, double factor, double* sums) {
+  const round_lanes<in_double, N, Axis> lanes(p, m);
+  for (size_t i = 0; i < p.size; i += width) {
+    vec column[N + 1];
+    const vec square = lanes.across(i, column + 1), w = lanes.weight(i);
+    column[0] = (square - broadcast(mean)) * broadcast(factor);
+    double* to = sums + i % shape_partial_sums;
+    TESSARN_UNROLL
+    for (size_t r = 0; r <= N; ++r) {
+      const vec row = w * column[r];
+      TESSARN_UNROLL
+      for (size_t c = r; c <= N; ++c, to += shape_partial_sums) in_double::add(to, row * column[c]);
+    }
+  }
+}
+void algebraic_sums(const centred_columns& p, const round_numbers& m, double mean, double factor, double* sums) {
+  (m.has_axis         ? algebraic_sums_of<2, true>
+   : m.dimension == 2 ? algebraic_sums_of<2, false>
+                      : algebraic_sums_of<3, false>)(p, m, mean, factor, sums);
 }
 
 template <size_t N, bool Axis>

@@ -101,6 +101,15 @@ struct shape_kernels {
   void (*round_sums)(const centred_columns& p, const round_numbers& m, double* sums);
   void (*round_sums_doubled)(const centred_columns& p, const round_numbers& m, double* sums);
 
+  // The first of these sums alone, in double precision, as shape_partial_sums numbers.
+  void (*round_squares)(const centred_columns& p, const round_numbers& m, double* sum);
+
+  // Of the places q across the axes of the shape, in double precision: sum 0 takes w^2, sum 1 takes w^2 |q|^2; gives
+  // the largest |q|^2. Then, with z = (|q|^2 - mean) factor, the sums of w^2 times the products of z, q_0, q_1, ...:
+  // (0, 0), (0, 1), ...
+  double (*square_sums)(const centred_columns& p, const round_numbers& m, double* sums);
+  void (*algebraic_sums)(const centred_columns& p, const round_numbers& m, double mean, double factor, double* sums);
+
   // Of each direction d the points with the greatest and the least product with it: values[16 d + l] and
   // values[16 d + 8 + l] take the products of the points whose number is l modulo 8, `places` the numbers of the first
   // of them, counted from `begin` on. Points are taken as in the next, and behind the last one stand copies of others.

@@ -17,6 +17,9 @@ const shape_kernels shape_table = {.add_means = add_means,
                                    .round_residuals = round_residuals,
                                    .round_sums = round_sums,
                                    .round_sums_doubled = round_sums_doubled,
+                                   .round_squares = round_squares,
+                                   .square_sums = square_sums,
+                                   .algebraic_sums = algebraic_sums,
                                    .find_extremes = find_extremes,
                                    .keep_outside = keep_outside};
 
