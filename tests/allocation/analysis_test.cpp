@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <vector>
 
 #include "../support/failing_new.h"
@@ -54,6 +55,15 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
   const tessarn::polynomial_fit f = tessarn::fit_polynomial(points, 4);
   const tessarn::surface_fit s = tessarn::fit_surface(cloud, 2);
   const binom double_zeros{4, 0, -4, 0, 1};  // (x^2 - 2)^2
+  std::vector<tessarn::real> weights(cloud.size(), 1);
+  weights[3] = 0;
+  tessarn::align_options weighted_pairs;
+  tessarn::shape_options weighted_points;
+  weighted_pairs.weights = weighted_points.weights = weights;
+  std::vector<vector3d> with_nan = cloud;
+  with_nan[7].y = std::numeric_limits<double>::quiet_NaN();
+  tessarn::flatness_options without_nan;
+  without_nan.leave_out_not_finite = true;
   const struct {
     const char* name;
     std::function<void()> call;
@@ -75,10 +85,13 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
       {"extremes", [&] { (void)tessarn::extremes(double_zeros, -9, 9); }, 60},
       {"inflections", [&] { (void)tessarn::inflections(double_zeros, -9, 9); }, 60},
       {"curvature_extremes", [&] { (void)tessarn::curvature_extremes(double_zeros, -9, 9); }, 60},
-      {"fit_line", [&] { (void)tessarn::fit_line(cloud); }, 4},
+      {"fit_line", [&] { (void)tessarn::fit_line(cloud); }, 2},
       {"fit_circle", [&] { (void)tessarn::fit_circle(points); }, 4},
-      {"fit_sphere", [&] { (void)tessarn::fit_sphere(cloud); }, 4},
-      {"fit_cylinder", [&] { (void)tessarn::fit_cylinder(cloud); }, 4},
+      {"fit_sphere", [&] { (void)tessarn::fit_sphere(cloud); }, 3},
+      {"fit_cylinder", [&] { (void)tessarn::fit_cylinder(cloud); }, 3},
+      {"align, some with weights", [&] { (void)tessarn::align(cloud, cloud, weighted_pairs); }, 8},
+      {"flatness, with a point left out", [&] { (void)tessarn::flatness(with_nan, without_nan); }, 30},
+      {"fit_sphere, some with weights", [&] { (void)tessarn::fit_sphere(cloud, weighted_points); }, 6},
       {"polynomial_fit::expanded", [&] { (void)f.expanded(); }, 1},
       {"surface_fit::expanded", [&] { (void)s.expanded(); }, 1},
       {"fit_robust", [&] { (void)tessarn::fit_robust(points, 25); }, 12},

@@ -9,6 +9,7 @@
 #include <tessarn/solve.h>
 
 #include <cmath>
+#include <vector>
 
 #include "replay/draw.h"
 
@@ -348,6 +349,47 @@ void run_cylinder(input& in, output& out) {
   out.put(f.radius_error);
 }
 
+// So many points that sums take several blocks of the kernels, and points several parts.
+void run_many_points(input& in, output& out) {
+  const ulong count = static_cast<ulong>(in.integer(250, 4500));
+  std::vector<vector3d> a(count), b(count);
+  std::vector<real> weights(count);
+  for (ulong i = 0; i < count; ++i) {
+    const real u = in.within(-3, 3), v = in.within(-1, 1), w = in.within(-1, 1) / 64, r = 5 + w;
+    a[i] = vector3d(r * (1 - u * u / 10) + 1000, r * u, 4 * v);
+    b[i] = vector3d(4 * v + w, r * (1 - u * u / 10), r * u - w);
+    weights[i] = in.within(0, 2);
+  }
+  tessarn::shape_options o;
+  tessarn::align_options with;
+  if (in.integer(0, 1) == 1) o.weights = with.weights = {weights.data(), count};
+  const auto put_some = [&](const real_mat& residuals) {
+    for (ulong i = 0; i < residuals.getHeight(); i += 97) out.put(residuals.getData()[i]);
+  };
+  const tessarn::space_alignment m = tessarn::align(a, b, with);
+  out.put(m.rotation);
+  out.put(m.translation);
+  out.put(m.root_mean_square);
+  out.put(m.largest_at);
+  out.put(m.determination);
+  put_some(m.distances);
+  const tessarn::flatness_result f = tessarn::flatness(a);
+  out.put(f.zone);
+  put_vector(out, f.middle.normal);
+  put_vector(out, f.least_squares.normal);
+  out.put(f.least_squares.highest);
+  put_some(f.middle.residuals);
+  const tessarn::line_fit l = tessarn::fit_line(a, o);
+  put_vector(out, l.direction);
+  put_some(l.residuals);
+  const tessarn::cylinder_fit c = tessarn::fit_cylinder(a, o);
+  put_status(out, c.state);
+  put_vector(out, c.direction);
+  put_vector(out, c.point_errors);
+  out.put(c.radius);
+  put_some(c.residuals);
+}
+
 const operation analysis_table[] = {
     {"solve, inverse, determinant", n, run_solve},
     {"solve, inverse, determinant of larger systems", n / 10, run_larger},
@@ -364,6 +406,7 @@ const operation analysis_table[] = {
     {"fit_circle", n, run_circle},
     {"fit_sphere", n, run_sphere},
     {"fit_cylinder", n / 2, run_cylinder},
+    {"align, flatness, fit_line, fit_cylinder of many points", 12, run_many_points},
 };
 
 }  // namespace
