@@ -78,8 +78,8 @@ bool dense_inverse::prove(bool accurately) {
 
 // With d the bounds of the rows of |E|, e of what E is off, c the largest magnitudes of the columns of R, and T the sum
 // of m terms formed in double precision, T_1 = E R and T_k+1 = E R + E T_k,
-//   |A^-1 - R - T|_ij <= (d_i max d^m + e_i + d_i max e) c_j / (1 - max d)^2 + 5 g d_i c_j
-// where g d_i c_j bounds the rounding of each of the products, whose sums are a geometric series.
+//   |A^-1 - R - T|_ij <= (d_i max d^m + e_i + d_i max e) c_j / (1 - max d)^2 + w d_i c_j
+// where w bounds the roundings: g = n u / (1 - n u) of the first product, of the later ones g max d, and u of each sum.
 bool dense_inverse::refine() {
   kernels_.row_largest(inverse_, size_, size_, stride_, column(largest));
   double power = departure_;
@@ -91,19 +91,20 @@ bool dense_inverse::refine() {
     double* kept = system_.lower();
     std::copy(correction_, correction_ + size_ * stride_, kept);
     for (int k = 1; k < terms; ++k) {
-      std::copy(kept, kept + size_ * stride_, spare_);
+      std::fill_n(spare_, size_ * stride_, 0.0);
       detail::add_product(correction_, rest_, size_, spare_);
+      for (std::size_t i = 0; i < size_ * stride_; ++i) spare_[i] += kept[i];
       std::swap(correction_, spare_);
     }
   }
   const double gap = 1 / (1 - departure_);
+  const double rounding = system_.gamma() * (1 + 1.5 * departure_ + 1.5 / (static_cast<double>(size_) + 2)) * gap;
   for (std::size_t i = 0; i < size_; ++i) {
     const double d = column(departure_sums)[i];
     double& bound = column(row_bounds)[i];
-    bound =
-        ((d * power + column(uncertain)[i] + d * uncertainty_ * gap) * gap * gap + 5 * system_.gamma() * d) * upwards +
-        tiny(size_);
-    if (!(bound <= 0x1p-58)) return false;
+    bound = ((d * power + column(uncertain)[i] + d * uncertainty_ * gap) * gap * gap + rounding * d) * upwards +
+            tiny(size_);
+    if (!(bound <= 0x1p-60)) return false;
   }
   for (std::size_t c = 0; c < size_; ++c)
     if (!(column(largest)[c] < 0x1p200)) return false;

@@ -112,18 +112,23 @@ bool double_system::prove() {
   return true;
 }
 
-// v = R v, and the same with the magnitudes of the inverses of the factors.
-void double_system::apply(const double* v, double* result) {
-  double *permuted = column(spare), *half = column(between);
-  for (std::size_t i = 0; i < size_; ++i) permuted[i] = v[order_[i]];
-  kernels_.column_sums(rows_of(lower_), detail::matrix_shape::upper, false, permuted, half);
-  kernels_.column_sums(rows_of(upper_), detail::matrix_shape::lower, false, half, result);
+void double_system::replace_inverse(const double* transposed, const double* bounds, double condition) {
+  dense_ = transposed;
+  dense_condition_ = condition;
+  departure_ = 0;
+  for (std::size_t i = 0; i < size_; ++i) {
+    column(departures)[i] = bounds[i];
+    departure_ = std::max(departure_, bounds[i]);
+  }
 }
-void double_system::apply_magnitudes(const double* v, double* result) {
+
+// R v, or |X_U| |X_L| P v, which is at least |R| v for v >= 0.
+void double_system::multiply(const double* v, bool magnitudes, double* result) {
+  if (dense_) return kernels_.column_sums(rows_of(dense_), detail::matrix_shape::full, magnitudes, v, result);
   double *permuted = column(spare), *half = column(between);
   for (std::size_t i = 0; i < size_; ++i) permuted[i] = v[order_[i]];
-  kernels_.column_sums(rows_of(lower_), detail::matrix_shape::upper, true, permuted, half);
-  kernels_.column_sums(rows_of(upper_), detail::matrix_shape::lower, true, half, result);
+  kernels_.column_sums(rows_of(lower_), detail::matrix_shape::upper, magnitudes, permuted, half);
+  kernels_.column_sums(rows_of(upper_), detail::matrix_shape::lower, magnitudes, half, result);
 }
 
 // 1 / (|A| |R|) in the norm of the largest sum of a row. The row of R is searched: from the one with the largest bound
@@ -182,7 +187,7 @@ bool double_system::solve(const numbers<double>& right, bounded_solution& s) {
   double *b = column(right_hand_side), *r = column(r_high);
   std::fill_n(column(right_hand_side), 3 * stride_, 0.0);  // b and x, and their ends
   std::copy(right.data(), right.data() + size_, b);
-  s.reciprocal_condition = reciprocal_condition();
+  s.reciprocal_condition = dense_ ? dense_condition_ : reciprocal_condition();
   apply(b, high);
   double worst_before = std::numeric_limits<double>::infinity();
   for (int round = 0;; ++round) {

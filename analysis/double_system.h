@@ -51,6 +51,10 @@ class double_system {
   // False when the bound of |I - R A| is not below 1/4.
   bool prove();
 
+  // Takes another R, given transposed, with bounds of the sums of the rows of |I - R A|, the largest of which is below
+  // 1/4, and the condition: what dense_inverse proves where prove() does not.
+  void replace_inverse(const double* transposed, const double* departures, double reciprocal_condition);
+
   // The solution of the scaled system for a right-hand side of at most 1. False when refinement does not reach bounds
   // of 2^-58 of the largest unknown.
   bool solve(const numbers<double>& right, bounded_solution& s);
@@ -71,8 +75,9 @@ class double_system {
   bool scale(const rows_in_memory& m);
   double reciprocal_condition();
   double residual_bounds(const double* x);
-  void apply(const double* v, double* result);
-  void apply_magnitudes(const double* v, double* result);
+  void multiply(const double* v, bool magnitudes, double* result);
+  void apply(const double* v, double* result) { multiply(v, false, result); }
+  void apply_magnitudes(const double* v, double* result) { multiply(v, true, result); }
   detail::square_rows rows_of(const double* entries) const noexcept { return {entries, size_, stride_}; }
   double* column(std::size_t i) noexcept { return columns_of_work_ + i * stride_; }
 
@@ -83,6 +88,8 @@ class double_system {
   numbers<std::size_t> order_;
   numbers<int> rows_, columns_;
   double gamma_ = 0, departure_ = 0;
+  const double* dense_ = nullptr;  // R', where it replaces the product of the inverses
+  double dense_condition_ = 0;
 };
 
 }  // namespace tessarn::analysis
