@@ -225,24 +225,23 @@ class motion {
   }
 
   // The sums are about the doubles near the means, and are moved to the means. The scatters tell how long and how thick
-  // the sets are, for which double precision does except near a line.
+  // the sets are: the squares are needed as they are, and of the others double precision does except near a line.
   void multiply() noexcept {
     kernel_sums<D * D> sums;
-    kernel_sums<D*(D + 1)> rounded;
+    kernel_sums<D*(D + 1)> lengths;
     const double* weights = pairs_.scaled_weights();
     for_each_part(a_.arrays, [&](std::size_t i, std::size_t count) {
       b_.arrays.load(i);
       detail::shape_kernels_in_use().add_pair_products(a_.columns, b_.columns, D, from(weights, i), count, sums.partial,
-                                                       rounded.partial);
+                                                       lengths.partial);
     });
     std::size_t next = 0;
     for (centred_set<D>* s : {&a_, &b_})
       for (int r = 0; r < D; ++r)
-        for (int c = r; c < D; ++c) s->scatter[r][c] = rounded.sum(next++) - weights_ * s->rest[r] * s->rest[c];
+        for (int c = r; c < D; ++c) s->scatter[r][c] = lengths.sum(next++) - weights_ * s->rest[r] * s->rest[c];
     for (int r = 0; r < D; ++r)
       for (int c = 0; c < D; ++c)
         h_[r][c] = sums.sum(static_cast<std::size_t>(D * r + c)) - weights_ * b_.rest[r] * a_.rest[c];
-    if (options_.scale) a_.find_scatter(weights, weights_);
   }
 
   void rotate() noexcept;

@@ -229,7 +229,7 @@ constexpr stored_hash_line stored_hashes[] = {
     {"curvature_extremes", "ordinary", 0x56524746d9d2b438u},
     {"curvature_extremes", "hostile", 0xc5758fdf44fa770cu},
     {"align", "ordinary", 0xc852b5fd611a352fu},
-    {"align", "hostile", 0xfb7dad1155b5a9d9u},
+    {"align", "hostile", 0xac00919ba7e0c1abu},
     {"flatness", "ordinary", 0x1754bbf33289d108u},
     {"flatness", "hostile", 0x49cbe31aa63a1c28u},
     {"fit_line", "ordinary", 0xc3279884e8c8b27bu},

@@ -133,10 +133,12 @@ TESSARN_INLINE split_point<D> weighted_point(const split_point<D>& x, doubled w)
 template <size_t D>
 TESSARN_INLINE double* add_own_products(const split_point<D>& x, const split_point<D>& y, double* lane) {
   TESSARN_UNROLL
-  for (size_t k = 0; k < D; ++k) TESSARN_UNROLL
-  for (size_t l = k; l < D; ++l) {
-    add_one(lane, loose_product(x.v[k], x.parts[k], y.v[l], y.parts[l]));
-    lane += 2 * shape_partial_sums;
+  for (size_t k = 0; k < D; ++k) {
+    TESSARN_UNROLL
+    for (size_t l = k; l < D; ++l) {
+      add_one(lane, loose_product(x.v[k], x.parts[k], y.v[l], y.parts[l]));
+      lane += 2 * shape_partial_sums;
+    }
   }
   return lane;
 }
@@ -158,18 +160,19 @@ struct product_terms {
   }
 };
 
-// Adds the products of the leading parts, k <= l, and gives the place behind these sums.
+// Adds x_k y_k, and in double precision x_k y_l for k < l, and gives the place behind these sums.
 template <size_t D>
-TESSARN_INLINE double* add_rounded_products(const split_point<D>& x, const split_point<D>& y, double* lane) {
+TESSARN_INLINE double* add_lengths(const split_point<D>& x, const split_point<D>& y, double* lane) {
   TESSARN_UNROLL
-  for (size_t k = 0; k < D; ++k) TESSARN_UNROLL
-  for (size_t l = k; l < D; ++l) {
-    const vec product = x.v[k].high * y.v[l].high;
-    if (k == l)
-      add_one(lane, doubled{product, broadcast(0)});
-    else
-      store(lane, load(lane) + product);
-    lane += 2 * shape_partial_sums;
+  for (size_t k = 0; k < D; ++k) {
+    TESSARN_UNROLL
+    for (size_t l = k; l < D; ++l) {
+      if (k == l)
+        add_one(lane, loose_product(x.v[k], x.parts[k], y.v[l], y.parts[l]));
+      else
+        store(lane, load(lane) + x.v[k].high * y.v[l].high);
+      lane += 2 * shape_partial_sums;
+    }
   }
   return lane;
 }
@@ -180,7 +183,7 @@ struct pair_terms {
   const local_columns &a, &b;
   const double* weights;
   size_t n;
-  double* rounded;
+  double* lengths;
 
   template <bool Tail>
   TESSARN_MEMBER void add(size_t i, double* lane) const {
@@ -191,11 +194,13 @@ struct pair_terms {
       wx = weighted_point(x, w);
       wy = weighted_point(y, w);
     }
-    add_rounded_products(wy, y, add_rounded_products(wx, x, rounded + i % shape_partial_sums));
+    add_lengths(wy, y, add_lengths(wx, x, lengths + i % shape_partial_sums));
     TESSARN_UNROLL
-    for (size_t k = 0; k < D; ++k) TESSARN_UNROLL
-    for (size_t l = 0; l < D; ++l)
-      add_one(lane + 2 * shape_partial_sums * (D * k + l), loose_product(wy.v[k], wy.parts[k], x.v[l], x.parts[l]));
+    for (size_t k = 0; k < D; ++k) {
+      TESSARN_UNROLL
+      for (size_t l = 0; l < D; ++l)
+        add_one(lane + 2 * shape_partial_sums * (D * k + l), loose_product(wy.v[k], wy.parts[k], x.v[l], x.parts[l]));
+    }
   }
 };
 
@@ -223,15 +228,15 @@ void add_products(const local_columns& p, size_t dimension, const double* weight
 
 template <size_t D>
 void add_pair_products_of(const local_columns& a, const local_columns& b, const double* weights, size_t n, double* sums,
-                          double* rounded) {
+                          double* lengths) {
   if (weights)
-    add_in_blocks(pair_terms<D, true>{a, b, weights, n, rounded}, D * D, n, sums);
+    add_in_blocks(pair_terms<D, true>{a, b, weights, n, lengths}, D * D, n, sums);
   else
-    add_in_blocks(pair_terms<D, false>{a, b, weights, n, rounded}, D * D, n, sums);
+    add_in_blocks(pair_terms<D, false>{a, b, weights, n, lengths}, D * D, n, sums);
 }
 void add_pair_products(const local_columns& a, const local_columns& b, size_t dimension, const double* weights,
-                       size_t n, double* sums, double* rounded) {
-  (dimension == 2 ? add_pair_products_of<2> : add_pair_products_of<3>)(a, b, weights, n, sums, rounded);
+                       size_t n, double* sums, double* lengths) {
+  (dimension == 2 ? add_pair_products_of<2> : add_pair_products_of<3>)(a, b, weights, n, sums, lengths);
 }
 
 }  // namespace

@@ -126,21 +126,23 @@ struct round_lanes {
       for (size_t k = 0; k < 2; ++k) first[count + k] = -(x.axial * (two_a * x.q[k] + b[k]) * inverse);
     }
     TESSARN_UNROLL
-    for (size_t i = 0; i < all; ++i) TESSARN_UNROLL
-    for (size_t j = 0; j <= i; ++j) {
-      T sum = -(two_a * first[i] * first[j]);
-      if (i < count) {
-        sum = sum - (two_r * (curvature[i] * first[j] + curvature[j] * first[i]) + bend[i][j] * r);
-      } else if (j < count) {
-        const size_t k = i - count;
-        sum = sum -
-              (two_r * curvature[j] * first[i] + x.axial * (is::twice(curvature[j] * x.q[k]) + component(j, k + 1)));
-      } else {
-        const size_t k = i - count, l = j - count;
-        sum = sum - (two_a * (x.q[k] * x.q[l]) + is::of_double(0.5) * (b[k] * x.q[l] + b[l] * x.q[k]));
-        if (k == l) sum = sum + two_a * x.axial * x.axial;
+    for (size_t i = 0; i < all; ++i) {
+      TESSARN_UNROLL
+      for (size_t j = 0; j <= i; ++j) {
+        T sum = -(two_a * first[i] * first[j]);
+        if (i < count) {
+          sum = sum - (two_r * (curvature[i] * first[j] + curvature[j] * first[i]) + bend[i][j] * r);
+        } else if (j < count) {
+          const size_t k = i - count;
+          sum = sum -
+                (two_r * curvature[j] * first[i] + x.axial * (is::twice(curvature[j] * x.q[k]) + component(j, k + 1)));
+        } else {
+          const size_t k = i - count, l = j - count;
+          sum = sum - (two_a * (x.q[k] * x.q[l]) + is::of_double(0.5) * (b[k] * x.q[l] + b[l] * x.q[k]));
+          if (k == l) sum = sum + two_a * x.axial * x.axial;
+        }
+        second[round_entry(i, j)] = sum * inverse;
       }
-      second[round_entry(i, j)] = sum * inverse;
     }
   }
 

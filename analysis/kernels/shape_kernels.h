@@ -68,11 +68,10 @@ struct shape_kernels {
   // The sums take w^2 times the products of the local coordinates k <= l: (0, 0), (0, 1), ...
   void (*add_products)(const local_columns& p, size_t dimension, const double* weights, size_t n, double* sums);
 
-  // Coordinate k of b times l of a: (0, 0), (0, 1), ... `rounded` takes the products of a, then those of b, each
-  // product in double precision; only the sums of the squares have low parts, and are right to a few 2^-53 of
-  // themselves.
+  // Coordinate k of b times l of a: (0, 0), (0, 1), ... `lengths` takes the products of a, as above, then those of b;
+  // of these the sums for k < l are formed in double precision, with low parts of 0.
   void (*add_pair_products)(const local_columns& a, const local_columns& b, size_t dimension, const double* weights,
-                            size_t n, double* sums, double* rounded);
+                            size_t n, double* sums, double* lengths);
 
   // The distances normal . p - offset from a plane; the sum takes w^2 residual^2.
   residual_range (*plane_residuals)(const local_columns& p, const number_pair* normal, number_pair offset, size_t n,

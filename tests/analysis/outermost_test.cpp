@@ -126,7 +126,8 @@ TEST(Outermost, TheZoneIsThatOfAllPoints) {
     EXPECT_TRUE(std::find(f.touching, f.touching + 4, n - 1) != f.touching + 4);
     EXPECT_EQ(f.points_used, n);
     double highest = 0;
-    for (std::size_t i = 0; i < n; ++i) highest = std::max(highest, static_cast<double>(f.middle.residuals.getData()[i]));
+    for (std::size_t i = 0; i < n; ++i)
+      highest = std::max(highest, static_cast<double>(f.middle.residuals.getData()[i]));
     EXPECT_EQ(highest, f.zone / 2);
   }
 }
