@@ -103,8 +103,9 @@ struct flatness_result {
 /// of their coordinates tell, and `not_determined` when they are as wide in two directions as in the thinnest one; the
 /// plane is then one of the best ones.
 ///
-/// Points that are left out have the residual NaN. Cost: O(n log n) on average for the hull; then, for a hull of h
-/// edges, O(h) for hulls that are about as round on both sides, and O(h^2) in the worst case.
+/// Points that are left out have the residual NaN. Cost: O(n), then O(m log m) on average for the hull of the m points
+/// that are not proved to lie inside a polytope of extreme points, which are few unless most points are near the hull;
+/// then, for a hull of h edges, O(h) for hulls that are about as round on both sides, and O(h^2) in the worst case.
 [[nodiscard]] TESSARN_API flatness_result flatness(space_points points, const flatness_options& options = {});
 
 }  // namespace tessarn

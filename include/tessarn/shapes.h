@@ -28,7 +28,8 @@
 /// from a rounded centre far away and a rounded radius is off by some units in the last place of the radius; the
 /// residuals of the result are not.
 ///
-/// Cost: proportional to the number of points, with one copy of them. A circle or sphere takes a few passes; a cylinder
+/// Cost: proportional to the number of points. A line copies no points; the others keep them as doubled numbers, six of
+/// 64 bits for a point of space, and two more where there are weights. A circle or sphere takes a few passes; a cylinder
 /// some hundred, most of them to find where to start.
 #pragma once
 
