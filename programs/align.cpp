@@ -31,7 +31,7 @@ turn turn_of(const mat<long double>& rotation) {
   const vector3d twist(r(2, 1) - r(1, 2), r(0, 2) - r(2, 0), r(1, 0) - r(0, 1));
   const double trace = r(0, 0) + r(1, 1) + r(2, 2);
   turn t;
-  t.angle = std::atan2(twist.lenld(), trace - 1);
+  t.angle = angle_of(twist.lenld(), trace - 1);
   if (twist.lenld() > 1e-6) {
     t.axis = twist.resize(1);
     return t;
@@ -67,18 +67,17 @@ tessarn::space_alignment find_motion(const std::vector<vector3d>& a, const std::
   return m;
 }
 
-// std::hypot does not overflow, nor lose small numbers, where squares do.
 std::vector<double> distances(const std::vector<vector3d>& a, const std::vector<vector3d>& b) {
   std::vector<double> d;
-  for (std::size_t i = 0; i < a.size(); ++i)
-    d.push_back(finite(std::hypot(a[i].x - b[i].x, a[i].y - b[i].y, a[i].z - b[i].z), "the distance of two points"));
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const std::initializer_list<double> parts = {a[i].x - b[i].x, a[i].y - b[i].y, a[i].z - b[i].z};
+    d.push_back(finite(root_of_squares(parts), "the distance of two points"));
+  }
   return d;
 }
 
 double root_mean_square(const std::vector<double>& values) {
-  double root = 0;
-  for (const double v : values) root = std::hypot(root, v);
-  return root / std::sqrt(static_cast<double>(values.size()));
+  return root_of_squares(values) / std::sqrt(static_cast<double>(values.size()));
 }
 
 void print(report& r, const tessarn::space_alignment& m, const table& b, const std::vector<double>& before) {

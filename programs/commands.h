@@ -17,6 +17,7 @@ inline std::vector<command> add_commands(CLI::App& app) {
   app.description("Measured points: curves, motions, planes, wild readings.");
   app.footer(std::string(exit_codes) + "\n`tessarn COMMAND --help` has the options of a command.");
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // /FILE is a path there, too
   std::vector<command> all = {add_curve(app), add_align(app), add_flatness(app), add_outliers(app), add_selfcheck(app)};
   for (const command& c : all) {
     if (c.app->get_footer().empty()) c.app->footer(exit_codes);

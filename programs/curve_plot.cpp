@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "points.h"
 #include "support/thin.h"
 
 namespace program {
@@ -22,14 +23,14 @@ struct extent {
 rows circle(const fitted_curve& c, double x, double circumference) {
   const vector to_centre = c.p.normale(c.u(x));
   const double radius = to_centre.lenld();
-  const double start = std::atan2(-to_centre.y, -to_centre.x);
+  const double start = angle_of(-to_centre.y, -to_centre.x);
   const double half_turn = std::min(tessarn::pi, circumference / radius);
   rows points;
   constexpr int steps = 400;
   for (int i = -steps; i <= steps; ++i) {
     const double angle = start + half_turn * i / steps;
-    points.push_back(
-        {x + to_centre.x + radius * std::cos(angle), c.fit.value(x) + to_centre.y + radius * std::sin(angle)});
+    points.push_back({x + to_centre.x + radius * tessarn::angles::cos(angle),
+                      c.fit.value(x) + to_centre.y + radius * tessarn::angles::sin(angle)});
   }
   return points;
 }

@@ -54,6 +54,16 @@ quietly() {
   return 1
 }
 
+# The path of the program tessarn of this machine, built here unless the tests have it; nothing where it cannot be built.
+native_program() {
+  local folder=build/release
+  if [ ! -x "$folder/programs/tessarn" ]; then
+    folder=build/replay
+    quietly cmake -S . -B "$folder" -G Ninja -DTESSARN_TESTS=OFF -DTESSARN_REPLAY=ON -DTESSARN_EXAMPLES=OFF >&2 || return
+  fi
+  quietly cmake --build "$folder" --target tessarn-program >&2 && echo "$PWD/$folder/programs/tessarn"
+}
+
 # Writes the operations with the native build: the one of the tests when it is there.
 write_replay_file() {
   local folder=build/release

@@ -19,7 +19,7 @@ check_tools() {
 }
 
 configure() {
-  quietly cmake --preset "$1" -DTESSARN_REPLAY_FILE="$PWD/build/operations.bin"
+  quietly cmake --preset "$1" -DTESSARN_REPLAY_FILE="$PWD/build/operations.bin" -DTESSARN_NATIVE_PROGRAM="$(native_program)"
 }
 
 # One prefix and one server for both builds; the server ends with the script.

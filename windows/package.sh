@@ -16,6 +16,9 @@ echo "== building"
 quietly cmake --preset windows-msvc-abi -DTESSARN_REPLAY_FILE=
 quietly cmake --build --preset windows-msvc-abi --target tessarn tessarn-selfcheck
 quietly cmake --install build/windows-msvc-abi --prefix "$stage/$name"
+quietly cmake --preset windows-mingw -DTESSARN_TESTS=OFF
+quietly cmake --build --preset windows-mingw --target tessarn-program
+cp build/windows-mingw/bin/tessarn.exe "$stage/$name/bin/"
 sed "s/@VERSION@/$version/" windows/README.txt.in | sed 's/$/\r/' >"$stage/$name/README.txt"
 [ -f LICENSE ] && cp LICENSE "$stage/$name/"
 (cd "$stage" && TZ=UTC zip -qrX "$name.zip" "$name")
@@ -33,6 +36,11 @@ for way in CMAKE_PREFIX_PATH="$stage/elsewhere/$name" tessarn_DIR="$stage/elsewh
   windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/consumer/consumer_tessarn.exe"
   windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/elsewhere/$name/bin/tessarn-selfcheck.exe" --line
 done
+echo "== the program"
+program() { windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/elsewhere/$name/bin/tessarn.exe" "$@"; }
+program --version
+program selfcheck --line
+program curve examples/data/water.csv -m 5 | grep '^maximum'
 rm -rf "$stage/consumer" "$stage/elsewhere"
 unzip -l "$stage/$name.zip"
 echo "build/package/$name.zip"

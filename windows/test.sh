@@ -13,8 +13,9 @@ if ! check_tools; then
 elif ! write_replay_file; then
   failure "Windows modules" "there is no file of operations to repeat"
 else
+  program=$(native_program) || failure "tessarn.exe" "there is no program of this machine to compare with"
   for each in windows-msvc-abi windows-mingw; do
-    build $each -DTESSARN_REPLAY_FILE="$PWD/build/operations.bin" && built+=("$each")
+    build $each -DTESSARN_REPLAY_FILE="$PWD/build/operations.bin" -DTESSARN_NATIVE_PROGRAM="$program" && built+=("$each")
   done
 fi
 

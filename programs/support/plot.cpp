@@ -85,11 +85,20 @@ void plot::data(const std::string& name, const std::vector<std::vector<double>>&
 
 void plot::draw() {
   script_ += "unset output\n";
+#if defined(_WIN32)
+  std::FILE* pipe = _popen("gnuplot --default-settings", "wb");
+#else
   std::signal(SIGPIPE, SIG_IGN);  // a gnuplot that ends early is seen by its exit code
   std::FILE* pipe = popen("gnuplot --default-settings", "w");
+#endif
   if (!pipe) throw no_result("gnuplot cannot be started");
   std::fputs(script_.c_str(), pipe);
-  if (pclose(pipe) != 0) throw no_result("gnuplot failed, there is no picture " + file_);
+#if defined(_WIN32)
+  const int code = _pclose(pipe);
+#else
+  const int code = pclose(pipe);
+#endif
+  if (code != 0) throw no_result("gnuplot failed or is not installed, there is no picture " + file_);
   std::error_code error;
   if (std::filesystem::file_size(part_, error) == 0 || error) throw no_result("gnuplot wrote no picture " + file_);
   if (!is_complete(part_)) throw no_result(file_ + " cannot be written as a whole; perhaps the disk is full");

@@ -2,6 +2,7 @@
 
 #include <tessarn/version.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdarg>
@@ -12,7 +13,9 @@
 #include <sstream>
 
 #if defined(_WIN32)
+#include <fcntl.h>
 #include <io.h>
+#include <windows.h>
 #else
 #include <unistd.h>
 #endif
@@ -32,13 +35,25 @@ std::string version() {
          std::to_string(TESSARN_VERSION_PATCH);
 }
 
-bool on_terminal() {
 #if defined(_WIN32)
-  return _isatty(2) != 0;
-#else
-  return isatty(2) != 0;
-#endif
+constexpr DWORD escape_sequences = 0x0004;  // ENABLE_VIRTUAL_TERMINAL_PROCESSING, which older headers lack
+
+// Consoles show UTF-8 and obey escape sequences; files and pipes get the bytes that every system gets.
+bool on_terminal() {
+  DWORD mode = 0;
+  const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
+  return GetConsoleMode(console, &mode) && SetConsoleMode(console, mode | escape_sequences);
 }
+
+void prepare_streams() {
+  for (std::FILE* stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+  SetConsoleOutputCP(CP_UTF8);
+}
+#else
+bool on_terminal() { return isatty(2) != 0; }
+
+void prepare_streams() {}
+#endif
 
 // Takes the line of a phase away again.
 void end_phase() {
@@ -127,7 +142,7 @@ void declare_common(CLI::App& command, common_options& o, const std::string& col
   if (rows_may_be_left_out)
     command.add_flag("--skip-bad", o.input.skip_bad, "leave rows out that cannot be read, with a note");
   command.add_flag("--json", o.as_json, "print the findings as JSON");
-  command.add_option("--plot", o.plot, "picture to draw, .svg, .png or .pdf")->type_name("FILE");
+  command.add_option("--plot", o.plot, "picture to draw, .svg, .png or .pdf; takes an installed gnuplot")->type_name("FILE");
 }
 
 std::string version_line(const std::string& program) { return program + " (" + version() + ")"; }
@@ -146,7 +161,10 @@ std::string printed(const report& r, const std::string& reason) {
 }  // namespace
 
 int run(CLI::App& app, int argc, char** argv, const std::function<void(report&)>& job) {
+  prepare_streams();
   std::string program = std::filesystem::path(argv[0]).filename().string();
+  if (const auto end = program.size() - std::min<std::size_t>(program.size(), 4); program.substr(end) == ".exe")
+    program.resize(end);
   app.set_version_flag("--version", version_line(program));
   report r;
   int code = 0;

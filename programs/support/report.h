@@ -9,6 +9,12 @@
 
 #include "table.h"
 
+#if defined(__MINGW32__)
+#define TESSARN_PRINTF gnu_printf  // the C++ library of MinGW-w64 brings a printf of its own, which knows %zu
+#else
+#define TESSARN_PRINTF printf
+#endif
+
 namespace program {
 
 using json = nlohmann::ordered_json;
@@ -17,7 +23,7 @@ using json = nlohmann::ordered_json;
 class report {
  public:
   // A line as printf makes it.
-  [[gnu::format(printf, 2, 3)]] void line(const char* format, ...);
+  [[gnu::format(TESSARN_PRINTF, 2, 3)]] void line(const char* format, ...);
   void blank() { text_ += '\n'; }
   void heading(const std::string& words);
   // Title, file, comments and the number of rows.

@@ -1,0 +1,15 @@
+# CLI11 and nlohmann's JSON for a cross compiler: both are headers alone, and this machine's serve. Each is linked into a
+# folder of its own, since the one where it lies has the headers of this machine's C library, too.
+set(headers ${PROJECT_BINARY_DIR}/headers)
+find_path(CLI11_HEADERS CLI/CLI.hpp NO_CMAKE_FIND_ROOT_PATH)
+find_path(NLOHMANN_JSON_HEADERS nlohmann/json.hpp NO_CMAKE_FIND_ROOT_PATH)
+if(CLI11_HEADERS AND NLOHMANN_JSON_HEADERS)
+  file(MAKE_DIRECTORY ${headers})
+  file(CREATE_LINK ${CLI11_HEADERS}/CLI ${headers}/CLI SYMBOLIC)
+  file(CREATE_LINK ${NLOHMANN_JSON_HEADERS}/nlohmann ${headers}/nlohmann SYMBOLIC)
+  foreach(name CLI11 nlohmann_json)
+    add_library(${name}::${name} INTERFACE IMPORTED GLOBAL)
+    target_include_directories(${name}::${name} SYSTEM INTERFACE ${headers})
+    set(${name}_FOUND TRUE)
+  endforeach()
+endif()
