@@ -73,4 +73,6 @@ add_test(NAME programs/progress COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SO
 add_library(rounding_upward MODULE rounding_upward.cpp)
 add_test(NAME programs/selfcheck COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/selfcheck_test.py ${tessarn}
          $<TARGET_FILE:tessarn-selfcheck> $<TARGET_FILE:rounding_upward>)
+add_test(NAME programs/page_examples COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/page_examples.py ${tessarn}
+         ${PROJECT_SOURCE_DIR} ${dir}/page)
 set_tests_properties(programs/json PROPERTIES FIXTURES_REQUIRED simulated)
