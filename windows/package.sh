@@ -19,6 +19,9 @@ quietly cmake --install build/windows-msvc-abi --prefix "$stage/$name"
 quietly cmake --preset windows-mingw -DTESSARN_TESTS=OFF
 quietly cmake --build --preset windows-mingw --target tessarn-program
 cp build/windows-mingw/bin/tessarn.exe "$stage/$name/bin/"
+mkdir -p "$stage/$name/examples/tour"
+cp windows/examples/CMakeLists.txt examples/first.cpp "$stage/$name/examples/"
+cp examples/tour/*.cpp examples/tour/*.h "$stage/$name/examples/tour/"
 sed "s/@VERSION@/$version/" windows/README.txt.in | sed 's/$/\r/' >"$stage/$name/README.txt"
 [ -f LICENSE ] && cp LICENSE "$stage/$name/"
 (cd "$stage" && TZ=UTC zip -qrX "$name.zip" "$name")
@@ -36,6 +39,12 @@ for way in CMAKE_PREFIX_PATH="$stage/elsewhere/$name" tessarn_DIR="$stage/elsewh
   windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/consumer/consumer_tessarn.exe"
   windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/elsewhere/$name/bin/tessarn-selfcheck.exe" --line
 done
+echo "== the examples compile"  # their streams need a C++ library for Windows, which this machine lacks: they are not linked
+quietly cmake -S "$stage/elsewhere/$name/examples" -B "$stage/consumer" -G Ninja -DCMAKE_BUILD_TYPE=Release --fresh \
+  --toolchain "$PWD/windows/toolchain/windows-msvc-abi.cmake"
+objects=$(ninja -C "$stage/consumer" -t targets all | sed -n 's/^\(.*\.obj\): .*/\1/p')
+[ "$(wc -l <<<"$objects")" -eq "$(ls examples/first.cpp examples/tour/*.cpp | wc -l)" ]
+quietly ninja -C "$stage/consumer" $objects
 echo "== the program"
 program() { windows/toolchain/run-wine.sh "$TESSARN_WINEPREFIX" "$stage/elsewhere/$name/bin/tessarn.exe" "$@"; }
 program --version
