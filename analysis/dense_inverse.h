@@ -21,7 +21,7 @@ class dense_inverse {
   bool prove(bool accurately);
 
   // A^-1 = R + E R + E^2 R + ... : adds as many terms as matter, and bounds the rest. False when the bound does not
-  // reach 2^-58 of the largest entry of a column.
+  // reach 2^-60 of the largest entry of a column.
   bool refine();
   // After refine(): entry (r, c) of A^-1 as a doubled number, and the bound of its error.
   doubled entry(std::size_t r, std::size_t c) const noexcept {
