@@ -109,6 +109,8 @@ def with_links(text, page, pages, header_pages):
         full = "/".join(parts)
         up = "../" * page.count("/")
         header = re.fullmatch(r"include/tessarn/(\w+)\.h", full)
+        if label == target and full in pages:  # the name of a file says less on the site than the heading of its page
+            label = re.search(r"^# (.*)$", (ROOT / full).read_text(), re.M).group(1)
         if full.startswith("docs/pictures/") or full in pages:
             return f"[{label}]({up}{full}{'#' + anchor if anchor else ''})"
         if header and header.group(1) in header_pages:

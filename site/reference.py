@@ -39,6 +39,11 @@ ANALYSIS = {
     "angles": ("angles.h: correctly rounded angles", ["angles"]),
     "scalar": ("scalar.h: the numbers", ["scalar"]),
 }
+OPTIONAL = {
+    "files": "files.h: tables of points and matrices in files",
+    "eigen": "eigen.h: maps to and from Eigen",
+    "std": "std.h: ranges, and std::complex",
+}
 REPEATED = "For constants and temporaries"
 LABELS = "Special results|Failure|Throws|Accuracy|Method|Source|Cost|Memory|Statuses(?: [a-z ]+)?"
 
@@ -328,6 +333,6 @@ def write(xml, introductions, output):
     shown = {header for _, headers in listed.values() for header in headers}
     parents = {"tessarn", "vectors", "matrix", "version", "export", "sqmat"}  # headers that only bring others, or macros
     others = sorted({p.name[:-7].replace("__", "_") for p in xml.glob("*_8h.xml")} - shown - parents)
-    for name, (title, headers) in {**listed, **{other: (f"{other}.h", [other]) for other in others}}.items():
+    for name, (title, headers) in {**listed, **{other: (OPTIONAL.get(other, f"{other}.h"), [other]) for other in others}}.items():
         (output / f"{name}.rst").write_text(reference.page(title, headers, introductions))
     return others
