@@ -170,7 +170,8 @@ double double_system::reciprocal_condition() {
 // magnitudes, their sum 40 u^2 more (T. Ogita, S. Rump, S. Oishi, Accurate sum and dot product, 2005). Returns the
 // largest unknown.
 double double_system::residual_bounds(const double* x) {
-  const double m = static_cast<double>((size_ + 7) / 8);
+  const std::size_t groups = (size_ + 7) / 8;
+  const double m = static_cast<double>(groups);
   const double unit = ((m + 3) * (m + 3) + 40) * 0x1p-106 * upwards;
   double largest = 0;
   for (std::size_t i = 0; i < size_; ++i) largest = std::max(largest, std::fabs(x[i]));

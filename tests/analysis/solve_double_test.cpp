@@ -24,10 +24,16 @@ using real_matrix = mat<long double>;
 
 constexpr double half_unit = 0x1.001p-53;
 
-// Whether each entry is off by no more than about half a unit in the last place.
+// Whether each entry is off by no more than about half a unit in the last place, and 2^-58 of the largest in its
+// column.
 bool near(const real_matrix& values, const real_matrix& errors) {
-  for (ulong i = 0; i < values.getWidth() * values.getHeight(); ++i)
-    if (!(errors.getData()[i] <= std::fabs(values.getData()[i]) * half_unit)) return false;
+  const ulong width = values.getWidth(), height = values.getHeight();
+  for (ulong c = 0; c < width; ++c) {
+    double largest = 0;
+    for (ulong r = 0; r < height; ++r) largest = std::fmax(largest, std::fabs(values.get(c, r)));
+    for (ulong r = 0; r < height; ++r)
+      if (!(errors.get(c, r) <= std::fabs(values.get(c, r)) * half_unit + largest * 0x1p-58)) return false;
+  }
   return true;
 }
 
