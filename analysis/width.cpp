@@ -138,13 +138,15 @@ int width_search::follow(int from, const polytope_edge& e, bool try_pairs) {
   }
 }
 
-// Bounds of the time at which the turning plane touches a neighbour, in double precision, where b > 0 is known.
+// Bounds of the time at which the turning plane touches a neighbour, in double precision, where b > 0 is known. Where
+// corners are touched nearly at once a may be above 0: the time is then before the beginning, and has no lower bound.
 width_search::meeting width_search::estimated_meeting(int x, const difference& d, const polytope_edge& e,
                                                       const estimate& b) const noexcept {
+  constexpr double infinite = std::numeric_limits<double>::infinity();
   const estimate a = estimated_determinant(side(e.left, 1), side(e.left, 2), d);
-  const double low = -a.value - a.error, high = -a.value + a.error;
-  return {x, low > 0 ? low / (b.value + b.error) * (1 - 0x1p-48) : 0,
-          b.value > b.error ? high / (b.value - b.error) * (1 + 0x1p-48) : std::numeric_limits<double>::infinity()};
+  const double low = -a.value - a.error, high = std::max(-a.value + a.error, 0.0);
+  return {x, low > 0 ? low / (b.value + b.error) * (1 - 0x1p-48) : -infinite,
+          b.value > b.error ? high / (b.value - b.error) * (1 + 0x1p-48) : infinite};
 }
 
 // The neighbour of corner v that the turning plane touches first. For a neighbour x the heights h of x above v, of both

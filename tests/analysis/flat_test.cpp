@@ -345,4 +345,12 @@ TEST(Flat, LargeSetsLieInTheirZone) {
   }
 }
 
+// The turning plane touches several corners nearly at once, one of them before the plane began to turn.
+TEST(Flat, CornersThatAreTouchedNearlyAtOnce) {
+  const double e = 0x1p-39;
+  const cloud points = {{e, 0, 0},         {2 + e, 1 - e, 0}, {e, 2, 1 - e},    {e, 2 + e, -e},
+                        {2 - e, 2 + e, 1}, {0, 2, e},         {1 - e, 0, 2 - e}};
+  EXPECT_NEAR(tessarn::flatness(points).zone, 3 * std::sqrt(0.3), 1e-9);
+}
+
 }  // namespace
