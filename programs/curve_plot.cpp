@@ -143,7 +143,8 @@ std::vector<std::string> draw_curve(plot& out, const table& t, const fitted_curv
   const int columns = upper.count() <= 3 ? 3 : 2;
   out.command("set key at screen 0.545, 0.945 center top horizontal maxcols " + std::to_string(columns) +
               " reverse Left width -1 samplen 2.5");
-  const double top = 0.92 - 0.02 * ((upper.count() + columns - 1) / columns), bottom = 0.37;
+  const int rows_of_key = (upper.count() + columns - 1) / columns;
+  const double top = 0.92 - 0.02 * rows_of_key, bottom = 0.37;
   // With equal scales the panel takes its shape from the ranges, which have the room of
   // padded_range.
   double width = 0.83;

@@ -188,18 +188,12 @@ void write_fish(std::ostream& out, const App& app, const std::vector<program::co
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fputs("usage: describe FOLDER\n", stderr);
-    return 2;
-  }
+// False where a file cannot be written.
+bool write_all(const std::string& folder) {
   App app;
   app.name("tessarn");
   app.set_version_flag("--version", "");
   const std::vector<program::command> commands = program::add_commands(app);
-  const std::string folder = argv[1];
   bool good = true;
   const auto file = [&](const std::string& name, const auto& write) {
     std::ofstream out(folder + '/' + name);
@@ -213,6 +207,21 @@ int main(int argc, char** argv) {
   file("tessarn.bash", [&](std::ostream& out) { write_bash(out, app, commands); });
   file("_tessarn", [&](std::ostream& out) { write_zsh(out, app, commands); });
   file("tessarn.fish", [&](std::ostream& out) { write_fish(out, app, commands); });
-  if (!good) std::fprintf(stderr, "describe: %s: cannot be written\n", folder.c_str());
-  return good ? 0 : 1;
+  return good;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fputs("usage: describe FOLDER\n", stderr);
+    return 2;
+  }
+  try {
+    if (write_all(argv[1])) return 0;
+    std::fprintf(stderr, "describe: %s: cannot be written\n", argv[1]);
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "describe: %s\n", e.what());
+  }
+  return 1;
 }

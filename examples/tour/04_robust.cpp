@@ -6,8 +6,8 @@
 #include "picture.h"
 
 int main(int argc, char** argv) {
-  const double x[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
-  const double y[] = {1.02, 1.48, 2.03, 2.49, 9.70, 3.52, 3.97, 4.53, 0.10, 5.49};
+  const tessarn::real x[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+  const tessarn::real y[] = {1.02, 1.48, 2.03, 2.49, 9.70, 3.52, 3.97, 4.53, 0.10, 5.49};
   const tessarn::plane_points points({x, 10}, {y, 10});  // two columns: nothing is copied
 
   const auto plain = tessarn::fit_polynomial(points, 2);

@@ -142,7 +142,8 @@ void declare_common(CLI::App& command, common_options& o, const std::string& col
   if (rows_may_be_left_out)
     command.add_flag("--skip-bad", o.input.skip_bad, "leave rows out that cannot be read, with a note");
   command.add_flag("--json", o.as_json, "print the findings as JSON");
-  command.add_option("--plot", o.plot, "picture to draw, .svg, .png or .pdf; takes an installed gnuplot")->type_name("FILE");
+  command.add_option("--plot", o.plot, "picture to draw, .svg, .png or .pdf; takes an installed gnuplot")
+      ->type_name("FILE");
 }
 
 std::string version_line(const std::string& program) { return program + " (" + version() + ")"; }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "support/wide_sizes.h"
+
 namespace {
 
 using namespace tessarn::files;
@@ -75,9 +77,13 @@ TEST(MatrixMarket, RefusesWhatIsWrong) {
 
 // Three lines can announce more than the memory holds.
 TEST(MatrixMarket, RefusesHugeSizes) {
-  for (const char* sizes : {"100000 100000 1", "4294967296 1 1", "18446744073709551615 18446744073709551615 0"})
-    EXPECT_EQ(complaint("coordinate real general\n" + std::string(sizes) + "\n"),
-              "line 2: the matrix has more entries than are allowed");
+  const std::string head = "coordinate real general\n",
+                    too_many = "line 2: the matrix has more entries than are allowed";
+  EXPECT_EQ(complaint(head + "100000 100000 1\n"), too_many);
+  EXPECT_EQ(complaint(head + "4294967296 1 1\n"),
+            tests::by_size(too_many.c_str(), "line 2:1: '4294967296' is no whole number from 0 on"));
+  EXPECT_EQ(complaint(head + "18446744073709551615 18446744073709551615 0\n"),
+            tests::by_size(too_many.c_str(), "line 2:1: '18446744073709551615' is no whole number from 0 on"));
   EXPECT_EQ(complaint("array real general\n10000 9999\n1\n"), "line 2: the file ends before its last entry");
   matrix_options o;
   o.most_entries = 3;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "support/wide_sizes.h"
+
 namespace {
 
 using namespace tessarn::files;
@@ -146,10 +148,14 @@ TEST(Ply, RefusesWhatIsWrong) {
   EXPECT_EQ(complaint(ply("ascii", "element vertex 1\n" + xyz, "1 2 3 4\n")), "line 9:7: more numbers than properties");
   EXPECT_EQ(complaint(ply("ascii", "element vertex 1\n" + xyz, "1 b 3\n")), "line 9:3: 'b' is not a number");
   EXPECT_EQ(complaint(ply("ascii", "element vertex 1\n" + xyz, "1 nan 3\n")), "line 9: vertex 0 is not finite");
+  const char* const no_count = "line 4: an element needs a name and a count";
   EXPECT_EQ(complaint(ply("binary_little_endian", "element vertex 18446744073709551615\n" + xyz, "")),
+            tests::by_size("the file ends before the elements that its header announces", no_count));
+  EXPECT_EQ(complaint(ply("binary_little_endian", "element vertex 4294967295\n" + xyz, "")),
             "the file ends before the elements that its header announces");
   // Elements without properties have no data, however many there are.
-  EXPECT_EQ(complaint(ply("ascii", "element nothing 18446744073709551615\nelement vertex 1\n" + xyz, "1 2 3\n")), "");
+  EXPECT_EQ(complaint(ply("ascii", "element nothing 18446744073709551615\nelement vertex 1\n" + xyz, "1 2 3\n")),
+            tests::by_size("", no_count));
 }
 
 TEST(Ply, WritesText) {
