@@ -10,6 +10,10 @@ namespace {
 using tessarn::eigen_map;
 using tessarn::from_eigen;
 
+// MatrixXd and MatrixXcd where reals are double; they are long double for Microsoft's ABI and on 32-bit ARM.
+using matrix = Eigen::Matrix<tessarn::real, Eigen::Dynamic, Eigen::Dynamic>;
+using complex_matrix = Eigen::Matrix<std::complex<tessarn::real>, Eigen::Dynamic, Eigen::Dynamic>;
+
 TEST(Eigen, MapsMatricesWithoutACopy) {
   mat<long double> m{{1, 2, 3}, {4, 5, 6}};
   auto e = eigen_map(m);
@@ -58,17 +62,17 @@ TEST(Eigen, MapsThePartsOfComplexMatrices) {
 }
 
 TEST(Eigen, CopiesBothWays) {
-  Eigen::MatrixXd e(2, 3);
+  matrix e(2, 3);
   e << 1, 2, 3, 4, 5, 6;
   const auto m = from_eigen<mat<long double>>(e);
   EXPECT_EQ(m.getWidth(), 3u);
   EXPECT_EQ(m.get(2, 1), 6);
   EXPECT_EQ(from_eigen<mat<long double>>(e * 2).get(0, 0), 2);
-  const Eigen::MatrixXd back = eigen_map(m);
+  const matrix back = eigen_map(m);
   EXPECT_EQ(back, e);
   EXPECT_EQ(from_eigen<sqmat<long double>>(e.leftCols(2)).get(1, 0), 2);
-  Eigen::MatrixXcd z(1, 2);
-  z << std::complex<double>(1, 2), std::complex<double>(3, 4);
+  complex_matrix z(1, 2);
+  z << std::complex<tessarn::real>(1, 2), std::complex<tessarn::real>(3, 4);
   const auto c = from_eigen<mat<cplx>>(z);
   EXPECT_EQ(c.get(1, 0).im, 4);
   EXPECT_EQ(tessarn::to_eigen(c), z);
