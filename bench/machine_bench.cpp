@@ -21,7 +21,7 @@ detail::labels machine_row(long size, double operations, double bytes) {
   return {"machine", size, {operations, bytes}, "", {}};
 }
 
-void report(benchmark::State& state, const detail::labels& row) { detail::set_counters(state, row, "", 1); }
+void report(benchmark::State& state, const detail::labels& row) { detail::set_counters(state, row, {}, "", 1); }
 
 #if defined(__x86_64__)
 

@@ -65,12 +65,15 @@ std::string benchmark_name(const labels& row, const std::string& family, const s
   return row.operation + "|" + std::to_string(row.size) + "|" + family + "|" + call;
 }
 
-void set_counters(benchmark::State& state, const labels& row, const std::string& hash, int inputs) {
+void set_counters(benchmark::State& state, const labels& row, const memory_use& memory, const std::string& hash,
+                  int inputs) {
   state.counters["operations"] = row.needs.operations;
   state.counters["bytes"] = row.needs.bytes;
   state.counters["traffic"] = static_cast<int>(row.needs.kind);
   const double own = row.needs.bytes - row.needs.shared;
   state.counters["memory"] = row.needs.shared + own * inputs / (row.needs.kind == traffic::move ? 2 : 1);
+  state.counters["allocations"] = memory.allocations;
+  state.counters["peak bytes"] = memory.peak;
   state.SetLabel(hash + "|" + row.note);
 }
 

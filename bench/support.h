@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "memory.h"
 #include "values.h"
 
 namespace bench {
@@ -92,7 +93,8 @@ void use_set(int set);
 // "operation|size|family|call", with family one of ours, plain, machine, or the peer's column.
 std::string benchmark_name(const labels& row, const std::string& family, const std::string& call);
 // inputs: how many take turns.
-void set_counters(benchmark::State& state, const labels& row, const std::string& hash, int inputs);
+void set_counters(benchmark::State& state, const labels& row, const memory_use& memory, const std::string& hash,
+                  int inputs);
 void configure(benchmark::internal::Benchmark* b, const std::string& family);
 // Empty when the two agree, else the reason.
 std::string disagreement(const values& ours, const values& other, const labels& row, bool bits);
@@ -214,9 +216,20 @@ class row {
     return {};
   }
 
+  // Of one call, its result included.
+  template <class Call, class Prepare>
+  static memory_use memory_of_call(shared& s, Call& f, const Prepare& prepare) {
+    run_preparation(*s.inputs, prepare);
+    start_counting_memory();
+    auto&& result = f(*s.inputs, 0);
+    use(result);
+    return stop_counting_memory();
+  }
+
   template <class Call, class Prepare>
   void add(const std::string& family, const std::string& call, Call f, Prepare prepare, int set = detail::best_set()) {
-    auto timed = [s = state_, family, f, prepare, set, checked = false](benchmark::State& state) mutable {
+    auto timed = [s = state_, family, f, prepare, set, checked = false,
+                  memory = memory_use()](benchmark::State& state) mutable {
       enter(*s);
       detail::use_set(set);
       if (!checked) {
@@ -225,6 +238,7 @@ class row {
           state.SkipWithError(reason.c_str());
           return;
         }
+        memory = memory_of_call(*s, f, prepare);
         checked = true;
       }
       Inputs& in = *s->inputs;
@@ -242,7 +256,7 @@ class row {
         use(result);
         if (++i == rotation) i = 0;
       }
-      detail::set_counters(state, s->labels, s->hash, rotation);
+      detail::set_counters(state, s->labels, memory, s->hash, rotation);
     };
     // A copy of the function serves all repetitions: Google Benchmark wants it copyable.
     auto function = std::make_shared<decltype(timed)>(std::move(timed));
