@@ -116,8 +116,8 @@ struct plane_alignment {
 /// line as far as the digits of their coordinates tell; `not_determined` when other rotations fit as well for another
 /// reason. Residuals hold with them, too.
 ///
-/// The differences and distances of pairs that are not finite are NaN. Cost: O(n). Memory: the results; where some pairs
-/// do not count besides a copy of the results, and the numbers and weights of those that do.
+/// The differences and distances of pairs that are not finite are NaN. Cost: O(n). Memory: the results; where some
+/// pairs do not count besides a copy of the results, and the numbers and weights of those that do.
 [[nodiscard]] TESSARN_API space_alignment align(space_points a, space_points b, const align_options& options = {});
 
 /// Finds the motion of the plane that carries the points of a onto those of b, pair by pair.

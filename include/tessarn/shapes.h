@@ -29,8 +29,8 @@
 /// residuals of the result are not.
 ///
 /// Cost: proportional to the number of points. A line copies no points; the others keep them as doubled numbers, six of
-/// 64 bits for a point of space, and two more where there are weights. A circle or sphere takes a few passes; a cylinder
-/// some hundred, most of them to find where to start.
+/// 64 bits for a point of space, and two more where there are weights. A circle or sphere takes a few passes; a
+/// cylinder some hundred, most of them to find where to start.
 #pragma once
 
 #include "tessarn/status.h"
