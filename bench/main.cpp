@@ -87,6 +87,7 @@ void add_table() {
   bench::add_planes();
   bench::add_vectors();
   bench::add_angles();
+  bench::add_shapes();
 }
 
 }  // namespace

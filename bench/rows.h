@@ -20,6 +20,7 @@ void add_lists();
 void add_planes();
 void add_vectors();
 void add_angles();
+void add_shapes();
 
 // Not in the table: the same operations over three decades of sizes, for the growth of their times.
 void add_scaling();
