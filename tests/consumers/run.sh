@@ -104,8 +104,9 @@ case $kind in
     ${CXX:-c++} -std=c++17 -g -O0 -I"$work/moved/include" "$root/tests/debugger/shown.cpp" -L"$libdir" -ltessarn \
       -Wl,-rpath,"$libdir" -o "$work/shown"
     "$root/tests/debugger/run.sh" gdb-finds "$work/moved" "$root/tests/debugger" "$work/shown"
-    lldb=$(command -v lldb-22 || command -v lldb || true)
-    [ -z "$lldb" ] || LLDB=$lldb "$root/tests/debugger/run.sh" lldb "$work/moved/share/tessarn/tessarn_lldb.py" "$root/tests/debugger" "$work/shown"
+    LLDB=$(command -v lldb-22 || command -v lldb) || fail "lldb is not installed"
+    export LLDB
+    "$root/tests/debugger/run.sh" lldb "$work/moved/share/tessarn/tessarn_lldb.py" "$root/tests/debugger" "$work/shown"
     # Under /usr they are where gdb looks without being told.
     DESTDIR=$work/root cmake --install "$build" --prefix /usr >/dev/null
     library=$(cd "$work/root" && find usr/lib* -type f -name 'libtessarn.so.*')
