@@ -51,7 +51,9 @@ export class Charts {
   ranges({ x, y, result, equal }) {
     this.xRange = range([result.low, result.high]);
     this.yRange = range(y, result.curveY);
-    this.residualRange = range(result.residuals, [0]);
+    const [low, high] = range(result.residuals, [0]);
+    const room = (high - low) / 8;  // the panel is low, and the ring about a chosen point is not
+    this.residualRange = [low - room, high + room];
     this.equal = equal;
   }
 

@@ -213,15 +213,17 @@ async function fingers(browser, address) {
   await tab.waitForFunction(() => Number(document.querySelector('#pg-coefficients tbody tr:nth-child(2) td:nth-child(2)').textContent) < 0.6);
   const [x, y] = await lastPoint();
   assert.ok(Math.abs(x - 4) < 0.1 && Math.abs(y - 1) < 0.1, `the point was left at ${x}, ${y}`);
-  assert.equal(await scrolled(), before, 'the page scrolled while a point was dragged');
+  // Text that grows above the middle of the page may move it by a pixel.
+  const still = async () => Math.abs(await scrolled() - before) < 10;
+  assert.ok(await still(), 'the page scrolled while a point was dragged');
 
   const kept = await slope();
   const free = [at(2, 4), [at(2, 4)[0], at(2, 4)[1] - 200]];
   await touch('touchStart', free[0]);
   await glide(...free, 10);
   await touch('touchEnd');
-  for (let i = 0; i < 50 && await scrolled() === before; ++i) await new Promise((r) => setTimeout(r, 100));
-  assert.notEqual(await scrolled(), before, 'a finger beside the points does not scroll the page');
+  for (let i = 0; i < 50 && await still(); ++i) await new Promise((r) => setTimeout(r, 100));
+  assert.ok(!(await still()), 'a finger beside the points does not scroll the page');
   assert.equal(await slope(), kept, 'a finger beside the points moved one');
   assert.deepEqual(tab.faults, []);
   if (shots) await tab.screenshot({ path: path.join(shots, 'playground-fingers.png') });
