@@ -18,7 +18,4 @@ else()
 endif()
 if(TESSARN_INSTALL)
   install(TARGETS tessarn-selfcheck RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  if(NOT WIN32 AND NOT TESSARN_PROGRAMS)  # the page of `tessarn selfcheck` tells both
-    install(FILES selfcheck/tessarn-selfcheck.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  endif()
 endif()
