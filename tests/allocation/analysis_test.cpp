@@ -64,6 +64,9 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
   with_nan[7].y = std::numeric_limits<double>::quiet_NaN();
   tessarn::flatness_options without_nan;
   without_nan.leave_out_not_finite = true;
+  tessarn::robust_options two_rounds;  // later rounds allocate as the second does
+  tessarn::robust_surface_options two_rounds_of_surfaces;
+  two_rounds.most_rounds = two_rounds_of_surfaces.most_rounds = 2;
   const struct {
     const char* name;
     std::function<void()> call;
@@ -94,8 +97,8 @@ TEST(AnalysisAllocation, EveryFailureIsThrownAndLeaksNothing) {
       {"fit_sphere, some with weights", [&] { (void)tessarn::fit_sphere(cloud, weighted_points); }, 6},
       {"polynomial_fit::expanded", [&] { (void)f.expanded(); }, 1},
       {"surface_fit::expanded", [&] { (void)s.expanded(); }, 1},
-      {"fit_robust", [&] { (void)tessarn::fit_robust(points, 25); }, 12},
-      {"fit_robust, surface", [&] { (void)tessarn::fit_robust(cloud, 6); }, 12},
+      {"fit_robust", [&] { (void)tessarn::fit_robust(points, 25, two_rounds); }, 12},
+      {"fit_robust, surface", [&] { (void)tessarn::fit_robust(cloud, 6, two_rounds_of_surfaces); }, 12},
   };
   for (const auto& call : calls) {
     SCOPED_TRACE(call.name);
