@@ -206,7 +206,7 @@ struct from_partner {
       squares = sum.high;
       errors += sum.low + square.low;
     }
-    const size_t used = Tail ? n - i : width;
+    const size_t used = Tail && n - i < width ? n - i : width;
     for (size_t l = 0; l < used; ++l)
       for (size_t r = 0; r < D; ++r) differences[D * (i + l) + r] = lanes[r][l];
     return root_of(ordered_sum(squares, errors));
