@@ -59,7 +59,8 @@ std::vector<std::size_t> extreme_points(point_arrays& points, const detail::loca
     const auto number = static_cast<std::size_t>(places[best - values]);
     found.push_back(number < points.size() ? number : last_part);  // a copy that fills up a vector
   }
-  std::sort(found.begin(), found.end());
+  // With a comparison of its own: libc++ keeps its sorting of numbers in a library that the module does without.
+  std::sort(found.begin(), found.end(), [](std::size_t a, std::size_t b) { return a < b; });
   found.erase(std::unique(found.begin(), found.end()), found.end());
   return found;
 }
