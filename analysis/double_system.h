@@ -16,7 +16,7 @@ struct rows_in_memory {
   std::size_t size, stride;
 };
 
-// What rounding may lose below the range of normal numbers, many times over, in sums of n products of numbers near 1.
+// A wide bound of what sums of n products of numbers near 1 lose where products or sums are subnormal numbers.
 inline double tiny(std::size_t n) noexcept {
   return 4 * static_cast<double>(n) * static_cast<double>(n + 1) * 0x1p-1000;
 }

@@ -77,7 +77,8 @@ struct shape_kernels {
   residual_range (*plane_residuals)(const local_columns& p, const number_pair* normal, number_pair offset, size_t n,
                                     const residual_output& out, double* sum);
 
-  // The length of (first . p - first_offset, second . p - second_offset), alike: the distance from a line.
+  // The distances from a line, each the length of (first . p - first_offset, second . p - second_offset); the sum as
+  // for a plane.
   residual_range (*line_residuals)(const local_columns& p, const number_pair (&across)[2][3],
                                    const number_pair (&offsets)[2], size_t n, const residual_output& out, double* sum);
 
@@ -100,7 +101,7 @@ struct shape_kernels {
   void (*round_sums)(const centred_columns& p, const round_numbers& m, double* sums);
   void (*round_sums_doubled)(const centred_columns& p, const round_numbers& m, double* sums);
 
-  // The first of these sums alone, in double precision, as shape_partial_sums numbers.
+  // The sum of w^2 r^2 alone, in double precision, as shape_partial_sums numbers.
   void (*round_squares)(const centred_columns& p, const round_numbers& m, double* sum);
 
   // Of the places q across the axes of the shape, in double precision: sum 0 takes w^2, sum 1 takes w^2 |q|^2; gives

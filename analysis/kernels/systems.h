@@ -27,8 +27,8 @@ struct residual_column {
   double* magnitude;   // the sum of the magnitudes of a row's products and of its right-hand side
 };
 
-// What columns are multiplied by: doubled numbers, and weights for the sums of magnitudes. Without low parts there are
-// no weights either.
+// A vector of doubled numbers by which columns are multiplied, and the weights by which their magnitudes are. `low` and
+// `weights` are both null, or neither is.
 struct column_of_products {
   const double *high, *low, *weights;
 };
@@ -73,9 +73,8 @@ struct system_kernels {
   // before r. The other triangle is not read.
   void (*row_sums)(const square_rows& y, bool upper, bool magnitudes, const double* v, double* sums);
 
-  // high + low = the sum of the products of each column with v, over the rows, a multiple of 8; row r in partial sum r
-  // mod
-  // 8. weighted takes the sum of the magnitudes of each column times the weights.
+  // high + low = the sum of the products of each column with v, over the rows, a multiple of 8; row r in partial
+  // sum r mod 8. `weighted` takes the sum of the magnitudes of each column times the weights.
   void (*products)(const double* const* columns, size_t count, size_t rows, const column_of_products& v, double* high,
                    double* low, double* weighted);
 

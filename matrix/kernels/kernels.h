@@ -24,8 +24,9 @@ struct matrix_kernels {
   // 0, or when the factorisation meets a NaN: that spreads until a column of candidates holds nothing else. w begins at
   // a whole cache line; workspace holds lu_workspace(n) doubles.
   bool (*factorise)(double* w, size_t n, double* b, double* workspace);
-  // The same factorisation with both factors in w, the multipliers below the diagonal; row i of w is then a row of L
-  // and U for row order[i] of the matrix. Without the quiet-NaN rule.
+  // LU factorisation with partial pivoting, P A = L U, of which w keeps both factors: U from the diagonal on, and below
+  // it L, whose diagonal of ones is not stored. order[i] is the row of A that became row i. False when a column
+  // of candidates for the pivot is 0, or a NaN is met. Unlike `factorise` it does not keep to the quiet-NaN rule.
   bool (*factorise_kept)(double* w, size_t n, size_t* order, double* workspace);
   size_t (*lu_stride)(size_t n);
   size_t (*lu_workspace)(size_t n);
@@ -33,9 +34,11 @@ struct matrix_kernels {
   // triangles. Each row of an inverse solves its triangular system by substitution, with sums in a fixed order; the
   // entries of the factors are finite.
   void (*invert_triangles)(const double* w, size_t n, double* lower, double* upper);
-  // c = a b for an upper triangle a and a lower triangle b of that form, k ascending.
+  // c = a b for the transposed inverses of L and U, an upper and a lower triangle; each entry sums its products in
+  // ascending order.
   void (*multiply_triangles)(const double* a, const double* b, double* c, size_t n);
-  // c += a b, or -= a b, of n x n matrices in rows of lu_stride(n), k ascending; a may be given transposed.
+  // c += a b, or -= a b, of n x n matrices in rows of lu_stride(n); each entry takes its products in
+  // ascending order. a may be given transposed.
   void (*add_square)(const double* a, bool transposed, bool subtract, const double* b, double* c, size_t n);
 
   // Forward elimination without pivoting for the determinant: row r += f * row p, f = (-1 / pivot) * entry, with the

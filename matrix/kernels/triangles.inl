@@ -17,13 +17,13 @@ TESSARN_INLINE size_t vectors_from(size_t x, size_t end) {
   return vectors < tile_vectors ? vectors : tile_vectors;
 }
 
-// y = the identity in rows of stride.
+// y becomes the identity matrix, its rows `stride` apart.
 TESSARN_INLINE void set_identity(double* y, size_t n, size_t stride) {
   for (size_t i = 0; i < n * stride; i += width) store(y + i, vec{});
   for (size_t i = 0; i < n; ++i) y[i * stride + i] = 1;
 }
 
-// Row -= factor * other, for VECTORS vectors.
+// Takes factor times another row away from a row, of which VECTORS vectors are done at a time.
 template <size_t VECTORS>
 TESSARN_INLINE void subtract_row(vec (&row)[VECTORS], const double* factor, const double* other) {
   for (size_t v = 0; v < VECTORS; ++v) row[v] -= broadcast_from(factor) * load(other + v * width);
